@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <SondixQt/errorcode.h>
+#include <SondixQt/sensortypes.h>
+#include <SondixQt/transmitteddatainfo.h>
+
+#include <QByteArray>
+#include <QMap>
+#include <QObject>
+#include <QScopedPointer>
+#include <QString>
+#include <QVariant>
+#include <QVector>
+
+namespace SondixQt {
+
+class SensorInstancePrivate;
+
+/// One sensor that is, or is to be, opened through the sensor-access library.
+///
+/// \par Use
+/// Construct it for a type, open() it with the interface parameters of a SensorInfo, send commands,
+/// read transmittedDataInfo() and poll transferDataScaled() or one of its siblings, close() it.
+/// For the models of the RG families use SpecialSensorInstanceRG52x or SpecialSensorInstanceRG531.
+///
+/// \par Results
+/// Every operation that reaches the sensor returns an ErrorCode (0: done) and takes an optional
+/// \c errorText: cleared on success, filled with the sensor-access library's own text on failure.
+/// A null pointer means that no text is wanted. Failures are signalled by errorMessage() as well.
+///
+/// \par Threads
+/// Commands, open() and the transfers hold the instance's recursive mutex for their whole sequence,
+/// so several threads may issue them on one instance. Construction, destruction, close(), release(),
+/// move assignment and the info parameters are not locked: keep them to one thread at a time.
+/// All calls block until the sensor has answered.
+///
+/// \par Parameter maps
+/// Keys are the sensor-access library's names: "IP_" (interface), "SP_" (sent with a command), "SA_"
+/// (sensor answers), "IA_" (interface answers), "CP_" (control). Values that are staged may be bool,
+/// int, double, QString or QByteArray; values of any other type are skipped.
+class SONDIXQT_EXPORT SensorInstance : public QObject
+{
+    Q_OBJECT
+public:
+    /// When result parameters are read after a command.
+    enum ErrorHandling : qint32 {
+        NoErrorHandling = 0,      ///< after success only
+        ReadAfterSuccess = 1,     ///< after success only
+        ReadAfterPartialFail = 2, ///< also after the failures -27 and -26, which may leave results
+        ReadAlways = 3,           ///< always: whatever the sensor did answer
+    };
+    Q_ENUM(ErrorHandling)
+
+    /// Levels of the sensor-access library's log; its documentation defines further ones.
+    enum LogLevel : qint32 {
+        LogInformation = 32,
+        LogAllLevels = 0x7fffffff,
+    };
+
+    /// Kinds of entries in the sensor-access library's log; its documentation defines further ones.
+    enum LogType : qint32 {
+        LogAllTypes = 0x7fffffff,
+    };
+
+    /// Creates the library instance for \a type, or adopts \a handle when it is not 0. For NoSensor
+    /// and File no library instance is created. On a library instance that is already open the
+    /// command tables of the model are filled at once and trigger and sync are checked.
+    /// Where the library cannot create an instance, isValid() is false.
+    explicit SensorInstance(SensorType type, unsigned long handle = 0);
+    ~SensorInstance() override;
+
+    SensorInstance(const SensorInstance &) = delete;
+    SensorInstance &operator=(const SensorInstance &) = delete;
+
+    /// Takes over the library instance and the type of \a other; nothing else moves. What this object
+    /// knew of its former sensor stays until it is opened again.
+    SensorInstance &operator=(SensorInstance &&other) noexcept;
+
+    /// \name Command layer
+    /// \{
+
+    /// Stages \a parameters, sends \a command and reads \a results: each value of \a results holds a
+    /// pointer (bool *, int *, double *, QString *, QByteArray * or QVariant *, see resultPointer)
+    /// that says where an answer goes. Reads stop at the first that fails; where results are read,
+    /// the read's result replaces the command's.
+    virtual ErrorCode sendCommand(const QString &command, const QMap<QString, QVariant> &parameters,
+                                  const QMap<QString, QVariant> &results, QString *errorText = nullptr,
+                                  ErrorHandling errorHandling = ReadAfterSuccess);
+    /// Stages \a parameters and sends \a command.
+    virtual ErrorCode sendCommand(const QString &command, const QMap<QString, QVariant> &parameters,
+                                  QString *errorText = nullptr);
+    /// Sends \a command with what is staged.
+    virtual ErrorCode sendCommand(const QString &command, QString *errorText = nullptr);
+    /// Stages \a parameters, sends \a command and replaces \a results by the sensor's whole answer.
+    virtual ErrorCode sendCommandGetAll(const QString &command, const QMap<QString, QVariant> &parameters,
+                                        QMap<QString, QVariant> &results, QString *errorText = nullptr,
+                                        ErrorHandling errorHandling = ReadAfterSuccess);
+    /// Sends \a command and reads the answer \a resultName; \a value is untouched on failure.
+    virtual ErrorCode sendCommandGetInt(const QString &command, const QString &resultName, int &value,
+                                        QString *errorText = nullptr);
+    /// \copydoc sendCommandGetInt
+    virtual ErrorCode sendCommandGetDouble(const QString &command, const QString &resultName, double &value,
+                                           QString *errorText = nullptr);
+    /// \copydoc sendCommandGetInt
+    virtual ErrorCode sendCommandGetString(const QString &command, const QString &resultName, QString &value,
+                                           QString *errorText = nullptr);
+
+    /// Stages one parameter and sends \a command.
+    ErrorCode sendCommand(const QString &command, const QString &parameterName, const QString &value,
+                          QString *errorText = nullptr);
+    /// \overload
+    ErrorCode sendCommand(const QString &command, const QString &parameterName, int value,
+                          QString *errorText = nullptr);
+    /// \overload
+    ErrorCode sendCommand(const QString &command, const QString &parameterName, double value,
+                          QString *errorText = nullptr);
+    /// \overload
+    /// Staged as the integer 0 or 1.
+    ErrorCode sendCommand(const QString &command, const QString &parameterName, bool value,
+                          QString *errorText = nullptr);
+    /// A string literal would silently become true: use QStringLiteral.
+    ErrorCode sendCommand(const QString &command, const QString &parameterName, const char *value,
+                          QString *errorText = nullptr) = delete;
+
+    /// Wraps a pointer for the \c results map of sendCommand. \a T is bool, int, double, QString,
+    /// QByteArray or QVariant (read according to the variant's type at that time).
+    template<typename T>
+    static QVariant resultPointer(T *target)
+    {
+        return QVariant::fromValue(target);
+    }
+    /// \}
+
+    /// \name Lifetime
+    /// \{
+
+    /// Gives the library instance back early. Always 0.
+    ErrorCode release();
+    /// Whether there is a library instance.
+    bool isValid() const;
+    /// Asks the library whether the sensor is open; false when that fails.
+    bool isOpen();
+    /// The model: the type modulo 10000, File unchanged.
+    SensorType sensorType() const;
+    /// The type as it was given to the constructor.
+    SensorType sensorTypeFull() const;
+    /// The library's handle of this instance, 0 when there is none.
+    quint32 handle() const;
+    /// \}
+
+    /// \name Opening and closing
+    /// \{
+
+    /// Opens the sensor with the interface parameters \a parameters (see
+    /// SensorInfo::getInterfaceParameters) and reads its information. A map that is not empty is kept
+    /// with storeInterfaceParameters. When the sensor cannot be opened, one info map a sensor
+    /// ("IP_SensorCount", else 1) holds its number as "ST_Empty".
+    ErrorCode open(const QMap<QString, QVariant> &parameters, QString *errorText = nullptr);
+    /// Opens the sensor with the parameters that are staged already.
+    ErrorCode open(QString *errorText = nullptr);
+    /// Closes the sensor; a File instance has nothing to close. Not locked.
+    ErrorCode close(QString *errorText = nullptr);
+    /// Drops all staged parameters.
+    ErrorCode clearAllParameters(QString *errorText = nullptr);
+    /// \}
+
+    /// \name Info parameters
+    /// What the sensors told of themselves when they were opened: one map a sensor, numbered from 1.
+    /// \{
+    void addInfoParameters(const QMap<QString, QVariant> &map, int sensorIndex);
+    /// Parses \a answer, lines of "key=value" pairs as the library writes them, and adds the result.
+    void addInfoParameters(const QString &answer, int sensorIndex);
+    /// The value of \a name of sensor \a sensorIndex (from 1), invalid when there is none.
+    QVariant getInfoParameter(const QString &name, int sensorIndex) const;
+    const QVector<QMap<QString, QVariant>> &getInfoParameters() const;
+
+    /// Keeps a copy of how the sensor is reached.
+    void storeInterfaceParameters(const QMap<QString, QVariant> &parameters);
+    QMap<QString, QVariant> storedInterfaceParameters() const;
+    /// \}
+
+    /// \name Logging
+    /// The log is written by the sensor-access library, whose documentation defines the numbers.
+    /// \{
+    ErrorCode enableLogging(const QString &fileName, LogLevel level, LogType type, bool flag1, bool flag2,
+                            int count, QString *errorText = nullptr);
+    /// Logs everything into \a fileName; with a placeholder such as "%[10]" in the name and a
+    /// \a count of 1 or more into a series of files.
+    ErrorCode enableLogging(const QString &fileName, int count = 0, QString *errorText = nullptr);
+    ErrorCode disableLogging(QString *errorText = nullptr);
+    void logToFile(LogLevel level, const QString &source, const QString &message);
+    /// Whether logging is switched on.
+    bool GetLogging() const;
+    /// \}
+
+    /// \name Measured values
+    /// \{
+
+    /// Describes what the sensor sends with every frame; \a info is untouched on failure.
+    ErrorCode transmittedDataInfo(TransmittedDataInfo &info, QString *errorText = nullptr);
+    /// The frame rate in kHz; 0.0 means that it is not known, which is no failure.
+    ErrorCode getSampleRateInKhz(double *rate, QString *errorText = nullptr);
+    /// The measuring channels of the sensor.
+    int getChannelCount() const;
+    /// Whether a value must be asked for before every transfer, which the transfers do themselves.
+    bool isGetMeasureNeeded() const;
+
+    /// The number of values (not frames) that wait in the library.
+    ErrorCode dataAvail(int &available, QString *errorText = nullptr);
+    /// Takes all waiting scaled values: consecutive frames in the units of SignalInfo::scaledUnit.
+    /// \a values keeps its storage from call to call; it is untouched when the count cannot be read.
+    ErrorCode transferData(QVector<double> &values, QString *errorText = nullptr);
+    /// Takes up to \a count values into the caller's buffers (either may be null) and sets \a count
+    /// to the number taken. \a timestamp is the library's, of this block. Allocates nothing.
+    ErrorCode transferData(double *scaled, int *raw, double *timestamp, int &count, QString *errorText = nullptr);
+    /// Takes all waiting raw values.
+    ErrorCode transferDataRaw(QVector<int> &values, double &timestamp, QString *errorText = nullptr);
+    /// Takes all waiting scaled values with the timestamp of the block.
+    ErrorCode transferDataScaled(QVector<double> &values, double &timestamp, QString *errorText = nullptr);
+    /// \}
+
+    /// Turns a result of the sensor-access library into its text: for a \a code other than 0 the
+    /// library is asked for its last error, whose text goes to the debug log, to \a errorText and, on
+    /// demand, into errorMessage(). Success clears \a errorText. Any thread that uses the instance.
+    void checkError(ErrorCode code, QString *errorText, bool emitSignal) const;
+
+Q_SIGNALS:
+    /// A call failed: the library's last error and its text. Emitted on the thread of that call.
+    void errorMessage(SondixQt::ErrorCode errorCode, const QString &text);
+
+protected:
+    SensorInstance(SensorInstancePrivate &dd, SensorType type, unsigned long handle);
+
+    QScopedPointer<SensorInstancePrivate> d_ptr;
+
+private:
+    Q_DECLARE_PRIVATE(SensorInstance)
+};
+
+} // namespace SondixQt
+
+Q_DECLARE_METATYPE(bool *)
+Q_DECLARE_METATYPE(int *)
+Q_DECLARE_METATYPE(double *)
+Q_DECLARE_METATYPE(QString *)
+Q_DECLARE_METATYPE(QByteArray *)
+Q_DECLARE_METATYPE(QVariant *)

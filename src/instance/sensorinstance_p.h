@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "sensorinstance.h"
+
+#include <mutex>
+
+namespace SondixQt {
+
+/// The state of a SensorInstance and the steps that its public operations are made of.
+class SensorInstancePrivate
+{
+public:
+    virtual ~SensorInstancePrivate() = default;
+
+    void init(SensorInstance *q, SensorType type, unsigned long adoptedHandle);
+
+    /// The one funnel for results of the C interface.
+    ErrorCode check(qint32 code, QString *errorText) const;
+
+    // Typed access to the library's parameters; each failure is reported.
+    ErrorCode setParameter(const QString &name, int value, QString *errorText);
+    ErrorCode setParameter(const QString &name, double value, QString *errorText);
+    ErrorCode setParameter(const QString &name, const QString &value, QString *errorText);
+    ErrorCode setParameter(const QString &name, const QByteArray &value, QString *errorText);
+    ErrorCode setParameters(const QMap<QString, QVariant> &parameters, QString *errorText);
+    ErrorCode getParameter(const QString &name, int &value, QString *errorText);
+    ErrorCode getParameter(const QString &name, double &value, QString *errorText);
+    ErrorCode getParameter(const QString &name, QString &value, QString *errorText);
+    ErrorCode getParameter(const QString &name, QByteArray &value, QString *errorText);
+    ErrorCode getParameter(const QString &name, QVariant &value, QString *errorText);
+    ErrorCode getParameters(const QMap<QString, QVariant> &results, QString *errorText);
+    ErrorCode getAllParameters(QMap<QString, QVariant> &out, QString *errorText);
+
+    /// Whether answers are read after a command that ended with \a code.
+    static bool readsResults(ErrorCode code, SensorInstance::ErrorHandling errorHandling);
+
+    /// The model number; File stays File.
+    SensorType baseType() const;
+
+    // What is known of the model once the sensor is open.
+    ErrorCode fillCommandTables();
+    void checkTriggerAndSync(QString *errorText);
+    void readSensorInformation(const QMap<QString, QVariant> &parameters, QString *errorText);
+    void refreshVideoInformation();
+
+    ErrorCode determineGetMeasureSensorNumbers();
+    ErrorCode getMeasureForKvBusSensors(QVector<QByteArray> &measures, QString *errorText);
+    int determineOutChannelCount(const QVector<QByteArray> &measures) const;
+
+    SensorInstance *q_ptr = nullptr;
+
+    SensorType sensorType = NoSensor;
+    quint32 handle = 0;
+    QMap<QString, QVariant> interfaceParameters;
+    QVector<QMap<QString, QVariant>> infoParameters;
+    std::recursive_mutex mutex;
+    bool tcpInterface = false;
+
+    bool triggerSupported = false;
+    bool syncSupported = false;
+
+    int frameValueCount = -1;
+    int channelCount = 1;
+    bool getMeasureNeeded = false;
+    QVector<int> getMeasureSensorNumbers;
+    bool videoCapable = false;
+    QVector<VideoInfo> videoInfos;
+
+    QVector<int> rawBuffer; // used while logging only
+    bool loggingEnabled = false;
+
+    Q_DECLARE_PUBLIC(SensorInstance)
+};
+
+} // namespace SondixQt
