@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+/// \file
+/// The bench simulator seen from a test: choose the bench, step its clock, inject faults, read which
+/// C calls were made. Applications never need this header: they see the C interface alone.
+///
+/// Every function may be called from any thread.
+
+#if defined(_WIN32)
+#    if defined(SONDIX_BUILD_SIMULATOR)
+#        define SONDIXSIM_EXPORT __declspec(dllexport)
+#    else
+#        define SONDIXSIM_EXPORT __declspec(dllimport)
+#    endif
+#else
+#    define SONDIXSIM_EXPORT __attribute__((visibility("default")))
+#endif
+
+namespace sondixsim {
+
+/// A bench file that cannot be used: what() is "<name>:<line>: <reason>".
+class SONDIXSIM_EXPORT BenchError : public std::runtime_error
+{
+public:
+    BenchError(const std::string &text, int lineNumber)
+        : std::runtime_error(text)
+        , line(lineNumber)
+    {
+    }
+    int line; ///< from 1; 0 when the file could not be read at all
+};
+
+/// \name Bench
+/// Loading replaces the sensors, forgets faults and calls and sets the clock back to 0. Handles that
+/// exist stay valid, their sensors are closed.
+/// \{
+SONDIXSIM_EXPORT void loadBench(const std::string &json, const std::string &name = "bench");
+SONDIXSIM_EXPORT void loadBenchFile(const std::string &path);
+SONDIXSIM_EXPORT void loadBuiltInBench();
+/// \}
+
+/// \name Clock
+/// \{
+SONDIXSIM_EXPORT void useRealClock(double speed = 1.0); ///< runs \a speed times as fast as real time
+SONDIXSIM_EXPORT void useVirtualClock();                ///< stands still until advance()
+SONDIXSIM_EXPORT void advance(double seconds);          ///< steps the virtual clock
+SONDIXSIM_EXPORT double now();                          ///< seconds of bench time since the bench was loaded
+/// \}
+
+/// One call of the C interface.
+struct SONDIXSIM_EXPORT Call
+{
+    std::string function;               ///< name, such as "SetParameterInt"
+    std::uint32_t handle = 0;           ///< the handle passed (for CreateSensorInstance the one returned)
+    std::vector<std::string> arguments; ///< the others, as text() shows them
+    std::int32_t result = 0;
+    unsigned thread = 0; ///< number of the calling thread, in the order of their first calls
+
+    /// Such as `SetParameterString("S_Command", "Get_Info")`: without the handle and without plain
+    /// output pointers; buffers show as `null` or their size, transfer buffers as `null`, `raw`,
+    /// `scaled`; binary data as their length.
+    std::string text() const;
+};
+
+/// \name Call log
+/// Off after loading: it costs time.
+/// \{
+SONDIXSIM_EXPORT void recordCalls(bool on);
+SONDIXSIM_EXPORT std::vector<Call> calls(); ///< in the order in which they were made
+SONDIXSIM_EXPORT void clearCalls();
+/// \}
+
+/// What goes wrong, and when. A call matches when every filter that is set fits.
+struct SONDIXSIM_EXPORT Fault
+{
+    // Filters.
+    std::string function;                   ///< C function; empty: "SensorCommand" when command is set, else any
+    std::string command;                    ///< the command in S_Command, staged or last sent
+    std::string parameter;                  ///< the parameter that the call names
+    std::string sensor;                     ///< serial number of the sensor that the handle has opened
+    std::optional<std::int32_t> sensorType; ///< type of the handle, or the argument of CreateSensorInstance
+    std::optional<std::uint32_t> handle;
+
+    // When.
+    int from = 1;   ///< the nth matching call is the first that is hit
+    int times = -1; ///< how many are hit; -1: all
+    double probability = 1.0;
+
+    // What. Without a code the call is made as usual, with the rest applied.
+    std::int32_t code = 0;             ///< result of the call (CreateSensorInstance then returns 0)
+    std::string text;                  ///< what GetError tells
+    bool silent = false;               ///< the failure leaves GetError at 0
+    double delay = 0.0;                ///< seconds of real time that the call takes longer
+    bool hang = false;                 ///< the call returns only after releaseHangs()
+    std::optional<std::string> answer; ///< "key=value" pairs that replace a command's answer, also with a code
+    std::optional<std::int32_t> count; ///< available or read count, or length, that the call reports instead
+};
+
+/// \name Faults
+/// \{
+SONDIXSIM_EXPORT int inject(const Fault &fault); ///< its number, for removeFault
+SONDIXSIM_EXPORT void removeFault(int number);
+SONDIXSIM_EXPORT void clearFaults();
+SONDIXSIM_EXPORT void releaseHangs();
+/// A sensor that is gone: it is not found, cannot be opened, and every call to it fails.
+SONDIXSIM_EXPORT void unplug(const std::string &serialNumber);
+SONDIXSIM_EXPORT void plug(const std::string &serialNumber);
+/// \}
+
+/// Puts a block into a sensor's data ring, after what the generators have put there.
+SONDIXSIM_EXPORT void pushData(const std::string &serialNumber, const std::vector<std::int32_t> &raw,
+                               const std::vector<double> &scaled, double timestamp);
+
+/// Frames that a sensor's full ring has lost since it was opened.
+SONDIXSIM_EXPORT std::uint64_t lostFrames(const std::string &serialNumber);
+
+} // namespace sondixsim
