@@ -1,1 +1,209 @@
 // SPDX-License-Identifier: MIT
+#include "sensorinstance.h"
+
+#include "instancelog_p.h"
+#include "sensorinstance_p.h"
+#include "sondixapi_p.h"
+#include "textcodec_p.h"
+
+namespace SondixQt {
+
+namespace {
+
+using Lock = std::lock_guard<std::recursive_mutex>;
+
+constexpr int errorTextSize = 4096;
+
+/// No setup holds more sensors: a larger "IP_SensorCount" is a mistake that must not eat the memory.
+constexpr int maxSensorCount = 10000;
+
+SensorType baseTypeOf(SensorType type)
+{
+    return type == File ? File : SensorType(type % 10000);
+}
+
+int sensorCount(const QMap<QString, QVariant> &parameters)
+{
+    return qMin(parameters.value(QStringLiteral("IP_SensorCount"), 1).toInt(), maxSensorCount);
+}
+
+} // namespace
+
+SensorInstance::SensorInstance(SensorType type, unsigned long handle)
+    : SensorInstance(*new SensorInstancePrivate, type, handle)
+{
+}
+
+SensorInstance::SensorInstance(SensorInstancePrivate &dd, SensorType type, unsigned long handle)
+    : d_ptr(&dd)
+{
+    d_ptr->init(this, type, handle);
+}
+
+SensorInstance::~SensorInstance()
+{
+    release();
+}
+
+SensorInstance &SensorInstance::operator=(SensorInstance &&other) noexcept
+{
+    if (this != &other) {
+        release();
+        d_ptr->handle = std::exchange(other.d_ptr->handle, 0U);
+        d_ptr->sensorType = other.d_ptr->sensorType;
+    }
+    return *this;
+}
+
+void SensorInstancePrivate::init(SensorInstance *q, SensorType type, unsigned long adoptedHandle)
+{
+    q_ptr = q;
+    sensorType = type;
+    handle = quint32(adoptedHandle);
+    if (type != NoSensor && type != File && handle == 0)
+        handle = CreateSensorInstance(type % 10000);
+    if (q->isOpen()) {
+        fillCommandTables();
+        checkTriggerAndSync(nullptr);
+    }
+}
+
+SensorType SensorInstancePrivate::baseType() const
+{
+    return baseTypeOf(sensorType);
+}
+
+ErrorCode SensorInstance::release()
+{
+    Q_D(SensorInstance);
+    if (d->handle != 0)
+        ReleaseSensorInstance(std::exchange(d->handle, 0U));
+    return NoError;
+}
+
+bool SensorInstance::isValid() const
+{
+    Q_D(const SensorInstance);
+    return d->handle != 0;
+}
+
+bool SensorInstance::isOpen()
+{
+    if (!isValid())
+        return false;
+    int open = 0;
+    sendCommandGetInt(QStringLiteral("Get_OpenState"), QStringLiteral("IA_SensorOpen"), open, nullptr);
+    return open != 0;
+}
+
+SensorType SensorInstance::sensorType() const
+{
+    Q_D(const SensorInstance);
+    return d->baseType();
+}
+
+SensorType SensorInstance::sensorTypeFull() const
+{
+    Q_D(const SensorInstance);
+    return d->sensorType;
+}
+
+quint32 SensorInstance::handle() const
+{
+    Q_D(const SensorInstance);
+    return d->handle;
+}
+
+ErrorCode SensorInstance::open(const QMap<QString, QVariant> &parameters, QString *errorText)
+{
+    Q_D(SensorInstance);
+    const Lock lock(d->mutex);
+    if (!parameters.isEmpty())
+        storeInterfaceParameters(parameters);
+
+    ErrorCode result = d->setParameters(parameters, errorText);
+    if (result != NoError)
+        return result;
+    result = d->check(SetParameterInt(d->handle, "CP_LogSensorInformation", 1), nullptr);
+    if (result != NoError)
+        return result;
+    result = d->check(OpenSensor(d->handle), errorText);
+    if (result != NoError) {
+        const int count = sensorCount(parameters);
+        for (int index = 1; index <= count; ++index)
+            addInfoParameters({{QStringLiteral("ST_Empty"), index}}, index);
+        d->determineGetMeasureSensorNumbers();
+        return result;
+    }
+
+    d->readSensorInformation(parameters, errorText);
+    result = d->fillCommandTables();
+    if (result == NoError)
+        d->checkTriggerAndSync(errorText);
+    d->determineGetMeasureSensorNumbers();
+    return result;
+}
+
+ErrorCode SensorInstance::open(QString *errorText)
+{
+    return open(QMap<QString, QVariant>(), errorText);
+}
+
+void SensorInstancePrivate::readSensorInformation(const QMap<QString, QVariant> &parameters, QString *errorText)
+{
+    Q_Q(SensorInstance);
+    QString information;
+    if (baseType() == MultiSensor) {
+        const int count = sensorCount(parameters);
+        for (int index = 1; index <= count; ++index) {
+            const QString name = QStringLiteral("SA_SensorInformation#S%1").arg(index);
+            if (getParameter(name, information, errorText) == NoError)
+                q->addInfoParameters(information, index);
+        }
+    }
+    if (getParameter(QStringLiteral("SA_SensorInformation"), information, errorText) == NoError)
+        q->addInfoParameters(information, 1);
+}
+
+ErrorCode SensorInstance::close(QString *errorText)
+{
+    Q_D(SensorInstance);
+    if (d->sensorType == File)
+        return NoError;
+    return d->check(CloseSensor(d->handle), errorText);
+}
+
+ErrorCode SensorInstance::clearAllParameters(QString *errorText)
+{
+    Q_D(SensorInstance);
+    const Lock lock(d->mutex);
+    return d->check(ClearAllParameters(d->handle), errorText);
+}
+
+ErrorCode SensorInstancePrivate::check(qint32 code, QString *errorText) const
+{
+    q_func()->checkError(ErrorCode(code), errorText, true);
+    return ErrorCode(code);
+}
+
+void SensorInstance::checkError(ErrorCode code, QString *errorText, bool emitSignal) const
+{
+    Q_D(const SensorInstance);
+    if (code == NoError) {
+        if (errorText)
+            errorText->clear();
+        return;
+    }
+    QByteArray buffer(errorTextSize, '\0');
+    const auto lastError = ErrorCode(GetError(d->handle, buffer.data(), errorTextSize));
+    if (lastError == NoError)
+        return;
+    const QString text = decodeText(buffer);
+    qCDebug(instanceLog).noquote() << "SensorInstance::checkError:" << text;
+    if (errorText)
+        *errorText = text;
+    if (emitSignal)
+        Q_EMIT const_cast<SensorInstance *>(this)->errorMessage(lastError, text);
+}
+
+} // namespace SondixQt

@@ -1,1 +1,68 @@
 // SPDX-License-Identifier: MIT
+#include "answerparser_p.h"
+#include "sensorinstance_p.h"
+
+#include <QDateTime>
+
+namespace SondixQt {
+
+void SensorInstance::addInfoParameters(const QMap<QString, QVariant> &map, int sensorIndex)
+{
+    Q_D(SensorInstance);
+    if (map.isEmpty())
+        return;
+    const int element = sensorIndex - 1;
+    if (element >= 0 && element < d->infoParameters.size()) {
+        QMap<QString, QVariant> &known = d->infoParameters[element];
+        for (auto it = map.cbegin(); it != map.cend(); ++it)
+            known.insert(it.key(), it.value());
+    } else {
+        d->infoParameters.append(map);
+    }
+    if (element >= 0 && element < d->infoParameters.size()) {
+        d->infoParameters[element].insert(
+            QStringLiteral("StorageTime"),
+            QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_hh-mm-ss.zzz")));
+    }
+}
+
+void SensorInstance::addInfoParameters(const QString &answer, int sensorIndex)
+{
+    const QStringList lines = answer.split(QStringLiteral("\r\n"));
+    for (QString line : lines) {
+        // The parameters of a recorded setting command are what the sensor is set to.
+        if (line.startsWith(QLatin1String("S_Command=\"Set_")))
+            line.replace(QLatin1String("SP_"), QLatin1String("SA_"));
+        addInfoParameters(parseAllParameters(line), sensorIndex);
+    }
+}
+
+QVariant SensorInstance::getInfoParameter(const QString &name, int sensorIndex) const
+{
+    Q_D(const SensorInstance);
+    if (sensorIndex < 1 || sensorIndex > d->infoParameters.size())
+        return {};
+    return d->infoParameters.at(sensorIndex - 1).value(name);
+}
+
+const QVector<QMap<QString, QVariant>> &SensorInstance::getInfoParameters() const
+{
+    Q_D(const SensorInstance);
+    return d->infoParameters;
+}
+
+void SensorInstance::storeInterfaceParameters(const QMap<QString, QVariant> &parameters)
+{
+    Q_D(SensorInstance);
+    d->interfaceParameters = parameters;
+    d->tcpInterface =
+        parameters.value(QStringLiteral("IP_Interface")).toString().contains(interfaceName(TCPIP, true));
+}
+
+QMap<QString, QVariant> SensorInstance::storedInterfaceParameters() const
+{
+    Q_D(const SensorInstance);
+    return d->interfaceParameters;
+}
+
+} // namespace SondixQt

@@ -28,9 +28,19 @@ public:
     ErrorCode getParameter(const QString &name, double &value, QString *errorText);
     ErrorCode getParameter(const QString &name, QString &value, QString *errorText);
     ErrorCode getParameter(const QString &name, QByteArray &value, QString *errorText);
+    ErrorCode getParameter(const QString &name, bool &value, QString *errorText);
+    /// Reads what the variant's current type asks for; a bool is read as an integer and becomes one.
     ErrorCode getParameter(const QString &name, QVariant &value, QString *errorText);
+    template<typename Value>
+    ErrorCode getVariant(const QString &name, QVariant &variant, QString *errorText);
     ErrorCode getParameters(const QMap<QString, QVariant> &results, QString *errorText);
     ErrorCode getAllParameters(QMap<QString, QVariant> &out, QString *errorText);
+
+    template<typename Value>
+    ErrorCode sendCommandGet(const QString &command, const QString &resultName, Value &value, QString *errorText);
+    template<typename Value>
+    ErrorCode sendCommandWith(const QString &command, const QString &parameterName, const Value &value,
+                              QString *errorText);
 
     /// Whether answers are read after a command that ended with \a code.
     static bool readsResults(ErrorCode code, SensorInstance::ErrorHandling errorHandling);
@@ -38,10 +48,14 @@ public:
     /// The model number; File stays File.
     SensorType baseType() const;
 
-    // What is known of the model once the sensor is open.
-    ErrorCode fillCommandTables();
-    void checkTriggerAndSync(QString *errorText);
     void readSensorInformation(const QMap<QString, QVariant> &parameters, QString *errorText);
+
+    /// Fills what depends on the model: video, trigger, sync and measuring modes. The result is that
+    /// of the questions to the sensor that this takes.
+    ErrorCode fillCommandTables();
+    /// Asks the sensor whether trigger and sync are on, where it has them.
+    void checkTriggerAndSync(QString *errorText);
+    /// Asks the sensor which of its video signals are switched into the output.
     void refreshVideoInformation();
 
     ErrorCode determineGetMeasureSensorNumbers();

@@ -1,1 +1,203 @@
 // SPDX-License-Identifier: MIT
+#include "answerparser_p.h"
+#include "catalogue/busnames_p.h"
+#include "sensorinstance_p.h"
+#include "sondixapi_p.h"
+#include "textcodec_p.h"
+
+namespace SondixQt {
+
+namespace {
+
+/// No real answer is longer: a larger length is the sensor's mistake and must not eat the memory.
+constexpr uint32_t maxAnswerLength = 64 * 1024 * 1024;
+
+/// Reads what the library delivers in two calls, the length first. \a get is called with a buffer and
+/// a pointer to its length, \a check with each result.
+template<typename Get, typename Check>
+ErrorCode readBytes(QByteArray &bytes, Get get, Check check)
+{
+    uint32_t length = 0;
+    ErrorCode result = check(get(nullptr, &length));
+    if (result != NoError)
+        return result;
+    length = qMin(length, maxAnswerLength);
+    // One byte more than announced: a library that does not count the closing zero may still write it.
+    QByteArray buffer(int(length) + 1, '\0');
+    uint32_t written = length;
+    result = check(get(buffer.data(), &written));
+    if (result != NoError)
+        return result;
+    buffer.resize(int(qMin(written, length)));
+    bytes = buffer;
+    return NoError;
+}
+
+/// The target that \a pointer holds if it is a \a T pointer, else null.
+template<typename T>
+T *targetOf(const QVariant &pointer)
+{
+    return pointer.userType() == qMetaTypeId<T *>() ? pointer.value<T *>() : nullptr;
+}
+
+} // namespace
+
+ErrorCode SensorInstancePrivate::setParameter(const QString &name, int value, QString *errorText)
+{
+    return check(SetParameterInt(handle, name.toLatin1().constData(), value), errorText);
+}
+
+ErrorCode SensorInstancePrivate::setParameter(const QString &name, double value, QString *errorText)
+{
+    return check(SetParameterDouble(handle, name.toLatin1().constData(), value), errorText);
+}
+
+ErrorCode SensorInstancePrivate::setParameter(const QString &name, const QString &value, QString *errorText)
+{
+    const QByteArray text = value.toLatin1();
+    return check(SetParameterString(handle, name.toLatin1().constData(), text.constData()), errorText);
+}
+
+ErrorCode SensorInstancePrivate::setParameter(const QString &name, const QByteArray &value, QString *errorText)
+{
+    return check(
+        SetParameterBinary(handle, name.toLatin1().constData(), value.constData(), uint32_t(value.size())),
+        errorText);
+}
+
+ErrorCode SensorInstancePrivate::setParameters(const QMap<QString, QVariant> &parameters, QString *errorText)
+{
+    ErrorCode result = NoError;
+    for (auto it = parameters.cbegin(); it != parameters.cend() && result == NoError; ++it) {
+        switch (it->userType()) {
+        case QMetaType::Bool:
+        case QMetaType::Int:
+            result = setParameter(it.key(), it->toInt(), errorText);
+            break;
+        case QMetaType::Double:
+            result = setParameter(it.key(), it->toDouble(), errorText);
+            break;
+        case QMetaType::QString:
+            result = setParameter(it.key(), it->toString(), errorText);
+            break;
+        case QMetaType::QByteArray:
+            result = setParameter(it.key(), it->toByteArray(), errorText);
+            break;
+        default:
+            break;
+        }
+    }
+    return result;
+}
+
+ErrorCode SensorInstancePrivate::getParameter(const QString &name, int &value, QString *errorText)
+{
+    return check(GetParameterInt(handle, name.toLatin1().constData(), &value), errorText);
+}
+
+ErrorCode SensorInstancePrivate::getParameter(const QString &name, double &value, QString *errorText)
+{
+    return check(GetParameterDouble(handle, name.toLatin1().constData(), &value), errorText);
+}
+
+ErrorCode SensorInstancePrivate::getParameter(const QString &name, QByteArray &value, QString *errorText)
+{
+    const QByteArray key = name.toLatin1();
+    return readBytes(
+        value,
+        [&](void *buffer, uint32_t *length) {
+            return GetParameterBinary(handle, key.constData(), buffer, length);
+        },
+        [&](qint32 code) { return check(code, errorText); });
+}
+
+ErrorCode SensorInstancePrivate::getParameter(const QString &name, QString &value, QString *errorText)
+{
+    const QByteArray key = name.toLatin1();
+    QByteArray bytes;
+    const ErrorCode result = readBytes(
+        bytes,
+        [&](void *buffer, uint32_t *length) {
+            return GetParameterString(handle, key.constData(), static_cast<char *>(buffer), length);
+        },
+        [&](qint32 code) { return check(code, errorText); });
+    if (result == NoError)
+        value = decodeText(bytes);
+    return result;
+}
+
+ErrorCode SensorInstancePrivate::getParameter(const QString &name, bool &value, QString *errorText)
+{
+    int number = 0;
+    const ErrorCode result = getParameter(name, number, errorText);
+    if (result == NoError)
+        value = number != 0;
+    return result;
+}
+
+template<typename Value>
+ErrorCode SensorInstancePrivate::getVariant(const QString &name, QVariant &variant, QString *errorText)
+{
+    Value value{};
+    const ErrorCode result = getParameter(name, value, errorText);
+    if (result == NoError)
+        variant = value;
+    return result;
+}
+
+ErrorCode SensorInstancePrivate::getParameter(const QString &name, QVariant &value, QString *errorText)
+{
+    switch (value.userType()) {
+    case QMetaType::Bool:
+    case QMetaType::Int:
+        return getVariant<int>(name, value, errorText);
+    case QMetaType::Double:
+        return getVariant<double>(name, value, errorText);
+    case QMetaType::QString:
+        return getVariant<QString>(name, value, errorText);
+    case QMetaType::QByteArray:
+        return getVariant<QByteArray>(name, value, errorText);
+    default:
+        return NoError;
+    }
+}
+
+ErrorCode SensorInstancePrivate::getParameters(const QMap<QString, QVariant> &results, QString *errorText)
+{
+    ErrorCode result = NoError;
+    for (auto it = results.cbegin(); it != results.cend() && result == NoError; ++it) {
+        const auto read = [&](auto *target) {
+            if (target)
+                result = getParameter(it.key(), *target, errorText);
+        };
+        read(targetOf<bool>(*it));
+        read(targetOf<int>(*it));
+        read(targetOf<double>(*it));
+        read(targetOf<QString>(*it));
+        read(targetOf<QByteArray>(*it));
+        read(targetOf<QVariant>(*it));
+    }
+    return result;
+}
+
+ErrorCode SensorInstancePrivate::getAllParameters(QMap<QString, QVariant> &out, QString *errorText)
+{
+    QByteArray answer;
+    const ErrorCode result = readBytes(
+        answer,
+        [&](void *buffer, uint32_t *length) { return GetParameters(handle, static_cast<char *>(buffer), length); },
+        [&](qint32 code) { return check(code, errorText); });
+    if (result != NoError)
+        return result;
+    out = parseAllParameters(decodeText(answer));
+
+    const auto controller = out.find(QStringLiteral("SA_ControllerName"));
+    if (controller != out.end())
+        *controller = busSensorModel(controller->toString());
+    if (sensorType > 10000 &&
+        confirmsModel(sensorName(sensorType, true), out.value(QStringLiteral("SA_Sensor")).toString()))
+        out.insert(QStringLiteral("IP_SensorType"), int(sensorType));
+    return NoError;
+}
+
+} // namespace SondixQt

@@ -11,10 +11,21 @@ namespace SondixQt {
 class SpecialSensorInstancePrivate : public SensorInstancePrivate
 {
 public:
-    SpecialSensorInstancePrivate();
+    bool executeActionBefore(const QString &command, SpecialSensorInstance::ExecSpecialAction action) const;
+    bool executeActionAfter(const QString &command, SpecialSensorInstance::ExecSpecialAction action) const;
 
-    QSet<QString> excludedCommands;
-    bool inAction = false;
+    /// Runs \a send, the base class's own variant of \a command, between the actions.
+    template<typename Send>
+    ErrorCode sendBetweenActions(const QString &command, SpecialSensorInstance::ExecSpecialAction action,
+                                 QString *errorText, Send send);
+
+    /// Reads the tracking mode that the sensor starts in by itself, without any action.
+    ErrorCode readAutostartMode(int &mode, QString *errorText);
+
+    QSet<QString> excludedCommands{QStringLiteral("Enable_Logging"), QStringLiteral("Automatic_Setup"),
+                                   QStringLiteral("Get_TransmittedDataInfo"), QStringLiteral("Clear_Buffers"),
+                                   QStringLiteral("Get_OpenState")};
+    bool inAction = false; // keeps a command inside a command from running the actions again
 
     Q_DECLARE_PUBLIC(SpecialSensorInstance)
 };
@@ -22,17 +33,17 @@ public:
 class SpecialSensorInstanceRG52xPrivate : public SpecialSensorInstancePrivate
 {
 public:
-    int trackingMode = -1;
+    ErrorCode learnTrackingMode(QString *errorText);
 
-    Q_DECLARE_PUBLIC(SpecialSensorInstanceRG52x)
+    int trackingMode = -1;
 };
 
 class SpecialSensorInstanceRG531Private : public SpecialSensorInstancePrivate
 {
 public:
-    int trackingMode = -1;
+    ErrorCode learnTrackingMode(QString *errorText);
 
-    Q_DECLARE_PUBLIC(SpecialSensorInstanceRG531)
+    int trackingMode = -1;
 };
 
 } // namespace SondixQt

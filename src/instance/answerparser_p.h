@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QMap>
+#include <QString>
+#include <QVariant>
+
+namespace SondixQt {
+
+/// Parses the "key=value" pairs of a sensor's complete answer, in time linear in its length.
+///
+/// Agrees with matching `([^\s"]+)=("(?:[^"\\]++|\\.)*+"|[^"\s]+)` globally: a key is a run of
+/// characters that are neither white space nor a double quote and reaches to the last "=" that a
+/// value follows. A quoted value loses all its quotes and is a string; else a "." makes it a double,
+/// a "0x" a string, and everything else an int. A later value replaces an earlier one of the same
+/// key; one that cannot be converted removes it.
+QMap<QString, QVariant> parseAllParameters(const QString &answer);
+
+/// Whether the name that a sensor reports, \a reportedName, means the catalogue's \a catalogueName:
+/// the one contains the other once more and more of the characters are left out in which the two
+/// customarily differ.
+bool confirmsModel(QString catalogueName, QString reportedName);
+
+} // namespace SondixQt
