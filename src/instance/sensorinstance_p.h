@@ -61,6 +61,11 @@ public:
     ErrorCode determineGetMeasureSensorNumbers();
     ErrorCode getMeasureForKvBusSensors(QVector<QByteArray> &measures, QString *errorText);
     int determineOutChannelCount(const QVector<QByteArray> &measures) const;
+    void setFrameValueCount(int count);
+
+    // The steps that the transfers share; called with the mutex held.
+    ErrorCode pollMeasures(int &frameValues, QString *errorText);
+    ErrorCode announcedValues(int frameValues, int &count, QString *errorText);
 
     SensorInstance *q_ptr = nullptr;
 

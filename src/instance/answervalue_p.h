@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QVariant>
+
+#include <limits>
+
+namespace SondixQt {
+
+/// The integer that an answer holds. A number that no int can hold reads as 0: QVariant's own
+/// conversion of it is undefined.
+inline int intAnswer(const QVariant &value)
+{
+    if (value.userType() == QMetaType::Double) {
+        const double number = value.toDouble();
+        const bool fits = number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<int>::max();
+        return fits ? value.toInt() : 0;
+    }
+    return value.toInt();
+}
+
+} // namespace SondixQt
