@@ -1,1 +1,118 @@
 // SPDX-License-Identifier: MIT
+#include "namematching_p.h"
+
+#include <QVarLengthArray>
+
+#include <algorithm>
+
+namespace SondixQt {
+
+namespace {
+
+constexpr SensorType noType = SensorType{};
+constexpr int shortestContainedName = 3;
+
+std::u16string_view view(const QString &text)
+{
+    return {reinterpret_cast<const char16_t *>(text.utf16()), static_cast<std::size_t>(text.size())};
+}
+
+/// Folds as QString's case-insensitive search does, which also takes the Kelvin sign for "k" and the long s
+/// for "s". A surrogate pair folds to something else there, but never to a character that a name can have.
+char16_t folded(QChar character)
+{
+    return character.toCaseFolded().unicode();
+}
+
+/// A set of characters with one bit for all that share their low six bits: a name whose set is not within
+/// the text's cannot be in the text.
+quint64 characterSet(std::u16string_view text)
+{
+    quint64 set = 0;
+    for (const char16_t character : text)
+        set |= quint64{1} << (character & 63U);
+    return set;
+}
+
+void insertLowest(QHash<QString, SensorType> &types, const QString &name, SensorType type)
+{
+    const auto known = types.find(name);
+    if (known == types.end())
+        types.insert(name, type);
+    else
+        *known = std::min(*known, type);
+}
+
+} // namespace
+
+NameMatcher::NameMatcher(const QVector<NameCandidate> &candidates)
+    : m_plainShort(prepared(candidates, &NameCandidate::shortName, false))
+    , m_plainLong(prepared(candidates, &NameCandidate::name, false))
+    , m_reducedShort(prepared(candidates, &NameCandidate::shortName, true))
+    , m_reducedLong(prepared(candidates, &NameCandidate::name, true))
+{
+    for (const NameCandidate &candidate : candidates) {
+        insertLowest(m_shortNames, candidate.shortName, candidate.type);
+        insertLowest(m_longNames, candidate.name, candidate.type);
+    }
+}
+
+NameMatcher::Needles NameMatcher::prepared(const QVector<NameCandidate> &candidates, QString NameCandidate::*name,
+                                           bool reduced)
+{
+    Needles needles;
+    for (const NameCandidate &candidate : candidates) {
+        QString text = candidate.*name;
+        if (reduced)
+            text.remove(QLatin1Char('x'), Qt::CaseInsensitive).remove(QLatin1Char('-'));
+        if (text.size() < shortestContainedName)
+            continue;
+        std::transform(text.cbegin(), text.cend(), text.begin(), [](QChar c) { return QChar(folded(c)); });
+        needles.append({characterSet(view(text)), text, candidate.type});
+    }
+    std::sort(needles.begin(), needles.end(), [](const Needle &a, const Needle &b) {
+        return a.folded.size() != b.folded.size() ? a.folded.size() > b.folded.size() : a.type < b.type;
+    });
+    return needles;
+}
+
+const NameMatcher::Needle *NameMatcher::longestContained(const Needles &needles, std::u16string_view foldedText)
+{
+    const quint64 present = characterSet(foldedText);
+    for (const Needle &needle : needles) {
+        if ((needle.characters & ~present) == 0 && foldedText.find(view(needle.folded)) != foldedText.npos)
+            return &needle;
+    }
+    return nullptr;
+}
+
+SensorType NameMatcher::match(const QString &text) const
+{
+    if (text.isEmpty())
+        return noType;
+    if (const auto exact = m_shortNames.find(text); exact != m_shortNames.end())
+        return *exact;
+    if (const auto exact = m_longNames.find(text); exact != m_longNames.end())
+        return *exact;
+
+    QVarLengthArray<char16_t, 128> whole;
+    QVarLengthArray<char16_t, 128> withoutSpaces;
+    for (const QChar character : text) {
+        whole.append(folded(character));
+        if (character != QLatin1Char(' '))
+            withoutSpaces.append(whole.last());
+    }
+    const std::u16string_view longText(whole.data(), static_cast<std::size_t>(whole.size()));
+    const std::u16string_view shortText(withoutSpaces.data(), static_cast<std::size_t>(withoutSpaces.size()));
+
+    for (const auto &[needles, haystack] : {std::pair{&m_reducedLong, longText},
+                                            {&m_reducedShort, shortText},
+                                            {&m_plainLong, longText},
+                                            {&m_plainShort, shortText}}) {
+        if (const Needle *needle = longestContained(*needles, haystack))
+            return needle->type;
+    }
+    return noType;
+}
+
+} // namespace SondixQt
