@@ -1,1 +1,261 @@
 // SPDX-License-Identifier: MIT
+#include "sensorinfo.h"
+
+#include "../catalogue/sensorfeatures_p.h"
+#include "../catalogue/sensortypes_p.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <vector>
+
+namespace SondixQt {
+
+namespace {
+
+constexpr int variantStep = 10000;
+
+/// A part of a reported model name and the type that it means.
+struct NamePart
+{
+    QLatin1String text;
+    SensorType type;
+};
+
+// Of each list the first text that the name contains decides: "MV410" must come before "MV4".
+constexpr std::array<NamePart, 8> converterNames{{
+    {QLatin1String("XA300/ETH_MV410"), MV410_XA300ETH},
+    {QLatin1String("XA300/ETH_MV420"), MV420_XA300ETH},
+    {QLatin1String("XA300/ETH_MV430"), MV430_XA300ETH},
+    {QLatin1String("XA300/ETH_MV4"), MV4xx_XA300ETH},
+    {QLatin1String("XA300/ETH_GY330"), GY330_XA300ETH},
+    {QLatin1String("XA300/ETH_GY310D"), GY310_XA300ETH},
+    {QLatin1String("XA300/ETH_CP740"), CP740_XA300ETH},
+    {QLatin1String("XA300/ETH_DV-"), DVxxx_XA300ETH},
+}};
+
+constexpr std::array<NamePart, 3> morvikNames{{
+    {QLatin1String("MV410"), MV410},
+    {QLatin1String("MV420"), MV420},
+    {QLatin1String("MV430"), MV430},
+}};
+
+constexpr std::array<NamePart, 4> otherBusNames{{
+    {QLatin1String("EC840"), EC840},
+    {QLatin1String("EC830"), EC830},
+    {QLatin1String("EC850"), EC850},
+    {QLatin1String("DV-"), DVxxx},
+}};
+
+/// The names by which inertial bus sensors report themselves, and the models that they are.
+struct Alias
+{
+    QLatin1String reported;
+    QLatin1String model;
+};
+
+constexpr std::array<Alias, 3> inertialAliases{{
+    {QLatin1String("GYSENS1_A"), QLatin1String("GY330")},
+    {QLatin1String("GYIS1_DYN_B"), QLatin1String("GY310D")},
+    {QLatin1String("GYIS1_B"), QLatin1String("GY310S")},
+}};
+
+/// The type of the first part that \a name contains, \a otherwise when it contains none.
+template<typename Parts>
+SensorType firstContained(const QString &name, const Parts &parts, SensorType otherwise)
+{
+    const auto part = std::find_if(parts.begin(), parts.end(),
+                                   [&name](const NamePart &candidate) { return name.contains(candidate.text); });
+    return part == parts.end() ? otherwise : part->type;
+}
+
+/// A reduced short name of a bus sensor and its type.
+struct BusName
+{
+    QString text;
+    SensorType type;
+};
+
+std::vector<BusName> busNamesInDisplayOrder()
+{
+    std::vector<BusName> names;
+    const QList<SensorType> types = sensorsInGroup(KVBus, true);
+    for (const SensorType type : types) {
+        QString text = sensorName(type, true);
+        text.remove(QLatin1Char('x'), Qt::CaseInsensitive).remove(QLatin1Char('/'));
+        names.push_back({text, type});
+    }
+    return names;
+}
+
+/// The first bus sensor in display order whose reduced name \a name contains.
+SensorType busTypeByName(QString name, SensorType otherwise)
+{
+    static const std::vector<BusName> busNames = busNamesInDisplayOrder();
+
+    const auto alias = std::find_if(inertialAliases.begin(), inertialAliases.end(),
+                                    [&name](const Alias &candidate) { return name == candidate.reported; });
+    if (alias != inertialAliases.end())
+        name = alias->model;
+    name.remove(QLatin1Char('x'), Qt::CaseInsensitive).remove(QLatin1Char('_')).remove(QLatin1Char(' '));
+
+    const auto hit = std::find_if(busNames.begin(), busNames.end(), [&name](const BusName &candidate) {
+        return name.contains(candidate.text, Qt::CaseInsensitive);
+    });
+    return hit == busNames.end() ? otherwise : hit->type;
+}
+
+/// The value as an int, 0 if it cannot be one. QVariant itself wraps a number that is too large for an int.
+int integerValue(const QVariant &value)
+{
+    bool isNumber = false;
+    const int number = value.toInt(&isNumber);
+    const double exact = value.toDouble();
+    const bool fits = exact >= std::numeric_limits<int>::min() && exact <= std::numeric_limits<int>::max();
+    return isNumber && fits ? number : 0;
+}
+
+bool hasFeature(SensorType type, bool SensorFeatures::*feature)
+{
+    const auto features = getSensorFeatures().find(type);
+    return features != getSensorFeatures().end() && *features.*feature;
+}
+
+void registerMetaTypes()
+{
+    qRegisterMetaType<SensorInfo>();
+    qRegisterMetaType<SensorInfo>("SensorInfo");
+}
+Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
+
+} // namespace
+
+SensorInfo::SensorInfo()
+    : SensorInfo({}, NoSensor)
+{
+}
+
+SensorInfo::SensorInfo(const QMap<QString, QVariant> &params, SensorType explicitType)
+    : parameters(params)
+    , type(explicitType)
+{
+    if (type != NoSensor || getSensorTypeFromParams() == NoSensor)
+        return;
+    QString modelName = parameters.value(QStringLiteral("SA_Sensor")).toString();
+    if (modelName.isEmpty())
+        modelName = parameters.value(QStringLiteral("SA_ControllerName")).toString();
+    type = getRealSensorTypeFromParams(modelName);
+}
+
+SensorType SensorInfo::sensorType() const
+{
+    return type;
+}
+
+bool SensorInfo::contains(const QString &key) const
+{
+    return parameters.contains(key);
+}
+
+QVariant SensorInfo::getParameter(const QString &key) const
+{
+    return parameters.value(key);
+}
+
+QMap<QString, QVariant> SensorInfo::getParameters(const QStringList &keys) const
+{
+    if (keys.isEmpty())
+        return parameters;
+    QMap<QString, QVariant> selected;
+    for (const QString &key : keys) {
+        const QVariant value = parameters.value(key);
+        if (value.isValid())
+            selected.insert(key, value);
+    }
+    return selected;
+}
+
+SensorInterface SensorInfo::interfaceType() const
+{
+    if (parameters.isEmpty())
+        return NoInterface;
+    const int index = integerValue(parameters.value(QStringLiteral("IP_InterfaceIdx")));
+    const QMap<SensorInterface, InterfaceRecord> &table = interfaceTable();
+    const auto found = std::find_if(table.begin(), table.end(),
+                                    [index](const InterfaceRecord &record) { return record.index == index; });
+    return found == table.end() ? NoInterface : found.key();
+}
+
+QMap<QString, QVariant> SensorInfo::getInterfaceParameters() const
+{
+    QMap<QString, QVariant> selected;
+    const QStringList keys = interfaceTable().value(interfaceType()).parameterKeys;
+    for (const QString &key : keys) {
+        const auto parameter = parameters.find(key);
+        if (parameter != parameters.end())
+            selected.insert(key, *parameter);
+    }
+    return selected;
+}
+
+WebInterface SensorInfo::getWebInterfaceSupport() const
+{
+    return webInterfaceTable().value(type, NoWebInterface);
+}
+
+bool SensorInfo::supportsASCIIProtocol() const
+{
+    return hasFeature(type, &SensorFeatures::hasASCIIProtocol);
+}
+
+bool SensorInfo::supportsGetAllParameters() const
+{
+    return hasFeature(type, &SensorFeatures::hasGetAllParameters);
+}
+
+bool SensorInfo::supportsHelp() const
+{
+    return hasFeature(type, &SensorFeatures::hasHelp);
+}
+
+bool SensorInfo::operator==(const SensorInfo &other) const
+{
+    return parameters == other.parameters;
+}
+
+SensorType SensorInfo::getSensorTypeFromParams() const
+{
+    return static_cast<SensorType>(integerValue(parameters.value(QStringLiteral("IP_SensorType"))));
+}
+
+SensorType SensorInfo::getRealSensorTypeFromParams(const QString &name) const
+{
+    const SensorType reported = getSensorTypeFromParams();
+    if (name.isEmpty())
+        return reported;
+    const int base = reported % variantStep;
+    if (base == XA300)
+        return firstContained(name, converterNames, reported);
+    if (reported != NoSensor && base != GenericKVBus)
+        return reported;
+
+    const bool isMorvik = reported == MV4xx || name.contains(QLatin1String("MV4"));
+    const SensorType specific =
+        isMorvik ? firstContained(name, morvikNames, NoSensor) : firstContained(name, otherBusNames, NoSensor);
+    return specific != NoSensor ? specific : busTypeByName(name, reported);
+}
+
+bool isKVBusSensorSupportedByXA300ETH(const QString &name)
+{
+    static const QList<SensorType> supported = {CP740_XA300ETH, MV4xx_XA300ETH, MV410_XA300ETH, MV420_XA300ETH,
+                                                MV430_XA300ETH, GY310_XA300ETH, GY330_XA300ETH, DVxxx_XA300ETH};
+    const QLatin1String suffix("_XA300ETH");
+    return std::any_of(supported.begin(), supported.end(), [&](SensorType type) {
+        QString model = sensorName(type, true);
+        if (model.endsWith(suffix))
+            model.chop(suffix.size());
+        return model.contains(name);
+    });
+}
+
+} // namespace SondixQt
