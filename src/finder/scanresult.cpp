@@ -1,1 +1,131 @@
 // SPDX-License-Identifier: MIT
+#include "sensorfinder_p.h"
+
+#include <QStringList>
+
+#include <algorithm>
+
+namespace SondixQt {
+
+namespace {
+
+/// No sensor has more addresses: a longer list is a garbled answer that must not eat the memory.
+constexpr int maxAddressCount = 256;
+
+constexpr std::size_t channelPosition = 3;
+
+const std::array<QString, std::tuple_size_v<SensorIdentity>> &identityKeys()
+{
+    static const std::array<QString, std::tuple_size_v<SensorIdentity>> keys = {
+        QStringLiteral("SA_SerialNumber"),  QStringLiteral("IP_RemoteAddr"),
+        QStringLiteral("IP_Port"),          QStringLiteral("IP_ChannelNumber"),
+        QStringLiteral("SA_SensorAddress"), QStringLiteral("SA_Address"),
+        QStringLiteral("SA_UUID"),          QStringLiteral("SA_IPAddress"),
+        QStringLiteral("IP_SerialNumber"),  QStringLiteral("IP_DeviceInstance"),
+        QStringLiteral("SA_Sensor"),        QStringLiteral("SA_ArticleNumber"),
+        QStringLiteral("IP_Interface"),
+    };
+    return keys;
+}
+
+SensorIdentity identityOf(const SensorInfo &info)
+{
+    SensorIdentity identity;
+    std::transform(identityKeys().begin(), identityKeys().end(), identity.begin(),
+                   [&info](const QString &key) { return info.getParameter(key); });
+    return identity;
+}
+
+/// Equal in everything as isParamEqual has it: QVariant's equality is not symmetric, the new values
+/// stand on the left.
+bool isSameSensor(const SensorIdentity &found, const SensorIdentity &known, bool ignoreChannel)
+{
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        if (!(ignoreChannel && i == channelPosition) && !(found[i] == known[i]))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool SensorFinder::isParamEqual(const SensorInfo &a, const SensorInfo &b, const QString &name)
+{
+    return a.getParameter(name) == b.getParameter(name);
+}
+
+SensorInfo SensorFinderPrivate::getResultInfo(int index)
+{
+    QMap<QString, QVariant> answer;
+    sensorInstance.sendCommandGetAll(QStringLiteral("Get_FoundSensor"), {{QStringLiteral("IP_Index"), index}},
+                                     answer, nullptr, SensorInstance::ReadAfterSuccess);
+    answer.remove(QStringLiteral("SA_CompleteAnswer"));
+    return SensorInfo(answer, NoSensor);
+}
+
+QList<SensorInfo> SensorFinderPrivate::AnalyseScanResult(const SensorInfo &result) const
+{
+    if (sensorInstance.sensorType() != HV2)
+        return {result};
+
+    const QMap<QString, QVariant> parameters = result.getParameters(QStringList());
+    const QString addressList = parameters.value(QStringLiteral("SA_CurrentIPAddresses")).toString();
+    if (addressList.isEmpty())
+        return {};
+
+    QList<SensorInfo> records;
+    const QStringList addresses = addressList.split(QLatin1Char(' ')).mid(0, maxAddressCount);
+    for (const QString &address : addresses) {
+        const QString bareAddress = address.section(QLatin1Char('/'), 0, 0);
+        QMap<QString, QVariant> copy = parameters;
+        copy.insert(QStringLiteral("IP_RemoteAddr"), bareAddress);
+        copy.insert(QStringLiteral("SA_IPAddress"), bareAddress);
+        records.append(SensorInfo(copy, NoSensor));
+    }
+    return records;
+}
+
+bool SensorFinderPrivate::AddScanResult(const SensorInfo &result)
+{
+    Q_Q(SensorFinder);
+
+    const int reportedType = result.getParameter(QStringLiteral("IP_SensorType")).toInt();
+    const bool isCard = getSensorGroupFromSensorType(SensorType(reportedType)) & Interfaces;
+    SensorIdentity identity = identityOf(result);
+    if (isKnown(identity, isCard))
+        return false;
+
+    const QString typeName = result.getParameter(QStringLiteral("IP_SensorTypeName")).toString();
+    if (reportedType == NoSensor && typeName.contains(QLatin1String("Unknown")))
+        return false;
+
+    foundSensors.append(result);
+    foundIdentities.push_back(std::move(identity));
+    qCInfo(sensorFinderLog).noquote() << QLatin1String("Found sensor ") + sensorName(result.sensorType());
+    Q_EMIT q->sensorFound(result);
+    return true;
+}
+
+bool SensorFinderPrivate::isKnown(const SensorIdentity &identity, bool ignoreChannel) const
+{
+    const auto isSame = [&](const SensorIdentity &known) { return isSameSensor(identity, known, ignoreChannel); };
+    return std::any_of(foundIdentities.begin(), foundIdentities.end(), isSame) ||
+           std::any_of(blacklistIdentities.begin(), blacklistIdentities.end(), isSame);
+}
+
+void SensorFinderPrivate::clearFoundSensors()
+{
+    foundSensors.clear();
+    foundIdentities.clear();
+}
+
+void SensorFinderPrivate::setBlacklist(const QList<SensorInfo> &blacklist)
+{
+    outputFoundSensorBlacklist = blacklist;
+    blacklistIdentities.clear();
+    blacklistIdentities.reserve(std::size_t(blacklist.size()));
+    for (const SensorInfo &known : blacklist)
+        blacklistIdentities.push_back(identityOf(known));
+}
+
+} // namespace SondixQt
