@@ -8,7 +8,7 @@
 namespace SondixQt {
 
 /// The integer that an answer holds. A number that no int can hold reads as 0: QVariant's own
-/// conversion of it is undefined.
+/// conversion of it is undefined for a double and takes the low bits of a text's.
 inline int intAnswer(const QVariant &value)
 {
     if (value.userType() == QMetaType::Double) {
@@ -16,6 +16,8 @@ inline int intAnswer(const QVariant &value)
         const bool fits = number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<int>::max();
         return fits ? value.toInt() : 0;
     }
+    if (value.userType() == QMetaType::QString)
+        return value.toString().toInt();
     return value.toInt();
 }
 
