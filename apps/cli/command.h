@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "console.h"
+#include "exitcode.h"
+#include "interruptwatcher.h"
+
+#include <memory>
+
+namespace CLI {
+class App;
+}
+
+/// One subcommand: it describes its options to the parser and, once they are parsed, runs.
+class Command
+{
+public:
+    Command() = default;
+    virtual ~Command() = default;
+    Command(const Command &) = delete;
+    Command &operator=(const Command &) = delete;
+
+    virtual ExitCode run(Console &console, InterruptWatcher &interrupt) = 0;
+};
+
+/// \name The subcommands
+/// Each adds itself to \a app.
+/// \{
+std::unique_ptr<Command> makeModelsCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeFindCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeInfoCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeReadCommand(CLI::App &app, CLI::App *&subcommand);
+/// \}

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+/// The two streams of the tool: data go to stdout, everything else to stderr, both in UTF-8.
+class Console
+{
+public:
+    enum Style { Plain, Bold, Red };
+
+    Console();
+
+    bool stdoutIsTerminal() const { return m_stdoutIsTerminal; }
+    bool stderrIsTerminal() const { return m_stderrIsTerminal; }
+
+    /// Writes data to stdout; false when that fails, now or before.
+    bool write(const QByteArray &data);
+    /// Writes one line of data to stdout.
+    bool print(const QString &line) { return write(line.toUtf8() + '\n'); }
+    /// Hands everything written so far to whoever reads it.
+    bool flush();
+    /// Why stdout cannot be written to; empty while it can.
+    QString outputProblem() const { return m_outputProblem; }
+
+    /// Writes one line to stderr.
+    void note(const QString &line);
+    /// Writes the one sentence that says what went wrong.
+    void error(const QString &sentence);
+    /// Shows \a line on stderr in place of the last one shown so; a note or an empty line removes it.
+    /// Without effect where stderr is no terminal.
+    void status(const QString &line);
+
+    /// \a text as stdout shows it: with its style where that is wanted.
+    QString styled(const QString &text, Style style) const;
+
+private:
+    void toStderr(const QByteArray &data);
+
+    bool m_stdoutIsTerminal;
+    bool m_stderrIsTerminal;
+    bool m_stdoutColours;
+    bool m_stderrColours;
+    bool m_statusShown = false;
+    QString m_outputProblem;
+};

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#include "interruptwatcher.h"
+
+#include <atomic>
+
+#ifdef Q_OS_WIN
+#    include <windows.h>
+#else
+#    include <QSocketNotifier>
+
+#    include <csignal>
+#    include <fcntl.h>
+#    include <unistd.h>
+#endif
+
+namespace {
+
+std::atomic<bool> happened{false};
+
+} // namespace
+
+bool InterruptWatcher::isInterrupted()
+{
+    return happened;
+}
+
+#ifdef Q_OS_WIN
+
+namespace {
+
+std::atomic<InterruptWatcher *> watcher{nullptr};
+
+BOOL WINAPI onConsoleEvent(DWORD event)
+{
+    if ((event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) || happened.exchange(true))
+        return FALSE;
+    if (InterruptWatcher *target = watcher)
+        QMetaObject::invokeMethod(target, &InterruptWatcher::interrupted, Qt::QueuedConnection);
+    return TRUE;
+}
+
+} // namespace
+
+InterruptWatcher::InterruptWatcher(QObject *parent)
+    : QObject(parent)
+{
+    watcher = this;
+    SetConsoleCtrlHandler(onConsoleEvent, TRUE);
+}
+
+InterruptWatcher::~InterruptWatcher()
+{
+    SetConsoleCtrlHandler(onConsoleEvent, FALSE);
+    watcher = nullptr;
+}
+
+#else
+
+namespace {
+
+int wakeUp[2] = {-1, -1};
+
+// Only what a signal handler may do: set a flag and write to the pipe that wakes the event loop.
+void onSignal(int)
+{
+    happened = true;
+    const char byte = 1;
+    if (::write(wakeUp[1], &byte, 1) < 0)
+        return;
+}
+
+void setHandler(int signalNumber, void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+    sigaction(signalNumber, &action, nullptr);
+}
+
+} // namespace
+
+InterruptWatcher::InterruptWatcher(QObject *parent)
+    : QObject(parent)
+{
+    if (::pipe2(wakeUp, O_CLOEXEC | O_NONBLOCK) != 0)
+        return;
+    auto *notifier = new QSocketNotifier(wakeUp[0], QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this] {
+        char byte = 0;
+        while (::read(wakeUp[0], &byte, 1) > 0) {
+        }
+        Q_EMIT interrupted();
+    });
+    setHandler(SIGINT, onSignal);
+    setHandler(SIGTERM, onSignal);
+    // A reader that leaves shows as a failing write, after which the sensor is still closed.
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+InterruptWatcher::~InterruptWatcher()
+{
+    std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
+    ::close(wakeUp[0]);
+    ::close(wakeUp[1]);
+}
+
+#endif

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+#include "command.h"
+
+#include <SondixQt/sensortypes.h>
+
+#include <CLI/CLI.hpp>
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+bool verbose = false;
+
+void onLogMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    if (!verbose && (type == QtDebugMsg || type == QtInfoMsg))
+        return;
+    const QByteArray line = qFormatLogMessage(type, context, text).toUtf8() + '\n';
+    std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
+}
+
+struct Subcommand
+{
+    CLI::App *app = nullptr;
+    std::unique_ptr<Command> command;
+};
+
+using Maker = std::unique_ptr<Command> (*)(CLI::App &, CLI::App *&);
+
+std::vector<Subcommand> addSubcommands(CLI::App &app)
+{
+    std::vector<Subcommand> subcommands;
+    for (const Maker make : {makeModelsCommand, makeFindCommand, makeInfoCommand, makeReadCommand}) {
+        Subcommand subcommand;
+        subcommand.command = make(app, subcommand.app);
+        subcommand.app->fallthrough();
+        subcommands.push_back(std::move(subcommand));
+    }
+    return subcommands;
+}
+
+ExitCode run(Console &console, const std::vector<Subcommand> &subcommands)
+{
+    InterruptWatcher interrupt;
+    const auto chosen = std::find_if(subcommands.begin(), subcommands.end(),
+                                     [](const Subcommand &candidate) { return candidate.app->parsed(); });
+    try {
+        const ExitCode code = chosen->command->run(console, interrupt);
+        if (console.flush())
+            return code;
+        console.error(QStringLiteral("cannot write to standard output: %1").arg(console.outputProblem()));
+        return ExitCode::Failed;
+    } catch (const Failure &failure) {
+        console.error(failure.text);
+        return failure.code;
+    }
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    qInstallMessageHandler(onLogMessage);
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("sondixqt"));
+    SondixQt::setUsedByApplicationName(QStringLiteral("sondixqt"));
+    Console console;
+
+    CLI::App app("Finds, describes and reads measuring sensors through the sensor-access library.", "sondixqt");
+    std::string bench;
+    app.add_option("--bench", bench, "Bench file for the simulator, instead of SONDIX_BENCH");
+    app.add_flag("-v,--verbose", verbose, "Also show what the library logs");
+    app.set_version_flag("--version", "sondixqt " SONDIXQT_VERSION);
+    app.require_subcommand(1);
+    app.footer("Data go to stdout, everything else to stderr.\n"
+               "Exit codes: 0 done, 1 failed, 2 usage, 3 nothing found, 4 cannot open, 5 timed out,\n"
+               "6 the sensor refused, 7 data lost, 130 interrupted (files that were begun are whole).");
+    const std::vector<Subcommand> subcommands = addSubcommands(app);
+
+    // The parser takes its arguments last first.
+    std::vector<std::string> arguments;
+    const QStringList given = QCoreApplication::arguments().mid(1);
+    for (const QString &argument : given)
+        arguments.insert(arguments.begin(), argument.toStdString());
+    try {
+        app.parse(arguments);
+    } catch (const CLI::ParseError &error) {
+        if (error.get_exit_code() == 0)
+            return app.exit(error);
+        console.error(QString::fromStdString(error.what()));
+        console.note(QStringLiteral("'sondixqt --help' and 'sondixqt <command> --help' tell how it is used"));
+        return static_cast<int>(ExitCode::Usage);
+    }
+    if (!bench.empty())
+        qputenv("SONDIX_BENCH", QString::fromStdString(bench).toLocal8Bit());
+    return static_cast<int>(run(console, subcommands));
+}

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+#include "command.h"
+#include "json.h"
+#include "texttable.h"
+
+#include "shared/catalognames.h"
+
+#include <SondixQt/sensorfeatures.h>
+
+#include <CLI/CLI.hpp>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+using namespace SondixQt;
+using namespace SondixApp;
+
+namespace {
+
+class ModelsCommand : public Command
+{
+public:
+    explicit ModelsCommand(CLI::App &app)
+    {
+        app.add_option("-g,--group", m_group, "Only the models of this group, by name or number");
+        app.add_flag("-a,--all", m_all, "Also the variants that lists leave out");
+        app.add_flag("--json", m_json, "One JSON array of objects");
+        app.footer("Example:\n  sondixqt models --group Tavrin");
+    }
+
+    ExitCode run(Console &console, InterruptWatcher &) override
+    {
+        SensorGroup group = AllGroups;
+        if (!m_group.empty()) {
+            const auto named = findGroup(QString::fromStdString(m_group));
+            if (!named.value)
+                throw Failure{ExitCode::Usage, named.problem};
+            group = *named.value;
+        }
+        const QList<SensorType> types = sensorsInGroup(group, m_all);
+        if (m_json)
+            printJson(console, types);
+        else
+            printTable(console, types);
+        return types.isEmpty() ? ExitCode::NothingFound : ExitCode::Done;
+    }
+
+private:
+    static void printJson(Console &console, const QList<SensorType> &types)
+    {
+        QJsonArray models;
+        for (const SensorType type : types)
+            models.append(Json::ofModel(type));
+        console.write(QJsonDocument(models).toJson());
+    }
+
+    static void printTable(Console &console, const QList<SensorType> &types)
+    {
+        TextTable table(
+            {QStringLiteral("MODEL"), QStringLiteral("NUMBER"), QStringLiteral("NAME"), QStringLiteral("GROUPS")});
+        for (const SensorType type : types) {
+            QStringList groups;
+            for (const QJsonValue group : Json::ofModel(type).value(QStringLiteral("groups")).toArray())
+                groups += group.toString();
+            table.addRow({sensorName(type, true), QString::number(type), sensorName(type),
+                          groups.join(QStringLiteral(", "))});
+        }
+        QStringList lines = table.lines();
+        console.print(console.styled(lines.takeFirst(), Console::Bold));
+        for (const QString &line : qAsConst(lines))
+            console.print(line);
+    }
+
+    std::string m_group;
+    bool m_all = false;
+    bool m_json = false;
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeModelsCommand(CLI::App &app, CLI::App *&subcommand)
+{
+    subcommand = app.add_subcommand("models", "List the models that the library knows");
+    return std::make_unique<ModelsCommand>(*subcommand);
+}

@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: MIT
+#include "command.h"
+#include "json.h"
+#include "sensoroptions.h"
+#include "valuewriter.h"
+
+#include "shared/framereader.h"
+#include "shared/outputfile.h"
+
+#include <CLI/CLI.hpp>
+
+#include <QElapsedTimer>
+#include <QEventLoop>
+
+#include <algorithm>
+#include <optional>
+
+using namespace SondixQt;
+using namespace SondixApp;
+
+namespace {
+
+// Where the lines go: to stdout or, whole or not at all, to a file.
+class Sink
+{
+public:
+    Sink(Console &console, const QString &path)
+        : m_console(console)
+    {
+        if (path.isEmpty() || path == QLatin1String("-"))
+            return;
+        m_file.emplace(path);
+        if (!m_file->open())
+            throw writeFailure();
+    }
+
+    bool write(const QByteArray &data)
+    {
+        return m_file ? m_file->write(data) : m_console.write(data) && m_console.flush();
+    }
+    void finish()
+    {
+        if (m_file && !m_file->commit())
+            throw writeFailure();
+    }
+    // What is told of the frames that did come when reading did not end as it should.
+    QString keepPart(qint64 frames)
+    {
+        if (!m_file || frames == 0)
+            return {};
+        if (!m_file->keepPartial())
+            throw writeFailure();
+        return QStringLiteral("; the %1 frames until then are in '%2'").arg(frames).arg(m_file->partialName());
+    }
+    bool isFile() const { return m_file.has_value(); }
+
+    Failure writeFailure() const
+    {
+        return {ExitCode::Failed,
+                m_file ? QStringLiteral("cannot write '%1': %2").arg(m_file->path(), m_file->errorString())
+                       : QStringLiteral("cannot write to standard output: %1").arg(m_console.outputProblem())};
+    }
+
+private:
+    Console &m_console;
+    std::optional<OutputFile> m_file;
+};
+
+QString summary(qint64 frames, int valuesPerFrame, double seconds, const QMap<int, qint64> &errors)
+{
+    QString text = QStringLiteral("%1 frames of %2 values read in %3 s")
+                       .arg(frames)
+                       .arg(valuesPerFrame)
+                       .arg(seconds, 0, 'f', 1);
+    qint64 total = 0;
+    QStringList parts;
+    for (auto it = errors.cbegin(); it != errors.cend(); ++it) {
+        total += it.value();
+        parts += QStringLiteral("error %1: %2 times").arg(it.key()).arg(it.value());
+    }
+    text += QStringLiteral(", %1 error values").arg(total);
+    return parts.isEmpty() ? text : text + QStringLiteral(" (%1)").arg(parts.join(QStringLiteral(", ")));
+}
+
+class ReadCommand : public Command
+{
+public:
+    explicit ReadCommand(CLI::App &app)
+    {
+        m_sensor.addTo(app);
+        app.add_option("-n,--frames", m_plan.frames, "Stop after this many frames")->check(CLI::PositiveNumber);
+        app.add_option("-d,--duration", m_plan.seconds, "Stop after this many seconds")
+            ->check(CLI::PositiveNumber);
+        app.add_option("--silence", m_plan.silence, "Give up when no frame came for this many seconds")
+            ->check(CLI::PositiveNumber)
+            ->capture_default_str();
+        app.add_flag("--raw", m_raw, "Raw values, as the sensor sends them; with --scaled both");
+        app.add_flag("--scaled", m_scaled, "Scaled values, in their units (default)");
+        auto *csv = app.add_option("--csv", m_csv, "Write CSV to this file, or to stdout with -");
+        app.add_flag("--json", m_json, "One JSON object a line, one line a frame")->excludes(csv);
+    }
+
+    ExitCode run(Console &console, InterruptWatcher &interrupt) override
+    {
+        const SensorAddress address = m_sensor.resolve(console, interrupt);
+        Sink sink(console, QString::fromStdString(m_csv));
+        const auto instance = openSensor(address);
+        ValueWriter::Columns columns;
+        columns.frame = describedFrame(*instance);
+        columns.raw = m_raw;
+        columns.scaled = m_scaled || !m_raw;
+        double rateKhz = 0.0;
+        QString text;
+        if (instance->getSampleRateInKhz(&rateKhz, &text) != NoError)
+            console.note(QStringLiteral("the sensor does not tell its sample rate: %1").arg(text));
+
+        ValueWriter writer(format(), columns);
+        FrameReader reader(*instance, columns.frame.valuesPerFrame, rateKhz);
+        QElapsedTimer clock;
+        clock.start();
+        const FrameReader::End end = readAll(console, interrupt, reader, writer, sink);
+        instance->close();
+        console.note(summary(reader.framesRead(), columns.frame.valuesPerFrame,
+                             static_cast<double>(clock.elapsed()) / 1000.0, writer.errorCounts()));
+        return conclude(end, reader, sink);
+    }
+
+private:
+    ValueWriter::Format format() const
+    {
+        if (m_json)
+            return ValueWriter::JsonLines;
+        return m_csv.empty() ? ValueWriter::Table : ValueWriter::Csv;
+    }
+
+    static TransmittedDataInfo describedFrame(SensorInstance &instance)
+    {
+        TransmittedDataInfo frame;
+        QString text;
+        if (instance.transmittedDataInfo(frame, &text) != NoError)
+            throw Failure{ExitCode::Refused,
+                          QStringLiteral("the sensor does not describe its data: %1").arg(text)};
+        if (frame.valuesPerFrame < 1 || frame.signalList().size() != frame.valuesPerFrame)
+            throw Failure{
+                ExitCode::Refused,
+                QStringLiteral("the sensor says that its frames hold %1 values").arg(frame.valuesPerFrame)};
+        return frame;
+    }
+
+    FrameReader::End readAll(Console &console, InterruptWatcher &interrupt, FrameReader &reader,
+                             ValueWriter &writer, Sink &sink)
+    {
+        QEventLoop loop;
+        FrameReader::End result = FrameReader::Reached;
+        m_written = sink.write(writer.header());
+        QObject::connect(&reader, &FrameReader::framesArrived, &loop, [&](const FrameBlock &block) {
+            m_written = m_written && sink.write(writer.lines(block));
+            if (!m_written)
+                reader.stop();
+            else if (sink.isFile())
+                console.status(QStringLiteral("%1 frames").arg(block.firstFrame + block.frames));
+        });
+        QObject::connect(&reader, &FrameReader::finished, &loop, [&](FrameReader::End end) {
+            result = end;
+            loop.quit();
+        });
+        QObject::connect(&interrupt, &InterruptWatcher::interrupted, &reader, &FrameReader::stop);
+        if (m_written) {
+            reader.start(m_plan);
+            if (InterruptWatcher::isInterrupted())
+                reader.stop();
+            else
+                loop.exec();
+        }
+        console.status(QString());
+        return result;
+    }
+
+    ExitCode conclude(FrameReader::End end, const FrameReader &reader, Sink &sink) const
+    {
+        if (!m_written)
+            throw sink.writeFailure();
+        switch (end) {
+        case FrameReader::Reached:
+            sink.finish();
+            return ExitCode::Done;
+        case FrameReader::Stopped:
+            sink.finish();
+            return ExitCode::Interrupted;
+        case FrameReader::Silent:
+            throw Failure{ExitCode::TimedOut, QStringLiteral("no values came for %1 s%2")
+                                                  .arg(m_plan.silence)
+                                                  .arg(sink.keepPart(reader.framesRead()))};
+        case FrameReader::Failed:
+            break;
+        }
+        throw Failure{
+            ExitCode::Refused,
+            QStringLiteral("reading failed: %1%2").arg(reader.problem(), sink.keepPart(reader.framesRead()))};
+    }
+
+    SensorOptions m_sensor;
+    FrameReader::Plan m_plan;
+    std::string m_csv;
+    bool m_raw = false;
+    bool m_scaled = false;
+    bool m_json = false;
+    bool m_written = true;
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeReadCommand(CLI::App &app, CLI::App *&subcommand)
+{
+    subcommand = app.add_subcommand("read", "Open a sensor and read its values");
+    return std::make_unique<ReadCommand>(*subcommand);
+}

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#include "searchoptions.h"
+
+#include "exitcode.h"
+
+#include "shared/catalognames.h"
+
+#include <CLI/CLI.hpp>
+
+using namespace SondixQt;
+using namespace SondixApp;
+
+void SearchOptions::addModelOptions(CLI::App &app)
+{
+    auto *type = app.add_option("-t,--type", m_type, "Model, by name or number (see 'sondixqt models')");
+    app.add_option("-g,--group", m_group, "All models of this group, by name or number")->excludes(type);
+}
+
+void SearchOptions::addScanOptions(CLI::App &app)
+{
+    app.add_option("-i,--interface", m_interfaces,
+                   "Only sensors on this interface, by name or number; may be repeated (default: all)")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    app.add_option("--baudrates", m_baudrates, "Baud rates to try on serial lines, such as 9600,115200");
+    app.add_flag("--similar", m_similar, "Also announce sensors of other models that answer the search");
+    app.add_flag("--quick,!--no-quick", m_quick,
+                 "Search RS485 buses quickly (default), or thoroughly with --no-quick");
+}
+
+SensorType SearchOptions::type() const
+{
+    if (m_type.empty())
+        return NoSensor;
+    const auto named = findType(QString::fromStdString(m_type));
+    if (!named.value)
+        throw Failure{ExitCode::Usage, named.problem};
+    return *named.value;
+}
+
+SearchRun::Plan SearchOptions::plan() const
+{
+    SearchRun::Plan plan;
+    if (const SensorType type = this->type(); type != NoSensor) {
+        plan.types = {type};
+    } else {
+        const auto group = m_group.empty() ? Named<SensorGroup>{AllGroups, QString()}
+                                           : findGroup(QString::fromStdString(m_group));
+        if (!group.value)
+            throw Failure{ExitCode::Usage, group.problem};
+        plan.types = sensorsInGroup(*group.value);
+    }
+    for (const std::string &name : m_interfaces) {
+        const auto named = findInterface(QString::fromStdString(name));
+        if (!named.value)
+            throw Failure{ExitCode::Usage, named.problem};
+        plan.interfaces |= *named.value;
+    }
+    if (m_interfaces.empty())
+        for (const SensorInterface iface : allInterfaces())
+            plan.interfaces |= iface;
+    plan.baudrates = QString::fromStdString(m_baudrates);
+    plan.similar = m_similar;
+    plan.quick = m_quick;
+    return plan;
+}

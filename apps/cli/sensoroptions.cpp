@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: MIT
+#include "sensoroptions.h"
+
+#include "exitcode.h"
+#include "progressbar.h"
+
+#include "shared/catalognames.h"
+#include "shared/sensoropener.h"
+
+#include <CLI/CLI.hpp>
+
+#include <QEventLoop>
+#include <QTimer>
+
+#include <algorithm>
+
+using namespace SondixQt;
+using namespace SondixApp;
+
+namespace {
+
+const QString interfaceParameter = QStringLiteral("IP_Interface");
+
+Failure usage(const QString &text)
+{
+    return {ExitCode::Usage, text};
+}
+
+// What a search says when it did not end with the one sensor that was meant.
+Failure notOne(const QList<SensorInfo> &found, const QString &what)
+{
+    if (found.isEmpty())
+        return {ExitCode::NothingFound, QStringLiteral("the search found no %1").arg(what)};
+    QStringList addresses;
+    for (const SensorInfo &info : found)
+        addresses += QStringLiteral("\n  ") + SensorAddress::of(info).toString();
+    return usage(QStringLiteral("the search found %1 sensors; name one of them:%2")
+                     .arg(found.size())
+                     .arg(addresses.join(QString())));
+}
+
+} // namespace
+
+void SensorOptions::addTo(CLI::App &app)
+{
+    app.add_option("SENSOR", m_address,
+                   "Address of the sensor as 'find' prints it, such as TX270@RS232,port=COM3,baudrate=115200");
+    m_search.addModelOptions(app);
+    app.add_option("-s,--serial", m_serial, "Search for the sensor with this serial number");
+    auto *iface = app.add_option("-i,--interface", m_interface, "Interface that the sensor hangs on")
+                      ->group("Interface parameters");
+    iface->allow_extra_args(false);
+    for (const AddressKey &key : addressKeys())
+        app.add_option("--" + key.name.toStdString(), m_values[key.parameter], key.help.toStdString())
+            ->group("Interface parameters");
+    app.add_option("--param", m_parameters, "Any other interface parameter, as NAME=VALUE; may be repeated")
+        ->group("Interface parameters")
+        ->allow_extra_args(false);
+    app.footer("The sensor is named by its address, or by its model and interface parameters:\n"
+               "  --type TX270 --port COM3 --baudrate 115200\n"
+               "  --type CC480 --address 192.168.0.10\n"
+               "or it is searched for, by its serial number, its model or its group:\n"
+               "  --serial 12345 --type TX270");
+}
+
+SensorAddress SensorOptions::resolve(Console &console, InterruptWatcher &interrupt) const
+{
+    if (m_address.empty())
+        return saysHowToReach() ? direct() : search(console, interrupt);
+    if (saysHowToReach() || !m_serial.empty() || m_search.type() != NoSensor || m_search.hasGroup())
+        throw usage(QStringLiteral("a sensor is named by its address or by options, not by both"));
+    QString problem;
+    const auto address = SensorAddress::parse(QString::fromStdString(m_address), problem);
+    if (!address)
+        throw usage(problem);
+    return *address;
+}
+
+bool SensorOptions::saysHowToReach() const
+{
+    const bool anyValue =
+        std::any_of(m_values.begin(), m_values.end(), [](const auto &entry) { return !entry.second.empty(); });
+    return !m_interface.empty() || anyValue || !m_parameters.empty();
+}
+
+SensorAddress SensorOptions::direct() const
+{
+    SensorAddress address;
+    address.type = m_search.type();
+    if (address.type == NoSensor)
+        throw usage(QStringLiteral("--type is needed to open a sensor by its interface parameters"));
+    if (!m_serial.empty())
+        throw usage(QStringLiteral("--serial searches for the sensor and goes with no interface parameter"));
+    for (const auto &[parameter, value] : m_values)
+        if (!value.empty())
+            address.parameters.insert(parameter, parameterValue(parameter, QString::fromStdString(value)));
+    for (const std::string &text : m_parameters) {
+        const QString parameter = QString::fromStdString(text).section(QLatin1Char('='), 0, 0);
+        if (parameter.isEmpty() || parameter.size() >= static_cast<int>(text.size()))
+            throw usage(QStringLiteral("--param takes NAME=VALUE, not '%1'").arg(QString::fromStdString(text)));
+        const QString value = QString::fromStdString(text).section(QLatin1Char('='), 1);
+        address.parameters.insert(parameter, parameterValue(parameter, value));
+    }
+    if (!m_interface.empty()) {
+        const auto iface = findInterface(QString::fromStdString(m_interface));
+        if (!iface.value)
+            throw usage(iface.problem);
+        address.parameters.insert(interfaceParameter, interfaceName(*iface.value, true));
+    } else if (!address.parameters.contains(interfaceParameter)) {
+        const bool serial = address.parameters.contains(QStringLiteral("IP_Port"));
+        const bool network = address.parameters.contains(QStringLiteral("IP_RemoteAddr"));
+        if (serial == network)
+            throw usage(QStringLiteral("--interface is needed with these interface parameters"));
+        address.parameters.insert(interfaceParameter, interfaceName(serial ? RS232 : TCPIP, true));
+    }
+    return address;
+}
+
+SensorAddress SensorOptions::search(Console &console, InterruptWatcher &interrupt) const
+{
+    if (m_serial.empty() && m_search.type() == NoSensor && !m_search.hasGroup())
+        throw usage(QStringLiteral("no sensor is named: give its address as 'sondixqt find' prints it, its model "
+                                   "and interface parameters, or its serial number"));
+    const QString serial = QString::fromStdString(m_serial);
+    SearchRun run(m_search.plan());
+    ProgressBar bar(console);
+    QEventLoop loop;
+    QList<SensorInfo> found;
+    SearchRun::End end = SearchRun::Completed;
+    QObject::connect(&run, &SearchRun::sensorFound, &loop, [&](const SensorInfo &info) {
+        if (serial.isEmpty()) {
+            found += info;
+        } else if (info.getParameter(QStringLiteral("SA_SerialNumber")).toString() == serial && found.isEmpty()) {
+            found += info;
+            QMetaObject::invokeMethod(&run, &SearchRun::stop, Qt::QueuedConnection);
+        }
+    });
+    QObject::connect(&run, &SearchRun::progressChanged, &loop, [&](int percent) { bar.setPercent(percent); });
+    QObject::connect(&run, &SearchRun::statusText, &loop, [&](const QString &text) { bar.setText(text); });
+    QObject::connect(&run, &SearchRun::finished, &loop, [&](SearchRun::End how) {
+        end = how;
+        loop.quit();
+    });
+    QObject::connect(&interrupt, &InterruptWatcher::interrupted, &run, &SearchRun::stop);
+    QTimer::singleShot(0, &run, &SearchRun::start);
+    loop.exec();
+    bar.clear();
+    if (InterruptWatcher::isInterrupted())
+        throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted during the search")};
+    if (found.size() == 1)
+        return SensorAddress::of(found.first());
+    if (end == SearchRun::Refused)
+        throw Failure{ExitCode::Failed, run.problem()};
+    throw notOne(found, serial.isEmpty() ? QStringLiteral("such sensor")
+                                         : QStringLiteral("sensor with the serial number %1").arg(serial));
+}
+
+std::unique_ptr<SensorInstance> openSensor(const SensorAddress &address)
+{
+    auto instance = createInstance(address.type);
+    if (!instance->isValid())
+        throw Failure{ExitCode::Failed, creationProblem(*instance)};
+    QString text;
+    const ErrorCode code = instance->open(address.parameters, &text);
+    if (InterruptWatcher::isInterrupted())
+        throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted while the sensor was opened")};
+    if (code != NoError)
+        throw Failure{ExitCode::CannotOpen,
+                      QStringLiteral("cannot open %1: %2")
+                          .arg(address.toString(), text.isEmpty() ? QStringLiteral("error %1").arg(code) : text)};
+    return instance;
+}

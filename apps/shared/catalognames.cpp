@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: MIT
+#include "catalognames.h"
+
+#include <SondixQt/sensorfeatures.h>
+
+#include <QVector>
+
+#include <algorithm>
+
+using namespace SondixQt;
+
+namespace SondixApp {
+
+namespace {
+
+template<typename T>
+struct Candidate
+{
+    QString name;
+    T value;
+};
+
+QString bare(const QString &text)
+{
+    QString result;
+    for (const QChar c : text)
+        if (c.isLetterOrNumber())
+            result += c.toLower();
+    return result;
+}
+
+int editDistance(const QString &a, const QString &b)
+{
+    QVector<int> row(b.size() + 1);
+    for (int j = 0; j <= b.size(); ++j)
+        row[j] = j;
+    for (int i = 1; i <= a.size(); ++i) {
+        int diagonal = row[0];
+        row[0] = i;
+        for (int j = 1; j <= b.size(); ++j) {
+            const int substitution = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
+            diagonal = row[j];
+            row[j] = std::min({substitution, row[j] + 1, row[j - 1] + 1});
+        }
+    }
+    return row.last();
+}
+
+template<typename T>
+Named<T> findIn(const QList<Candidate<T>> &candidates, const QString &text, const QString &what,
+                const QString &list)
+{
+    const QString wanted = text.trimmed();
+    bool isNumber = false;
+    const int number = wanted.toInt(&isNumber);
+    QStringList names;
+    for (const Candidate<T> &candidate : candidates) {
+        if (wanted.isEmpty() || candidate.name.isEmpty())
+            continue;
+        if (candidate.name.compare(wanted, Qt::CaseInsensitive) == 0 || (isNumber && candidate.value == number))
+            return {candidate.value, QString()};
+        names += candidate.name;
+    }
+    const QStringList near = nearNames(wanted, names);
+    const QString hint =
+        near.isEmpty() ? list : QStringLiteral("did you mean %1?").arg(near.join(QStringLiteral(" or ")));
+    return {std::nullopt, QStringLiteral("there is no %1 '%2'; %3").arg(what, text, hint)};
+}
+
+} // namespace
+
+QStringList nearNames(const QString &text, const QStringList &names)
+{
+    struct Near
+    {
+        int distance;
+        QString name;
+    };
+    const QString wanted = bare(text);
+    QVector<Near> near;
+    for (const QString &name : names) {
+        const QString candidate = bare(name);
+        int distance = editDistance(wanted, candidate);
+        if (wanted.size() >= 3 && candidate.contains(wanted))
+            distance = std::min(distance, 1);
+        const bool known = std::any_of(near.cbegin(), near.cend(), [&](const Near &n) { return n.name == name; });
+        if (distance <= std::max(1, wanted.size() / 3) && !known)
+            near.append({distance, name});
+    }
+    std::stable_sort(near.begin(), near.end(),
+                     [](const Near &a, const Near &b) { return a.distance < b.distance; });
+    QStringList result;
+    for (int i = 0; i < std::min(3, near.size()); ++i)
+        result += near[i].name;
+    return result;
+}
+
+Named<SensorType> findType(const QString &text)
+{
+    QList<Candidate<SensorType>> candidates;
+    const auto &features = getSensorFeatures();
+    for (auto it = features.cbegin(); it != features.cend(); ++it)
+        if (it.key() != NoSensor)
+            candidates.append({it->shortName, it.key()});
+    for (auto it = features.cbegin(); it != features.cend(); ++it)
+        if (it.key() != NoSensor)
+            candidates.append({it->name, it.key()});
+    return findIn(candidates, text, QStringLiteral("model"), QStringLiteral("'sondixqt models' lists them all"));
+}
+
+Named<SensorGroup> findGroup(const QString &text)
+{
+    QList<Candidate<SensorGroup>> candidates;
+    QStringList names;
+    for (const SensorGroup group : sensorGroups()) {
+        candidates.append({sensorGroupName(group), group});
+        candidates.append({sensorGroupName(group, true), group});
+        if (group != NoGroup)
+            names += sensorGroupName(group);
+    }
+    return findIn(candidates, text, QStringLiteral("group"),
+                  QStringLiteral("the groups are %1").arg(names.join(QStringLiteral(", "))));
+}
+
+Named<SensorInterface> findInterface(const QString &text)
+{
+    QList<Candidate<SensorInterface>> candidates;
+    QStringList names;
+    for (const SensorInterface iface : allInterfaces()) {
+        candidates.append({interfaceName(iface), iface});
+        candidates.append({interfaceName(iface, true), iface});
+        names += interfaceName(iface);
+    }
+    return findIn(candidates, text, QStringLiteral("interface"),
+                  QStringLiteral("the interfaces are %1").arg(names.join(QStringLiteral(", "))));
+}
+
+const QList<SensorInterface> &allInterfaces()
+{
+    static const QList<SensorInterface> interfaces{RS232, XA100_USB, TCPIP, XA200, WinUSB, XA100, XA200_ETH};
+    return interfaces;
+}
+
+} // namespace SondixApp

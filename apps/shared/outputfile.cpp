@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+#include "outputfile.h"
+
+#include <QFileInfo>
+
+#include <filesystem>
+
+namespace SondixApp {
+
+namespace {
+
+std::filesystem::path nativePath(const QString &path)
+{
+#ifdef Q_OS_WIN
+    return path.toStdWString();
+#else
+    return QFile::encodeName(path).toStdString();
+#endif
+}
+
+} // namespace
+
+OutputFile::OutputFile(const QString &path)
+    : m_path(path)
+{
+    const QFileInfo info(path);
+    if (info.isSymLink() && info.exists())
+        m_path = info.canonicalFilePath();
+}
+
+OutputFile::~OutputFile() = default;
+
+bool OutputFile::open()
+{
+    const QFileInfo info(m_path);
+    if (info.isDir()) {
+        m_error = QStringLiteral("it is a directory");
+        return false;
+    }
+    if (info.exists() && !info.isFile()) {
+        m_direct = std::make_unique<QFile>(m_path);
+        return m_direct->open(QIODevice::WriteOnly | QIODevice::Unbuffered) || fail(*m_direct);
+    }
+    if (info.exists() && !info.isWritable()) {
+        m_error = QStringLiteral("it may not be overwritten");
+        return false;
+    }
+    m_save = std::make_unique<QSaveFile>(partialName());
+    return m_save->open(QIODevice::WriteOnly) || fail(*m_save);
+}
+
+bool OutputFile::write(const QByteArray &data)
+{
+    if (m_direct)
+        return m_direct->write(data) == data.size() || fail(*m_direct);
+    return m_save->write(data) == data.size() || fail(*m_save);
+}
+
+bool OutputFile::commit()
+{
+    if (m_direct) {
+        m_direct->close();
+        return m_direct->error() == QFileDevice::NoError || fail(*m_direct);
+    }
+    if (!keepPartial())
+        return false;
+    std::error_code error;
+    std::filesystem::rename(nativePath(partialName()), nativePath(m_path), error);
+    if (!error)
+        return true;
+    m_error = QString::fromLocal8Bit(error.message().c_str());
+    QFile::remove(partialName());
+    return false;
+}
+
+bool OutputFile::keepPartial()
+{
+    if (m_direct)
+        return commit();
+    return m_save->commit() || fail(*m_save);
+}
+
+bool OutputFile::fail(const QFileDevice &file)
+{
+    m_error = file.errorString();
+    return false;
+}
+
+} // namespace SondixApp

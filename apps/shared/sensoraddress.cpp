@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: MIT
+#include "sensoraddress.h"
+
+#include "catalognames.h"
+
+#include <QStringList>
+
+using namespace SondixQt;
+
+namespace SondixApp {
+
+namespace {
+
+const QString interfaceParameter = QStringLiteral("IP_Interface");
+
+QString encode(const QString &text)
+{
+    return QString::fromLatin1(text.toUtf8().toPercentEncoding(QByteArrayLiteral(":/+")));
+}
+
+QString decode(const QString &text)
+{
+    return QString::fromUtf8(QByteArray::fromPercentEncoding(text.toUtf8()));
+}
+
+const AddressKey *keyOfParameter(const QString &parameter)
+{
+    for (const AddressKey &key : addressKeys())
+        if (key.parameter == parameter)
+            return &key;
+    return nullptr;
+}
+
+const AddressKey *keyOfName(const QString &name)
+{
+    for (const AddressKey &key : addressKeys())
+        if (key.name.compare(name, Qt::CaseInsensitive) == 0)
+            return &key;
+    return nullptr;
+}
+
+bool isTextParameter(const QString &parameter)
+{
+    if (const AddressKey *key = keyOfParameter(parameter))
+        return key->isText;
+    return parameter == interfaceParameter;
+}
+
+QVariant guessed(const QString &text)
+{
+    bool ok = false;
+    const int number = text.toInt(&ok);
+    if (ok)
+        return number;
+    const double real = text.toDouble(&ok);
+    return ok ? QVariant(real) : QVariant(text);
+}
+
+// A value of a parameter that is not known to be a text would be read back as a number when it looks
+// like one; an encoded character marks it as a text.
+QString encodedValue(const QString &parameter, const QVariant &value)
+{
+    const QString text = value.toString();
+    const QString plain = encode(text);
+    const bool wasText = value.type() == QVariant::String;
+    if (!wasText || isTextParameter(parameter) || guessed(text).type() == QVariant::String || text.isEmpty())
+        return plain;
+    return QLatin1Char('%') + QString::fromLatin1(text.left(1).toUtf8().toHex()) + encode(text.mid(1));
+}
+
+// What tells of the sensor but does not lead to it.
+bool isDescription(const QString &parameter)
+{
+    static const QStringList descriptions{QStringLiteral("IP_SensorTypeName"),
+                                          QStringLiteral("SA_Softwareversion"), QStringLiteral("SA_MacAddress")};
+    return descriptions.contains(parameter);
+}
+
+bool parsePart(const QString &part, SensorAddress &address, QString &problem)
+{
+    const int equals = part.indexOf(QLatin1Char('='));
+    if (equals <= 0) {
+        problem = QStringLiteral("'%1' in a sensor's address is no <name>=<value>").arg(part);
+        return false;
+    }
+    const QString name = part.left(equals);
+    const QString value = part.mid(equals + 1);
+    const AddressKey *key = keyOfName(name);
+    if (!key && !name.contains(QLatin1Char('_'))) {
+        QStringList names;
+        for (const AddressKey &known : addressKeys())
+            names += known.name;
+        const QStringList near = nearNames(name, names);
+        problem = QStringLiteral("there is no interface parameter '%1'; %2")
+                      .arg(name, near.isEmpty()
+                                     ? QStringLiteral("they are %1").arg(names.join(QStringLiteral(", ")))
+                                     : QStringLiteral("did you mean %1?").arg(near.join(QStringLiteral(" or "))));
+        return false;
+    }
+    const QString parameter = key ? key->parameter : decode(name);
+    const bool marked = value.contains(QLatin1Char('%'));
+    address.parameters.insert(parameter, marked ? QVariant(decode(value)) : parameterValue(parameter, value));
+    return true;
+}
+
+} // namespace
+
+const QVector<AddressKey> &addressKeys()
+{
+    const auto key = [](const char *name, const char *parameter, bool isText, const char *help) {
+        return AddressKey{QString::fromLatin1(name), QString::fromLatin1(parameter), isText,
+                          QString::fromLatin1(help)};
+    };
+    static const QVector<AddressKey> keys{
+        key("port", "IP_Port", true, "serial port, such as COM3"),
+        key("baudrate", "IP_Baudrate", false, "baud rate of the serial line"),
+        key("stopbits", "IP_Stopbits", false, "stop bits of the serial line"),
+        key("bytesize", "IP_ByteSize", false, "data bits of the serial line"),
+        key("parity", "IP_Parity", false, "parity of the serial line, as a number"),
+        key("sensor-address", "IP_SensorAddress", false, "the sensor's address on a bus"),
+        key("address", "IP_RemoteAddr", true, "IP address"),
+        key("remote-port", "IP_RemotePort", false, "TCP port for commands"),
+        key("data-port", "IP_DataPort", false, "TCP port for measured values"),
+        key("address-family", "IP_AddressFamily", false, "IP version, as a number"),
+        key("card", "IP_CardInstance", false, "number of the interface card"),
+        key("device", "IP_DeviceInstance", false, "number of the USB device"),
+        key("channel", "IP_ChannelNumber", false, "channel of the interface card or converter"),
+        key("serial-number", "SA_SerialNumber", true, "serial number of the device"),
+    };
+    return keys;
+}
+
+SensorAddress SensorAddress::of(const SensorInfo &info)
+{
+    return {info.sensorType(), info.getInterfaceParameters()};
+}
+
+std::optional<SensorAddress> SensorAddress::parse(const QString &text, QString &problem)
+{
+    const int at = text.indexOf(QLatin1Char('@'));
+    if (at <= 0) {
+        problem = QStringLiteral("'%1' is no sensor address; one reads <model>@<interface>,<name>=<value>,..., "
+                                 "such as TX270@RS232,port=COM3,baudrate=115200")
+                      .arg(text);
+        return std::nullopt;
+    }
+    const auto type = findType(decode(text.left(at)));
+    QStringList parts = text.mid(at + 1).split(QLatin1Char(','));
+    const auto iface = findInterface(decode(parts.takeFirst()));
+    if (!type.value || !iface.value) {
+        problem = type.value ? iface.problem : type.problem;
+        return std::nullopt;
+    }
+    SensorAddress address{*type.value, {{interfaceParameter, interfaceName(*iface.value, true)}}};
+    for (const QString &part : parts)
+        if (!parsePart(part, address, problem))
+            return std::nullopt;
+    return address;
+}
+
+QString SensorAddress::toString() const
+{
+    const SensorInterface iface = interfaceOf(parameters);
+    const QString shownInterface =
+        iface == NoInterface ? parameters.value(interfaceParameter).toString() : interfaceName(iface, true);
+    QStringList parts{encode(sensorName(type, true)) + QLatin1Char('@') + encode(shownInterface)};
+    for (const AddressKey &key : addressKeys())
+        if (parameters.contains(key.parameter))
+            parts += key.name + QLatin1Char('=') + encodedValue(key.parameter, parameters.value(key.parameter));
+    for (auto it = parameters.cbegin(); it != parameters.cend(); ++it) {
+        if (it.key() == interfaceParameter || isDescription(it.key()) || keyOfParameter(it.key()))
+            continue;
+        parts += encode(it.key()) + QLatin1Char('=') + encodedValue(it.key(), it.value());
+    }
+    return parts.join(QLatin1Char(','));
+}
+
+QVariant parameterValue(const QString &parameter, const QString &text)
+{
+    return isTextParameter(parameter) ? QVariant(text) : guessed(text);
+}
+
+SensorInterface interfaceOf(const QMap<QString, QVariant> &parameters)
+{
+    const QString name = parameters.value(interfaceParameter).toString();
+    for (const SensorInterface iface : allInterfaces())
+        if (interfaceName(iface, true) == name)
+            return iface;
+    return NoInterface;
+}
+
+QString placeOf(const QMap<QString, QVariant> &parameters)
+{
+    struct Word
+    {
+        QString parameter;
+        QString word;
+    };
+    static const QVector<Word> words{
+        {QStringLiteral("IP_Port"), QString()},
+        {QStringLiteral("IP_RemoteAddr"), QString()},
+        {QStringLiteral("IP_CardInstance"), QStringLiteral("card ")},
+        {QStringLiteral("IP_DeviceInstance"), QStringLiteral("device ")},
+        {QStringLiteral("IP_ChannelNumber"), QStringLiteral("channel ")},
+        {QStringLiteral("IP_SensorAddress"), QStringLiteral("bus address ")},
+    };
+    QStringList place;
+    for (const Word &word : words)
+        if (parameters.contains(word.parameter))
+            place += word.word + parameters.value(word.parameter).toString();
+    return place.join(QStringLiteral(", "));
+}
+
+} // namespace SondixApp
