@@ -9,6 +9,7 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
+#include <clocale>
 #include <cstdio>
 #include <vector>
 
@@ -67,6 +68,8 @@ int main(int argc, char *argv[])
 {
     qInstallMessageHandler(onLogMessage);
     const QCoreApplication application(argc, argv);
+    // Numbers on the command line are written with a point everywhere.
+    std::setlocale(LC_NUMERIC, "C");
     QCoreApplication::setApplicationName(QStringLiteral("sondixqt"));
     SondixQt::setUsedByApplicationName(QStringLiteral("sondixqt"));
     Console console;

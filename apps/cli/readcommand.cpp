@@ -183,6 +183,10 @@ private:
         switch (end) {
         case FrameReader::Reached:
             sink.finish();
+            if (reader.framesLost() > 0)
+                throw Failure{ExitCode::DataLost,
+                              QStringLiteral("%1 frames were lost because they were not fetched in time")
+                                  .arg(reader.framesLost())};
             return ExitCode::Done;
         case FrameReader::Stopped:
             sink.finish();

@@ -29,21 +29,25 @@ QString bare(const QString &text)
     return result;
 }
 
+// Letters that were swapped, left out, added or replaced count one each.
 int editDistance(const QString &a, const QString &b)
 {
-    QVector<int> row(b.size() + 1);
+    QVector<int> before;
+    QVector<int> above(b.size() + 1);
     for (int j = 0; j <= b.size(); ++j)
-        row[j] = j;
+        above[j] = j;
     for (int i = 1; i <= a.size(); ++i) {
-        int diagonal = row[0];
-        row[0] = i;
+        QVector<int> row(b.size() + 1, i);
         for (int j = 1; j <= b.size(); ++j) {
-            const int substitution = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({substitution, row[j] + 1, row[j - 1] + 1});
+            const int substitution = above[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            row[j] = std::min({substitution, above[j] + 1, row[j - 1] + 1});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                row[j] = std::min(row[j], before[j - 2] + 1);
         }
+        before = above;
+        above = row;
     }
-    return row.last();
+    return above.last();
 }
 
 template<typename T>

@@ -109,7 +109,10 @@ void FrameReader::deliver(int count)
 
     const int used = block.frames * m_valuesPerFrame;
     if (block.frames > 0) {
+        countLost(block.timestamp);
         m_framesRead += block.frames;
+        m_lastBlockSeconds = block.frames * block.period;
+        m_nextTimestamp = block.timestamp + m_lastBlockSeconds;
         m_sinceFrame.start();
         Q_EMIT framesArrived(block);
     }
@@ -123,6 +126,19 @@ void FrameReader::deliver(int count)
     m_left = values - used;
     std::move(m_scaled.begin() + used, m_scaled.begin() + values, m_scaled.begin());
     std::move(m_raw.begin() + used, m_raw.begin() + values, m_raw.begin());
+}
+
+void FrameReader::countLost(double blockTime)
+{
+    // A sensor that is asked for each measurement sends no steady stream that could have gaps.
+    if (m_framesRead == 0 || m_rateKhz <= 0.0 || m_instance.isGetMeasureNeeded())
+        return;
+    // The rate that a sensor tells is rounded, which adds up over a block.
+    constexpr double rateTolerance = 0.001;
+    const double period = 0.001 / m_rateKhz;
+    const double gap = blockTime - m_nextTimestamp;
+    if (gap > 1.5 * period + rateTolerance * m_lastBlockSeconds)
+        m_framesLost += std::max<qint64>(1, std::llround(gap / period));
 }
 
 void FrameReader::end(End end, const QString &problem)

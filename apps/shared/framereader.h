@@ -52,6 +52,9 @@ public:
     void stop();
 
     qint64 framesRead() const { return m_framesRead; }
+    /// How many frames never came, told by gaps between the times of the blocks; only where the sample
+    /// rate is known.
+    qint64 framesLost() const { return m_framesLost; }
     QString problem() const { return m_problem; }
 
 Q_SIGNALS:
@@ -62,6 +65,7 @@ private:
     void poll();
     bool transfer(int capacity, int &count);
     void deliver(int count);
+    void countLost(double blockTime);
     void end(End end, const QString &problem = QString());
 
     SondixQt::SensorInstance &m_instance;
@@ -76,7 +80,10 @@ private:
     int m_left = 0; // values of a frame whose other values have not come yet
     double m_timestamp = 0.0;
     double m_leftTimestamp = 0.0;
+    double m_nextTimestamp = 0.0; // when the frame after the last one is due
     qint64 m_framesRead = 0;
+    qint64 m_framesLost = 0;
+    double m_lastBlockSeconds = 0.0;
     QString m_problem;
     bool m_running = false;
 };

@@ -112,20 +112,20 @@ const QVector<AddressKey> &addressKeys()
                           QString::fromLatin1(help)};
     };
     static const QVector<AddressKey> keys{
-        key("port", "IP_Port", true, "serial port, such as COM3"),
-        key("baudrate", "IP_Baudrate", false, "baud rate of the serial line"),
-        key("stopbits", "IP_Stopbits", false, "stop bits of the serial line"),
-        key("bytesize", "IP_ByteSize", false, "data bits of the serial line"),
-        key("parity", "IP_Parity", false, "parity of the serial line, as a number"),
-        key("sensor-address", "IP_SensorAddress", false, "the sensor's address on a bus"),
+        key("port", "IP_Port", true, "Serial port, such as COM3"),
+        key("baudrate", "IP_Baudrate", false, "Baud rate of the serial line"),
+        key("stopbits", "IP_Stopbits", false, "Stop bits of the serial line"),
+        key("bytesize", "IP_ByteSize", false, "Data bits of the serial line"),
+        key("parity", "IP_Parity", false, "Parity of the serial line, as a number"),
+        key("sensor-address", "IP_SensorAddress", false, "The sensor's address on a bus"),
         key("address", "IP_RemoteAddr", true, "IP address"),
         key("remote-port", "IP_RemotePort", false, "TCP port for commands"),
         key("data-port", "IP_DataPort", false, "TCP port for measured values"),
         key("address-family", "IP_AddressFamily", false, "IP version, as a number"),
-        key("card", "IP_CardInstance", false, "number of the interface card"),
-        key("device", "IP_DeviceInstance", false, "number of the USB device"),
-        key("channel", "IP_ChannelNumber", false, "channel of the interface card or converter"),
-        key("serial-number", "SA_SerialNumber", true, "serial number of the device"),
+        key("card", "IP_CardInstance", false, "Number of the interface card"),
+        key("device", "IP_DeviceInstance", false, "Number of the USB device"),
+        key("channel", "IP_ChannelNumber", false, "Channel of the interface card or converter"),
+        key("serial-number", "SA_SerialNumber", true, "Serial number of the device"),
     };
     return keys;
 }

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include "shared/outputfile.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace SondixApp;
+
+class TestOutputFile : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_dir->isValid());
+        m_path = m_dir->filePath(QStringLiteral("values of today.csv"));
+    }
+    void bearsItsNameOnlyWhenCommitted();
+    void replacesAnOlderFileAtOnce();
+    void leavesNothingWhenItIsDropped();
+    void keepsAPartUnderAnotherName();
+    void goesThroughALink();
+    void refusesADirectoryAndAMissingOne();
+    void reportsAFullDevice();
+
+private:
+    QStringList files() const { return QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
+    static QByteArray contentOf(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArrayLiteral("unreadable");
+    }
+    void writeOlderFile() const
+    {
+        QFile file(m_path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write("older\n"), 6);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_path;
+};
+
+void TestOutputFile::bearsItsNameOnlyWhenCommitted()
+{
+    OutputFile file(m_path);
+    QVERIFY2(file.open(), qPrintable(file.errorString()));
+    QVERIFY(file.write("1\n"));
+    QVERIFY(file.write("2\n"));
+    QVERIFY(!QFile::exists(m_path));
+    QVERIFY2(file.commit(), qPrintable(file.errorString()));
+    QCOMPARE(contentOf(m_path), QByteArray("1\n2\n"));
+    QCOMPARE(files(), QStringList{QStringLiteral("values of today.csv")});
+}
+
+void TestOutputFile::replacesAnOlderFileAtOnce()
+{
+    writeOlderFile();
+    OutputFile file(m_path);
+    QVERIFY(file.open());
+    QVERIFY(file.write("newer\n"));
+    QCOMPARE(contentOf(m_path), QByteArray("older\n"));
+    QVERIFY(file.commit());
+    QCOMPARE(contentOf(m_path), QByteArray("newer\n"));
+}
+
+void TestOutputFile::leavesNothingWhenItIsDropped()
+{
+    {
+        OutputFile file(m_path);
+        QVERIFY(file.open());
+        QVERIFY(file.write("1\n"));
+    }
+    QCOMPARE(files(), QStringList());
+}
+
+void TestOutputFile::keepsAPartUnderAnotherName()
+{
+    writeOlderFile();
+    OutputFile file(m_path);
+    QVERIFY(file.open());
+    QVERIFY(file.write("1\n"));
+    QVERIFY(file.keepPartial());
+    QCOMPARE(contentOf(m_path), QByteArray("older\n"));
+    QCOMPARE(contentOf(file.partialName()), QByteArray("1\n"));
+}
+
+void TestOutputFile::goesThroughALink()
+{
+    writeOlderFile();
+    const QString link = m_dir->filePath(QStringLiteral("link.csv"));
+    QVERIFY(QFile::link(m_path, link));
+    OutputFile file(link);
+    QVERIFY(file.open());
+    QVERIFY(file.write("newer\n"));
+    QVERIFY(file.commit());
+    QVERIFY(QFileInfo(link).isSymLink());
+    QCOMPARE(contentOf(m_path), QByteArray("newer\n"));
+}
+
+void TestOutputFile::refusesADirectoryAndAMissingOne()
+{
+    OutputFile directory(m_dir->path());
+    QVERIFY(!directory.open());
+    QCOMPARE(directory.errorString(), QStringLiteral("it is a directory"));
+    OutputFile missing(m_dir->filePath(QStringLiteral("missing/values.csv")));
+    QVERIFY(!missing.open());
+    QVERIFY(!missing.errorString().isEmpty());
+}
+
+void TestOutputFile::reportsAFullDevice()
+{
+    if (!QFile::exists(QStringLiteral("/dev/full")))
+        QSKIP("there is no /dev/full here");
+    OutputFile file(QStringLiteral("/dev/full"));
+    QVERIFY(file.open());
+    QVERIFY(!file.write("1\n"));
+    QVERIFY(!file.errorString().isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestOutputFile)
+#include "tst_outputfile.moc"
