@@ -22,56 +22,6 @@ QString &applicationName()
     return name;
 }
 
-// clang-format off
-#define S QStringLiteral
-
-QMap<SensorGroup, GroupRecord> makeGroupTable()
-{
-    return {
-        // group       name                 second name               image
-        {NoGroup,     {QString(),          QString(),               S(":/images/genericSensor.png")}},
-        {Tavrin,      {S("Tavrin"),        S("Tavrin"),             S(":/images/TX-group.png")}},
-        {TavrinRG,    {S("Tavrin RG"),     S("Tavrin RG"),          S(":/images/RG-group.png")}},
-        {Oscura,      {S("Oscura"),        S("Oscura CC"),          S(":/images/CC480.png")}},
-        {Wavlen,      {S("Wavlen"),        S("Wavlen"),             S(":/images/WI610.png")}},
-        {Silvant,     {S("Silvant"),       S("Silvant MC"),         S(":/images/MC-group.png")}},
-        {Korrin,      {S("Korrin"),        S("Korrin"),             S(":/images/korrin-group.png")}},
-        {Delmar,      {S("Delmar"),        S("Delmar"),             S(":/images/delmar-group.png")}},
-        {Color,       {S("Color"),         S("Color"),              S(":/images/color-group.png")}},
-        {Gyrant,      {S("Gyrant"),        S("Gyrant"),             S(":/images/genericSensor.png")}},
-        {Morvik,      {S("Morvik"),        S("Morvik"),             S(":/images/korrin-group.png")}},
-        {Profax,      {S("Profax"),        S("Profax"),             S(":/images/PF7xx.png")}},
-        {Interfaces,  {S("Interfaces"),    S("Interfaces"),         S(":/images/interface-group.png")}},
-        {KVBus,       {S("KV-BUS"),        S("KV-BUS"),             S(":/images/genericSensor.png")}},
-        {Other,       {S("Other sensors"), S("Other"),              S(":/images/thermo-group.png")}},
-        {AllGroups,   {S("Any group"),     S("All sensor groups"),  S(":/images/All-groups.png")}},
-    };
-}
-
-QMap<SensorInterface, InterfaceRecord> makeInterfaceTable()
-{
-    return {
-        // interface   index name              library's name   parameters of a connection
-        {NoInterface, { 0, S("No Interface"), QString(),       {}}},
-        {RS232,       { 1, S("RS232"),        S("RS232"),      {S("IP_Interface"), S("IP_Port"), S("IP_Baudrate"), S("IP_Stopbits"), S("IP_ByteSize"), S("IP_Parity"),
-                                                                S("IP_SensorAddress")}}},
-        {XA100_USB,   { 8, S("XA100/USB"),    S("XA100_USB"),  {S("IP_Interface"), S("IP_DeviceInstance"), S("SA_SerialNumber"), S("IP_ChannelNumber"), S("IP_Port"),
-                                                                S("IP_Baudrate"), S("IP_Parity")}}},
-        {TCPIP,       { 3, S("Ethernet"),     S("TCP/IP"),     {S("IP_SensorTypeName"), S("SA_SerialNumber"), S("SA_Softwareversion"), S("IP_Interface"),
-                                                                S("IP_RemoteAddr"), S("IP_RemotePort"), S("IP_DataPort"), S("SA_MacAddress"), S("IP_AddressFamily")}}},
-        {XA200,       { 6, S("XA200/PCI"),    S("XA200"),      {S("IP_Interface"), S("IP_CardInstance"), S("IP_ChannelNumber"), S("IP_Baudrate"), S("IP_Parity")}}},
-        {WinUSB,      { 7, S("USB"),          S("WinUSB"),     {S("IP_SensorTypeName"), S("IP_Interface"), S("IP_DeviceInstance"), S("SA_SerialNumber")}}},
-        {XA100,       { 2, S("XA100/PCI"),    S("XA100"),      {S("IP_Interface"), S("IP_CardInstance"), S("IP_ChannelNumber"), S("IP_Baudrate")}}},
-        {XA200_ETH,   {10, S("XA200/ETH"),    S("XA200_ETH"),  {S("SA_SerialNumber"), S("SA_Softwareversion"), S("IP_SensorTypeName"), S("IP_Interface"),
-                                                                S("IP_RemoteAddr"), S("SA_MacAddress"), S("IP_RemotePort"), S("IP_CardInstance"),
-                                                                S("IP_DeviceInstance"), S("IP_ChannelNumber"), S("IP_Baudrate"), S("IP_Parity"),
-                                                                S("IP_AddressFamily")}}},
-    };
-}
-
-#undef S
-// clang-format on
-
 /// A model in the order in which lists show it.
 struct ListedType
 {
@@ -121,23 +71,9 @@ void registerMetaTypes()
     qRegisterMetaType<QList<SensorType>>("QList<SensorType>");
 }
 
-[[maybe_unused]] const QMap<SensorGroup, GroupRecord> &groupsBuiltAtLoadTime = groupTable();
-[[maybe_unused]] const QMap<SensorInterface, InterfaceRecord> &interfacesBuiltAtLoadTime = interfaceTable();
 Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
 
 } // namespace
-
-const QMap<SensorGroup, GroupRecord> &groupTable()
-{
-    static const QMap<SensorGroup, GroupRecord> table = makeGroupTable();
-    return table;
-}
-
-const QMap<SensorInterface, InterfaceRecord> &interfaceTable()
-{
-    static const QMap<SensorInterface, InterfaceRecord> table = makeInterfaceTable();
-    return table;
-}
 
 QString usedByApplicationName()
 {
