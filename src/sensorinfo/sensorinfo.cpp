@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sensorinfo.h"
 
+#include "../catalogue/busnames_p.h"
 #include "../catalogue/sensorfeatures_p.h"
 #include "../catalogue/sensortypes_p.h"
 
@@ -47,19 +48,6 @@ constexpr std::array<NamePart, 4> otherBusNames{{
     {QLatin1String("DV-"), DVxxx},
 }};
 
-/// The names by which inertial bus sensors report themselves, and the models that they are.
-struct Alias
-{
-    QLatin1String reported;
-    QLatin1String model;
-};
-
-constexpr std::array<Alias, 3> inertialAliases{{
-    {QLatin1String("GYSENS1_A"), QLatin1String("GY330")},
-    {QLatin1String("GYIS1_DYN_B"), QLatin1String("GY310D")},
-    {QLatin1String("GYIS1_B"), QLatin1String("GY310S")},
-}};
-
 /// The type of the first part that \a name contains, \a otherwise when it contains none.
 template<typename Parts>
 SensorType firstContained(const QString &name, const Parts &parts, SensorType otherwise)
@@ -93,10 +81,7 @@ SensorType busTypeByName(QString name, SensorType otherwise)
 {
     static const std::vector<BusName> busNames = busNamesInDisplayOrder();
 
-    const auto alias = std::find_if(inertialAliases.begin(), inertialAliases.end(),
-                                    [&name](const Alias &candidate) { return name == candidate.reported; });
-    if (alias != inertialAliases.end())
-        name = alias->model;
+    name = busSensorModel(name);
     name.remove(QLatin1Char('x'), Qt::CaseInsensitive).remove(QLatin1Char('_')).remove(QLatin1Char(' '));
 
     const auto hit = std::find_if(busNames.begin(), busNames.end(), [&name](const BusName &candidate) {
