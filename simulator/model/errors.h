@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+namespace sondixsim::model {
+
+/// Results of the C interface. -26 and -27 are kept free: a command that ends with one of them may have
+/// left results, which the simulator does only when a fault says so.
+enum Code : std::int32_t {
+    Success = 0,
+    UnknownHandle = -1,
+    InvalidArgument = -2,
+    UnknownSensorType = -3,
+    TooManyInstances = -4,
+    BenchUnusable = -5,
+    NoSuchAnswer = -6,
+    WrongType = -7,
+    BufferTooSmall = -8,
+    NotOpen = -9,
+    NoSensorAnswers = -10,
+    SensorInUse = -11,
+    ConnectionLost = -12,
+    NoCommand = -13,
+    UnknownCommand = -14,
+    ParameterMissing = -15,
+    UnknownParameter = -16,
+    OutOfRange = -17,
+    NoSearch = -18,
+    NoSuchResult = -19,
+    LogFileUnusable = -20
+};
+
+/// How a call ended: 0 or a code with its text (UTF-8).
+struct Outcome
+{
+    std::int32_t code = Success;
+    std::string text;
+
+    bool ok() const { return code == Success; }
+};
+
+inline Outcome failure(Code code, std::string text)
+{
+    return Outcome{code, std::move(text)};
+}
+
+} // namespace sondixsim::model

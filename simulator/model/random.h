@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace sondixsim::model {
+
+// Random numbers are functions of what they are for (seed, sensor, signal, frame), not of what was drawn
+// before: the values of a sensor do not depend on how often or by how many threads it is read.
+
+constexpr std::uint64_t mix(std::uint64_t x)
+{
+    x += 0x9E3779B97F4A7C15ull;
+    x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9ull;
+    x = (x ^ (x >> 27)) * 0x94D049BB133111EBull;
+    return x ^ (x >> 31);
+}
+
+constexpr std::uint64_t mix(std::uint64_t a, std::uint64_t b)
+{
+    return mix(mix(a) ^ b);
+}
+
+constexpr std::uint64_t mix(std::uint64_t seed, std::string_view text)
+{
+    std::uint64_t hash = 0xCBF29CE484222325ull;
+    for (const char c : text)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3ull;
+    return mix(seed, hash);
+}
+
+/// From 0 up to, not including, 1.
+constexpr double uniform(std::uint64_t bits)
+{
+    return static_cast<double>(bits >> 11) * 0x1.0p-53;
+}
+
+/// Bell-shaped with mean 0 and standard deviation 1, within +-3.5: the sum of four uniform numbers.
+constexpr double bell(std::uint64_t bits)
+{
+    const auto sum =
+        static_cast<double>((bits & 0xFFFF) + ((bits >> 16) & 0xFFFF) + ((bits >> 32) & 0xFFFF) + (bits >> 48));
+    return (sum / 65535.0 - 2.0) * 1.7320508075688772;
+}
+
+} // namespace sondixsim::model

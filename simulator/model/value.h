@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace sondixsim::model {
+
+using Bytes = std::vector<unsigned char>;
+using Value = std::variant<std::int32_t, double, std::string, Bytes>;
+
+struct Parameter
+{
+    std::string name;
+    Value value;
+};
+
+/// Named values in the order in which they were set first. Texts are windows-1250.
+class ParameterList
+{
+public:
+    const Value *find(std::string_view name) const;
+    void set(std::string_view name, Value value); ///< replaces a value of that name
+    void append(std::string name, Value value);   ///< for a name that is known to be new
+    void add(const ParameterList &other);
+    void remove(std::string_view name);
+    void clear() { m_parameters.clear(); }
+    bool empty() const { return m_parameters.empty(); }
+
+    std::vector<Parameter>::const_iterator begin() const { return m_parameters.begin(); }
+    std::vector<Parameter>::const_iterator end() const { return m_parameters.end(); }
+
+private:
+    std::vector<Parameter> m_parameters;
+};
+
+std::optional<std::int32_t> toInt(const Value &value);
+std::optional<double> toDouble(const Value &value);
+std::string toText(const Value &value); ///< empty for bytes
+
+/// Shortest text that reads back as the same number, always with a point.
+std::string formatDouble(double value);
+
+/// The value converted to the kind that \a like has; nothing when it cannot be.
+std::optional<Value> convertedLike(const Value &value, const Value &like);
+
+/// "key=value" pairs; texts in double quotes, bytes left out.
+std::string pairsText(const ParameterList &parameters, std::string_view separator);
+
+/// The pairs of such a text; a value without quotes is a number when it reads as one.
+ParameterList parsePairs(std::string_view text);
+
+} // namespace sondixsim::model
