@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace sondixsim::model {
+
+/// One contribution to a signal, a function of time, frame number and seed alone.
+struct Generator
+{
+    enum class Kind { Constant, Sine, Ramp, Step, Noise, Drift, Recorded };
+
+    Kind kind = Kind::Constant;
+    double low = 0.0;    ///< constant: the value; sine: the middle; ramp, step: first level
+    double high = 0.0;   ///< sine: amplitude; ramp, step: last level; noise: standard deviation; drift: limit
+    double period = 1.0; ///< seconds; drift: time from 0 to the limit
+    double share = 0.5;  ///< step: part of the period at the first level; sine: phase in periods
+    std::vector<double> record; ///< recorded: one value a frame, again from the start at the end
+
+    double at(double time, std::uint64_t frame, std::uint64_t seed) const;
+};
+
+/// Frames whose value is an error instead of a measurement.
+struct ErrorValues
+{
+    std::int32_t key = -1;
+    std::uint64_t every = 0; ///< frames; 0: by probability
+    std::uint64_t length = 1;
+    double probability = 0.0;
+
+    bool hits(std::uint64_t frame, std::uint64_t seed) const;
+};
+
+/// Scaled values at or below this stand for an error; what is added to it is the error's key.
+constexpr double errorValueBase = -1.0e10;
+
+} // namespace sondixsim::model

@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+#include "objectreader.h"
+
+#include "text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace sondixsim::model {
+
+namespace {
+
+[[noreturn]] void throwUnlike(const Node &node, const std::string &what, const char *wanted)
+{
+    throw Mistake(node.line, what + " must be " + wanted);
+}
+
+} // namespace
+
+ObjectReader::ObjectReader(const Node &node, std::string what)
+    : m_node(node)
+    , m_what(std::move(what))
+{
+    if (node.kind != Node::Kind::Object)
+        throwUnlike(node, m_what, "an object");
+}
+
+const Node *ObjectReader::find(const char *key)
+{
+    m_known.emplace_back(key);
+    for (const Member &member : m_node.members) {
+        if (member.key == key)
+            return &member.value;
+    }
+    return nullptr;
+}
+
+const Node &ObjectReader::need(const char *key)
+{
+    const Node *node = find(key);
+    if (node == nullptr)
+        throw Mistake(m_node.line, m_what + " needs \"" + key + '"');
+    return *node;
+}
+
+void ObjectReader::finish() const
+{
+    for (const Member &member : m_node.members) {
+        if (std::find(m_known.begin(), m_known.end(), member.key) != m_known.end())
+            continue;
+        std::string known;
+        for (const std::string &key : m_known)
+            known += (known.empty() ? "" : ", ") + key;
+        throw Mistake(member.line, m_what + " has no \"" + member.key + "\"; it knows: " + known);
+    }
+}
+
+std::string readPlainText(const Node &node, const std::string &what)
+{
+    if (node.kind != Node::Kind::Text)
+        throwUnlike(node, what, "a text");
+    return node.text;
+}
+
+std::string readText(const Node &node, const std::string &what)
+{
+    if (auto text = toWindows1250(readPlainText(node, what)))
+        return *text;
+    throw Mistake(node.line, what + " has a character that windows-1250 does not have");
+}
+
+double readNumber(const Node &node, const std::string &what, double least, double greatest)
+{
+    if (node.kind != Node::Kind::Integer && node.kind != Node::Kind::Real)
+        throwUnlike(node, what, "a number");
+    if (!(node.real >= least && node.real <= greatest)) {
+        throw Mistake(node.line, what + " is " + formatDouble(node.real) + ", it must be from " +
+                                     formatDouble(least) + " to " + formatDouble(greatest));
+    }
+    return node.real;
+}
+
+std::int32_t readInt(const Node &node, const std::string &what, std::int32_t least, std::int32_t greatest)
+{
+    if (node.kind != Node::Kind::Integer)
+        throwUnlike(node, what, "a whole number");
+    if (node.integer < least || node.integer > greatest) {
+        throw Mistake(node.line, what + " is " + std::to_string(node.integer) + ", it must be from " +
+                                     std::to_string(least) + " to " + std::to_string(greatest));
+    }
+    return static_cast<std::int32_t>(node.integer);
+}
+
+bool readBool(const Node &node, const std::string &what)
+{
+    if (node.kind != Node::Kind::Boolean)
+        throwUnlike(node, what, "true or false");
+    return node.boolean;
+}
+
+const std::vector<Node> &readArray(const Node &node, const std::string &what)
+{
+    if (node.kind != Node::Kind::Array)
+        throwUnlike(node, what, "an array");
+    return node.elements;
+}
+
+const std::vector<Member> &readObject(const Node &node, const std::string &what)
+{
+    if (node.kind != Node::Kind::Object)
+        throwUnlike(node, what, "an object");
+    return node.members;
+}
+
+std::pair<double, double> readRange(const Node &node, const std::string &what)
+{
+    const std::vector<Node> &limits = readArray(node, what);
+    if (limits.size() != 2)
+        throwUnlike(node, what, "two numbers");
+    const double least = readNumber(limits[0], what);
+    const double greatest = readNumber(limits[1], what);
+    if (!(least < greatest))
+        throw Mistake(node.line, what + " must begin with the smaller number");
+    return {least, greatest};
+}
+
+Value readValue(const Node &node, const std::string &what)
+{
+    switch (node.kind) {
+    case Node::Kind::Boolean:
+        return node.boolean ? 1 : 0;
+    case Node::Kind::Integer:
+        return readInt(node, what);
+    case Node::Kind::Real:
+        return readNumber(node, what);
+    case Node::Kind::Text:
+        return readText(node, what);
+    default:
+        throwUnlike(node, what, "a text, a number, true or false");
+    }
+}
+
+} // namespace sondixsim::model

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "framerate.h"
+#include "generator.h"
+#include "place.h"
+#include "value.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace sondixsim::model {
+
+/// One value of a frame. Texts are windows-1250.
+struct Signal
+{
+    std::string rawName;
+    std::string scaledName;
+    std::string rawUnit;
+    std::string scaledUnit;
+    std::string info;
+    double rawMin = 0.0;
+    double rawMax = 65535.0;
+    double scaledMin = 0.0;
+    double scaledMax = 10.0;
+    double viewRange = 10.0;
+    bool major = true;
+    std::vector<Generator> generators;
+    std::vector<ErrorValues> errors;
+};
+
+/// A command that starts continuous measuring, and the rate at which the sensor then sends.
+struct TrackingCommand
+{
+    std::string command;
+    std::int32_t mode = 0; ///< value of the autostart setting that starts it at power-up
+    FrameRate rate;
+};
+
+/// A fault that a bench file gives a sensor.
+struct SpecFault
+{
+    std::string function;
+    std::string command;
+    std::string parameter;
+    std::int32_t from = 1;
+    std::int32_t times = -1;
+    double probability = 1.0;
+    std::int32_t code = 0;
+    std::string text;
+    double delay = 0.0;
+};
+
+/// Everything about a model or about one sensor that is data.
+struct SensorSpec
+{
+    std::int32_t type = 0;
+    std::string model;          ///< name in bench files, also "IP_SensorTypeName"
+    std::string name;           ///< "SA_Sensor"; empty: the sensor names its controller only
+    std::string controllerName; ///< "SA_ControllerName"
+    bool bus = false;
+    bool polled = false; ///< values come when "Get_Measure" asks for them
+    bool multi = false;  ///< stands for several sensors
+    std::int32_t videoSignals = 0;
+    std::int32_t ringFrames = 32768;
+    std::int32_t standing = 0; ///< values that are always there and are never used up
+
+    std::string serialNumber;
+    std::string articleNumber;
+    std::string firmware;
+    std::string macAddress;
+    std::vector<std::string> members; ///< serial numbers, for a sensor that stands for several
+    Place place;
+
+    ParameterList info;                                      ///< further answers of "Get_Info"
+    ParameterList settings;                                  ///< "SA_" keys
+    std::map<std::string, std::vector<std::string>> groups;  ///< which settings "Get_<group>" reads
+    std::map<std::string, std::pair<double, double>> limits; ///< of settings
+    std::map<std::string, ParameterList> answers;            ///< further commands and what they answer
+    FrameRate rate;
+    std::vector<Signal> signals;
+    std::map<std::int32_t, std::string> errorTexts;
+    std::string autostart; ///< setting that names the tracking mode at power-up
+    std::string stopTracking;
+    std::vector<TrackingCommand> tracking; ///< not empty: the sensor measures only while tracking
+    std::vector<SpecFault> faults;
+    bool answering = true;
+
+    std::int32_t baseType() const { return type % 10000; }
+    /// The number that the sensor is reported under: bus sensors only tell their family.
+    std::int32_t reportedType() const { return baseType() == 43 || baseType() == 34 ? baseType() : type; }
+};
+
+} // namespace sondixsim::model
