@@ -1,0 +1,26 @@
+# Run as a script: cmake -DOUTPUT=<cpp> -DMODELS=<files> -DBENCH=<file> -P SondixQtEmbed.cmake
+# Writes a C++ source that holds the files' bytes.
+
+set(source "// SPDX-License-Identifier: MIT\n#include \"model/models.h\"\n\nnamespace sondixsim::model {\nnamespace {\n")
+set(number 0)
+foreach(path IN LISTS MODELS BENCH)
+    file(READ ${path} bytes HEX)
+    string(LENGTH "${bytes}" digits)
+    math(EXPR size_${number} "${digits} / 2")
+    get_filename_component(name_${number} ${path} NAME)
+    string(REGEX REPLACE "(................................)" "\\1\n" bytes "${bytes}")
+    string(REGEX REPLACE "([0-9a-f][0-9a-f])" "'\\\\x\\1'," bytes "${bytes}")
+    string(APPEND source "const char file${number}[] = {\n${bytes}};\n")
+    math(EXPR number "${number} + 1")
+endforeach()
+math(EXPR bench "${number} - 1")
+
+string(APPEND source "} // namespace\n\nconst EmbeddedFile embeddedModels[] = {\n")
+math(EXPR last "${bench} - 1")
+foreach(i RANGE ${last})
+    string(APPEND source "    {\"${name_${i}}\", file${i}, ${size_${i}}},\n")
+endforeach()
+string(APPEND source "};\nconst unsigned embeddedModelsCount = ${bench};\n")
+string(APPEND source "const EmbeddedFile embeddedBench[] = {{\"${name_${bench}}\", file${bench}, ${size_${bench}}}};\n")
+string(APPEND source "} // namespace sondixsim::model\n")
+file(WRITE ${OUTPUT} "${source}")

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "search.h"
+#include "sensor.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sondixsim::model {
+
+/// What a bench file says about the clock.
+struct ClockSetting
+{
+    bool isVirtual = false;
+    double speed = 1.0;
+};
+
+struct Bench
+{
+    std::string name;
+    std::uint64_t seed = 1;
+    std::optional<ClockSetting> clock;
+    SearchTimes searchTimes;
+    std::vector<std::shared_ptr<Sensor>> sensors;
+
+    std::shared_ptr<Sensor> find(const std::string &serialNumber) const; ///< null when there is none
+};
+
+/// Throws Mistake. Paths in the text are relative to \a folder.
+std::shared_ptr<const Bench> readBench(std::string_view text, const std::string &folder);
+
+} // namespace sondixsim::model

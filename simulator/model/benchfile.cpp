@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: MIT
+#include "bench.h"
+#include "models.h"
+#include "specreader.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+
+namespace sondixsim::model {
+
+namespace {
+
+struct ReadSensor
+{
+    SensorSpec spec;
+    int line = 0;
+};
+
+SensorSpec readModelName(const Node &node)
+{
+    const auto found = models().find(readPlainText(node, "\"model\""));
+    if (found == models().end())
+        throw Mistake(node.line, "there is no model \"" + node.text + '"');
+    return found->second;
+}
+
+/// A locally administered address that follows from the serial number.
+std::string standardMacAddress(const std::string &serialNumber)
+{
+    unsigned hash = 2166136261u;
+    for (const char c : serialNumber)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 16777619u;
+    char text[18];
+    std::snprintf(text, sizeof text, "02-5D-%02X-%02X-%02X-%02X", hash >> 24, (hash >> 16) & 0xFF,
+                  (hash >> 8) & 0xFF, hash & 0xFF);
+    return text;
+}
+
+void readSensorKeys(ObjectReader &reader, SensorSpec &spec)
+{
+    spec.serialNumber = readText(reader.need("serialNumber"), "\"serialNumber\"");
+    spec.place = readPlace(reader.need("place"), spec.bus);
+    if (spec.place.interface->network)
+        spec.macAddress = standardMacAddress(spec.serialNumber);
+    if (const Node *mac = reader.find("macAddress"))
+        spec.macAddress = readText(*mac, "\"macAddress\"");
+    if (const Node *answering = reader.find("answering"))
+        spec.answering = readBool(*answering, "\"answering\"");
+    if (const Node *members = reader.find("members")) {
+        if (!spec.multi)
+            throw Mistake(members->line, spec.model + " does not stand for several sensors");
+        for (const Node &member : readArray(*members, "\"members\""))
+            spec.members.push_back(readText(member, "a member"));
+    }
+    if (const Node *faults = reader.find("faults")) {
+        for (const Node &fault : readArray(*faults, "\"faults\""))
+            spec.faults.push_back(readFault(fault));
+    }
+    if (const Node *rate = reader.find("rate")) {
+        const double hertz = readNumber(*rate, "\"rate\"", 0.0);
+        const std::string reason = spec.rate.apply(hertz, spec.settings);
+        if (!reason.empty())
+            throw Mistake(rate->line, reason);
+    }
+}
+
+ReadSensor readSensor(const Node &node, const std::string &folder)
+{
+    ObjectReader reader(node, "a sensor");
+    ReadSensor sensor{readModelName(reader.need("model")), node.line};
+    readCommonKeys(reader, sensor.spec, folder);
+    readSensorKeys(reader, sensor.spec);
+    reader.finish();
+    for (const auto &[key, range] : sensor.spec.limits) {
+        const Value *const value = sensor.spec.settings.find(key);
+        const auto number = value != nullptr ? toDouble(*value) : std::nullopt;
+        if (number && (*number < range.first || *number > range.second)) {
+            throw Mistake(node.line, '"' + key + "\" is " + formatDouble(*number) + ", it must be from " +
+                                         formatDouble(range.first) + " to " + formatDouble(range.second));
+        }
+    }
+    return sensor;
+}
+
+void checkAgainst(const ReadSensor &sensor, const std::vector<ReadSensor> &others)
+{
+    for (const ReadSensor &other : others) {
+        if (other.spec.serialNumber == sensor.spec.serialNumber) {
+            throw Mistake(sensor.line, "the serial number \"" + sensor.spec.serialNumber +
+                                           "\" is that of the sensor in line " + std::to_string(other.line) +
+                                           " already");
+        }
+        if (other.spec.place.isSameAs(sensor.spec.place)) {
+            throw Mistake(sensor.line, "the place " + sensor.spec.place.text() +
+                                           " is taken by the sensor in line " + std::to_string(other.line) +
+                                           " already");
+        }
+    }
+}
+
+ClockSetting readClock(const Node &node)
+{
+    ObjectReader reader(node, "\"clock\"");
+    ClockSetting clock;
+    if (const Node *isVirtual = reader.find("virtual"))
+        clock.isVirtual = readBool(*isVirtual, "\"virtual\"");
+    if (const Node *speed = reader.find("speed"))
+        clock.speed = readNumber(*speed, "\"speed\"", 0.001, 1000.0);
+    reader.finish();
+    return clock;
+}
+
+SearchTimes readSearchTimes(const Node &node)
+{
+    SearchTimes times;
+    const std::pair<const char *, double *> keys[] = {
+        {"TCP/IP", &times.tcpip}, {"WinUSB", &times.winUsb},     {"DriverX_USB", &times.driverXUsb},
+        {"USBIO", &times.usbIo},  {"RS232", &times.rs232},       {"XA100_USB", &times.xa100Usb},
+        {"XA100", &times.xa100},  {"XA200", &times.xa200},       {"XA200_ETH", &times.xa200Eth},
+        {"bus", &times.bus},      {"quickBus", &times.quickBus},
+    };
+    ObjectReader reader(node, "\"search\"");
+    for (const auto &[key, target] : keys) {
+        if (const Node *seconds = reader.find(key))
+            *target = readNumber(*seconds, '"' + std::string(key) + '"', 0.0, 3600.0);
+    }
+    reader.finish();
+    return times;
+}
+
+/// Sensors that stand for several come after those, and have their signals when the file gives them none.
+std::shared_ptr<Sensor> makeSensor(ReadSensor &sensor, const Bench &bench)
+{
+    std::vector<std::shared_ptr<Sensor>> members;
+    std::vector<Signal> signals;
+    for (const std::string &serialNumber : sensor.spec.members) {
+        auto member = bench.find(serialNumber);
+        if (!member || member->spec().multi)
+            throw Mistake(sensor.line, "there is no sensor \"" + serialNumber + "\" that could be a member");
+        const std::vector<Signal> &theirs = member->spec().signals;
+        signals.insert(signals.end(), theirs.begin(), theirs.end());
+        sensor.spec.polled = sensor.spec.polled || member->spec().polled;
+        members.push_back(std::move(member));
+    }
+    if (sensor.spec.multi && members.empty())
+        throw Mistake(sensor.line, "a " + sensor.spec.model + " needs \"members\"");
+    if (sensor.spec.signals.empty())
+        sensor.spec.signals = std::move(signals);
+    return std::make_shared<Sensor>(std::move(sensor.spec), bench.seed, std::move(members));
+}
+
+} // namespace
+
+std::shared_ptr<Sensor> Bench::find(const std::string &serialNumber) const
+{
+    for (const auto &sensor : sensors) {
+        if (sensor->spec().serialNumber == serialNumber)
+            return sensor;
+    }
+    return nullptr;
+}
+
+std::shared_ptr<const Bench> readBench(std::string_view text, const std::string &folder)
+{
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (text.substr(0, byteOrderMark.size()) == byteOrderMark)
+        text.remove_prefix(byteOrderMark.size());
+    const Node root = parseJson(text);
+    ObjectReader reader(root, "the bench");
+    auto bench = std::make_shared<Bench>();
+    if (const Node *name = reader.find("name"))
+        bench->name = readText(*name, "\"name\"");
+    if (const Node *seed = reader.find("seed"))
+        bench->seed = static_cast<std::uint64_t>(readInt(*seed, "\"seed\"", 0));
+    if (const Node *clock = reader.find("clock"))
+        bench->clock = readClock(*clock);
+    if (const Node *times = reader.find("search"))
+        bench->searchTimes = readSearchTimes(*times);
+    std::vector<ReadSensor> sensors;
+    for (const Node &node : readArray(reader.need("sensors"), "\"sensors\"")) {
+        ReadSensor sensor = readSensor(node, folder);
+        checkAgainst(sensor, sensors);
+        sensors.push_back(std::move(sensor));
+    }
+    reader.finish();
+
+    // In the order of the file in the end; those with members are made last.
+    std::vector<std::shared_ptr<Sensor>> inOrder(sensors.size());
+    for (const bool multi : {false, true}) {
+        for (std::size_t i = 0; i < sensors.size(); ++i) {
+            if (!inOrder[i] && sensors[i].spec.multi == multi) {
+                inOrder[i] = makeSensor(sensors[i], *bench);
+                bench->sensors.push_back(inOrder[i]);
+            }
+        }
+    }
+    bench->sensors = std::move(inOrder);
+    return bench;
+}
+
+} // namespace sondixsim::model

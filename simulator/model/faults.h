@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "SondixSimulator/control.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace sondixsim::model {
+
+/// What a call is, as far as faults look at it.
+struct CallFacts
+{
+    const char *function = "";
+    std::uint32_t handle = 0;
+    std::int32_t sensorType = 0;
+    std::string command;
+    std::string parameter;
+    std::string sensor;
+};
+
+/// Everything that the faults that hit a call do to it.
+struct FaultEffect
+{
+    std::int32_t code = 0;
+    std::string text;
+    bool silent = false;
+    double delay = 0.0;
+    bool hang = false;
+    std::optional<std::string> answer;
+    std::optional<std::int32_t> count;
+};
+
+class Faults
+{
+public:
+    int add(const Fault &fault);
+    void remove(int number);
+    void clear();
+    void reset(std::uint64_t seed); ///< clears; what follows draws from this seed
+
+    bool any() const { return m_any.load(std::memory_order_acquire); }
+    FaultEffect match(const CallFacts &facts); ///< counts the call for every fault that it matches
+
+    void hang(); ///< returns after releaseHangs()
+    void releaseHangs();
+
+private:
+    struct Entry
+    {
+        int number = 0;
+        std::uint64_t stream = 0; ///< of its random numbers, counted since reset()
+        Fault fault;
+        int seen = 0;
+        int hits = 0;
+    };
+    bool hits(Entry &entry);
+
+    std::mutex m_mutex;
+    std::condition_variable m_released;
+    std::uint64_t m_releases = 0;
+    std::vector<Entry> m_entries;
+    std::atomic<bool> m_any{false};
+    std::uint64_t m_seed = 1;
+    std::uint64_t m_lastStream = 0;
+    int m_lastNumber = 0;
+};
+
+} // namespace sondixsim::model

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "logfile.h"
+
+#include <array>
+#include <cctype>
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+
+namespace sondixsim::model {
+
+namespace {
+
+std::string timeOfDay()
+{
+    const auto now = std::chrono::system_clock::now();
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
+    std::tm parts{};
+#if defined(_WIN32)
+    localtime_s(&parts, &seconds);
+#else
+    localtime_r(&seconds, &parts);
+#endif
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
+    const auto milliseconds =
+        std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
+    const std::string fraction = std::to_string(1000 + milliseconds).substr(1);
+    return std::string(text.data()) + '.' + fraction;
+}
+
+/// The name with its numbered placeholder filled in; \a greatest limits the number of files when not 0.
+std::string fileInTurn(const std::string &name, std::int32_t greatest)
+{
+    namespace fs = std::filesystem;
+    const std::size_t start = name.find("%[");
+    const std::size_t end = start == std::string::npos ? start : name.find_first_not_of("0123456789", start + 2);
+    if (end == std::string::npos || end == start + 2 || name[end] != ']')
+        return name;
+    long files = std::strtol(name.c_str() + start + 2, nullptr, 10);
+    if (greatest > 0 && greatest < files)
+        files = greatest;
+    std::string oldest;
+    fs::file_time_type oldestTime{};
+    for (long i = 0; i < files; ++i) {
+        const std::string candidate = name.substr(0, start) + std::to_string(i) + name.substr(end + 1);
+        std::error_code absent;
+        const fs::file_time_type time = fs::last_write_time(candidate, absent);
+        if (absent)
+            return candidate;
+        if (oldest.empty() || time < oldestTime) {
+            oldest = candidate;
+            oldestTime = time;
+        }
+    }
+    return oldest.empty() ? name : oldest;
+}
+
+} // namespace
+
+std::shared_ptr<LogFile> LogFile::open(const std::string &name, std::int32_t type, std::int32_t level, bool append,
+                                       bool flush, std::int32_t count)
+{
+    auto log = std::make_shared<LogFile>();
+    log->m_file.open(fileInTurn(name, count), append ? std::ios::app : std::ios::trunc);
+    if (!log->m_file)
+        return nullptr;
+    log->m_type = type;
+    log->m_level = level;
+    log->m_flush = flush;
+    log->line("Sondix bench simulator: no value in this log was measured");
+    log->m_file.flush();
+    return log;
+}
+
+void LogFile::line(const std::string &text)
+{
+    m_file << timeOfDay() << ' ' << text << '\n';
+    if (m_flush)
+        m_file.flush();
+}
+
+void LogFile::write(LogKind kind, const std::string &message)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if ((m_type & kind) != 0)
+        line("Sondix: " + message);
+}
+
+void LogFile::writeLevel(std::int32_t level, const std::string &source, const std::string &message)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if ((level & m_level) == 0)
+        return;
+    line('[' + std::to_string(level) + "] " + source + ": " + message);
+    m_file.flush();
+}
+
+} // namespace sondixsim::model

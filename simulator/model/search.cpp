@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: MIT
+#include "search.h"
+
+#include "bench.h"
+#include "models.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace sondixsim::model {
+
+namespace {
+
+bool flag(const ParameterList &staged, const char *name, bool standard)
+{
+    const Value *const value = staged.find(name);
+    return value != nullptr ? toInt(*value).value_or(0) != 0 : standard;
+}
+
+std::vector<std::int32_t> numbersIn(const std::string &text)
+{
+    std::vector<std::int32_t> numbers;
+    std::size_t position = 0;
+    while ((position = text.find_first_of("0123456789", position)) != std::string::npos) {
+        std::size_t end = std::min(text.find_first_not_of("0123456789", position), text.size());
+        numbers.push_back(static_cast<std::int32_t>(std::strtol(text.c_str() + position, nullptr, 10)));
+        position = end;
+    }
+    return numbers;
+}
+
+} // namespace
+
+struct Search::Request
+{
+    std::int32_t type = 0;
+    bool similar = false;
+    bool usedChannels = false;
+    bool quickBus = false;
+    bool onBus = false; ///< the wanted type hangs on a bus
+    std::uint32_t handle = 0;
+    std::vector<std::int32_t> baudrates; ///< empty: all
+};
+
+Search::Search(std::shared_ptr<const Bench> bench, const ParameterList &staged, std::int32_t handleType,
+               std::uint32_t handle, double now)
+    : m_bench(std::move(bench))
+    , m_start(now)
+{
+    Request request;
+    const Value *const type = staged.find("IP_SensorType");
+    request.type = type != nullptr ? toInt(*type).value_or(0) : handleType;
+    request.similar = flag(staged, "IP_FindSimilarSensors", false);
+    request.usedChannels = flag(staged, "IP_ForceScanUsedChannel", false);
+    request.quickBus = flag(staged, "IP_QuickScanRS485", false);
+    request.handle = handle;
+    if (const Value *baudrates = staged.find("IP_Baudrates"))
+        request.baudrates = numbersIn(toText(*baudrates));
+    const SensorSpec *const model = modelOfBaseType(request.type % 10000);
+    request.onBus = model != nullptr && model->bus;
+
+    constexpr std::size_t usualBaudrates = 2; // what a scan tries when it is told none
+    const auto &times = m_bench->searchTimes;
+    double rs232 =
+        times.rs232 * static_cast<double>(request.baudrates.empty() ? usualBaudrates : request.baudrates.size());
+    if (request.onBus)
+        rs232 += request.quickBus ? times.quickBus : times.bus;
+    const struct
+    {
+        ScanHardware hardware;
+        const char *parameter;
+        double duration;
+    } scans[] = {
+        {ScanHardware::Tcpip, "IP_ScanHWTCPIP", times.tcpip},
+        {ScanHardware::WinUsb, "IP_ScanHWWinUSB", times.winUsb},
+        {ScanHardware::DriverXUsb, "IP_ScanHWDriverX_USB", times.driverXUsb},
+        {ScanHardware::UsbIo, "IP_ScanHWUSBIO", times.usbIo},
+        {ScanHardware::Rs232, "IP_ScanHWRS232", rs232},
+        {ScanHardware::Xa100Usb, "IP_ScanHWXA100_USB", times.xa100Usb},
+        {ScanHardware::Xa100, "IP_ScanHWXA100", times.xa100},
+        {ScanHardware::Xa200, "IP_ScanHWXA200", times.xa200},
+        {ScanHardware::Xa200Eth, "IP_ScanHWXA200_ETH", times.xa200Eth},
+    };
+    for (const auto &scan : scans) {
+        if (!flag(staged, scan.parameter, true))
+            continue;
+        std::vector<std::shared_ptr<Sensor>> there;
+        for (const auto &sensor : m_bench->sensors) {
+            if (sensor->spec().place.interface->hardware == scan.hardware && isWanted(*sensor, request))
+                there.push_back(sensor);
+        }
+        const double step = scan.duration / static_cast<double>(there.size() + 1);
+        for (std::size_t i = 0; i < there.size(); ++i)
+            m_hits.push_back({m_duration + step * static_cast<double>(i + 1), there[i]});
+        m_duration += scan.duration;
+    }
+    update(now);
+}
+
+bool Search::isWanted(const Sensor &sensor, const Request &request) const
+{
+    const SensorSpec &spec = sensor.spec();
+    const std::int32_t wantedBase = request.type % 10000;
+    // A converter or bus answers for everything that it carries: whoever asks for the family gets all of it.
+    const bool isFamily = spec.baseType() == wantedBase;
+    const bool isBusNeighbour =
+        wantedBase == 43 && spec.bus && spec.place.interface->hardware == ScanHardware::Rs232;
+    const bool isSimilar = request.similar && spec.bus == request.onBus;
+    if (!isFamily && !isBusNeighbour && !isSimilar)
+        return false;
+
+    const ScanHardware hardware = spec.place.interface->hardware;
+    const bool heldByOther = spec.place.inUse || (sensor.owner() != 0 && sensor.owner() != request.handle);
+    if (hardware == ScanHardware::Xa200Eth && heldByOther)
+        return request.usedChannels;
+    const bool sharesLine = hardware == ScanHardware::Tcpip || hardware == ScanHardware::WinUsb;
+    if (!sharesLine && heldByOther)
+        return false;
+    if (hardware == ScanHardware::Rs232 && !request.baudrates.empty()) {
+        const std::int32_t own = toInt(*spec.place.parameters.find("IP_Baudrate")).value_or(0);
+        return std::find(request.baudrates.begin(), request.baudrates.end(), own) != request.baudrates.end();
+    }
+    return true;
+}
+
+void Search::update(double now)
+{
+    if (!m_running)
+        return;
+    const double elapsed = now - m_start;
+    for (; m_next < m_hits.size() && m_hits[m_next].time <= elapsed; ++m_next) {
+        if (m_hits[m_next].sensor->isPlugged())
+            m_found.push_back(m_hits[m_next].sensor);
+    }
+    m_running = elapsed < m_duration;
+    m_progress = m_running ? std::clamp(100.0 * elapsed / m_duration, 0.0, 99.999) : 100.0;
+}
+
+void Search::abort(double now)
+{
+    update(now);
+    m_running = false;
+}
+
+} // namespace sondixsim::model

@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: MIT
+#include "sensor.h"
+
+#include "random.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace sondixsim::model {
+
+Sensor::Sensor(SensorSpec spec, std::uint64_t seed, std::vector<std::shared_ptr<Sensor>> members)
+    : m_spec(std::move(spec))
+    , m_seed(mix(seed, std::string_view(m_spec.serialNumber)))
+    , m_members(std::move(members))
+    , m_plugged(m_spec.answering)
+    , m_settings(m_spec.settings)
+{
+}
+
+bool Sensor::isPlugged() const
+{
+    return m_plugged.load(std::memory_order_acquire) &&
+           std::all_of(m_members.begin(), m_members.end(), [](const auto &member) { return member->isPlugged(); });
+}
+
+bool Sensor::claim(std::uint32_t handle)
+{
+    std::uint32_t nobody = 0;
+    if (!m_owner.compare_exchange_strong(nobody, handle) && nobody != handle)
+        return false;
+    for (auto member = m_members.begin(); member != m_members.end(); ++member) {
+        if ((*member)->claim(handle))
+            continue;
+        std::for_each(m_members.begin(), member, [](const auto &claimed) { claimed->m_owner.store(0); });
+        m_owner.store(0);
+        return false;
+    }
+    return true;
+}
+
+void Sensor::open(double now)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_open = true;
+    m_lost = 0;
+    m_nextFrame = m_anchorFrame = 0;
+    m_ring.reset(static_cast<std::size_t>(m_spec.ringFrames), m_spec.signals.size());
+    restart(now);
+    trackAtPowerUp(now);
+    if (m_spec.standing == 0 || m_spec.signals.empty())
+        return;
+    const auto values = static_cast<std::size_t>(m_spec.standing);
+    const std::size_t frames = values / m_spec.signals.size() + 1;
+    m_standingRaw.resize(frames * m_spec.signals.size());
+    m_standingScaled.resize(m_standingRaw.size());
+    generate(0, frames, m_standingRaw.data(), m_standingScaled.data());
+}
+
+void Sensor::close()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_open = false;
+    m_ring.reset(0, 1);
+    for (const auto &member : m_members)
+        member->m_owner.store(0);
+    m_owner.store(0);
+}
+
+double Sensor::frameRate() const
+{
+    if (m_spec.tracking.empty())
+        return m_spec.rate.of(m_settings);
+    return m_tracking < 0 ? 0.0 : m_spec.tracking[static_cast<std::size_t>(m_tracking)].rate.of(m_settings);
+}
+
+void Sensor::restart(double now)
+{
+    m_anchorTime = now;
+    m_anchorFrame = m_nextFrame;
+    m_rate = frameRate();
+    ++m_origin;
+}
+
+void Sensor::track(int index, double now)
+{
+    produce(now);
+    m_tracking = index;
+    restart(now);
+}
+
+void Sensor::trackAtPowerUp(double now)
+{
+    if (m_spec.tracking.empty())
+        return;
+    const Value *const mode = m_settings.find(m_spec.autostart);
+    const std::int32_t wanted = mode != nullptr ? toInt(*mode).value_or(-1) : -1;
+    for (std::size_t i = 0; i < m_spec.tracking.size(); ++i) {
+        if (m_spec.tracking[i].mode == wanted)
+            track(static_cast<int>(i), now);
+    }
+}
+
+void Sensor::produce(double now)
+{
+    constexpr double tolerance = 1.0e-6; // of a frame: sums of steps of the clock are not exact
+    const double arisen = std::floor((now - m_anchorTime) * m_rate + tolerance);
+    const auto done = static_cast<double>(m_nextFrame - m_anchorFrame);
+    const std::size_t perFrame = m_spec.signals.size();
+    if (!(arisen > done) || perFrame == 0)
+        return;
+    auto due = static_cast<std::uint64_t>(std::min(arisen - done, 1.0e15));
+    const auto room = static_cast<std::uint64_t>(m_spec.ringFrames);
+    if (due > room) {
+        // What nobody can ever see need not be computed, only counted.
+        m_lost += due - room + m_ring.size() / perFrame;
+        m_ring.clear();
+        ++m_origin;
+        m_nextFrame += due - room;
+        due = room;
+    }
+    constexpr std::uint64_t block = 256;
+    std::vector<std::int32_t> raw(static_cast<std::size_t>(std::min(due, block)) * perFrame);
+    std::vector<double> scaled(raw.size());
+    const double period = 1.0 / m_rate;
+    while (due > 0) {
+        const auto frames = static_cast<std::size_t>(std::min(due, block));
+        generate(m_nextFrame, frames, raw.data(), scaled.data());
+        const double timestamp = m_anchorTime + static_cast<double>(m_nextFrame - m_anchorFrame + 1) * period;
+        m_lost += m_ring.append(raw.data(), scaled.data(), frames * perFrame, timestamp, {m_origin, period});
+        m_nextFrame += frames;
+        due -= frames;
+    }
+}
+
+void Sensor::generate(std::uint64_t frame, std::size_t frames, std::int32_t *raw, double *scaled) const
+{
+    const std::size_t perFrame = m_spec.signals.size();
+    const double period = m_rate > 0.0 ? 1.0 / m_rate : 0.0;
+    for (std::size_t s = 0; s < perFrame; ++s) {
+        const Signal &signal = m_spec.signals[s];
+        const std::uint64_t seed = mix(m_seed, s);
+        for (std::size_t i = 0; i < frames; ++i) {
+            const std::uint64_t number = frame + i;
+            const double time = m_anchorTime + static_cast<double>(number - m_anchorFrame + 1) * period;
+            double value = 0.0;
+            std::uint64_t stream = 0;
+            for (const Generator &generator : signal.generators)
+                value += generator.at(time, number, mix(seed, ++stream));
+            value = std::clamp(value, signal.scaledMin, signal.scaledMax);
+            std::int32_t digits = rawOf(signal, value);
+            value = scaledOf(signal, digits);
+            for (const ErrorValues &errors : signal.errors) {
+                if (errors.hits(number, mix(seed, ++stream))) {
+                    value = errorValueBase + errors.key;
+                    digits = rawOf(signal, value);
+                    break;
+                }
+            }
+            raw[i * perFrame + s] = digits;
+            scaled[i * perFrame + s] = value;
+        }
+    }
+}
+
+Outcome Sensor::available(double now, std::int32_t *count)
+{
+    if (!isPlugged())
+        return failure(ConnectionLost, "The connection to the sensor is lost");
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_spec.standing > 0) {
+        *count = m_spec.standing;
+        return {};
+    }
+    if (!m_spec.polled)
+        produce(now);
+    *count = static_cast<std::int32_t>(std::min<std::size_t>(m_ring.size(), INT32_MAX));
+    return {};
+}
+
+Outcome Sensor::transfer(double now, std::int32_t *raw, double *scaled, std::int32_t most, std::int32_t *read,
+                         double *timestamp)
+{
+    if (!isPlugged())
+        return failure(ConnectionLost, "The connection to the sensor is lost");
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto wanted = static_cast<std::size_t>(std::max(most, 0));
+    if (m_spec.standing > 0) {
+        const std::size_t count = std::min(wanted, static_cast<std::size_t>(m_spec.standing));
+        if (raw != nullptr)
+            std::copy_n(m_standingRaw.data(), count, raw);
+        if (scaled != nullptr)
+            std::copy_n(m_standingScaled.data(), count, scaled);
+        if (timestamp != nullptr)
+            *timestamp = now;
+        *read = static_cast<std::int32_t>(count);
+        return {};
+    }
+    if (!m_spec.polled)
+        produce(now);
+    if (timestamp != nullptr)
+        *timestamp = now;
+    *read = static_cast<std::int32_t>(m_ring.take(raw, scaled, wanted, timestamp));
+    return {};
+}
+
+bool Sensor::push(double now, const std::vector<std::int32_t> &raw, const std::vector<double> &scaled,
+                  double timestamp)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_open)
+        return false;
+    if (!m_spec.polled)
+        produce(now);
+    const std::size_t count = std::max(raw.size(), scaled.size());
+    std::vector<std::int32_t> allRaw = raw;
+    std::vector<double> allScaled = scaled;
+    static const Signal plain;
+    for (std::size_t i = 0; i < count; ++i) {
+        const Signal &signal = m_spec.signals.empty() ? plain : m_spec.signals[i % m_spec.signals.size()];
+        if (raw.empty())
+            allRaw.push_back(rawOf(signal, scaled[i]));
+        if (scaled.empty())
+            allScaled.push_back(scaledOf(signal, raw[i]));
+    }
+    m_lost += m_ring.append(allRaw.data(), allScaled.data(), count, timestamp,
+                            {++m_origin, m_rate > 0.0 ? 1.0 / m_rate : 0.0});
+    ++m_origin; // what the generators add next does not continue this block
+    return true;
+}
+
+std::uint64_t Sensor::lostFrames(double now)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_open && !m_spec.polled && m_spec.standing == 0)
+        produce(now);
+    return m_lost;
+}
+
+std::int32_t rawOf(const Signal &signal, double scaled)
+{
+    if (scaled <= errorValueBase)
+        return static_cast<std::int32_t>(std::min(signal.rawMax - (scaled - errorValueBase), 2147483647.0));
+    const double part = (scaled - signal.scaledMin) / (signal.scaledMax - signal.scaledMin);
+    const double raw = std::nearbyint(signal.rawMin + part * (signal.rawMax - signal.rawMin));
+    return static_cast<std::int32_t>(std::clamp(raw, -2147483648.0, 2147483647.0));
+}
+
+double scaledOf(const Signal &signal, std::int32_t raw)
+{
+    const double part = (raw - signal.rawMin) / (signal.rawMax - signal.rawMin);
+    return signal.scaledMin + part * (signal.scaledMax - signal.scaledMin);
+}
+
+} // namespace sondixsim::model

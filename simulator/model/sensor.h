@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "errors.h"
+#include "ring.h"
+#include "sensorspec.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+namespace sondixsim::model {
+
+/// One sensor of a bench, alive: its settings, what it measures, whether it is there. Every function may
+/// be called from any thread.
+class Sensor
+{
+public:
+    Sensor(SensorSpec spec, std::uint64_t seed, std::vector<std::shared_ptr<Sensor>> members);
+
+    const SensorSpec &spec() const { return m_spec; }
+    const std::vector<std::shared_ptr<Sensor>> &members() const { return m_members; }
+
+    bool isPlugged() const; ///< one that stands for several is as long as all of them are
+    void setPlugged(bool plugged) { m_plugged.store(plugged, std::memory_order_release); }
+
+    /// The handle that has it open, 0 when none has.
+    std::uint32_t owner() const { return m_owner.load(std::memory_order_acquire); }
+    bool claim(std::uint32_t handle); ///< false when another handle has it, or a member, open
+
+    void open(double now);
+    void close();
+
+    Outcome available(double now, std::int32_t *count);
+    Outcome transfer(double now, std::int32_t *raw, double *scaled, std::int32_t most, std::int32_t *read,
+                     double *timestamp);
+    Outcome command(const std::string &name, const ParameterList &staged, double now, ParameterList &answers);
+
+    /// False when the sensor is not open. Of \a raw and \a scaled one may be empty, it then follows from the other.
+    bool push(double now, const std::vector<std::int32_t> &raw, const std::vector<double> &scaled,
+              double timestamp);
+    std::uint64_t lostFrames(double now);
+
+    ParameterList identity() const;
+    ParameterList foundParameters() const;
+    std::string information() const; ///< "SA_SensorInformation"
+
+private:
+    // All of these expect m_mutex to be held.
+    double frameRate() const;
+    void restart(double now);
+    void produce(double now);
+    void generate(std::uint64_t frame, std::size_t frames, std::int32_t *raw, double *scaled) const;
+    void track(int index, double now);
+    void trackAtPowerUp(double now);
+    bool commandKnown(const std::string &name) const;
+
+    Outcome measure(const ParameterList &staged, double now);
+    Outcome readGroup(const std::string &group, ParameterList &answers) const;
+    Outcome write(const std::string &what, const ParameterList &staged, double now);
+    Outcome checkSetting(const std::string &group, const Parameter &parameter, std::string &key,
+                         Value &value) const;
+    void describeFrame(ParameterList &answers) const;
+    void describeSignal(const Signal &signal, int number, ParameterList &answers) const;
+    void describeDriver(ParameterList &answers) const;
+    std::string settingsText() const;
+
+    const SensorSpec m_spec;
+    const std::uint64_t m_seed;
+    const std::vector<std::shared_ptr<Sensor>> m_members;
+    std::atomic<bool> m_plugged{true};
+    std::atomic<std::uint32_t> m_owner{0};
+
+    mutable std::mutex m_mutex;
+    ParameterList m_settings;
+    bool m_open = false;
+    int m_tracking = -1; ///< index of the tracking command under way
+    Ring m_ring;
+    std::uint64_t m_lost = 0;
+    double m_rate = 0.0;       ///< frames a second since m_anchorTime
+    double m_anchorTime = 0.0; ///< frame m_anchorFrame arises one period later
+    std::uint64_t m_anchorFrame = 0;
+    std::uint64_t m_nextFrame = 0;
+    std::uint64_t m_origin = 0;
+    std::vector<std::int32_t> m_standingRaw;
+    std::vector<double> m_standingScaled;
+};
+
+/// "<key>: <text>" in lines, as "Get_SensorErrorValueText" answers.
+std::string errorTextLines(const std::map<std::int32_t, std::string> &texts);
+
+/// Raw value that stands for a scaled one, and back; an error value has a raw value above the range.
+std::int32_t rawOf(const Signal &signal, double scaled);
+double scaledOf(const Signal &signal, std::int32_t raw);
+
+} // namespace sondixsim::model
