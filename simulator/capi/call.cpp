@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "call.h"
+
+#include <chrono>
+#include <string_view>
+#include <thread>
+
+namespace sondixsim::capi {
+
+namespace {
+
+using std::string_view;
+
+bool consumesParameters(string_view function)
+{
+    return function == "SensorCommand" || function == "OpenSensor";
+}
+
+model::CallFacts factsOf(const char *function, const Observed &observed)
+{
+    Simulator &simulator = Simulator::get();
+    model::CallFacts facts;
+    facts.function = function;
+    facts.handle = observed.handle;
+    facts.parameter = observed.parameter;
+    facts.sensorType = observed.sensorType;
+    const LockedInstance instance = simulator.instances.lock(observed.handle);
+    if (!instance)
+        return facts;
+    facts.sensorType = instance->sensorType;
+    const model::Value *const command = instance->staged.find("S_Command");
+    facts.command = command != nullptr ? model::toText(*command) : instance->lastCommand;
+    auto sensor = instance->sensor;
+    if (!sensor && facts.function == string_view("OpenSensor")) {
+        model::Outcome ignored;
+        if (const auto bench = simulator.bench())
+            sensor = findSensor(*bench, instance->sensorType, instance->staged, ignored);
+    }
+    if (sensor)
+        facts.sensor = sensor->spec().serialNumber;
+    return facts;
+}
+
+std::int32_t failInstead(const char *function, const Observed &observed, const model::FaultEffect &effect)
+{
+    Simulator &simulator = Simulator::get();
+    const LockedInstance instance = simulator.instances.lock(observed.handle);
+    if (!instance) {
+        simulator.fail(effect.silent ? model::Outcome{} : model::Outcome{effect.code, effect.text});
+        return effect.code;
+    }
+    if (consumesParameters(function)) {
+        const model::ParameterList taken = instance->takeStaged();
+        if (const model::Value *command = taken.find("S_Command"))
+            instance->lastCommand = model::toText(*command);
+    }
+    instance->errorCode = effect.silent ? 0 : effect.code;
+    instance->errorText = effect.silent ? std::string() : effect.text;
+    return effect.code;
+}
+
+void replaceAnswer(std::uint32_t handle, const std::string &answer)
+{
+    const LockedInstance instance = Simulator::get().instances.lock(handle);
+    if (!instance)
+        return;
+    instance->answers = model::parsePairs(answer);
+    instance->answerText = answer;
+}
+
+} // namespace
+
+std::int32_t invokeObserved(const char *function, const Observed &observed,
+                            const std::function<std::int32_t()> &body)
+{
+    Simulator &simulator = Simulator::get();
+    const bool recorded = simulator.callLog.isOn();
+    CallLog::Ticket ticket;
+    if (recorded)
+        ticket = simulator.callLog.begin({function, observed.handle, observed.arguments, 0, 0});
+
+    model::FaultEffect effect;
+    if (simulator.faults.any())
+        effect = simulator.faults.match(factsOf(function, observed));
+    if (effect.delay > 0.0)
+        std::this_thread::sleep_for(std::chrono::duration<double>(effect.delay));
+    if (effect.hang)
+        simulator.faults.hang();
+
+    const std::int32_t result = effect.code != 0 ? failInstead(function, observed, effect) : body();
+    if (effect.answer && consumesParameters(function))
+        replaceAnswer(observed.handle, *effect.answer);
+    if (effect.count && observed.setCount)
+        observed.setCount(*effect.count);
+    if (recorded)
+        simulator.callLog.end(ticket, result, observed.created != nullptr ? *observed.created : observed.handle);
+    return result;
+}
+
+} // namespace sondixsim::capi

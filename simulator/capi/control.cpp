@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#include "SondixSimulator/control.h"
+
+#include "simulator.h"
+
+#include <cmath>
+
+namespace sondixsim {
+
+namespace {
+
+using capi::Simulator;
+
+/// With a bench loaded: the first load would undo what is set before it.
+Simulator &ready()
+{
+    Simulator &simulator = Simulator::get();
+    simulator.bench();
+    return simulator;
+}
+
+std::shared_ptr<model::Sensor> sensorOf(const std::string &serialNumber)
+{
+    const auto bench = Simulator::get().bench();
+    auto sensor = bench ? bench->find(serialNumber) : nullptr;
+    if (!sensor)
+        throw std::invalid_argument("the bench has no sensor \"" + serialNumber + '"');
+    return sensor;
+}
+
+} // namespace
+
+void loadBench(const std::string &json, const std::string &name)
+{
+    Simulator::get().load(json, name, {});
+}
+
+void loadBenchFile(const std::string &path)
+{
+    Simulator::get().loadFile(path);
+}
+
+void loadBuiltInBench()
+{
+    Simulator::get().loadBuiltIn();
+}
+
+void useRealClock(double speed)
+{
+    if (!(speed > 0.0) || !std::isfinite(speed))
+        throw std::invalid_argument("a clock runs at a speed above 0");
+    ready().clock.useReal(speed);
+}
+
+void useVirtualClock()
+{
+    ready().clock.useVirtual();
+}
+
+void advance(double seconds)
+{
+    if (!(seconds >= 0.0) || !std::isfinite(seconds))
+        throw std::invalid_argument("a clock only goes forward");
+    ready().clock.advance(seconds);
+}
+
+double now()
+{
+    return ready().clock.now();
+}
+
+void recordCalls(bool on)
+{
+    ready().callLog.record(on);
+}
+
+std::vector<Call> calls()
+{
+    return ready().callLog.calls();
+}
+
+void clearCalls()
+{
+    ready().callLog.clear();
+}
+
+int inject(const Fault &fault)
+{
+    return ready().faults.add(fault);
+}
+
+void removeFault(int number)
+{
+    ready().faults.remove(number);
+}
+
+void clearFaults()
+{
+    ready().faults.clear();
+}
+
+void releaseHangs()
+{
+    ready().faults.releaseHangs();
+}
+
+void unplug(const std::string &serialNumber)
+{
+    sensorOf(serialNumber)->setPlugged(false);
+}
+
+void plug(const std::string &serialNumber)
+{
+    sensorOf(serialNumber)->setPlugged(true);
+}
+
+void pushData(const std::string &serialNumber, const std::vector<std::int32_t> &raw,
+              const std::vector<double> &scaled, double timestamp)
+{
+    if (!raw.empty() && !scaled.empty() && raw.size() != scaled.size())
+        throw std::invalid_argument("raw and scaled values differ in number");
+    if (!sensorOf(serialNumber)->push(ready().clock.now(), raw, scaled, timestamp))
+        throw std::invalid_argument("the sensor \"" + serialNumber + "\" is not open");
+}
+
+std::uint64_t lostFrames(const std::string &serialNumber)
+{
+    return sensorOf(serialNumber)->lostFrames(ready().clock.now());
+}
+
+} // namespace sondixsim

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#include "call.h"
+#include "sondix.h"
+
+using namespace sondixsim::capi;
+namespace model = sondixsim::model;
+
+namespace {
+
+/// Runs \a body with the open sensor of a handle and passes its outcome on.
+template<typename Body>
+std::int32_t withSensor(std::uint32_t handle, bool argumentsGiven, Body &&body)
+{
+    return withInstance(handle, [&](Instance &instance) -> std::int32_t {
+        if (!argumentsGiven)
+            return instance.fail(model::failure(model::InvalidArgument, "Room for the result is missing"));
+        if (!instance.sensor)
+            return instance.fail(model::failure(model::NotOpen, "The sensor is not open"));
+        const model::Outcome outcome = body(*instance.sensor, Simulator::get().clock.now());
+        return outcome.ok() ? outcome.code : instance.fail(outcome);
+    });
+}
+
+Observed transfer(std::uint32_t handle, const std::int32_t *raw, const double *scaled, std::int32_t maxCount,
+                  std::int32_t *read)
+{
+    Observed observed;
+    observed.handle = handle;
+    observed.arguments = {raw != nullptr ? "raw" : "null", scaled != nullptr ? "scaled" : "null",
+                          std::to_string(maxCount)};
+    if (read != nullptr)
+        observed.setCount = [read](std::int32_t count) { *read = count; };
+    return observed;
+}
+
+} // namespace
+
+extern "C" {
+
+std::int32_t DataAvail(std::uint32_t handle, std::int32_t *available)
+{
+    const auto describe = [&] {
+        Observed observed;
+        observed.handle = handle;
+        if (available != nullptr)
+            observed.setCount = [available](std::int32_t count) { *available = count; };
+        return observed;
+    };
+    return invoke("DataAvail", describe, [&] {
+        return withSensor(handle, available != nullptr,
+                          [&](model::Sensor &sensor, double now) { return sensor.available(now, available); });
+    });
+}
+
+std::int32_t TransferData(std::uint32_t handle, std::int32_t *raw, double *scaled, std::int32_t maxCount,
+                          std::int32_t *read)
+{
+    return invoke(
+        "TransferData", [&] { return transfer(handle, raw, scaled, maxCount, read); },
+        [&] {
+            return withSensor(handle, read != nullptr, [&](model::Sensor &sensor, double now) {
+                return sensor.transfer(now, raw, scaled, maxCount, read, nullptr);
+            });
+        });
+}
+
+std::int32_t TransferDataTS(std::uint32_t handle, std::int32_t *raw, double *scaled, std::int32_t maxCount,
+                            std::int32_t *read, double *timestamp)
+{
+    return invoke(
+        "TransferDataTS", [&] { return transfer(handle, raw, scaled, maxCount, read); },
+        [&] {
+            return withSensor(handle, read != nullptr && timestamp != nullptr,
+                              [&](model::Sensor &sensor, double now) {
+                                  return sensor.transfer(now, raw, scaled, maxCount, read, timestamp);
+                              });
+        });
+}
+}

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "model/bench.h"
+#include "model/errors.h"
+#include "model/logfile.h"
+#include "model/search.h"
+#include "model/sensor.h"
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace sondixsim::capi {
+
+/// What stands behind a handle. The mutex guards everything but the handle's own number.
+struct Instance
+{
+    std::mutex mutex;
+    std::atomic<std::uint32_t> handle{0}; ///< 0 while nobody has it
+    std::int32_t sensorType = 0;
+    model::ParameterList staged;
+    model::ParameterList answers;
+    std::string answerText; ///< what GetParameters tells instead of the answers, unless empty
+    std::string lastCommand;
+    std::int32_t errorCode = 0;
+    std::string errorText;                 ///< windows-1250
+    std::shared_ptr<model::Sensor> sensor; ///< null while closed
+    std::unique_ptr<model::Search> search;
+    std::shared_ptr<model::LogFile> log;
+    std::string logName;
+
+    std::int32_t fail(const model::Outcome &outcome);
+    model::ParameterList takeStaged(); ///< for an open or a command, which also forgets the last answers
+    void close();
+    void forget(); ///< back to how a new one is
+};
+
+/// An instance with its mutex held; empty when the handle is nobody's.
+class LockedInstance
+{
+public:
+    LockedInstance() = default;
+    LockedInstance(Instance *instance, std::unique_lock<std::mutex> lock)
+        : m_instance(instance)
+        , m_lock(std::move(lock))
+    {
+    }
+    explicit operator bool() const { return m_instance != nullptr; }
+    Instance *operator->() const { return m_instance; }
+    Instance &operator*() const { return *m_instance; }
+
+private:
+    Instance *m_instance = nullptr;
+    std::unique_lock<std::mutex> m_lock;
+};
+
+/// All handles. Instances are used again, never deleted, so that looking one up needs no lock of its own.
+class Instances
+{
+public:
+    std::uint32_t create(std::int32_t sensorType); ///< 0 when there are too many
+    LockedInstance lock(std::uint32_t handle);
+    bool release(std::uint32_t handle);
+    void forEach(const std::function<void(Instance &)> &action); ///< each with its mutex held
+
+private:
+    static constexpr std::uint32_t slotBits = 12;
+    static constexpr std::uint32_t slots = 1u << slotBits;
+
+    std::mutex m_mutex;
+    std::array<std::atomic<Instance *>, slots> m_instances{};
+    std::vector<std::uint32_t> m_free; ///< handles to give out next
+    std::uint32_t m_used = 0;          ///< slots ever used
+};
+
+} // namespace sondixsim::capi
