@@ -59,6 +59,8 @@ void readSensorKeys(ObjectReader &reader, SensorSpec &spec)
     }
     if (const Node *rate = reader.find("rate")) {
         const double hertz = readNumber(*rate, "\"rate\"", 0.0);
+        if (!spec.tracking.empty())
+            throw Mistake(rate->line, "the rate of a " + spec.model + " follows from its tracking command");
         const std::string reason = spec.rate.apply(hertz, spec.settings);
         if (!reason.empty())
             throw Mistake(rate->line, reason);

@@ -82,7 +82,10 @@ std::string toText(const Value &value)
 std::string formatDouble(double value)
 {
     std::array<char, 64> buffer{};
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr;
+    const double size = std::fabs(value);
+    const bool readable = value == 0.0 || (size >= 1.0e-4 && size < 1.0e15);
+    const auto format = readable ? std::chars_format::fixed : std::chars_format::scientific;
+    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, format).ptr;
     std::string text(buffer.data(), end);
     if (!std::isfinite(value) || text.find('.') != std::string::npos)
         return text;

@@ -38,8 +38,9 @@ public:
 };
 
 /// \name Bench
-/// Loading replaces the sensors, forgets faults and calls and sets the clock back to 0. Handles that
-/// exist stay valid, their sensors are closed.
+/// Loading replaces the sensors, forgets faults and calls, stops recording and sets the clock back to 0;
+/// whether that is real or virtual only changes when the file says so. Handles that exist stay valid, their
+/// sensors are closed. docs/bench-files.md describes the files. They throw BenchError.
 /// \{
 SONDIXSIM_EXPORT void loadBench(const std::string &json, const std::string &name = "bench");
 SONDIXSIM_EXPORT void loadBenchFile(const std::string &path);
@@ -94,18 +95,22 @@ struct SONDIXSIM_EXPORT Fault
     double probability = 1.0;
 
     // What. Without a code the call is made as usual, with the rest applied.
-    std::int32_t code = 0;             ///< result of the call (CreateSensorInstance then returns 0)
-    std::string text;                  ///< what GetError tells
-    bool silent = false;               ///< the failure leaves GetError at 0
-    double delay = 0.0;                ///< seconds of real time that the call takes longer
-    bool hang = false;                 ///< the call returns only after releaseHangs()
-    std::optional<std::string> answer; ///< "key=value" pairs that replace a command's answer, also with a code
+    std::int32_t code = 0; ///< result of the call (CreateSensorInstance then returns 0)
+    std::string text;      ///< what GetError tells
+    bool silent = false;   ///< the failure leaves GetError at 0
+    double delay = 0.0;    ///< seconds of real time that the call takes longer
+    bool hang = false;     ///< the call returns only after releaseHangs()
+    /// "key=value" pairs that replace the answer of a command or an open, also with a code. GetParameters
+    /// tells this text byte for byte.
+    std::optional<std::string> answer;
     std::optional<std::int32_t> count; ///< available or read count, or length, that the call reports instead
 };
 
 /// \name Faults
 /// \{
-SONDIXSIM_EXPORT int inject(const Fault &fault); ///< its number, for removeFault
+/// Several faults may hit one call: delays add up, of everything else the first one counts.
+/// \return its number, for removeFault
+SONDIXSIM_EXPORT int inject(const Fault &fault);
 SONDIXSIM_EXPORT void removeFault(int number);
 SONDIXSIM_EXPORT void clearFaults();
 SONDIXSIM_EXPORT void releaseHangs();
@@ -114,7 +119,9 @@ SONDIXSIM_EXPORT void unplug(const std::string &serialNumber);
 SONDIXSIM_EXPORT void plug(const std::string &serialNumber);
 /// \}
 
-/// Puts a block into a sensor's data ring, after what the generators have put there.
+/// Puts a block into an open sensor's data ring, after what the generators have put there. One of \a raw and
+/// \a scaled may be empty: it then follows from the other and the signals' ranges.
+/// \throws std::invalid_argument for a sensor that is not open or not on the bench, or blocks of different size
 SONDIXSIM_EXPORT void pushData(const std::string &serialNumber, const std::vector<std::int32_t> &raw,
                                const std::vector<double> &scaled, double timestamp);
 
