@@ -59,13 +59,20 @@ std::int32_t failInstead(const char *function, const Observed &observed, const m
     return effect.code;
 }
 
-void replaceAnswer(std::uint32_t handle, const std::string &answer)
+/// A command whose answer is given succeeds unless the fault has a code, whatever the sensor makes of it.
+std::int32_t replaceAnswer(const std::string &function, const Observed &observed, const model::FaultEffect &effect,
+                           std::int32_t result)
 {
-    const LockedInstance instance = Simulator::get().instances.lock(handle);
+    const LockedInstance instance = Simulator::get().instances.lock(observed.handle);
     if (!instance)
-        return;
-    instance->answers = model::parsePairs(answer);
-    instance->answerText = answer;
+        return result;
+    instance->answers = model::parsePairs(*effect.answer);
+    instance->answerText = *effect.answer;
+    if (function != "SensorCommand" || effect.code != 0)
+        return result;
+    instance->errorCode = 0;
+    instance->errorText.clear();
+    return 0;
 }
 
 } // namespace
@@ -87,9 +94,9 @@ std::int32_t invokeObserved(const char *function, const Observed &observed,
     if (effect.hang)
         simulator.faults.hang();
 
-    const std::int32_t result = effect.code != 0 ? failInstead(function, observed, effect) : body();
+    std::int32_t result = effect.code != 0 ? failInstead(function, observed, effect) : body();
     if (effect.answer && consumesParameters(function))
-        replaceAnswer(observed.handle, *effect.answer);
+        result = replaceAnswer(function, observed, effect, result);
     if (effect.count && observed.setCount)
         observed.setCount(*effect.count);
     if (recorded)

@@ -100,8 +100,8 @@ struct SONDIXSIM_EXPORT Fault
     bool silent = false;   ///< the failure leaves GetError at 0
     double delay = 0.0;    ///< seconds of real time that the call takes longer
     bool hang = false;     ///< the call returns only after releaseHangs()
-    /// "key=value" pairs that replace the answer of a command or an open, also with a code. GetParameters
-    /// tells this text byte for byte.
+    /// "key=value" pairs that replace the answer of a command or an open, also with a code. Without a code
+    /// such a command succeeds even if the sensor does not know it. GetParameters tells this text byte for byte.
     std::optional<std::string> answer;
     std::optional<std::int32_t> count; ///< available or read count, or length, that the call reports instead
 };
