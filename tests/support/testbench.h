@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <SondixQt/SensorInstance>
+#include <SondixSimulator/control.h>
+
+#include <QMap>
+#include <QString>
+#include <QtTest>
+#include <QVariant>
+
+/// The bench of the unit tests: one sensor of each kind that they need, each at a place of its own.
+inline void loadTestBench()
+{
+    sondixsim::loadBench(R"({
+        "name": "unit tests",
+        "sensors": [
+            { "model": "TX270", "serialNumber": "1001", "place": { "interface": "RS232", "port": "3" } },
+            { "model": "CP720", "serialNumber": "1002", "place": { "interface": "TCP/IP", "ip": "192.168.0.20" } },
+            { "model": "RG52x", "serialNumber": "1003", "place": { "interface": "RS232", "port": "4" } },
+            { "model": "RG53x", "serialNumber": "1004", "place": { "interface": "RS232", "port": "5" } },
+            { "model": "CP740", "serialNumber": "1005", "place": { "interface": "RS232", "port": "6" } },
+            { "model": "EC830", "serialNumber": "1006", "place": { "interface": "RS232", "port": "7" } },
+            { "model": "MultiSensor", "serialNumber": "1007", "members": ["1005", "1006"],
+              "place": { "interface": "RS232", "port": "8" } }
+        ]
+    })");
+    sondixsim::useVirtualClock();
+}
+
+/// How the test bench's sensor of \a type is reached.
+inline QMap<QString, QVariant> testBenchParameters(SondixQt::SensorType type)
+{
+    using Parameters = QMap<QString, QVariant>;
+    const auto serial = [](int port) {
+        return Parameters{{QStringLiteral("IP_Interface"), QStringLiteral("RS232")},
+                          {QStringLiteral("IP_Port"), port}};
+    };
+    static const QMap<SondixQt::SensorType, Parameters> places{
+        {SondixQt::TX270, serial(3)},
+        {SondixQt::CP720,
+         {{QStringLiteral("IP_Interface"), QStringLiteral("TCP/IP")},
+          {QStringLiteral("IP_RemoteAddr"), QStringLiteral("192.168.0.20")}}},
+        {SondixQt::RG52x, serial(4)},
+        {SondixQt::RG53x, serial(5)},
+        {SondixQt::CP740, serial(6)},
+        {SondixQt::EC830, serial(7)},
+        {SondixQt::MultiSensor,
+         {{QStringLiteral("IP_Interface"), QStringLiteral("RS232")},
+          {QStringLiteral("IP_Port"), 8},
+          {QStringLiteral("IP_SensorCount"), 2}}},
+    };
+    return places.value(type);
+}
+
+/// A sensor of the test bench, opened.
+class OpenSensorInstance
+{
+public:
+    explicit OpenSensorInstance(SondixQt::SensorType type)
+        : instance(type)
+    {
+        QString errorText;
+        if (instance.open(testBenchParameters(type), &errorText) != SondixQt::NoError)
+            QTest::qFail(qPrintable(QStringLiteral("cannot open: ") + errorText), __FILE__, __LINE__);
+    }
+
+    SondixQt::SensorInstance *operator->() { return &instance; }
+    SondixQt::SensorInstance *get() { return &instance; }
+
+private:
+    SondixQt::SensorInstance instance;
+};
