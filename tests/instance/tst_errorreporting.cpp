@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#include <SondixQt/SensorInstance>
+
+#include "support/callrecorder.h"
+#include "support/testbench.h"
+
+#include <QSignalSpy>
+#include <QtTest>
+
+using namespace SondixQt;
+
+namespace {
+
+QString name(const char *text)
+{
+    return QString::fromLatin1(text);
+}
+
+int failCommand(const char *command, int code, const char *text, bool silent = false)
+{
+    sondixsim::Fault fault;
+    fault.command = command;
+    fault.code = code;
+    fault.text = text;
+    fault.silent = silent;
+    return sondixsim::inject(fault);
+}
+
+} // namespace
+
+/// Texts, debug lines and the signal that a result of the C interface becomes.
+class ErrorReportingTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+
+    void successClearsAnOldText();
+    void successTouchesNothingElse();
+    void failureIsLoggedAndSignalledWithoutAText();
+    void failureFillsTheText();
+    void signalIsSentOnDemandOnly();
+    void signalCarriesTheLibrarysOwnLastError();
+    void unexplainedFailureLeavesTextAndSignalAlone();
+    void textIsWindows1250AndBounded();
+    void codesPassUnchanged_data();
+    void codesPassUnchanged();
+};
+
+void ErrorReportingTest::init()
+{
+    loadTestBench();
+}
+
+void ErrorReportingTest::successClearsAnOldText()
+{
+    SensorInstance sensor(TX270);
+    QString text = name("old");
+    sensor.checkError(NoError, &text, true);
+    QCOMPARE(text, QString());
+}
+
+void ErrorReportingTest::successTouchesNothingElse()
+{
+    SensorInstance sensor(TX270);
+    QSignalSpy messages(&sensor, &SensorInstance::errorMessage);
+    CallRecorder recorder;
+    sensor.checkError(NoError, nullptr, true);
+    QCOMPARE(recorder.take(), QStringList());
+    QCOMPARE(messages.size(), 0);
+}
+
+void ErrorReportingTest::failureIsLoggedAndSignalledWithoutAText()
+{
+    OpenSensorInstance sensor(TX270);
+    failCommand("Get_X", -12, "too hot");
+    QSignalSpy messages(sensor.get(), &SensorInstance::errorMessage);
+    QTest::ignoreMessage(QtDebugMsg, "SensorInstance::checkError: too hot");
+    QCOMPARE(int(sensor->sendCommand(name("Get_X"), nullptr)), -12);
+    QCOMPARE(messages.size(), 1);
+    QCOMPARE(int(messages.at(0).at(0).value<ErrorCode>()), -12);
+    QCOMPARE(messages.at(0).at(1).toString(), name("too hot"));
+}
+
+void ErrorReportingTest::failureFillsTheText()
+{
+    OpenSensorInstance sensor(TX270);
+    failCommand("Get_X", -12, "too hot");
+    QString text = name("old");
+    QCOMPARE(int(sensor->sendCommand(name("Get_X"), &text)), -12);
+    QCOMPARE(text, name("too hot"));
+}
+
+void ErrorReportingTest::signalIsSentOnDemandOnly()
+{
+    OpenSensorInstance sensor(TX270);
+    failCommand("Get_X", -12, "too hot");
+    sensor->sendCommand(name("Get_X"));
+    QSignalSpy messages(sensor.get(), &SensorInstance::errorMessage);
+    QString text;
+    sensor->checkError(ErrorCode(-12), &text, false);
+    QCOMPARE(text, name("too hot"));
+    QCOMPARE(messages.size(), 0);
+}
+
+void ErrorReportingTest::signalCarriesTheLibrarysOwnLastError()
+{
+    OpenSensorInstance sensor(TX270);
+    failCommand("Get_X", -12, "too hot");
+    sensor->sendCommand(name("Get_X"));
+    QSignalSpy messages(sensor.get(), &SensorInstance::errorMessage);
+    sensor->checkError(ErrorCode(-99), nullptr, true);
+    QCOMPARE(messages.size(), 1);
+    QCOMPARE(int(messages.at(0).at(0).value<ErrorCode>()), -12);
+}
+
+void ErrorReportingTest::unexplainedFailureLeavesTextAndSignalAlone()
+{
+    OpenSensorInstance sensor(TX270);
+    failCommand("Get_X", -12, "too hot", true);
+    QSignalSpy messages(sensor.get(), &SensorInstance::errorMessage);
+    QString text = name("old");
+    // The text is cleared where staging the command's name succeeds, before the command fails.
+    QCOMPARE(int(sensor->sendCommand(name("Get_X"), &text)), -12);
+    QCOMPARE(text, QString());
+    text = name("old");
+    sensor->checkError(ErrorCode(-12), &text, true);
+    QCOMPARE(text, name("old"));
+    QCOMPARE(messages.size(), 0);
+}
+
+void ErrorReportingTest::textIsWindows1250AndBounded()
+{
+    OpenSensorInstance sensor(TX270);
+    const int fault = failCommand("Get_X", -12, "\x8e\xb5 too hot");
+    QString text;
+    sensor->sendCommand(name("Get_X"), &text);
+    QCOMPARE(text, QStringLiteral("\u017d\u00b5 too hot"));
+    sondixsim::removeFault(fault);
+
+    failCommand("Get_X", -12, std::string(10000, 'x').c_str());
+    sensor->sendCommand(name("Get_X"), &text);
+    QVERIFY(text.size() >= 4095 && text.size() <= 4096);
+}
+
+void ErrorReportingTest::codesPassUnchanged_data()
+{
+    QTest::addColumn<int>("code");
+    for (const int code :
+         {-1, -26, -27, -1000, 1, 12345, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()})
+        QTest::addRow("%d", code) << code;
+}
+
+void ErrorReportingTest::codesPassUnchanged()
+{
+    QFETCH(int, code);
+    OpenSensorInstance sensor(TX270);
+    failCommand("Get_X", code, "x");
+    QSignalSpy messages(sensor.get(), &SensorInstance::errorMessage);
+    QCOMPARE(int(sensor->sendCommand(name("Get_X"))), code);
+    QCOMPARE(int(messages.value(0).value(0).value<ErrorCode>()), code);
+}
+
+QTEST_GUILESS_MAIN(ErrorReportingTest)
+#include "tst_errorreporting.moc"

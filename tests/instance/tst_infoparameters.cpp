@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: MIT
+#include <SondixQt/SensorInstance>
+
+#include <QDateTime>
+#include <QtTest>
+
+using namespace SondixQt;
+using Parameters = QMap<QString, QVariant>;
+
+namespace {
+
+QString name(const char *text)
+{
+    return QString::fromLatin1(text);
+}
+
+Parameters withoutTime(Parameters parameters)
+{
+    parameters.remove(name("StorageTime"));
+    return parameters;
+}
+
+} // namespace
+
+/// What a sensor instance remembers of its sensors.
+class InfoParametersTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void emptyMapChangesNothing();
+    void laterValuesOverwriteEqualKeysAndKeepTheOthers();
+    void newElementIsAppendedWhateverTheGap();
+    void indexBelowOneIsAppended();
+    void storageTimeIsThatOfTheLastChange();
+    void lookupOutsideTheListIsInvalid();
+    void answerLinesAreAddedOneByOne();
+    void recordedSettingsReadAsAnswers_data();
+    void recordedSettingsReadAsAnswers();
+    void linesAfterAGapAreAppendedUntilTheIndexIsReached();
+};
+
+void InfoParametersTest::emptyMapChangesNothing()
+{
+    SensorInstance sensor(NoSensor);
+    sensor.addInfoParameters(Parameters(), 1);
+    QVERIFY(sensor.getInfoParameters().isEmpty());
+    sensor.addInfoParameters(name("no pairs here"), 1);
+    QVERIFY(sensor.getInfoParameters().isEmpty());
+}
+
+void InfoParametersTest::laterValuesOverwriteEqualKeysAndKeepTheOthers()
+{
+    SensorInstance sensor(NoSensor);
+    sensor.addInfoParameters(Parameters{{name("A"), 1}, {name("B"), 2}}, 1);
+    sensor.addInfoParameters(Parameters{{name("B"), 3}, {name("C"), 4}}, 1);
+    QCOMPARE(sensor.getInfoParameters().size(), 1);
+    QCOMPARE(withoutTime(sensor.getInfoParameters().at(0)),
+             Parameters({{name("A"), 1}, {name("B"), 3}, {name("C"), 4}}));
+}
+
+void InfoParametersTest::newElementIsAppendedWhateverTheGap()
+{
+    SensorInstance sensor(NoSensor);
+    sensor.addInfoParameters(Parameters{{name("A"), 1}}, 5);
+    QCOMPARE(sensor.getInfoParameters().size(), 1);
+    // The element named does not exist, so nothing bears a time.
+    QCOMPARE(sensor.getInfoParameters().at(0), Parameters({{name("A"), 1}}));
+    sensor.addInfoParameters(Parameters{{name("A"), 2}}, 2);
+    QCOMPARE(sensor.getInfoParameters().size(), 2);
+    QVERIFY(sensor.getInfoParameters().at(1).contains(name("StorageTime")));
+}
+
+void InfoParametersTest::indexBelowOneIsAppended()
+{
+    SensorInstance sensor(NoSensor);
+    for (const int index : {0, -1, std::numeric_limits<int>::min() + 1})
+        sensor.addInfoParameters(Parameters{{name("A"), index}}, index);
+    QCOMPARE(sensor.getInfoParameters().size(), 3);
+    for (const Parameters &element : sensor.getInfoParameters())
+        QVERIFY(!element.contains(name("StorageTime")));
+}
+
+void InfoParametersTest::storageTimeIsThatOfTheLastChange()
+{
+    SensorInstance sensor(NoSensor);
+    const QString format = name("yyyy-MM-dd_hh-mm-ss.zzz");
+    const QDateTime before = QDateTime::currentDateTime();
+    sensor.addInfoParameters(Parameters{{name("A"), 1}, {name("StorageTime"), name("never")}}, 1);
+    const QDateTime after = QDateTime::currentDateTime();
+    const QDateTime stored =
+        QDateTime::fromString(sensor.getInfoParameter(name("StorageTime"), 1).toString(), format);
+    QVERIFY(stored >= before && stored <= after);
+}
+
+void InfoParametersTest::lookupOutsideTheListIsInvalid()
+{
+    SensorInstance sensor(NoSensor);
+    sensor.addInfoParameters(Parameters{{name("A"), 1}}, 1);
+    QCOMPARE(sensor.getInfoParameter(name("A"), 1), QVariant(1));
+    for (const int index : {0, 2, -1, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()})
+        QVERIFY(!sensor.getInfoParameter(name("A"), index).isValid());
+    QVERIFY(!sensor.getInfoParameter(name("B"), 1).isValid());
+}
+
+void InfoParametersTest::answerLinesAreAddedOneByOne()
+{
+    SensorInstance sensor(NoSensor);
+    sensor.addInfoParameters(
+        name("S_Command=\"Get_Info\" SA_Range=10.0\r\n\r\nS_Command=\"Get_X\" SA_X=1 SA_Range=20.0"), 1);
+    QCOMPARE(withoutTime(sensor.getInfoParameters().value(0)),
+             Parameters({{name("S_Command"), name("Get_X")}, {name("SA_Range"), 20.0}, {name("SA_X"), 1}}));
+}
+
+void InfoParametersTest::recordedSettingsReadAsAnswers_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<bool>("renamed");
+    QTest::newRow("setting") << name("S_Command=\"Set_X\" SP_X=1") << true;
+    QTest::newRow("update") << name("S_Command=\"Update_X\" SP_X=1") << false;
+    QTest::newRow("no quotes") << name("S_Command=Set_X SP_X=1") << false;
+    QTest::newRow("not at the start") << name(" S_Command=\"Set_X\" SP_X=1") << false;
+    QTest::newRow("only a line feed before") << name("A=1\nS_Command=\"Set_X\" SP_X=1") << false;
+}
+
+void InfoParametersTest::recordedSettingsReadAsAnswers()
+{
+    QFETCH(QString, line);
+    QFETCH(bool, renamed);
+    SensorInstance sensor(NoSensor);
+    sensor.addInfoParameters(line, 1);
+    QCOMPARE(sensor.getInfoParameter(name("SA_X"), 1).isValid(), renamed);
+    QCOMPARE(sensor.getInfoParameter(name("SP_X"), 1).isValid(), !renamed);
+}
+
+void InfoParametersTest::linesAfterAGapAreAppendedUntilTheIndexIsReached()
+{
+    SensorInstance sensor(NoSensor);
+    sensor.addInfoParameters(name("A=1\r\nA=2\r\nB=3"), 2);
+    QCOMPARE(sensor.getInfoParameters().size(), 2);
+    QCOMPARE(sensor.getInfoParameters().at(0), Parameters({{name("A"), 1}}));
+    QCOMPARE(withoutTime(sensor.getInfoParameters().at(1)), Parameters({{name("A"), 2}, {name("B"), 3}}));
+}
+
+QTEST_GUILESS_MAIN(InfoParametersTest)
+#include "tst_infoparameters.moc"

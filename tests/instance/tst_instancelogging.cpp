@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: MIT
+#include <SondixQt/SensorInstance>
+
+#include "support/callrecorder.h"
+#include "support/testbench.h"
+
+#include <QtTest>
+
+using namespace SondixQt;
+
+namespace {
+
+QString name(const char *text)
+{
+    return QString::fromLatin1(text);
+}
+
+} // namespace
+
+/// Switching the sensor-access library's log and writing into it.
+class InstanceLoggingTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void everythingIsPassedOn();
+    void shortFormChoosesOneFileOrASeries_data();
+    void shortFormChoosesOneFileOrASeries();
+    void applicationNameIsWrittenWhenThereIsOne();
+    void failedSwitchIsReported();
+    void switchingOffSendsACommand();
+    void failedSwitchingOffSendsNoCommand();
+    void linesAreLatin1();
+
+private:
+    QTemporaryDir folder;
+};
+
+void InstanceLoggingTest::init()
+{
+    loadTestBench();
+    QVERIFY(folder.isValid());
+}
+
+void InstanceLoggingTest::cleanup()
+{
+    setUsedByApplicationName(QString());
+}
+
+void InstanceLoggingTest::everythingIsPassedOn()
+{
+    const QString file = folder.filePath(name("a.log"));
+    SensorInstance sensor(TX270);
+    QVERIFY(!sensor.GetLogging());
+    CallRecorder recorder;
+    QCOMPARE(sensor.enableLogging(file, SensorInstance::LogLevel(3), SensorInstance::LogType(5), true, false, 7),
+             NoError);
+    QVERIFY(sensor.GetLogging());
+    QCOMPARE(recorder.take(), QStringList(name("EnableLogging(1, 5, 3, \"%1\", 1, 0, 7)").arg(file)));
+    QCOMPARE(sensor.enableLogging(file, SensorInstance::LogLevel(3), SensorInstance::LogType(5), false, true, 7),
+             NoError);
+    QCOMPARE(recorder.take(), QStringList(name("EnableLogging(1, 5, 3, \"%1\", 0, 1, 7)").arg(file)));
+}
+
+void InstanceLoggingTest::shortFormChoosesOneFileOrASeries_data()
+{
+    QTest::addColumn<QString>("fileName");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<int>("flag1");
+    QTest::newRow("no placeholder") << name("a.log") << 3 << 1;
+    QTest::newRow("placeholder") << name("a%[10].log") << 3 << 0;
+    QTest::newRow("count 1") << name("a%[10].log") << 1 << 0;
+    QTest::newRow("count 0") << name("a%[10].log") << 0 << 1;
+    QTest::newRow("negative count") << name("a%[10].log") << -1 << 1;
+    QTest::newRow("placeholder without a number") << name("a%[].log") << 3 << 1;
+    QTest::newRow("placeholder with a letter") << name("a%[x].log") << 3 << 1;
+}
+
+void InstanceLoggingTest::shortFormChoosesOneFileOrASeries()
+{
+    QFETCH(QString, fileName);
+    QFETCH(int, count);
+    QFETCH(int, flag1);
+    const QString file = folder.filePath(fileName);
+    SensorInstance sensor(TX270);
+    CallRecorder recorder;
+    sensor.enableLogging(file, count);
+    QCOMPARE(recorder.take().value(0),
+             name("EnableLogging(1, 2147483647, 2147483647, \"%1\", %2, 0, %3)").arg(file).arg(flag1).arg(count));
+}
+
+void InstanceLoggingTest::applicationNameIsWrittenWhenThereIsOne()
+{
+    setUsedByApplicationName(name("Line 4"));
+    SensorInstance sensor(TX270);
+    CallRecorder recorder;
+    QCOMPARE(sensor.enableLogging(folder.filePath(name("a.log")), 0), NoError);
+    const QStringList calls = recorder.take();
+    QCOMPARE(calls.size(), 2);
+    QCOMPARE(calls.at(1), name("LogToFile(32, \"SondixQt::SensorInstance::enableLogging\", \"Line 4\")"));
+}
+
+void InstanceLoggingTest::failedSwitchIsReported()
+{
+    sondixsim::Fault fault;
+    fault.function = "EnableLogging";
+    fault.code = -20;
+    fault.text = "cannot write";
+    sondixsim::inject(fault);
+    SensorInstance sensor(TX270);
+    QString errorText;
+    QCOMPARE(int(sensor.enableLogging(folder.filePath(name("a.log")), 0, &errorText)), -20);
+    QCOMPARE(errorText, name("cannot write"));
+    QVERIFY(sensor.GetLogging());
+}
+
+void InstanceLoggingTest::switchingOffSendsACommand()
+{
+    SensorInstance sensor(TX270);
+    QCOMPARE(sensor.enableLogging(folder.filePath(name("a.log")), 0), NoError);
+    CallRecorder recorder;
+    QCOMPARE(sensor.disableLogging(), NoError);
+    QVERIFY(!sensor.GetLogging());
+    QCOMPARE(recorder.take(),
+             QStringList(name("SetParameterInt(\"IP_EnableLogging\", 0)")) + commandCalls(name("Enable_Logging")));
+}
+
+void InstanceLoggingTest::failedSwitchingOffSendsNoCommand()
+{
+    SensorInstance sensor(TX270);
+    sondixsim::Fault fault;
+    fault.parameter = "IP_EnableLogging";
+    fault.code = -4;
+    sondixsim::inject(fault);
+    CallRecorder recorder;
+    QCOMPARE(int(sensor.disableLogging()), -4);
+    QCOMPARE(recorder.take().filter(name("S_Command")), QStringList());
+}
+
+void InstanceLoggingTest::linesAreLatin1()
+{
+    SensorInstance sensor(TX270);
+    CallRecorder recorder;
+    sensor.logToFile(SensorInstance::LogLevel(4), name("here"), name("what"));
+    QCOMPARE(recorder.take(), QStringList(name("LogToFile(4, \"here\", \"what\")")));
+    sensor.logToFile(SensorInstance::LogInformation, name("here"), QStringLiteral("\u00b5m"));
+    const std::vector<sondixsim::Call> calls = sondixsim::calls();
+    QCOMPARE(calls.size(), std::size_t(1));
+    QVERIFY(calls[0].text().find("\xb5m") != std::string::npos);
+}
+
+QTEST_GUILESS_MAIN(InstanceLoggingTest)
+#include "tst_instancelogging.moc"

@@ -1,0 +1,426 @@
+// SPDX-License-Identifier: MIT
+#include <SondixQt/SensorInstance>
+
+#include "support/callrecorder.h"
+#include "support/testbench.h"
+
+#include <QDateTime>
+#include <QtTest>
+
+using namespace SondixQt;
+using Parameters = QMap<QString, QVariant>;
+
+namespace {
+
+QString name(const char *text)
+{
+    return QString::fromLatin1(text);
+}
+
+int inject(const char *function, int code, const char *text = "told to fail")
+{
+    sondixsim::Fault fault;
+    fault.function = function;
+    fault.code = code;
+    fault.text = text;
+    return sondixsim::inject(fault);
+}
+
+QStringList withoutErrorTexts(QStringList calls)
+{
+    calls.removeAll(name("GetError(4096)"));
+    return calls;
+}
+
+} // namespace
+
+/// Creation, opening, closing and release.
+class SensorInstanceTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+
+    void createsTheBaseTypesInstance_data();
+    void createsTheBaseTypesInstance();
+    void typesWithoutLibraryInstance_data();
+    void typesWithoutLibraryInstance();
+    void adoptsAHandle();
+    void refusedCreationLeavesItInvalid();
+    void destructorReleases();
+    void releaseIsEarlyAndOnce();
+    void moveAssignmentTakesHandleAndTypeOnly();
+    void moveAssignmentToItselfKeepsTheHandle();
+    void typeAccessors_data();
+    void typeAccessors();
+    void isOpenAsksTheLibrary();
+    void opensInTheDescribedOrder();
+    void openStopsWhenStagingFails();
+    void openStopsWhenInformationCannotBeSwitchedOn();
+    void failedOpenLeavesOneEntryForEachExpectedSensor_data();
+    void failedOpenLeavesOneEntryForEachExpectedSensor();
+    void openReadsTheInformationOfEverySensorOfASetup();
+    void plainSensorIsNotAskedForASetup();
+    void unreadableInformationDoesNotFailTheOpen();
+    void openKeepsTheInterfaceParameters();
+    void emptyMapLeavesTheKeptInterfaceParameters();
+    void closesTheSensor();
+    void closeOfAFileCallsNothing();
+    void clearsStagedParameters();
+    void keepsACopyOfTheInterfaceParameters();
+};
+
+void SensorInstanceTest::init()
+{
+    loadTestBench();
+}
+
+void SensorInstanceTest::createsTheBaseTypesInstance_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("call");
+    QTest::newRow("plain") << int(TX270) << name("CreateSensorInstance(41)");
+    QTest::newRow("bus variant") << int(MV420) << name("CreateSensorInstance(43)");
+    QTest::newRow("converter variant") << int(DVxxx_XA300ETH) << name("CreateSensorInstance(34)");
+}
+
+void SensorInstanceTest::createsTheBaseTypesInstance()
+{
+    QFETCH(int, type);
+    QFETCH(QString, call);
+    CallRecorder recorder;
+    SensorInstance sensor{SensorType(type)};
+    QVERIFY(sensor.isValid());
+    QVERIFY(sensor.handle() != 0);
+    // A library instance may be open already: the constructor asks.
+    QCOMPARE(recorder.take(), QStringList(call) + commandCalls(name("Get_OpenState")) +
+                                  QStringList(name("GetParameterInt(\"IA_SensorOpen\")")));
+}
+
+void SensorInstanceTest::typesWithoutLibraryInstance_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::newRow("NoSensor") << int(NoSensor);
+    QTest::newRow("File") << int(File);
+}
+
+void SensorInstanceTest::typesWithoutLibraryInstance()
+{
+    QFETCH(int, type);
+    CallRecorder recorder;
+    {
+        SensorInstance sensor{SensorType(type)};
+        QVERIFY(!sensor.isValid());
+        QVERIFY(!sensor.isOpen());
+        QCOMPARE(sensor.release(), NoError);
+    }
+    QCOMPARE(recorder.take(), QStringList());
+}
+
+void SensorInstanceTest::adoptsAHandle()
+{
+    SensorInstance first(TX270);
+    const quint32 handle = first.handle();
+    CallRecorder recorder;
+    SensorInstance second(TX270, handle);
+    QCOMPARE(second.handle(), handle);
+    QCOMPARE(recorder.take().filter(name("CreateSensorInstance")), QStringList());
+    first = SensorInstance(NoSensor); // releases the shared handle, so that only one of them does
+    second = SensorInstance(NoSensor);
+}
+
+void SensorInstanceTest::refusedCreationLeavesItInvalid()
+{
+    sondixsim::Fault fault;
+    fault.function = "CreateSensorInstance";
+    fault.code = -3;
+    fault.text = "no such sensor";
+    sondixsim::inject(fault);
+    CallRecorder recorder;
+    SensorInstance sensor(TX270);
+    QVERIFY(!sensor.isValid());
+    QCOMPARE(recorder.take(), QStringList(name("CreateSensorInstance(41)")));
+    QString text;
+    sensor.checkError(ErrorCode(-1), &text, false);
+    QCOMPARE(text, name("no such sensor"));
+}
+
+void SensorInstanceTest::destructorReleases()
+{
+    CallRecorder recorder;
+    {
+        SensorInstance sensor(TX270);
+        recorder.take();
+    }
+    QCOMPARE(recorder.take(), QStringList(name("ReleaseSensorInstance()")));
+}
+
+void SensorInstanceTest::releaseIsEarlyAndOnce()
+{
+    CallRecorder recorder;
+    {
+        SensorInstance sensor(TX270);
+        recorder.take();
+        QCOMPARE(sensor.release(), NoError);
+        QVERIFY(!sensor.isValid());
+        QCOMPARE(sensor.release(), NoError);
+        QVERIFY(!sensor.isOpen());
+    }
+    QCOMPARE(recorder.take(), QStringList(name("ReleaseSensorInstance()")));
+}
+
+void SensorInstanceTest::moveAssignmentTakesHandleAndTypeOnly()
+{
+    SensorInstance target(CP720);
+    target.addInfoParameters(Parameters{{name("SA_Sensor"), name("old")}}, 1);
+    target.storeInterfaceParameters({{name("IP_Port"), 3}});
+    SensorInstance source(MV420);
+    source.addInfoParameters(Parameters{{name("SA_Sensor"), name("new")}}, 1);
+    const quint32 handle = source.handle();
+    CallRecorder recorder;
+    target = std::move(source);
+    QCOMPARE(recorder.take(), QStringList(name("ReleaseSensorInstance()")));
+    QCOMPARE(target.handle(), handle);
+    QCOMPARE(target.sensorTypeFull(), MV420);
+    QVERIFY(!source.isValid());
+    QCOMPARE(target.getInfoParameter(name("SA_Sensor"), 1).toString(), name("old"));
+    QCOMPARE(target.storedInterfaceParameters(), Parameters({{name("IP_Port"), 3}}));
+}
+
+void SensorInstanceTest::moveAssignmentToItselfKeepsTheHandle()
+{
+    SensorInstance sensor(TX270);
+    const quint32 handle = sensor.handle();
+    CallRecorder recorder;
+    SensorInstance &same = sensor;
+    sensor = std::move(same);
+    QCOMPARE(sensor.handle(), handle);
+    QCOMPARE(recorder.take(), QStringList());
+}
+
+void SensorInstanceTest::typeAccessors_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<int>("base");
+    QTest::newRow("plain") << int(TX270) << 41;
+    QTest::newRow("variant") << int(MV430_XA300ETH) << 34;
+    QTest::newRow("file") << int(File) << 99999;
+    QTest::newRow("none") << 0 << 0;
+}
+
+void SensorInstanceTest::typeAccessors()
+{
+    QFETCH(int, type);
+    SensorInstance sensor{SensorType(type)};
+    QTEST(int(sensor.sensorType()), "base");
+    QCOMPARE(int(sensor.sensorTypeFull()), type);
+}
+
+void SensorInstanceTest::isOpenAsksTheLibrary()
+{
+    SensorInstance sensor(CP720);
+    QVERIFY(!sensor.isOpen());
+    QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
+    QVERIFY(sensor.isOpen());
+    sondixsim::Fault fault;
+    fault.command = "Get_OpenState";
+    fault.code = -1;
+    const int number = sondixsim::inject(fault);
+    QVERIFY(!sensor.isOpen());
+    sondixsim::removeFault(number);
+    QCOMPARE(sensor.close(), NoError);
+    QVERIFY(!sensor.isOpen());
+}
+
+void SensorInstanceTest::opensInTheDescribedOrder()
+{
+    // A model without video, trigger and sync: nothing more is asked.
+    SensorInstance sensor(CP720);
+    QString errorText = name("old");
+    CallRecorder recorder;
+    const Parameters parameters = testBenchParameters(CP720);
+    QCOMPARE(sensor.open(parameters, &errorText), NoError);
+    QCOMPARE(errorText, QString());
+    const QStringList calls = recorder.take();
+    const int staged = parameters.size();
+    QCOMPARE(calls.size(), staged + 4);
+    int index = 0;
+    for (auto it = parameters.cbegin(); it != parameters.cend(); ++it, ++index)
+        QVERIFY2(calls.at(index).contains(name("(\"%1\", ").arg(it.key())), qPrintable(calls.at(index)));
+    QCOMPARE(calls.at(staged), name("SetParameterInt(\"CP_LogSensorInformation\", 1)"));
+    QCOMPARE(calls.at(staged + 1), name("OpenSensor()"));
+    QCOMPARE(calls.at(staged + 2), name("GetParameterString(\"SA_SensorInformation\", null)"));
+    QVERIFY(calls.at(staged + 3).startsWith(name("GetParameterString(\"SA_SensorInformation\", ")));
+    QCOMPARE(sensor.getInfoParameters().size(), 1);
+    QVERIFY(!sensor.getInfoParameter(name("SA_SerialNumber"), 1).toString().isEmpty());
+    QVERIFY(QDateTime::fromString(sensor.getInfoParameter(name("StorageTime"), 1).toString(),
+                                  name("yyyy-MM-dd_hh-mm-ss.zzz"))
+                .isValid());
+}
+
+void SensorInstanceTest::openStopsWhenStagingFails()
+{
+    SensorInstance sensor(CP720);
+    sondixsim::Fault fault;
+    fault.function = "SetParameterString";
+    fault.parameter = "IP_Interface";
+    fault.code = -4;
+    sondixsim::inject(fault);
+    CallRecorder recorder;
+    QCOMPARE(int(sensor.open(testBenchParameters(CP720))), -4);
+    QCOMPARE(recorder.take().filter(name("OpenSensor")), QStringList());
+    QCOMPARE(sensor.getInfoParameters().size(), 0);
+}
+
+void SensorInstanceTest::openStopsWhenInformationCannotBeSwitchedOn()
+{
+    SensorInstance sensor(CP720);
+    sondixsim::Fault fault;
+    fault.parameter = "CP_LogSensorInformation";
+    fault.code = -6;
+    fault.text = "not known";
+    sondixsim::inject(fault);
+    QSignalSpy messages(&sensor, &SensorInstance::errorMessage);
+    QString errorText = name("old");
+    CallRecorder recorder;
+    QCOMPARE(int(sensor.open(testBenchParameters(CP720), &errorText)), -6);
+    QCOMPARE(recorder.take().filter(name("OpenSensor")), QStringList());
+    // Reported by the signal alone.
+    QCOMPARE(messages.size(), 1);
+    QCOMPARE(messages.at(0).at(1).toString(), name("not known"));
+    QVERIFY(errorText != name("not known"));
+    QCOMPARE(sensor.getInfoParameters().size(), 0);
+}
+
+void SensorInstanceTest::failedOpenLeavesOneEntryForEachExpectedSensor_data()
+{
+    QTest::addColumn<QVariant>("count");
+    QTest::addColumn<int>("entries");
+    QTest::newRow("three") << QVariant(3) << 3;
+    QTest::newRow("not told") << QVariant() << 1;
+    QTest::newRow("none") << QVariant(0) << 0;
+    QTest::newRow("negative") << QVariant(-2) << 0;
+    QTest::newRow("absurd") << QVariant(0x7fffffff) << 10000;
+}
+
+void SensorInstanceTest::failedOpenLeavesOneEntryForEachExpectedSensor()
+{
+    QFETCH(QVariant, count);
+    QFETCH(int, entries);
+    SensorInstance sensor(CP720);
+    inject("OpenSensor", -11, "does not answer");
+    Parameters parameters = testBenchParameters(CP720);
+    if (count.isValid())
+        parameters.insert(name("IP_SensorCount"), count);
+    QString errorText;
+    CallRecorder recorder;
+    QCOMPARE(int(sensor.open(parameters, &errorText)), -11);
+    QCOMPARE(errorText, name("does not answer"));
+    QCOMPARE(withoutErrorTexts(recorder.take()).last(), name("OpenSensor()"));
+    QCOMPARE(sensor.getInfoParameters().size(), entries);
+    for (int index = 1; index <= entries; ++index)
+        QCOMPARE(sensor.getInfoParameter(name("ST_Empty"), index), QVariant(index));
+}
+
+void SensorInstanceTest::openReadsTheInformationOfEverySensorOfASetup()
+{
+    SensorInstance sensor(MultiSensor);
+    const Parameters parameters = testBenchParameters(MultiSensor);
+    CallRecorder recorder;
+    QCOMPARE(sensor.open(parameters), NoError);
+    const QStringList asked = recorder.take().filter(name("SensorInformation")).filter(name("null"));
+    QCOMPARE(asked, QStringList({name("GetParameterString(\"SA_SensorInformation#S1\", null)"),
+                                 name("GetParameterString(\"SA_SensorInformation#S2\", null)"),
+                                 name("GetParameterString(\"SA_SensorInformation\", null)")}));
+    QCOMPARE(sensor.getInfoParameters().size(), 2);
+    QVERIFY(sensor.getInfoParameter(name("SA_SerialNumber"), 1) !=
+            sensor.getInfoParameter(name("SA_SerialNumber"), 2));
+}
+
+void SensorInstanceTest::plainSensorIsNotAskedForASetup()
+{
+    SensorInstance sensor(CP720);
+    Parameters parameters = testBenchParameters(CP720);
+    parameters.insert(name("IP_SensorCount"), 2);
+    CallRecorder recorder;
+    QCOMPARE(sensor.open(parameters), NoError);
+    QCOMPARE(recorder.take().filter(name("#S")), QStringList());
+}
+
+void SensorInstanceTest::unreadableInformationDoesNotFailTheOpen()
+{
+    SensorInstance sensor(CP720);
+    sondixsim::Fault fault;
+    fault.parameter = "SA_SensorInformation";
+    fault.code = -7;
+    fault.text = "no information";
+    sondixsim::inject(fault);
+    QString errorText;
+    QCOMPARE(sensor.open(testBenchParameters(CP720), &errorText), NoError);
+    QCOMPARE(errorText, name("no information"));
+    QCOMPARE(sensor.getInfoParameters().size(), 0);
+}
+
+void SensorInstanceTest::openKeepsTheInterfaceParameters()
+{
+    SensorInstance sensor(CP720);
+    inject("OpenSensor", -11);
+    QCOMPARE(int(sensor.open(testBenchParameters(CP720))), -11);
+    QCOMPARE(sensor.storedInterfaceParameters(), testBenchParameters(CP720));
+}
+
+void SensorInstanceTest::emptyMapLeavesTheKeptInterfaceParameters()
+{
+    SensorInstance sensor(CP720);
+    const Parameters kept{{name("IP_Port"), 4}};
+    sensor.storeInterfaceParameters(kept);
+    inject("OpenSensor", -11);
+    QCOMPARE(int(sensor.open()), -11);
+    QCOMPARE(sensor.storedInterfaceParameters(), kept);
+}
+
+void SensorInstanceTest::closesTheSensor()
+{
+    SensorInstance sensor(CP720);
+    QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
+    QString errorText = name("old");
+    CallRecorder recorder;
+    QCOMPARE(sensor.close(&errorText), NoError);
+    QCOMPARE(recorder.take(), QStringList(name("CloseSensor()")));
+    QCOMPARE(errorText, QString());
+    inject("CloseSensor", -2, "was never open");
+    QCOMPARE(int(sensor.close(&errorText)), -2);
+    QCOMPARE(errorText, name("was never open"));
+}
+
+void SensorInstanceTest::closeOfAFileCallsNothing()
+{
+    SensorInstance file(File);
+    CallRecorder recorder;
+    QCOMPARE(file.close(), NoError);
+    QCOMPARE(recorder.take(), QStringList());
+}
+
+void SensorInstanceTest::clearsStagedParameters()
+{
+    SensorInstance sensor(CP720);
+    CallRecorder recorder;
+    QCOMPARE(sensor.clearAllParameters(), NoError);
+    QCOMPARE(recorder.take(), QStringList(name("ClearAllParameters()")));
+    inject("ClearAllParameters", -2, "no");
+    QString errorText;
+    QCOMPARE(int(sensor.clearAllParameters(&errorText)), -2);
+    QCOMPARE(errorText, name("no"));
+}
+
+void SensorInstanceTest::keepsACopyOfTheInterfaceParameters()
+{
+    SensorInstance sensor(CP720);
+    Parameters parameters{{name("IP_Interface"), name("TCP/IP")}};
+    sensor.storeInterfaceParameters(parameters);
+    parameters.clear();
+    QCOMPARE(sensor.storedInterfaceParameters().value(name("IP_Interface")).toString(), name("TCP/IP"));
+}
+
+QTEST_GUILESS_MAIN(SensorInstanceTest)
+#include "tst_sensorinstance.moc"
