@@ -9,27 +9,27 @@ namespace SondixQt {
 
 /// The kind of web interface that a model offers.
 enum WebInterface : qint32 {
-    NoWebInterface = 0,
-    NativeWebInterface = 1,
-    SerialWebInterface = 2,
+    NoWebInterface = 0,     ///< none
+    NativeWebInterface = 1, ///< the device serves its pages itself over the network
+    SerialWebInterface = 2, ///< the pages are reached over the sensor's serial line
 };
 
-/// What the library knows of one model.
+/// What the library knows of one model. A plain record: copy and move it freely.
 struct SONDIXQT_EXPORT SensorFeatures
 {
-    SensorType type = NoSensor;
-    qint32 order = 0;
-    bool hasHelp = false;
-    bool hasGetAllParameters = false;
-    bool hasASCIIProtocol = false;
-    bool hidden = false;
-    SensorGroups group = NoGroup;
-    QString name;
-    QString shortName;
-    QString image;
+    SensorType type = NoSensor;       ///< for information; the key in the table counts, and may differ
+    qint32 order = 0;                 ///< place in lists; hundreds and tens group the families
+    bool hasHelp = false;             ///< answers the request for help
+    bool hasGetAllParameters = false; ///< delivers all its settings in one request
+    bool hasASCIIProtocol = false;    ///< speaks the ASCII command protocol
+    bool hidden = false;              ///< a variant that lists leave out unless asked for
+    SensorGroups group = NoGroup;     ///< the families that the model belongs to
+    QString name;                     ///< display name
+    QString shortName;                ///< short display name
+    QString image;                    ///< resource path of the picture
 };
 
-/// The features of all models, valid while the library is loaded. Any thread may read it.
+/// The features of all models by type, valid and unchanged while the library is loaded. Any thread may read it.
 SONDIXQT_EXPORT const QMap<SensorType, SensorFeatures> &getSensorFeatures();
 
 } // namespace SondixQt

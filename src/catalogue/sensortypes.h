@@ -10,8 +10,11 @@
 #include <QString>
 
 /// \file
-/// The sensor models, sensor families and connection interfaces that the library knows, and the
-/// lookups of their names and pictures.
+/// The sensor models, sensor families and connection interfaces that the library knows, and the lookups of
+/// their names and pictures.
+///
+/// Lookups never fail: what is not in the catalogue gives an empty text, NoSensor, NoGroup, 0 or a generic
+/// picture. Where a function says nothing else, any thread may call it at any time.
 
 namespace SondixQt {
 
@@ -136,41 +139,62 @@ enum SensorInterface : qint32 {
 Q_DECLARE_FLAGS(SensorInterfaces, SensorInterface)
 Q_DECLARE_OPERATORS_FOR_FLAGS(SensorInterfaces)
 
-/// The display name of \a type, or its short name; empty for a type that is not in the catalogue.
+/// The display name of \a type, or with \a shortName its short name. Empty for a type that is not in the
+/// catalogue, and for Unnamed, which is.
 SONDIXQT_EXPORT QString sensorName(SensorType type, bool shortName = false);
 
 /// The type that the free text \a name means, NoSensor when it names none.
+///
+/// A text that is exactly a short or a long name gives its type. Otherwise the text is searched, whatever its
+/// case, for names of at least three characters; the longest one decides. A letter "x" in a model's name may
+/// be missing from the text, and so may a dash: "RG525" means RG52x. Long names go before short ones.
+/// Meant for what sensors report and people type: "Profile sensor" contains "File" and therefore gives File.
 SONDIXQT_EXPORT SensorType getSensorTypeFromName(const QString &name);
 
-/// The families of \a type, a combination of flags; NoGroup for a type that is not in the catalogue.
+/// The families of \a type, often a combination of flags; NoGroup for a type that is not in the catalogue.
 SONDIXQT_EXPORT SensorGroup getSensorGroupFromSensorType(SensorType type);
 
-/// The picture of \a type; a generic one where it has none. GUI thread only.
+/// The picture of \a type; a generic one where it has none.
+///
+/// Needs a QGuiApplication and may be called on its thread only. Pictures are kept in QPixmapCache. With
+/// Qt::AA_UseHighDpiPixmaps set, a screen that scales gets a picture of twice the resolution, with the device
+/// pixel ratio 2.
 SONDIXQT_EXPORT QPixmap getSensorImage(SensorType type);
 
-/// The picture of the family \a group; a generic one for anything but a single group. GUI thread only.
+/// The picture of the family \a group; a generic one for a combination of families and for unknown values.
+/// What getSensorImage says of threads and resolution holds here, too.
 SONDIXQT_EXPORT QPixmap getSensorGroupImage(SensorGroup group);
 
-/// The display name of \a group, or its second name; empty for anything but a single group.
+/// The display name of \a group, or with \a shortName its second name, which is not always the shorter one.
+/// Empty for NoGroup, for a combination of families and for unknown values.
 SONDIXQT_EXPORT QString sensorGroupName(SensorGroup group, bool shortName = false);
 
-/// All groups in ascending signed order, AllGroups first.
+/// All 16 groups in ascending signed order: AllGroups, NoGroup, then the families.
 SONDIXQT_EXPORT QList<SensorGroup> sensorGroups();
 
-/// The types of the given families in display order; hidden variants only on request.
+/// The types that belong to at least one family of \a groups, in the order in which lists show them.
+/// Variants that lists leave out come only with \a includeHidden; types without family never do.
 SONDIXQT_EXPORT QList<SensorType> sensorsInGroup(SensorGroups groups, bool includeHidden = false);
 
-/// The display name of \a iface, or the name that the sensor-access library uses for it.
+/// The display name of \a iface, or with \a libraryName what the sensor-access library calls it in
+/// "IP_Interface". Empty for a combination of interfaces and for unknown values.
 SONDIXQT_EXPORT QString interfaceName(SensorInterface iface, bool libraryName = false);
 
-/// The number of \a iface in "IP_InterfaceIdx"; 0 for a value that is no single interface.
+/// The number of \a iface in "IP_InterfaceIdx", which is not its flag; 0 for NoInterface, for a combination
+/// of interfaces and for unknown values.
 SONDIXQT_EXPORT int interfaceIndex(SensorInterface iface);
 
-/// Sets the name that is written into sensor logs. Call it once, before sensors are opened: it is
-/// not locked.
+/// Sets the name that is written into sensor logs, none while it is empty.
+///
+/// Call it once, before sensors are opened: unlike everything else here it changes something, and nothing
+/// locks it.
 SONDIXQT_EXPORT void setUsedByApplicationName(const QString &name);
 
 } // namespace SondixQt
+
+Q_DECLARE_TYPEINFO(SondixQt::SensorType, Q_PRIMITIVE_TYPE);
+Q_DECLARE_TYPEINFO(SondixQt::SensorGroup, Q_PRIMITIVE_TYPE);
+Q_DECLARE_TYPEINFO(SondixQt::SensorInterface, Q_PRIMITIVE_TYPE);
 
 Q_DECLARE_METATYPE(SondixQt::SensorType)
 Q_DECLARE_METATYPE(SondixQt::SensorGroup)
