@@ -24,13 +24,13 @@ char16_t folded(QChar character)
     return character.toCaseFolded().unicode();
 }
 
-/// A set of characters with one bit for all that share their low six bits: a name whose set is not within
-/// the text's cannot be in the text.
-quint64 characterSet(std::u16string_view text)
+/// A set of pairs of neighbouring characters, many pairs to a bit: a name whose set is not within the text's
+/// cannot be in the text.
+quint64 pairsOf(std::u16string_view text)
 {
     quint64 set = 0;
-    for (const char16_t character : text)
-        set |= quint64{1} << (character & 63U);
+    for (std::size_t i = 1; i < text.size(); ++i)
+        set |= quint64{1} << ((text[i - 1] * 31U + text[i]) & 63U);
     return set;
 }
 
@@ -68,7 +68,7 @@ NameMatcher::Needles NameMatcher::prepared(const QVector<NameCandidate> &candida
         if (text.size() < shortestContainedName)
             continue;
         std::transform(text.cbegin(), text.cend(), text.begin(), [](QChar c) { return QChar(folded(c)); });
-        needles.append({characterSet(view(text)), text, candidate.type});
+        needles.append({pairsOf(view(text)), text, candidate.type});
     }
     std::sort(needles.begin(), needles.end(), [](const Needle &a, const Needle &b) {
         return a.folded.size() != b.folded.size() ? a.folded.size() > b.folded.size() : a.type < b.type;
@@ -78,9 +78,9 @@ NameMatcher::Needles NameMatcher::prepared(const QVector<NameCandidate> &candida
 
 const NameMatcher::Needle *NameMatcher::longestContained(const Needles &needles, std::u16string_view foldedText)
 {
-    const quint64 present = characterSet(foldedText);
+    const quint64 present = pairsOf(foldedText);
     for (const Needle &needle : needles) {
-        if ((needle.characters & ~present) == 0 && foldedText.find(view(needle.folded)) != foldedText.npos)
+        if ((needle.pairs & ~present) == 0 && foldedText.find(view(needle.folded)) != foldedText.npos)
             return &needle;
     }
     return nullptr;

@@ -5,7 +5,6 @@
 #include <QString>
 #include <QVector>
 
-#include <array>
 #include <string_view>
 
 namespace SondixQt {
@@ -40,7 +39,7 @@ public:
 private:
     struct Needle
     {
-        quint64 characters;
+        quint64 pairs;
         QString folded;
         SensorType type;
     };
