@@ -90,6 +90,21 @@ SensorType busTypeByName(QString name, SensorType otherwise)
     return hit == busNames.end() ? otherwise : hit->type;
 }
 
+/// The short names of the bus sensors that the XA300 converter carries, as they are without it.
+QStringList modelsCarriedByConverter()
+{
+    const QLatin1String suffix("_XA300ETH");
+    QStringList models;
+    for (const SensorType type : {CP740_XA300ETH, MV4xx_XA300ETH, MV410_XA300ETH, MV420_XA300ETH, MV430_XA300ETH,
+                                  GY310_XA300ETH, GY330_XA300ETH, DVxxx_XA300ETH}) {
+        QString model = sensorName(type, true);
+        if (model.endsWith(suffix))
+            model.chop(suffix.size());
+        models.append(model);
+    }
+    return models;
+}
+
 /// The value as an int, 0 if it cannot be one. QVariant itself wraps a number that is too large for an int.
 int integerValue(const QVariant &value)
 {
@@ -232,15 +247,9 @@ SensorType SensorInfo::getRealSensorTypeFromParams(const QString &name) const
 
 bool isKVBusSensorSupportedByXA300ETH(const QString &name)
 {
-    static const QList<SensorType> supported = {CP740_XA300ETH, MV4xx_XA300ETH, MV410_XA300ETH, MV420_XA300ETH,
-                                                MV430_XA300ETH, GY310_XA300ETH, GY330_XA300ETH, DVxxx_XA300ETH};
-    const QLatin1String suffix("_XA300ETH");
-    return std::any_of(supported.begin(), supported.end(), [&](SensorType type) {
-        QString model = sensorName(type, true);
-        if (model.endsWith(suffix))
-            model.chop(suffix.size());
-        return model.contains(name);
-    });
+    static const QStringList models = modelsCarriedByConverter();
+    return std::any_of(models.begin(), models.end(),
+                       [&name](const QString &model) { return model.contains(name); });
 }
 
 } // namespace SondixQt
