@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "instance/sondixapi_p.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+/// A handle of the C interface that releases itself, with the call sequences that every test needs.
+class Handle
+{
+public:
+    explicit Handle(std::int32_t sensorType)
+        : m_handle(CreateSensorInstance(sensorType))
+    {
+    }
+    ~Handle()
+    {
+        if (m_handle != 0)
+            ReleaseSensorInstance(m_handle);
+    }
+    Handle(const Handle &) = delete;
+    Handle &operator=(const Handle &) = delete;
+
+    operator std::uint32_t() const { return m_handle; }
+
+    void set(const char *name, std::int32_t value) { SetParameterInt(m_handle, name, value); }
+    void set(const char *name, double value) { SetParameterDouble(m_handle, name, value); }
+    void set(const char *name, const char *value) { SetParameterString(m_handle, name, value); }
+
+    std::int32_t open() { return OpenSensor(m_handle); }
+    std::int32_t openAt(const char *port)
+    {
+        set("IP_Interface", "RS232");
+        set("IP_Port", port);
+        return open();
+    }
+    std::int32_t command(const char *name)
+    {
+        set("S_Command", name);
+        return SensorCommand(m_handle);
+    }
+
+    std::int32_t getInt(const char *name, std::int32_t missing = -4711) const
+    {
+        std::int32_t value = 0;
+        return GetParameterInt(m_handle, name, &value) == 0 ? value : missing;
+    }
+    double getDouble(const char *name, double missing = -4711.0) const
+    {
+        double value = 0.0;
+        return GetParameterDouble(m_handle, name, &value) == 0 ? value : missing;
+    }
+    std::string getText(const char *name, const std::string &missing = "(missing)") const
+    {
+        std::uint32_t length = 0;
+        if (GetParameterString(m_handle, name, nullptr, &length) != 0)
+            return missing;
+        std::string text(length, '?');
+        if (GetParameterString(m_handle, name, &text[0], &length) != 0)
+            return missing;
+        return text.c_str();
+    }
+    std::string allParameters() const
+    {
+        std::uint32_t length = 0;
+        GetParameters(m_handle, nullptr, &length);
+        std::string text(length, '?');
+        return GetParameters(m_handle, &text[0], &length) == 0 ? std::string(text.c_str()) : std::string();
+    }
+    std::int32_t error(std::string *text = nullptr) const
+    {
+        char buffer[4096];
+        const std::int32_t code = GetError(m_handle, buffer, sizeof buffer);
+        if (text != nullptr)
+            *text = buffer;
+        return code;
+    }
+    std::int32_t available() const
+    {
+        std::int32_t count = 0;
+        return DataAvail(m_handle, &count) == 0 ? count : -4711;
+    }
+
+private:
+    std::uint32_t m_handle;
+};
+
+struct Block
+{
+    std::vector<std::int32_t> raw;
+    std::vector<double> scaled;
+    double timestamp = -1.0;
+};
+
+/// Takes up to \a most values.
+inline Block takeBlock(std::uint32_t handle, std::int32_t most)
+{
+    Block block;
+    block.raw.resize(static_cast<std::size_t>(most));
+    block.scaled.resize(block.raw.size());
+    std::int32_t read = 0;
+    if (TransferDataTS(handle, block.raw.data(), block.scaled.data(), most, &read, &block.timestamp) != 0)
+        read = 0;
+    block.raw.resize(static_cast<std::size_t>(read));
+    block.scaled.resize(block.raw.size());
+    return block;
+}

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+#include "handle.h"
+#include "SondixSimulator/control.h"
+
+#include <cstdio>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+// The bench that the environment names is read once in a process, so each case runs in a child of its own.
+
+/// What the child tells: whether instances can be created, why not, and whose sensor is found first.
+static int child()
+{
+    std::printf("start\n");
+    std::fflush(stdout);
+    for (int i = 0; i < 2; ++i) {
+        Handle handle(41);
+        char text[1024] = "";
+        if (handle == 0) {
+            const std::int32_t code = GetError(0, text, sizeof text);
+            std::printf("%d %s\n", code < 0 ? -1 : code, text);
+        } else {
+            handle.open();
+            handle.command("Get_Info");
+            std::printf("opened %s\n", handle.getText("SA_SerialNumber").c_str());
+        }
+    }
+    return 0;
+}
+
+class TestBenchVariable : public QObject
+{
+    Q_OBJECT
+
+private:
+    struct Told
+    {
+        QByteArrayList output;
+        QByteArrayList error;
+    };
+    static Told run(const QString &bench)
+    {
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("SONDIX_BENCH"), bench);
+        process.setProcessEnvironment(environment);
+        process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("child")});
+        process.waitForFinished();
+        return {process.readAllStandardOutput().trimmed().split('\n'),
+                process.readAllStandardError().trimmed().split('\n')};
+    }
+
+private Q_SLOTS:
+    void withoutItTheBuiltInBenchComesUp()
+    {
+        const Told told = run(QString());
+        QCOMPARE(told.output, (QByteArrayList{"start", "opened 1018001", "opened 1018001"}));
+        QCOMPARE(told.error, QByteArrayList{QByteArray()});
+    }
+
+    void namedBenchIsUsed()
+    {
+        QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("bench.json")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(R"({ "sensors": [ { "model": "TX270", "serialNumber": "mine",
+                        "place": { "interface": "WinUSB" } } ] })");
+        file.close();
+        QCOMPARE(run(file.fileName()).output, (QByteArrayList{"start", "opened mine", "opened mine"}));
+    }
+
+    void brokenBenchIsNamedInOneLineAndByGetError()
+    {
+        QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("bench.json")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("{\n \"sensors\": [],\n \"sede\": 1 }");
+        file.close();
+        const Told told = run(file.fileName());
+        const QByteArray place = file.fileName().toUtf8() + ":3: ";
+        QCOMPARE(told.error.size(), 1);
+        QVERIFY(told.error[0].contains(place) && told.error[0].contains("sede"));
+        QCOMPARE(told.output.size(), 3);
+        QVERIFY2(told.output[1].startsWith("-1 ") && told.output[1].contains(place), told.output[1].constData());
+        QCOMPARE(told.output[2], told.output[1]);
+    }
+
+    void absentBenchIsNamedAsWell()
+    {
+        const Told told = run(QStringLiteral("/absent/bench.json"));
+        QCOMPARE(told.error.size(), 1);
+        QVERIFY(told.error[0].contains("/absent/bench.json"));
+        QVERIFY(told.output[1].startsWith("-1 ") && told.output[1].contains("/absent/bench.json"));
+    }
+};
+
+int main(int argc, char **argv)
+{
+    if (argc > 1 && QByteArray(argv[1]) == "child")
+        return child();
+    QCoreApplication application(argc, argv);
+    TestBenchVariable test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_benchvariable.moc"

@@ -1,0 +1,300 @@
+// SPDX-License-Identifier: MIT
+#include "handle.h"
+#include "SondixSimulator/control.h"
+
+#include <QTest>
+
+static const char *const bench = R"({
+    "sensors": [
+        { "model": "TX270", "serialNumber": "first", "place": { "interface": "RS232", "port": "COM1" } },
+        { "model": "TX270", "serialNumber": "second",
+          "place": { "interface": "RS232", "port": "COM2", "baudrate": 9600 } },
+        { "model": "RG53x", "serialNumber": "distance", "place": { "interface": "RS232", "port": "COM3" } },
+        { "model": "HV210", "serialNumber": "colour",
+          "place": { "interface": "TCP/IP", "ip": [ "169.254.3.4/16", "192.168.0.20" ] } },
+        { "model": "MV420", "serialNumber": "bus 1",
+          "place": { "interface": "RS232", "port": "COM8", "busAddress": 1 } },
+        { "model": "CP740", "serialNumber": "bus 2",
+          "place": { "interface": "RS232", "port": "COM8", "busAddress": 2 } },
+        { "model": "MultiSensor", "serialNumber": "both", "place": { "interface": "RS232", "port": "COM8" },
+          "members": [ "bus 1", "bus 2" ] },
+        { "model": "TX290", "serialNumber": "dead", "answering": false,
+          "place": { "interface": "TCP/IP", "ip": "192.168.0.3" } }
+    ]
+})";
+
+class TestCapiLifecycle : public QObject
+{
+    Q_OBJECT
+
+private:
+    static std::string openedSerialNumber(Handle &handle)
+    {
+        return handle.command("Get_Info") == 0 ? handle.getText("SA_SerialNumber") : std::string("(closed)");
+    }
+
+private Q_SLOTS:
+    void init() { sondixsim::loadBench(bench); }
+
+    void everyBaseTypeCanBeCreated_data()
+    {
+        QTest::addColumn<int>("type");
+        for (const int type : {1,  2,  5,  8,  9,  10, 12, 13, 15, 16, 18, 19, 20, 21, 22, 23, 24, 25, 26,
+                               28, 29, 30, 31, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41, 42, 43, 44, 45, 46,
+                               47, 48, 49, 50, 51, 52, 53, 54, 55, 56, 57, 58, 59, 60, 61, 62, 63})
+            QTest::newRow(QByteArray::number(type).constData()) << type;
+    }
+    void everyBaseTypeCanBeCreated()
+    {
+        QFETCH(int, type);
+        const Handle handle(type);
+        QVERIFY(handle != 0);
+    }
+
+    void unknownTypesCannotBeCreated_data()
+    {
+        QTest::addColumn<int>("type");
+        for (const int type : {0, -1, 3, 4, 6, 7, 11, 14, 17, 27, 64, 999, 10043, 99999})
+            QTest::newRow(QByteArray::number(type).constData()) << type;
+    }
+    void unknownTypesCannotBeCreated()
+    {
+        QFETCH(int, type);
+        QCOMPARE(CreateSensorInstance(type), 0u);
+        char text[256] = "";
+        QVERIFY(GetError(0, text, sizeof text) < 0);
+        QVERIFY(QByteArray(text).contains(QByteArray::number(type)));
+    }
+
+    void releasedHandleIsUnknownAlsoWhenItsPlaceIsUsedAgain()
+    {
+        const std::uint32_t released = CreateSensorInstance(41);
+        QCOMPARE(ReleaseSensorInstance(released), 0);
+        const Handle next(41);
+        QVERIFY(next != released);
+        QVERIFY(ReleaseSensorInstance(released) < 0);
+        QVERIFY(SetParameterInt(released, "SP_X", 1) < 0);
+        QCOMPARE(next.error(), 0);
+    }
+
+    void newInstanceRemembersNothingOfTheOneBefore()
+    {
+        std::uint32_t before = 0;
+        {
+            Handle handle(41);
+            before = handle;
+            handle.openAt("COM1");
+            handle.set("SP_Left", 1);
+            handle.command("Get_Info");
+        }
+        Handle handle(41);
+        QVERIFY(handle != before);
+        QCOMPARE(handle.error(), 0);
+        QCOMPARE(handle.allParameters(), std::string());
+        QVERIFY(SensorCommand(handle) < 0);
+        QCOMPARE(handle.command("Get_OpenState"), 0);
+        QCOMPARE(handle.getInt("IA_SensorOpen"), 0);
+    }
+
+    void openStateFollowsOpenAndClose()
+    {
+        Handle handle(41);
+        QCOMPARE(handle.command("Get_OpenState"), 0);
+        QCOMPARE(handle.getInt("IA_SensorOpen"), 0);
+        QCOMPARE(handle.openAt("COM1"), 0);
+        handle.command("Get_OpenState");
+        QCOMPARE(handle.getInt("IA_SensorOpen"), 1);
+        QCOMPARE(CloseSensor(handle), 0);
+        handle.command("Get_OpenState");
+        QCOMPARE(handle.getInt("IA_SensorOpen"), 0);
+        QVERIFY(CloseSensor(handle) < 0);
+    }
+
+    void openTakesTheSensorAtThePlace()
+    {
+        Handle handle(41);
+        handle.set("IP_Baudrate", 9600);
+        QCOMPARE(handle.openAt("COM2"), 0);
+        QCOMPARE(openedSerialNumber(handle), std::string("second"));
+    }
+
+    void openWithoutParametersTakesTheFirstOfTheType()
+    {
+        Handle handle(41);
+        QCOMPARE(handle.open(), 0);
+        QCOMPARE(openedSerialNumber(handle), std::string("first"));
+    }
+
+    void openFailsWhereNoSuchSensorIs_data()
+    {
+        QTest::addColumn<QByteArray>("port");
+        QTest::addColumn<int>("baudrate");
+        QTest::addColumn<QByteArray>("word");
+        QTest::newRow("empty place") << QByteArray("COM7") << 115200 << QByteArray("TX270");
+        QTest::newRow("another baud rate") << QByteArray("COM2") << 115200 << QByteArray("TX270");
+        QTest::newRow("another type") << QByteArray("COM3") << 115200 << QByteArray("RG53x");
+    }
+    void openFailsWhereNoSuchSensorIs()
+    {
+        QFETCH(QByteArray, port);
+        QFETCH(int, baudrate);
+        QFETCH(QByteArray, word);
+        Handle handle(41);
+        handle.set("IP_Baudrate", baudrate);
+        QVERIFY(handle.openAt(port.constData()) < 0);
+        std::string text;
+        QVERIFY(handle.error(&text) < 0);
+        QVERIFY2(QByteArray(text.c_str()).contains(word), text.c_str());
+        handle.command("Get_OpenState");
+        QCOMPARE(handle.getInt("IA_SensorOpen"), 0);
+    }
+
+    void anyOfSeveralAddressesOpens_data()
+    {
+        QTest::addColumn<QByteArray>("address");
+        QTest::newRow("first") << QByteArray("169.254.3.4");
+        QTest::newRow("second") << QByteArray("192.168.0.20");
+    }
+    void anyOfSeveralAddressesOpens()
+    {
+        QFETCH(QByteArray, address);
+        Handle handle(53);
+        handle.set("IP_RemoteAddr", address.constData());
+        QCOMPARE(handle.open(), 0);
+        QCOMPARE(openedSerialNumber(handle), std::string("colour"));
+    }
+
+    void busSensorIsOpenedByItsAddress()
+    {
+        Handle handle(43);
+        handle.set("IP_SensorAddress", 1);
+        QCOMPARE(handle.openAt("COM8"), 0);
+        QCOMPARE(openedSerialNumber(handle), std::string("bus 1"));
+    }
+
+    void sensorThatDoesNotAnswerCannotBeOpened()
+    {
+        Handle handle(51);
+        QVERIFY(handle.open() < 0);
+        sondixsim::plug("dead");
+        QCOMPARE(handle.open(), 0);
+    }
+
+    void openSensorIsInUse()
+    {
+        Handle first(41);
+        QCOMPARE(first.openAt("COM1"), 0);
+        Handle second(41);
+        QVERIFY(second.openAt("COM1") < 0);
+        QCOMPARE(first.openAt("COM1"), 0); // the one that has it may open it again
+        CloseSensor(first);
+        QCOMPARE(second.openAt("COM1"), 0);
+    }
+
+    void releaseClosesTheSensor()
+    {
+        {
+            Handle handle(41);
+            QCOMPARE(handle.openAt("COM1"), 0);
+        }
+        Handle handle(41);
+        QCOMPARE(handle.openAt("COM1"), 0);
+    }
+
+    void closedSensorAnswersWhatNeedsNoConnection_data()
+    {
+        QTest::addColumn<QByteArray>("command");
+        QTest::addColumn<bool>("succeeds");
+        for (const char *name :
+             {"Get_OpenState", "Start_FindSensor", "Abort_FindSensor", "Get_SensorErrorValueText"})
+            QTest::newRow(name) << QByteArray(name) << true;
+        for (const char *name : {"Get_Info", "Get_TransmittedDataInfo", "Get_Samplerate", "Clear_Buffers", ""})
+            QTest::newRow(name) << QByteArray(name) << false;
+    }
+    void closedSensorAnswersWhatNeedsNoConnection()
+    {
+        QFETCH(QByteArray, command);
+        QFETCH(bool, succeeds);
+        Handle handle(41);
+        QCOMPARE(handle.command(command.constData()) == 0, succeeds);
+    }
+
+    void closedSensorGivesNoData()
+    {
+        Handle handle(41);
+        std::int32_t count = 0;
+        double value = 0.0;
+        double timestamp = 0.0;
+        QVERIFY(DataAvail(handle, &count) < 0);
+        QVERIFY(TransferData(handle, nullptr, &value, 1, &count) < 0);
+        QVERIFY(TransferDataTS(handle, nullptr, &value, 1, &count, &timestamp) < 0);
+    }
+
+    void openTellsTheSensorInformation()
+    {
+        Handle handle(41);
+        handle.openAt("COM1");
+        const std::string information = handle.getText("SA_SensorInformation");
+        QVERIFY(information.find("SA_SerialNumber=\"first\"") != std::string::npos);
+        QVERIFY(information.find("simulator") != std::string::npos);
+        QVERIFY(information.find("\r\nS_Command=\"Set_Samplerate\" SP_Measrate=2.0") != std::string::npos);
+    }
+
+    void multiSensorTellsAboutEachMember()
+    {
+        Handle handle(57);
+        handle.set("IP_SensorCount", 2);
+        QCOMPARE(handle.open(), 0);
+        QVERIFY(handle.getText("SA_SensorInformation#S1").find("\"bus 1\"") != std::string::npos);
+        QVERIFY(handle.getText("SA_SensorInformation#S2").find("\"bus 2\"") != std::string::npos);
+        QCOMPARE(handle.getText("SA_SensorInformation#S3"), std::string("(missing)"));
+        QCOMPARE(handle.command("Get_DrvSetting"), 0);
+        QCOMPARE(handle.getInt("IA_SensorCount"), 2);
+        QCOMPARE(handle.getInt("IA_SensorType#1"), 43);
+        QCOMPARE(handle.getInt("IA_SensorType#2"), 40);
+    }
+
+    void membersAreInUseWithTheirMultiSensor()
+    {
+        Handle multi(57);
+        QCOMPARE(multi.open(), 0);
+        Handle member(40);
+        QVERIFY(member.open() < 0);
+        CloseSensor(multi);
+        QCOMPARE(member.open(), 0);
+        QVERIFY(multi.open() < 0);
+        Handle other(43); // claimed for a moment by the refused open
+        QCOMPARE(other.open(), 0);
+    }
+
+    void loadingABenchClosesSensorsAndKeepsHandles()
+    {
+        Handle handle(41);
+        handle.openAt("COM1");
+        sondixsim::loadBench(bench);
+        QCOMPARE(handle.command("Get_OpenState"), 0);
+        QCOMPARE(handle.getInt("IA_SensorOpen"), 0);
+        QCOMPARE(handle.openAt("COM1"), 0);
+    }
+
+    void handlesRunOutAndComeBack()
+    {
+        std::vector<std::uint32_t> handles;
+        while (handles.size() < 10000) {
+            const std::uint32_t handle = CreateSensorInstance(41);
+            if (handle == 0)
+                break;
+            handles.push_back(handle);
+        }
+        QVERIFY(handles.size() >= 1000 && handles.size() < 10000);
+        char text[256] = "";
+        QVERIFY(GetError(0, text, sizeof text) < 0);
+        for (const std::uint32_t handle : handles)
+            QCOMPARE(ReleaseSensorInstance(handle), 0);
+        const Handle again(41);
+        QVERIFY(again != 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCapiLifecycle)
+#include "tst_capilifecycle.moc"
