@@ -105,7 +105,9 @@ bool Search::isWanted(const Sensor &sensor, const Request &request) const
     const bool isFamily = spec.baseType() == wantedBase;
     const bool isBusNeighbour =
         wantedBase == 43 && spec.bus && spec.place.interface->hardware == ScanHardware::Rs232;
-    const bool isSimilar = request.similar && spec.bus == request.onBus;
+    constexpr std::int32_t converter = 34;
+    const bool isSimilar = request.similar && spec.bus == request.onBus &&
+                           (spec.baseType() == converter) == (wantedBase == converter);
     if (!isFamily && !isBusNeighbour && !isSimilar)
         return false;
 
