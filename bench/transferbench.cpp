@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#include "cheapsensor.h"
+#include "instance/sondixapi_p.h"
+#include "paired.h"
+#include "report.h"
+
+#include <SondixQt/SensorInstance>
+
+using namespace SondixQt;
+
+namespace {
+
+/// An instance and the memory that both sides of a comparison write into: where that lies matters more
+/// than the calls do.
+struct Transfer
+{
+    explicit Transfer(const benchmark::State &state)
+        : size(static_cast<int>(state.range(0)))
+        , instance(SensorType::TX290)
+        , handle(instance.handle())
+        , scaled(size)
+        , raw(size)
+    {
+        cheapsensor::setBlock(size);
+    }
+
+    const int size;
+    SensorInstance instance;
+    const quint32 handle;
+    QVector<double> scaled;
+    QVector<int> raw;
+    double timestamp = 0.0;
+};
+
+void scaledVector(benchmark::State &state)
+{
+    Transfer t(state);
+    const auto direct = [&] {
+        int count = 0;
+        DataAvail(t.handle, &count);
+        return TransferData(t.handle, nullptr, t.scaled.data(), count, &count);
+    };
+    runPaired(state, direct, [&] { return t.instance.transferData(t.scaled); });
+}
+
+void buffers(benchmark::State &state)
+{
+    Transfer t(state);
+    int count = 0;
+    const auto direct = [&] {
+        return TransferDataTS(t.handle, t.raw.data(), t.scaled.data(), t.size, &count, &t.timestamp);
+    };
+    const auto library = [&] {
+        count = t.size;
+        return t.instance.transferData(t.scaled.data(), t.raw.data(), &t.timestamp, count);
+    };
+    runPaired(state, direct, library);
+}
+
+void rawWithTimestamp(benchmark::State &state)
+{
+    Transfer t(state);
+    const auto direct = [&] {
+        int count = 0;
+        DataAvail(t.handle, &count);
+        return TransferDataTS(t.handle, t.raw.data(), nullptr, count, &count, &t.timestamp);
+    };
+    runPaired(state, direct, [&] { return t.instance.transferDataRaw(t.raw, t.timestamp); });
+}
+
+void scaledWithTimestamp(benchmark::State &state)
+{
+    Transfer t(state);
+    const auto direct = [&] {
+        int count = 0;
+        DataAvail(t.handle, &count);
+        return TransferDataTS(t.handle, nullptr, t.scaled.data(), count, &count, &t.timestamp);
+    };
+    runPaired(state, direct, [&] { return t.instance.transferDataScaled(t.scaled, t.timestamp); });
+}
+
+void compare(const std::string &form, void (*body)(benchmark::State &))
+{
+    constexpr int largeBlock = 10000;
+    for (const int size : {1, 10, 100, 1000, 10000, 100000}) {
+        benchmark::RegisterBenchmark(form.c_str(), body)->Arg(size);
+        const std::string name = form + "/" + std::to_string(size);
+        report::claim(name + " values: allocations", "", 0.0, report::largest(name, "allocations"));
+        if (size < largeBlock)
+            report::claim(name + " values: above direct calls", "ns", 200.0, report::counter(name, "above"));
+        else
+            report::claim(name + " values: times direct calls", "x", 1.02, report::counter(name, "ratio"));
+    }
+}
+
+const bool registered = [] {
+    compare("transferData, vector", scaledVector);
+    compare("transferData, buffers", buffers);
+    compare("transferDataRaw", rawWithTimestamp);
+    compare("transferDataScaled", scaledWithTimestamp);
+    return true;
+}();
+
+} // namespace
