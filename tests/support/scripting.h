@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <SondixSimulator/control.h>
+
+#include <QByteArray>
+
+#include <string>
+
+/// \file
+/// Scripted answers and failures of the simulated sensors.
+
+constexpr char scriptedFailure[] = "told to fail";
+
+/// From now on \a command is answered with the "key=value" pairs \a answer.
+inline int scriptAnswer(const std::string &command, const QByteArray &answer)
+{
+    sondixsim::Fault fault;
+    fault.command = command;
+    fault.answer = answer.toStdString();
+    return sondixsim::inject(fault);
+}
+
+/// From now on \a command fails with \a code.
+inline int scriptCommandFailure(const std::string &command, int code)
+{
+    sondixsim::Fault fault;
+    fault.command = command;
+    fault.code = code;
+    fault.text = scriptedFailure;
+    return sondixsim::inject(fault);
+}
+
+/// From now on the C function \a function fails with \a code.
+inline int scriptFailure(const std::string &function, int code)
+{
+    sondixsim::Fault fault;
+    fault.function = function;
+    fault.code = code;
+    fault.text = scriptedFailure;
+    return sondixsim::inject(fault);
+}
+
+/// From now on the C function \a function reports the count \a count.
+inline int scriptCount(const std::string &function, int count)
+{
+    sondixsim::Fault fault;
+    fault.function = function;
+    fault.count = count;
+    return sondixsim::inject(fault);
+}
