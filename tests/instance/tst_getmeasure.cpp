@@ -166,6 +166,7 @@ void TestGetMeasure::membersOfAMultiSensorAreCounted()
     OpenSensorInstance sensor(SensorType::MultiSensor);
     QCOMPARE(sensor->isGetMeasureNeeded(), !members.isEmpty());
 
+    scriptAnswer("Get_Measure", "");
     scriptCount("DataAvail", 0);
     CallRecorder recorder;
     Transferred transferred;
