@@ -3,7 +3,6 @@
 
 #include "model/models.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -120,7 +119,6 @@ void Simulator::loadFirst()
     try {
         use(path != nullptr && *path != '\0' ? readFile(path) : readBuiltIn());
     } catch (const BenchError &error) {
-        std::fprintf(stderr, "Sondix bench simulator: %s\n", error.what());
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_loaded = true;
         m_loadFailure =
