@@ -21,7 +21,7 @@ QString row(const QString &iface, const QString &place, const QString &type, con
 {
     return QStringLiteral("%1 %2 %3 %4 %5")
         .arg(iface, -10)
-        .arg(place, -26)
+        .arg(place, -24)
         .arg(type, -14)
         .arg(serialNumber, -12)
         .arg(address);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "command.h"
 
+#include "shared/catalognames.h"
+
 #include <SondixQt/sensortypes.h>
 
 #include <CLI/CLI.hpp>
@@ -45,6 +47,32 @@ std::vector<Subcommand> addSubcommands(CLI::App &app)
     return subcommands;
 }
 
+// What is wrong with a command line that names no subcommand.
+QString missingCommand(const CLI::App &app)
+{
+    QStringList names;
+    for (const CLI::App *subcommand : app.get_subcommands(nullptr))
+        names += QString::fromStdString(subcommand->get_name());
+    const std::vector<std::string> extras = app.remaining();
+    if (extras.empty())
+        return QStringLiteral("no command is given; the commands are %1").arg(names.join(QStringLiteral(", ")));
+    const QString given = QString::fromStdString(extras.front());
+    const QStringList near = SondixApp::nearNames(given, names);
+    const QString hint = near.isEmpty()
+                             ? QStringLiteral("the commands are %1").arg(names.join(QStringLiteral(", ")))
+                             : QStringLiteral("did you mean %1?").arg(near.join(QStringLiteral(" or ")));
+    return QStringLiteral("there is no %1 '%2'; %3")
+        .arg(given.startsWith(QLatin1Char('-')) ? QStringLiteral("option") : QStringLiteral("command"), given,
+             hint);
+}
+
+ExitCode refuse(Console &console, const QString &problem)
+{
+    console.error(problem);
+    console.note(QStringLiteral("'sondixqt --help' and 'sondixqt <command> --help' tell how it is used"));
+    return ExitCode::Usage;
+}
+
 ExitCode run(Console &console, const std::vector<Subcommand> &subcommands)
 {
     InterruptWatcher interrupt;
@@ -79,7 +107,8 @@ int main(int argc, char *argv[])
     app.add_option("--bench", bench, "Bench file for the simulator, instead of SONDIX_BENCH");
     app.add_flag("-v,--verbose", verbose, "Also show what the library logs");
     app.set_version_flag("--version", "sondixqt " SONDIXQT_VERSION);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
+    app.allow_extras(); // to name the command that there is not
     app.footer("Data go to stdout, everything else to stderr.\n"
                "Exit codes: 0 done, 1 failed, 2 usage, 3 nothing found, 4 cannot open, 5 timed out,\n"
                "6 the sensor refused, 7 data lost, 130 interrupted (files that were begun are whole).");
@@ -95,10 +124,10 @@ int main(int argc, char *argv[])
     } catch (const CLI::ParseError &error) {
         if (error.get_exit_code() == 0)
             return app.exit(error);
-        console.error(QString::fromStdString(error.what()));
-        console.note(QStringLiteral("'sondixqt --help' and 'sondixqt <command> --help' tell how it is used"));
-        return static_cast<int>(ExitCode::Usage);
+        return static_cast<int>(refuse(console, QString::fromStdString(error.what())));
     }
+    if (app.get_subcommands().empty() || app.remaining_size() > 0)
+        return static_cast<int>(refuse(console, missingCommand(app)));
     if (!bench.empty())
         qputenv("SONDIX_BENCH", QString::fromStdString(bench).toLocal8Bit());
     return static_cast<int>(run(console, subcommands));

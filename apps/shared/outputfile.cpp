@@ -3,6 +3,8 @@
 
 #include <QFileInfo>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 namespace SondixApp {
@@ -32,6 +34,7 @@ OutputFile::~OutputFile() = default;
 
 bool OutputFile::open()
 {
+    errno = 0;
     const QFileInfo info(m_path);
     if (info.isDir()) {
         m_error = QStringLiteral("it is a directory");
@@ -51,6 +54,7 @@ bool OutputFile::open()
 
 bool OutputFile::write(const QByteArray &data)
 {
+    errno = 0;
     if (m_direct)
         return m_direct->write(data) == data.size() || fail(*m_direct);
     return m_save->write(data) == data.size() || fail(*m_save);
@@ -58,6 +62,7 @@ bool OutputFile::write(const QByteArray &data)
 
 bool OutputFile::commit()
 {
+    errno = 0;
     if (m_direct) {
         m_direct->close();
         return m_direct->error() == QFileDevice::NoError || fail(*m_direct);
@@ -75,6 +80,7 @@ bool OutputFile::commit()
 
 bool OutputFile::keepPartial()
 {
+    errno = 0;
     if (m_direct)
         return commit();
     return m_save->commit() || fail(*m_save);
@@ -82,7 +88,8 @@ bool OutputFile::keepPartial()
 
 bool OutputFile::fail(const QFileDevice &file)
 {
-    m_error = file.errorString();
+    // The device does not know why when it could write a part of a block.
+    m_error = errno != 0 ? QString::fromLocal8Bit(std::strerror(errno)) : file.errorString();
     return false;
 }
 

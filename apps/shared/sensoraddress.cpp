@@ -191,23 +191,25 @@ SensorInterface interfaceOf(const QMap<QString, QVariant> &parameters)
 
 QString placeOf(const QMap<QString, QVariant> &parameters)
 {
-    struct Word
-    {
-        QString parameter;
-        QString word;
+    const auto has = [&parameters](const char *parameter) {
+        return parameters.contains(QLatin1String(parameter));
     };
-    static const QVector<Word> words{
-        {QStringLiteral("IP_Port"), QString()},
-        {QStringLiteral("IP_RemoteAddr"), QString()},
-        {QStringLiteral("IP_CardInstance"), QStringLiteral("card ")},
-        {QStringLiteral("IP_DeviceInstance"), QStringLiteral("device ")},
-        {QStringLiteral("IP_ChannelNumber"), QStringLiteral("channel ")},
-        {QStringLiteral("IP_SensorAddress"), QStringLiteral("bus address ")},
+    const auto text = [&parameters](const char *parameter) {
+        return parameters.value(QLatin1String(parameter)).toString();
     };
     QStringList place;
-    for (const Word &word : words)
-        if (parameters.contains(word.parameter))
-            place += word.word + parameters.value(word.parameter).toString();
+    if (has("IP_Port"))
+        place += text("IP_Port");
+    else if (has("IP_RemoteAddr"))
+        place += text("IP_RemoteAddr");
+    else if (has("IP_CardInstance"))
+        place += QStringLiteral("card ") + text("IP_CardInstance");
+    else if (has("IP_DeviceInstance"))
+        place += QStringLiteral("device ") + text("IP_DeviceInstance");
+    if (has("IP_ChannelNumber"))
+        place += QStringLiteral("channel ") + text("IP_ChannelNumber");
+    if (parameters.value(QStringLiteral("IP_SensorAddress")).toInt() != 0)
+        place += QStringLiteral("bus address ") + text("IP_SensorAddress");
     return place.join(QStringLiteral(", "));
 }
 

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
+
+/// A terminal for a program that behaves differently on one.
+class Terminal
+{
+public:
+    Terminal()
+        : m_master(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC))
+    {
+        if (m_master < 0 || ::grantpt(m_master) != 0 || ::unlockpt(m_master) != 0)
+            qFatal("there is no terminal to be had");
+        m_name = ::ptsname(m_master);
+        // Held open, so that what was written stays readable after the program has ended.
+        m_slave = ::open(m_name.constData(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    }
+    ~Terminal()
+    {
+        ::close(m_slave);
+        ::close(m_master);
+    }
+    Terminal(const Terminal &) = delete;
+    Terminal &operator=(const Terminal &) = delete;
+
+    int descriptor() const { return m_slave; }
+
+    /// All that was written to it so far.
+    QByteArray text()
+    {
+        char buffer[4096];
+        for (ssize_t n = 0; (n = ::read(m_master, buffer, sizeof buffer)) > 0;)
+            m_text.append(buffer, static_cast<int>(n));
+        return m_text;
+    }
+
+private:
+    int m_master;
+    int m_slave = -1;
+    QByteArray m_name;
+    QByteArray m_text;
+};
+
+/// A process whose stderr, and on demand stdout, is a terminal.
+class ProcessOnTerminal : public QProcess
+{
+public:
+    ProcessOnTerminal(const Terminal &terminal, bool withStdout)
+        : m_descriptor(terminal.descriptor())
+        , m_withStdout(withStdout)
+    {
+    }
+
+protected:
+    void setupChildProcess() override
+    {
+        ::dup2(m_descriptor, STDERR_FILENO);
+        if (m_withStdout)
+            ::dup2(m_descriptor, STDOUT_FILENO);
+    }
+
+private:
+    int m_descriptor;
+    bool m_withStdout;
+};

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QList>
+#include <QProcess>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QtTest>
+
+/// How a run of the tool ended.
+struct ToolResult
+{
+    int code = -1; ///< exit code; -1 when it crashed or did not end
+    QByteArray out;
+    QByteArray err;
+};
+
+/// Runs the tool on a bench of its own in a folder of its own.
+class ToolRunner
+{
+public:
+    explicit ToolRunner(const QByteArray &bench = QByteArray())
+        : m_environment(QProcessEnvironment::systemEnvironment())
+    {
+        m_environment.remove(QStringLiteral("NO_COLOR"));
+        m_environment.remove(QStringLiteral("SONDIX_BENCH"));
+        if (!bench.isEmpty())
+            setEnvironment("SONDIX_BENCH", writeFile(QStringLiteral("bench.json"), bench));
+    }
+
+    void setEnvironment(const char *name, const QString &value)
+    {
+        m_environment.insert(QString::fromLatin1(name), value);
+    }
+
+    QProcessEnvironment environment() const { return m_environment; }
+    QString path(const QString &name) const { return m_dir.filePath(name); }
+    QStringList files() const { return QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
+
+    QString writeFile(const QString &name, const QByteArray &content) const
+    {
+        QFile file(path(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+            qFatal("cannot write %s", qPrintable(file.fileName()));
+        return file.fileName();
+    }
+
+    QByteArray contentOf(const QString &name) const
+    {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    void start(QProcess &process, const QStringList &arguments) const
+    {
+        process.setProcessEnvironment(m_environment);
+        process.setWorkingDirectory(m_dir.path());
+        process.start(QStringLiteral(SONDIXQT_TOOL), arguments);
+        if (!process.waitForStarted())
+            qFatal("cannot start %s", SONDIXQT_TOOL);
+    }
+
+    static ToolResult finish(QProcess &process)
+    {
+        constexpr int longest = 60000;
+        ToolResult result;
+        if (process.waitForFinished(longest) && process.exitStatus() == QProcess::NormalExit)
+            result.code = process.exitCode();
+        result.out = process.readAllStandardOutput();
+        result.err = process.readAllStandardError();
+        return result;
+    }
+
+    ToolResult run(const QStringList &arguments) const
+    {
+        QProcess process;
+        start(process, arguments);
+        return finish(process);
+    }
+
+private:
+    QTemporaryDir m_dir;
+    QProcessEnvironment m_environment;
+};
+
+/// The arguments of a command line without quotes.
+inline QStringList words(const char *line)
+{
+    return QString::fromUtf8(line).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+/// The lines of \a text, which must end with a whole one.
+inline QList<QByteArray> linesOf(const QByteArray &text)
+{
+    QList<QByteArray> lines = text.split('\n');
+    if (lines.takeLast() != QByteArray())
+        qWarning("the last line is not whole");
+    return lines;
+}
+
+/// The object on each line; empty when one of them is none.
+inline QList<QJsonObject> jsonLines(const QByteArray &text)
+{
+    QList<QJsonObject> objects;
+    for (const QByteArray &line : linesOf(text)) {
+        const QJsonDocument document = QJsonDocument::fromJson(line);
+        if (!document.isObject())
+            return {};
+        objects += document.object();
+    }
+    return objects;
+}

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+#include "benches.h"
+#include "toolrunner.h"
+
+namespace {
+
+const QByteArray twoLasersAndAController =
+    Benches::of(Benches::laser(100) + "," + Benches::usbLaser + "," + Benches::controller);
+
+QStringList serialNumbers(const ToolResult &result)
+{
+    QStringList numbers;
+    for (const QJsonObject &sensor : jsonLines(result.out))
+        numbers += sensor.value(QStringLiteral("serialNumber")).toString();
+    numbers.sort();
+    return numbers;
+}
+
+} // namespace
+
+class TestToolFind : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void printsEachSensorWithItsAddress();
+    void findsWhatIsAskedFor_data();
+    void findsWhatIsAskedFor();
+    void tellsEverythingAsJson();
+    void endsWithCode3WhenThereIsNothing();
+    void announcesASensorBeforeTheSearchEnds();
+    void givesUpInTime();
+    void printsAddressesThatOpenTheSensor();
+};
+
+void TestToolFind::printsEachSensorWithItsAddress()
+{
+    const ToolResult result =
+        ToolRunner(twoLasersAndAController).run(words("find --type TX270 --interface RS232"));
+    QCOMPARE(result.code, 0);
+    const QList<QByteArray> lines = linesOf(result.out);
+    QCOMPARE(lines.size(), 1);
+    QVERIFY2(lines.first().startsWith("RS232 "), lines.first().constData());
+    QVERIFY2(lines.first().contains(" COM3"), lines.first().constData());
+    QVERIFY2(lines.first().contains(" TX270 "), lines.first().constData());
+    QVERIFY2(lines.first().contains(" 1001 "), lines.first().constData());
+    QVERIFY2(lines.first().contains(" TX270@RS232,port=COM3,baudrate=115200"), lines.first().constData());
+    QCOMPARE(result.err, QByteArray("1 sensor found\n"));
+}
+
+void TestToolFind::findsWhatIsAskedFor_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("expected");
+    const auto row = [](const char *line, const char *expected) {
+        QTest::newRow(line) << QString::fromLatin1(line) << QString::fromLatin1(expected);
+    };
+    row("find --type TX270 --json", "1001 1003");
+    row("find --type 41 --json", "1001 1003");
+    row("find --type tx270 --interface RS232 --json", "1001");
+    row("find --type TX270 --interface USB --json", "1003");
+    row("find --type TX270 --interface WinUSB,RS232 --json", "1001 1003");
+    row("find --type TX270 -i USB -i RS232 --json", "1001 1003");
+    row("find --type TX270 --baudrates 115200 --json", "1001 1003");
+    row("find --type TX270 --baudrates 9600 --json", "1003");
+    row("find --type CC480 --json", "2002");
+    row("find --type CC480 --similar --json", "1001 1003 2002");
+    row("find --group Wavlen --similar --json", "1001 1003 2002");
+}
+
+void TestToolFind::findsWhatIsAskedFor()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, expected);
+    const ToolResult result = ToolRunner(twoLasersAndAController).run(line.split(QLatin1Char(' ')));
+    QVERIFY2(result.code == 0, result.err.constData());
+    QCOMPARE(serialNumbers(result).join(QLatin1Char(' ')), expected);
+}
+
+void TestToolFind::tellsEverythingAsJson()
+{
+    const ToolResult result = ToolRunner(twoLasersAndAController).run(words("find --type CC480 --json"));
+    const QJsonObject sensor = jsonLines(result.out).value(0);
+    QCOMPARE(sensor.value(QStringLiteral("model")).toString(), QStringLiteral("CC480"));
+    QCOMPARE(sensor.value(QStringLiteral("name")).toString(), QStringLiteral("Oscura CC480"));
+    QCOMPARE(sensor.value(QStringLiteral("number")).toInt(), 47);
+    QCOMPARE(sensor.value(QStringLiteral("interface")).toString(), QStringLiteral("Ethernet"));
+    QCOMPARE(sensor.value(QStringLiteral("place")).toString(), QStringLiteral("192.168.0.10"));
+    QVERIFY(sensor.value(QStringLiteral("address"))
+                .toString()
+                .startsWith(QStringLiteral("CC480@TCP/IP,address=192.168.0.10")));
+    const QJsonObject parameters = sensor.value(QStringLiteral("parameters")).toObject();
+    QCOMPARE(parameters.value(QStringLiteral("IP_RemoteAddr")).toString(), QStringLiteral("192.168.0.10"));
+    QCOMPARE(parameters.value(QStringLiteral("IP_InterfaceIdx")).toInt(), 3);
+}
+
+void TestToolFind::endsWithCode3WhenThereIsNothing()
+{
+    const ToolResult result = ToolRunner(twoLasersAndAController).run(words("find --type MC340"));
+    QCOMPARE(result.code, 3);
+    QCOMPARE(result.out, QByteArray());
+    QCOMPARE(result.err, QByteArray("0 sensors found\n"));
+}
+
+void TestToolFind::announcesASensorBeforeTheSearchEnds()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.01, "XA200_ETH": 30)"));
+    QProcess process;
+    runner.start(process, words("find --type TX270"));
+    QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), 10000);
+    QCOMPARE(process.state(), QProcess::Running);
+    QVERIFY(process.readLine().contains("TX270@RS232,port=COM3"));
+    process.terminate();
+    QCOMPARE(ToolRunner::finish(process).code, 130);
+}
+
+void TestToolFind::givesUpInTime()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.01, "XA200_ETH": 3600)"));
+    const ToolResult result = runner.run(words("find --type TX270 --timeout 1.5"));
+    QCOMPARE(result.code, 5);
+    QCOMPARE(linesOf(result.out).size(), 1);
+    QCOMPARE(result.err, QByteArray("sondixqt: the search did not end in time, 1 sensor found until then\n"));
+}
+
+void TestToolFind::printsAddressesThatOpenTheSensor()
+{
+    const ToolRunner runner(twoLasersAndAController);
+    const QList<QJsonObject> sensors = jsonLines(runner.run(words("find --type TX270 --similar --json")).out);
+    QCOMPARE(sensors.size(), 3);
+    for (const QJsonObject &sensor : sensors) {
+        const ToolResult info =
+            runner.run({QStringLiteral("info"), sensor.value(QStringLiteral("address")).toString(),
+                        QStringLiteral("--json")});
+        QVERIFY2(info.code == 0, info.err.constData());
+        const QJsonObject told = QJsonDocument::fromJson(info.out).object();
+        QCOMPARE(told.value(QStringLiteral("model")), sensor.value(QStringLiteral("model")));
+    }
+}
+
+QTEST_GUILESS_MAIN(TestToolFind)
+#include "tst_toolfind.moc"

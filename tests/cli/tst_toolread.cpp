@@ -1,0 +1,313 @@
+// SPDX-License-Identifier: MIT
+#include "benches.h"
+#include "toolrunner.h"
+
+#include <QJsonArray>
+
+#ifdef Q_OS_UNIX
+#    include <csignal>
+#    include <sys/resource.h>
+#endif
+
+namespace {
+
+const char *const address = "TX270@RS232,port=COM3";
+
+QByteArray breakingAfter(int transfers)
+{
+    return R"("faults": [ { "function": "TransferDataTS", "from": )" + QByteArray::number(transfers + 1) +
+           R"(, "code": -12, "text": "the cable was pulled" } ])";
+}
+
+} // namespace
+
+class TestToolRead : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void stopsAtExactlyTheFramesAskedFor_data();
+    void stopsAtExactlyTheFramesAskedFor();
+    void writesValuesWithTheirTime();
+    void choosesRawAndScaledValues_data();
+    void choosesRawAndScaledValues();
+    void marksAndCountsErrorValues();
+    void tellsFramesAsJson();
+    void readsForTheTimeAskedFor();
+    void readsASensorThatMustBeAsked();
+    void writesCsvWholeOrNotAtAll();
+    void quotesNamesThatCsvWouldTakeApart();
+    void endsWithCode6WhenTheSensorVanishes();
+    void endsWithCode5WhenNothingComes();
+    void endsWithCode7WhenFramesAreLost();
+    void reportsAFullDisk();
+    void reportsAFullDiskUnderAFile();
+    void refusesATargetThatCannotBeWritten();
+    void stopsWhenItsReaderLeaves();
+};
+
+void TestToolRead::stopsAtExactlyTheFramesAskedFor_data()
+{
+    QTest::addColumn<int>("rate");
+    QTest::addColumn<int>("frames");
+    QTest::newRow("one") << 1000 << 1;
+    QTest::newRow("less than one poll brings") << 1000 << 7;
+    QTest::newRow("several polls") << 1000 << 250;
+    QTest::newRow("fast") << 50000 << 20000;
+}
+
+void TestToolRead::stopsAtExactlyTheFramesAskedFor()
+{
+    QFETCH(int, rate);
+    QFETCH(int, frames);
+    const ToolRunner runner(Benches::of(Benches::laser(rate)));
+    const ToolResult result = runner.run(words("read --csv -") << QString::fromLatin1(address)
+                                                               << QStringLiteral("-n") << QString::number(frames));
+    QVERIFY2(result.code == 0, result.err.constData());
+    QCOMPARE(linesOf(result.out).size(), frames + 1);
+    QVERIFY2(result.err.startsWith(QByteArray::number(frames) + " frames of 1 values read in "),
+             result.err.constData());
+    QCOMPARE(linesOf(result.err).size(), 1);
+}
+
+void TestToolRead::writesValuesWithTheirTime()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(200)));
+    const ToolResult result = runner.run(words("read --csv - -n 50") << QString::fromLatin1(address));
+    const QList<QByteArray> lines = linesOf(result.out);
+    QCOMPARE(lines.value(0), QByteArray("time [s],Distance [mm]"));
+    for (int i = 2; i < lines.size(); ++i) {
+        const double before = lines[i - 1].split(',').first().toDouble();
+        const double time = lines[i].split(',').first().toDouble();
+        QVERIFY2(qAbs(time - before - 0.005) < 2.0e-6, lines[i].constData());
+    }
+    const ToolResult table = runner.run(words("read -n 3") << QString::fromLatin1(address));
+    QCOMPARE(table.code, 0);
+    QCOMPARE(linesOf(table.out).size(), 4);
+    QCOMPARE(linesOf(table.out).first().simplified(), QByteArray("time [s] Distance [mm]"));
+    QVERIFY(linesOf(table.out).at(1).endsWith(" 12.5"));
+}
+
+void TestToolRead::choosesRawAndScaledValues_data()
+{
+    QTest::addColumn<QString>("options");
+    QTest::addColumn<QByteArray>("header");
+    QTest::addColumn<QByteArray>("values");
+    QTest::newRow("neither") << "" << QByteArray("Distance [mm]") << QByteArray("12.5");
+    QTest::newRow("scaled") << "--scaled" << QByteArray("Distance [mm]") << QByteArray("12.5");
+    QTest::newRow("raw") << "--raw" << QByteArray("Distance raw [Digits]") << QByteArray("12500");
+    QTest::newRow("both") << "--raw --scaled" << QByteArray("Distance [mm],Distance raw [Digits]")
+                          << QByteArray("12.5,12500");
+}
+
+void TestToolRead::choosesRawAndScaledValues()
+{
+    QFETCH(QString, options);
+    QFETCH(QByteArray, header);
+    QFETCH(QByteArray, values);
+    const ToolResult result =
+        ToolRunner(Benches::of(Benches::laser(1000)))
+            .run(words("read --csv - -n 1") + words(qPrintable(options)) << QString::fromLatin1(address));
+    QVERIFY2(result.code == 0, result.err.constData());
+    const QList<QByteArray> lines = linesOf(result.out);
+    QCOMPARE(lines.value(0), "time [s]," + header);
+    QCOMPARE(lines.value(1).mid(lines.value(1).indexOf(',') + 1), values);
+}
+
+void TestToolRead::marksAndCountsErrorValues()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(1000)));
+    const ToolResult result = runner.run(words("read --csv - -n 100") << QString::fromLatin1(address));
+    QCOMPARE(result.code, 0);
+    int errors = 0;
+    for (const QByteArray &line : linesOf(result.out).mid(1)) {
+        const QByteArray value = line.split(',').value(1);
+        if (value == "error -3")
+            ++errors;
+        else
+            QCOMPARE(value, QByteArray("12.5"));
+    }
+    QCOMPARE(errors, 25);
+    QVERIFY2(result.err.endsWith(", 25 error values (error -3: 25 times)\n"), result.err.constData());
+}
+
+void TestToolRead::tellsFramesAsJson()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(1000)));
+    const ToolResult result = runner.run(words("read --json --raw --scaled -n 8") << QString::fromLatin1(address));
+    QCOMPARE(result.code, 0);
+    const QList<QJsonObject> frames = jsonLines(result.out);
+    QCOMPARE(frames.size(), 8);
+    int errors = 0;
+    for (int i = 0; i < frames.size(); ++i) {
+        QCOMPARE(frames[i].value(QStringLiteral("frame")).toInt(-1), i);
+        QVERIFY(frames[i].value(QStringLiteral("time")).isDouble());
+        QCOMPARE(frames[i].value(QStringLiteral("raw")).toArray().size(), 1);
+        const QJsonValue value = frames[i].value(QStringLiteral("values")).toArray().at(0);
+        if (value.isObject()) {
+            ++errors;
+            QCOMPARE(value.toObject(), (QJsonObject{{QStringLiteral("error"), -3}}));
+        } else {
+            QCOMPARE(value.toDouble(), 12.5);
+        }
+    }
+    QCOMPARE(errors, 2);
+}
+
+void TestToolRead::readsForTheTimeAskedFor()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(1000)));
+    QElapsedTimer clock;
+    clock.start();
+    const ToolResult result = runner.run(words("read --csv - --duration 1.5") << QString::fromLatin1(address));
+    QCOMPARE(result.code, 0);
+    QVERIFY(clock.elapsed() >= 1500);
+    const int frames = linesOf(result.out).size() - 1;
+    QVERIFY2(frames >= 1400 && frames < 2500, result.err.constData());
+}
+
+void TestToolRead::readsASensorThatMustBeAsked()
+{
+    const QByteArray bus = R"({ "model": "CP740", "serialNumber": "5001",
+        "place": { "interface": "RS232", "port": "COM7", "busAddress": 2 } })";
+    const ToolResult result =
+        ToolRunner(Benches::of(bus)).run(words("read --csv - -n 5 --type CP740 --port COM7"));
+    QVERIFY2(result.code == 0, result.err.constData());
+    QCOMPARE(linesOf(result.out).size(), 6);
+}
+
+void TestToolRead::writesCsvWholeOrNotAtAll()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(1000)));
+    const ToolResult result = runner.run(words("read -n 300 --csv values.csv") << QString::fromLatin1(address));
+    QVERIFY2(result.code == 0, result.err.constData());
+    QCOMPARE(result.out, QByteArray());
+    QCOMPARE(linesOf(runner.contentOf(QStringLiteral("values.csv"))).size(), 301);
+    QCOMPARE(runner.files(), (QStringList{QStringLiteral("bench.json"), QStringLiteral("values.csv")}));
+}
+
+void TestToolRead::quotesNamesThatCsvWouldTakeApart()
+{
+    const QByteArray sensor = R"({ "model": "TX270", "serialNumber": "1001",
+        "place": { "interface": "RS232", "port": "COM3" }, "rate": 1000,
+        "signals": [ { "name": "Distance, mean", "unit": "µm" } ] })";
+    const ToolResult result =
+        ToolRunner(Benches::of(sensor)).run(words("read --csv - -n 1") << QString::fromLatin1(address));
+    QVERIFY2(result.code == 0, result.err.constData());
+    QCOMPARE(linesOf(result.out).value(0), QByteArray("time [s],\"Distance, mean [µm]\""));
+}
+
+void TestToolRead::endsWithCode6WhenTheSensorVanishes()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(1000, breakingAfter(5))));
+    const ToolResult result = runner.run(words("read -n 100000 --csv values.csv") << QString::fromLatin1(address));
+    QCOMPARE(result.code, 6);
+    QVERIFY2(result.err.contains("sondixqt: reading failed: the cable was pulled; the "), result.err.constData());
+    QVERIFY(!QFile::exists(runner.path(QStringLiteral("values.csv"))));
+    const QList<QByteArray> kept = linesOf(runner.contentOf(QStringLiteral("values.csv.partial")));
+    QVERIFY(kept.size() > 1);
+    QVERIFY2(result.err.contains(" the " + QByteArray::number(kept.size() - 1) + " frames until then are in '"),
+             result.err.constData());
+}
+
+void TestToolRead::endsWithCode5WhenNothingComes()
+{
+    // It measures when it is triggered, which nobody does.
+    const QByteArray mute = R"({ "model": "RG52x", "serialNumber": "9",
+        "place": { "interface": "RS232", "port": "COM9" }, "settings": { "Autostart": { "SA_AutostartCommand": 4 } } })";
+    const ToolRunner runner(Benches::of(mute));
+    const ToolResult result = runner.run(words("read RG52x@RS232,port=COM9 --silence 0.5 --csv values.csv"));
+    QCOMPARE(result.code, 5);
+    QVERIFY2(result.err.endsWith("sondixqt: no values came for 0.5 s\n"), result.err.constData());
+    QCOMPARE(runner.files(), QStringList{QStringLiteral("bench.json")});
+}
+
+void TestToolRead::endsWithCode7WhenFramesAreLost()
+{
+    // At 10 kHz a ring of 100 frames is full after 10 ms, which no polling can meet.
+    const ToolRunner runner(Benches::of(Benches::laser(10000, R"("ring": 100)")));
+    const ToolResult result = runner.run(words("read -n 500 --csv values.csv") << QString::fromLatin1(address));
+    QCOMPARE(result.code, 7);
+    const QRegularExpression lost(
+        QStringLiteral("sondixqt: (\\d+) frames were lost because they were not fetched in time"));
+    const QRegularExpressionMatch match = lost.match(QString::fromUtf8(result.err));
+    QVERIFY2(match.hasMatch(), result.err.constData());
+    QVERIFY(match.captured(1).toInt() > 400);
+    QCOMPARE(linesOf(runner.contentOf(QStringLiteral("values.csv"))).size(), 501);
+}
+
+void TestToolRead::reportsAFullDisk()
+{
+    if (!QFile::exists(QStringLiteral("/dev/full")))
+        QSKIP("there is no /dev/full here");
+    const ToolRunner runner(Benches::of(Benches::laser(1000)));
+    const ToolResult toFile = runner.run(words("read -n 100 --csv /dev/full") << QString::fromLatin1(address));
+    QCOMPARE(toFile.code, 1);
+    QVERIFY2(toFile.err.contains("sondixqt: cannot write '/dev/full': "), toFile.err.constData());
+
+    QProcess process;
+    process.setStandardOutputFile(QStringLiteral("/dev/full"));
+    runner.start(process, words("read -n 100") << QString::fromLatin1(address));
+    const ToolResult toStdout = ToolRunner::finish(process);
+    QCOMPARE(toStdout.code, 1);
+    QVERIFY2(toStdout.err.contains("sondixqt: cannot write to standard output: "), toStdout.err.constData());
+}
+
+void TestToolRead::reportsAFullDiskUnderAFile()
+{
+#ifdef Q_OS_UNIX
+    // A limit on the size of files stands for the full disk: writing beyond it fails in the same place.
+    class LimitedProcess : public QProcess
+    {
+    protected:
+        void setupChildProcess() override
+        {
+            constexpr rlim_t limit = 20000;
+            const rlimit size{limit, limit};
+            setrlimit(RLIMIT_FSIZE, &size);
+            std::signal(SIGXFSZ, SIG_IGN);
+        }
+    };
+    const ToolRunner runner(Benches::of(Benches::laser(50000)));
+    runner.writeFile(QStringLiteral("values.csv"), "older\n");
+    LimitedProcess process;
+    runner.start(process, words("read -n 40000 --csv values.csv") << QString::fromLatin1(address));
+    const ToolResult result = ToolRunner::finish(process);
+    QCOMPARE(result.code, 1);
+    QVERIFY2(result.err.contains("sondixqt: cannot write '"), result.err.constData());
+    QVERIFY2(result.err.contains("values.csv': File too large\n"), result.err.constData());
+    QCOMPARE(runner.contentOf(QStringLiteral("values.csv")), QByteArray("older\n"));
+    QCOMPARE(runner.files(), (QStringList{QStringLiteral("bench.json"), QStringLiteral("values.csv")}));
+#else
+    QSKIP("there is no limit on the size of files here");
+#endif
+}
+
+void TestToolRead::refusesATargetThatCannotBeWritten()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(1000)));
+    const ToolResult result =
+        runner.run(words("read -n 1 --csv missing/values.csv") << QString::fromLatin1(address));
+    QCOMPARE(result.code, 1);
+    QCOMPARE(linesOf(result.err).size(), 1);
+    QVERIFY2(result.err.startsWith("sondixqt: cannot write 'missing/values.csv': "), result.err.constData());
+}
+
+void TestToolRead::stopsWhenItsReaderLeaves()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(1000)));
+    QProcess process;
+    process.setWorkingDirectory(runner.path(QString()));
+    process.setProcessEnvironment(runner.environment());
+    process.start(QStringLiteral("sh"),
+                  {QStringLiteral("-c"),
+                   QStringLiteral("{ \"$0\" read --csv - %1; echo \"code $?\" >&2; } | head -n 2")
+                       .arg(QString::fromLatin1(address)),
+                   QStringLiteral(SONDIXQT_TOOL)});
+    const ToolResult result = ToolRunner::finish(process);
+    QVERIFY2(result.err.endsWith("\ncode 1\n"), result.err.constData());
+    QCOMPARE(linesOf(result.out).size(), 2);
+    QVERIFY2(result.err.contains("sondixqt: cannot write to standard output: "), result.err.constData());
+}
+
+QTEST_GUILESS_MAIN(TestToolRead)
+#include "tst_toolread.moc"

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+#include "benches.h"
+#include "terminal.h"
+#include "toolrunner.h"
+
+class TestToolTerminal : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void styleIsForTerminalsThatWantIt_data();
+    void styleIsForTerminalsThatWantIt();
+    void aSearchShowsItsProgress();
+    void aReadIntoAFileShowsItsProgress();
+    void progressIsNotMixedIntoTheData();
+
+private:
+    static QByteArray run(const ToolRunner &runner, const char *line, bool withStdout, QByteArray *out = nullptr)
+    {
+        Terminal terminal;
+        ProcessOnTerminal process(terminal, withStdout);
+        runner.start(process, words(line));
+        const ToolResult result = ToolRunner::finish(process);
+        if (out)
+            *out = result.out;
+        return terminal.text();
+    }
+};
+
+void TestToolTerminal::styleIsForTerminalsThatWantIt_data()
+{
+    QTest::addColumn<QString>("variable");
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<bool>("styled");
+    QTest::newRow("terminal") << "NO_COLOR"
+                              << "" << true;
+    QTest::newRow("no colours") << "NO_COLOR"
+                                << "1" << false;
+    QTest::newRow("dumb terminal") << "TERM"
+                                   << "dumb" << false;
+}
+
+void TestToolTerminal::styleIsForTerminalsThatWantIt()
+{
+    QFETCH(QString, variable);
+    QFETCH(QString, value);
+    QFETCH(bool, styled);
+    ToolRunner runner;
+    runner.setEnvironment("TERM", QStringLiteral("xterm"));
+    runner.setEnvironment(qPrintable(variable), value);
+    const QByteArray table = run(runner, "models --group Color", true);
+    QCOMPARE(table.contains("\x1b[1mMODEL"), styled);
+    QVERIFY(table.contains("Pigmar PG120"));
+    const QByteArray sentence = run(runner, "models --group Colour", true);
+    QCOMPARE(sentence.contains("\x1b[31m"), styled);
+    QVERIFY(sentence.contains("there is no group 'Colour'"));
+}
+
+void TestToolTerminal::aSearchShowsItsProgress()
+{
+    ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.5, "XA200_ETH": 0.5)"));
+    runner.setEnvironment("TERM", QStringLiteral("xterm"));
+    QByteArray out;
+    const QByteArray shown = run(runner, "find --type TX270", false, &out);
+    QVERIFY2(shown.contains("[") && shown.contains("100 %"), shown.constData());
+    QVERIFY2(shown.contains("Searching for device: Tavrin TX270 ..."), shown.constData());
+    QVERIFY2(shown.endsWith("\r\x1b[K1 sensor found\r\n"), shown.constData());
+    QCOMPARE(linesOf(out).size(), 1);
+    QVERIFY(!out.contains('\x1b'));
+}
+
+void TestToolTerminal::aReadIntoAFileShowsItsProgress()
+{
+    ToolRunner runner(Benches::of(Benches::laser(1000)));
+    runner.setEnvironment("TERM", QStringLiteral("xterm"));
+    const QByteArray shown = run(runner, "read TX270@RS232,port=COM3 -n 200 --csv values.csv", false);
+    QVERIFY2(shown.contains("\r\x1b[K200 frames"), shown.constData());
+}
+
+void TestToolTerminal::progressIsNotMixedIntoTheData()
+{
+    ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.5, "XA200_ETH": 0.5)"));
+    runner.setEnvironment("TERM", QStringLiteral("xterm"));
+    runner.setEnvironment("NO_COLOR", QStringLiteral("1"));
+    const QByteArray shown = run(runner, "find --type TX270", true);
+    // The line of the bar is empty again before a sensor is printed on it.
+    QVERIFY2(shown.contains("\r\x1b[KRS232 "), shown.constData());
+}
+
+QTEST_GUILESS_MAIN(TestToolTerminal)
+#include "tst_toolterminal.moc"

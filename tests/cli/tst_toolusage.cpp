@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: MIT
+#include "benches.h"
+#include "toolrunner.h"
+
+#include <clocale>
+
+class TestToolUsage : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void helpGoesToStdout_data();
+    void helpGoesToStdout();
+    void tellsItsVersion();
+    void refusesWrongUse_data();
+    void refusesWrongUse();
+    void namesTheLineOfABrokenBench_data();
+    void namesTheLineOfABrokenBench();
+    void namesABenchThatCannotBeRead();
+    void theOptionOutdoesTheEnvironment();
+    void verboseShowsWhatTheLibraryLogs();
+    void numbersHaveAPointInEveryLocale();
+};
+
+void TestToolUsage::helpGoesToStdout_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("tool") << "--help"
+                          << "Exit codes: 0 done, 1 failed";
+    QTest::newRow("models") << "models --help"
+                            << "--group";
+    QTest::newRow("find") << "find --help"
+                          << "--baudrates";
+    QTest::newRow("info") << "info --help"
+                          << "--serial";
+    QTest::newRow("read") << "read --help"
+                          << "--duration";
+}
+
+void TestToolUsage::helpGoesToStdout()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, expected);
+    const ToolResult result = ToolRunner().run(line.split(QLatin1Char(' ')));
+    QCOMPARE(result.code, 0);
+    QVERIFY2(result.out.contains(expected.toUtf8()), result.out.constData());
+    QCOMPARE(result.err, QByteArray());
+}
+
+void TestToolUsage::tellsItsVersion()
+{
+    const ToolResult result = ToolRunner().run({QStringLiteral("--version")});
+    QCOMPARE(result.code, 0);
+    QVERIFY(QRegularExpression(QStringLiteral("^sondixqt \\d+\\.\\d+\\.\\d+\n$"))
+                .match(QString::fromUtf8(result.out))
+                .hasMatch());
+}
+
+void TestToolUsage::refusesWrongUse_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("sentence");
+    const auto row = [](const char *line, const char *sentence) {
+        QTest::newRow(*line == '\0' ? "nothing" : line) << QString::fromUtf8(line) << QString::fromUtf8(sentence);
+    };
+    row("", "no command is given; the commands are models, find, info, read");
+    row("fnid", "there is no command 'fnid'; did you mean find?");
+    row("sing", "there is no command 'sing'; the commands are models, find, info, read");
+    row("--colour", "there is no option '--colour'");
+    row("models --colour", "--colour");
+    row("models Tavrin", "Tavrin");
+    row("models --group Tavrim", "there is no group 'Tavrim'; did you mean Tavrin?");
+    row("find --type TX271", "there is no model 'TX271'; did you mean");
+    row("find --group Wavelen", "there is no group 'Wavelen'; did you mean Wavlen?");
+    row("find --type TX270 --group Tavrin", "excludes");
+    row("find --type TX270 --interface RS242", "there is no interface 'RS242'; did you mean RS232?");
+    row("find --timeout soon", "--timeout");
+    row("info", "no sensor is named");
+    row("info COM3", "'COM3' is no sensor address");
+    row("info TX270@RS232,prot=COM3", "there is no interface parameter 'prot'; did you mean port?");
+    row("info TX270@RS232,port=COM3 --type TX270", "by its address or by options, not by both");
+    row("info --port COM3", "--type is needed");
+    row("info --type TX270 --card 0", "--interface is needed");
+    row("info --type TX270 --port COM3 --address 10.0.0.1", "--interface is needed");
+    row("info --type TX270 --interface RS242", "there is no interface 'RS242'");
+    row("info --type TX270 --port COM3 --serial 12", "--serial searches");
+    row("info --type TX270 --interface USB --param IP_X", "--param takes NAME=VALUE, not 'IP_X'");
+    row("info --type TX270 --interface USB --param =1", "--param takes NAME=VALUE, not '=1'");
+    row("read", "no sensor is named");
+    row("read TX270@RS232,port=COM3 -n 0", "--frames");
+    row("read TX270@RS232,port=COM3 -n many", "--frames");
+    row("read TX270@RS232,port=COM3 --duration -1", "--duration");
+    row("read TX270@RS232,port=COM3 --csv - --json", "excludes");
+}
+
+void TestToolUsage::refusesWrongUse()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, sentence);
+    const ToolResult result = ToolRunner().run(line.split(QLatin1Char(' '), Qt::SkipEmptyParts));
+    QCOMPARE(result.code, 2);
+    QCOMPARE(result.out, QByteArray());
+    QVERIFY2(result.err.startsWith("sondixqt: "), result.err.constData());
+    QVERIFY2(linesOf(result.err).first().contains(sentence.toUtf8()), result.err.constData());
+}
+
+void TestToolUsage::namesTheLineOfABrokenBench_data()
+{
+    QTest::addColumn<QString>("line");
+    for (const char *line :
+         {"find --type TX270", "find", "info TX270@RS232,port=COM3", "read TX270@RS232,port=COM3"})
+        QTest::newRow(line) << QString::fromLatin1(line);
+}
+
+void TestToolUsage::namesTheLineOfABrokenBench()
+{
+    QFETCH(QString, line);
+    const ToolRunner runner("{\n  \"sensors\": [\n    { \"model\": \"TX99\" }\n  ]\n}\n");
+    const ToolResult result = runner.run(line.split(QLatin1Char(' ')));
+    QCOMPARE(result.code, 1);
+    QCOMPARE(result.out, QByteArray());
+    QCOMPARE(linesOf(result.err).size(), 1);
+    QVERIFY2(result.err.contains("bench.json:3: there is no model \"TX99\""), result.err.constData());
+}
+
+void TestToolUsage::namesABenchThatCannotBeRead()
+{
+    const ToolResult result = ToolRunner().run(words("--bench missing.json find --type TX270"));
+    QCOMPARE(result.code, 1);
+    QCOMPARE(linesOf(result.err).size(), 1);
+    QVERIFY2(result.err.contains("missing.json"), result.err.constData());
+}
+
+void TestToolUsage::theOptionOutdoesTheEnvironment()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(100)));
+    runner.writeFile(QStringLiteral("other.json"), Benches::of(Benches::usbLaser));
+    const ToolResult fromEnvironment = runner.run(words("find --type TX270 --json"));
+    QCOMPARE(jsonLines(fromEnvironment.out).value(0).value(QStringLiteral("serialNumber")).toString(),
+             QStringLiteral("1001"));
+    const ToolResult fromOption = runner.run(words("find --type TX270 --json --bench other.json"));
+    QCOMPARE(jsonLines(fromOption.out).size(), 1);
+    QCOMPARE(jsonLines(fromOption.out).value(0).value(QStringLiteral("serialNumber")).toString(),
+             QStringLiteral("1003"));
+}
+
+void TestToolUsage::verboseShowsWhatTheLibraryLogs()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(100)));
+    const ToolResult quiet = runner.run(words("find --type TX270"));
+    QCOMPARE(quiet.err, QByteArray("1 sensor found\n"));
+    const ToolResult verbose = runner.run(words("--verbose find --type TX270"));
+    QVERIFY2(verbose.err.contains("searching: "), verbose.err.constData());
+    QCOMPARE(verbose.out, quiet.out);
+}
+
+void TestToolUsage::numbersHaveAPointInEveryLocale()
+{
+    if (!std::setlocale(LC_NUMERIC, "de_DE.UTF-8"))
+        QSKIP("there is no locale with a comma here");
+    std::setlocale(LC_NUMERIC, "C");
+    ToolRunner runner(Benches::of(Benches::laser(100)));
+    runner.setEnvironment("LC_ALL", QStringLiteral("de_DE.UTF-8"));
+    const ToolResult result = runner.run(words("read TX270@RS232,port=COM3 -n 1 --silence 2.5 --csv -"));
+    QVERIFY2(result.code == 0, result.err.constData());
+    QVERIFY2(linesOf(result.out).value(1).endsWith(",12.5"), result.out.constData());
+}
+
+QTEST_GUILESS_MAIN(TestToolUsage)
+#include "tst_toolusage.moc"
