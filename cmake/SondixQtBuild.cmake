@@ -24,6 +24,7 @@ endif()
 # would not.
 if(UNIX AND NOT APPLE)
     add_link_options(-Wl,--enable-new-dtags)
+    set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 endif()
 
 # sondixqt_warnings(<target>): the warnings that the project keeps itself free of.

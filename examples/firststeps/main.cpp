@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#include <SondixQt/SondixQt>
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QThread>
+
+using namespace SondixQt;
+
+static void describeAndRead(const SensorInfo &info)
+{
+    SensorInstance sensor(info.sensorType());
+    QString errorText;
+    if (sensor.open(info.getInterfaceParameters(), &errorText) != NoError) {
+        qWarning() << "cannot open it:" << errorText;
+        return;
+    }
+    TransmittedDataInfo frame;
+    sensor.transmittedDataInfo(frame);
+    for (const SignalInfo &signal : frame.signalList())
+        qInfo() << "  sends" << signal.scaledName << "in" << signal.scaledUnit;
+
+    QThread::sleep(1); // the sensor goes on measuring meanwhile
+    QVector<double> values;
+    double timestamp = 0.0;
+    sensor.transferDataScaled(values, timestamp, &errorText);
+    qInfo() << "  and sent" << values.size() << "values in a second, the first" << values.value(0);
+}
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    SensorFinder finder;
+    QList<SensorInfo> found;
+    finder.setSearchInterface(RS232, true);
+    QObject::connect(&finder, &SensorFinder::sensorFound, [&found](const SensorInfo &info) { found += info; });
+    QObject::connect(&finder, &SensorFinder::searchFinished, [&found] {
+        for (const SensorInfo &info : qAsConst(found)) {
+            qInfo() << "found" << sensorName(info.sensorType());
+            describeAndRead(info);
+        }
+        QCoreApplication::quit();
+    });
+    finder.startSearch(TX270);
+    return QCoreApplication::exec();
+}

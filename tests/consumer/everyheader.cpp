@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+
+// Each header by itself and in every spelling; the umbrella last, so that it hides nothing missing.
+#include <SondixQt/errorcode.h>
+#include <SondixQt/sensorfeatures.h>
+#include <SondixQt/sensorfinder.h>
+#include <SondixQt/sensorinfo.h>
+#include <SondixQt/sensorinstance.h>
+#include <SondixQt/sensortypes.h>
+#include <SondixQt/sondixqtglobal.h>
+#include <SondixQt/specialsensorinstance.h>
+#include <SondixQt/transmitteddatainfo.h>
+
+#include <SondixQt/ErrorCode>
+#include <SondixQt/SensorFeatures>
+#include <SondixQt/SensorFinder>
+#include <SondixQt/SensorGroup>
+#include <SondixQt/SensorInfo>
+#include <SondixQt/SensorInstance>
+#include <SondixQt/SensorInterface>
+#include <SondixQt/SensorType>
+#include <SondixQt/SignalInfo>
+#include <SondixQt/SpecialSensorInstance>
+#include <SondixQt/SpecialSensorInstanceRG52x>
+#include <SondixQt/SpecialSensorInstanceRG531>
+#include <SondixQt/TransmittedDataInfo>
+#include <SondixQt/VideoInfo>
+#include <SondixQt/WebInterface>
+
+#include <SondixQt/SondixQt>
