@@ -45,18 +45,31 @@ QString questionSequence()
                 "GetParameterDouble(\"SA_Measrate\")");
 }
 
-/// Takes the longest known sequence from the front of \a calls, all by one thread; false when there is none.
+QString descriptionSequence()
+{
+    return name("SetParameterString(\"S_Command\", \"Get_TransmittedDataInfo\") SensorCommand() "
+                "GetParameters() GetParameters()");
+}
+
+/// A call without the sizes that do not matter here.
+QString textOf(const sondixsim::Call &call)
+{
+    return call.function == "GetParameters" ? name("GetParameters()") : QString::fromStdString(call.text());
+}
+
+/// Passes by one whole sequence that one thread made without a pause; false when there is none.
 bool takeSequence(const std::vector<sondixsim::Call> &calls, std::size_t &position)
 {
     static const QStringList whole = {commandSequence(),
                                       questionSequence(),
+                                      descriptionSequence(),
                                       name("DataAvail() TransferDataTS(null, scaled, 3)"),
                                       name("DataAvail() TransferDataTS(raw, null, 3)"),
                                       name("DataAvail() TransferData(null, scaled, 3)"),
                                       name("TransferDataTS(raw, scaled, 3)")};
     QStringList sequence;
     for (std::size_t i = position; i < calls.size() && calls[i].thread == calls[position].thread; ++i) {
-        sequence.append(QString::fromStdString(calls[i].text()));
+        sequence.append(textOf(calls[i]));
         if (whole.contains(sequence.join(QLatin1Char(' ')))) {
             position = i + 1;
             return true;
@@ -75,7 +88,9 @@ void sendCommands(SensorInstance &instance, std::atomic<int> &failures)
             instance.sendCommand(name("Set_LaserPower"), {{name("SP_LaserPower"), 1}},
                                  {{name("SA_LaserPower"), SensorInstance::resultPointer(&power)}});
         double rate = 0.0;
-        if (set != NoError || power != 1 || instance.getSampleRateInKhz(&rate) != NoError || rate <= 0.0)
+        TransmittedDataInfo info;
+        if (set != NoError || power != 1 || instance.getSampleRateInKhz(&rate) != NoError || rate <= 0.0 ||
+            instance.transmittedDataInfo(info) != NoError || info.signals.isEmpty())
             ++failures;
     }
 }
@@ -120,7 +135,7 @@ void TestTransferThreads::commandsAndTransfersDoNotMix()
         QCOMPARE(failures.load(), 0);
 
         const std::vector<sondixsim::Call> calls = sondixsim::calls();
-        QCOMPARE(calls.size(), std::size_t(operationsPerRound * (4 + 3 + 3 * 2 + 1)));
+        QCOMPARE(calls.size(), std::size_t(operationsPerRound * (4 + 3 + 4 + 3 * 2 + 1)));
         std::size_t position = 0;
         while (position < calls.size()) {
             const std::size_t begin = position;
