@@ -67,7 +67,8 @@ NameMatcher::Needles NameMatcher::prepared(const QVector<NameCandidate> &candida
             text.remove(QLatin1Char('x'), Qt::CaseInsensitive).remove(QLatin1Char('-'));
         if (text.size() < shortestContainedName)
             continue;
-        std::transform(text.cbegin(), text.cend(), text.begin(), [](QChar c) { return QChar(folded(c)); });
+        for (QChar &character : text)
+            character = QChar(folded(character));
         needles.append({pairsOf(view(text)), text, candidate.type});
     }
     std::sort(needles.begin(), needles.end(), [](const Needle &a, const Needle &b) {

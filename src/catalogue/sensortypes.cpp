@@ -15,8 +15,6 @@ namespace SondixQt {
 
 namespace {
 
-constexpr QLatin1String genericImage(":/images/genericSensor.png");
-
 QString &applicationName()
 {
     static QString name;
@@ -65,9 +63,9 @@ bool wantsHighResolution()
 /// object goes, which a static table of pixmaps would not.
 QPixmap loadImage(const QString &image)
 {
-    QString path = image.isEmpty() ? QString(genericImage) : image;
+    QString path = image.isEmpty() ? QStringLiteral(":/images/genericSensor.png") : image;
     if (wantsHighResolution())
-        path.replace(path.lastIndexOf(QLatin1Char('.')), 0, QLatin1String("@2x"));
+        path.insert(path.lastIndexOf(QLatin1Char('.')), QLatin1String("@2x"));
     const QString key = QLatin1String("SondixQt") + path;
     QPixmap pixmap;
     if (!QPixmapCache::find(key, &pixmap) && pixmap.load(path))

@@ -19,41 +19,42 @@ constexpr int variantStep = 10000;
 /// A part of a reported model name and the type that it means.
 struct NamePart
 {
-    QLatin1String text;
+    const char *text;
     SensorType type;
 };
 
 // Of each list the first text that the name contains decides: "MV410" must come before "MV4".
 constexpr std::array<NamePart, 8> converterNames{{
-    {QLatin1String("XA300/ETH_MV410"), MV410_XA300ETH},
-    {QLatin1String("XA300/ETH_MV420"), MV420_XA300ETH},
-    {QLatin1String("XA300/ETH_MV430"), MV430_XA300ETH},
-    {QLatin1String("XA300/ETH_MV4"), MV4xx_XA300ETH},
-    {QLatin1String("XA300/ETH_GY330"), GY330_XA300ETH},
-    {QLatin1String("XA300/ETH_GY310D"), GY310_XA300ETH},
-    {QLatin1String("XA300/ETH_CP740"), CP740_XA300ETH},
-    {QLatin1String("XA300/ETH_DV-"), DVxxx_XA300ETH},
+    {"XA300/ETH_MV410", MV410_XA300ETH},
+    {"XA300/ETH_MV420", MV420_XA300ETH},
+    {"XA300/ETH_MV430", MV430_XA300ETH},
+    {"XA300/ETH_MV4", MV4xx_XA300ETH},
+    {"XA300/ETH_GY330", GY330_XA300ETH},
+    {"XA300/ETH_GY310D", GY310_XA300ETH},
+    {"XA300/ETH_CP740", CP740_XA300ETH},
+    {"XA300/ETH_DV-", DVxxx_XA300ETH},
 }};
 
 constexpr std::array<NamePart, 3> morvikNames{{
-    {QLatin1String("MV410"), MV410},
-    {QLatin1String("MV420"), MV420},
-    {QLatin1String("MV430"), MV430},
+    {"MV410", MV410},
+    {"MV420", MV420},
+    {"MV430", MV430},
 }};
 
 constexpr std::array<NamePart, 4> otherBusNames{{
-    {QLatin1String("EC840"), EC840},
-    {QLatin1String("EC830"), EC830},
-    {QLatin1String("EC850"), EC850},
-    {QLatin1String("DV-"), DVxxx},
+    {"EC840", EC840},
+    {"EC830", EC830},
+    {"EC850", EC850},
+    {"DV-", DVxxx},
 }};
 
 /// The type of the first part that \a name contains, \a otherwise when it contains none.
 template<typename Parts>
 SensorType firstContained(const QString &name, const Parts &parts, SensorType otherwise)
 {
-    const auto part = std::find_if(parts.begin(), parts.end(),
-                                   [&name](const NamePart &candidate) { return name.contains(candidate.text); });
+    const auto part = std::find_if(parts.begin(), parts.end(), [&name](const NamePart &candidate) {
+        return name.contains(QLatin1String(candidate.text));
+    });
     return part == parts.end() ? otherwise : part->type;
 }
 

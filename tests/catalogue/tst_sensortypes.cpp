@@ -376,7 +376,7 @@ public:
 
 public Q_SLOTS:
     void takeType(SondixQt::SensorType type) { lastType = type; }
-    void takeList(QList<SondixQt::SensorType> list, bool) { lastList = list; }
+    void takeList(QList<SondixQt::SensorType> list, bool) { lastList.swap(list); }
     void takeInfo(const SondixQt::SensorInfo &info) { lastInfo = info; }
 };
 
@@ -426,6 +426,7 @@ void TestSensorTypes::lookupsFromSeveralThreadsAtOnce()
         }
     };
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i)
         threads.emplace_back(reader);
     go = true;
