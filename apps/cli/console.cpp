@@ -62,8 +62,8 @@ bool Console::write(const QByteArray &data)
 {
     if (!m_outputProblem.isEmpty())
         return false;
-    if (m_stdoutIsTerminal && m_statusShown)
-        status(QString());
+    // Both streams may end on the same terminal, also through a pipe.
+    status(QString());
     if (std::fwrite(data.constData(), 1, static_cast<size_t>(data.size()), stdout) !=
         static_cast<size_t>(data.size()))
         m_outputProblem = QString::fromLocal8Bit(std::strerror(errno));

@@ -24,7 +24,10 @@ struct Description
 
 QString range(double min, double max, const QString &unit)
 {
-    return QStringLiteral("%1 .. %2 %3").arg(QString::number(min), QString::number(max), unit).trimmed();
+    constexpr int digits = 10;
+    return QStringLiteral("%1 .. %2 %3")
+        .arg(QString::number(min, 'g', digits), QString::number(max, 'g', digits), unit)
+        .trimmed();
 }
 
 class InfoCommand : public Command
@@ -106,8 +109,9 @@ private:
         const TransmittedDataInfo &frame = description.frame;
         console.print(QString());
         console.print(console.styled(QStringLiteral("Data frame"), Console::Bold));
-        console.print(QStringLiteral("  %1 values (at most %2), sample rate %3")
-                          .arg(frame.valuesPerFrame)
+        console.print(QStringLiteral("  %1 (at most %2), sample rate %3")
+                          .arg(frame.valuesPerFrame == 1 ? QStringLiteral("1 value")
+                                                         : QStringLiteral("%1 values").arg(frame.valuesPerFrame))
                           .arg(frame.maxValuesPerFrame)
                           .arg(description.rateKhz > 0.0
                                    ? QStringLiteral("%1 kHz").arg(description.rateKhz, 0, 'g', 6)

@@ -20,6 +20,12 @@ using namespace SondixApp;
 
 namespace {
 
+QString counted(qint64 number, const char *word)
+{
+    return QStringLiteral("%1 %2%3").arg(number).arg(QLatin1String(word),
+                                                     number == 1 ? QString() : QStringLiteral("s"));
+}
+
 // Where the lines go: to stdout or, whole or not at all, to a file.
 class Sink
 {
@@ -50,7 +56,8 @@ public:
             return {};
         if (!m_file->keepPartial())
             throw writeFailure();
-        return QStringLiteral("; the %1 frames until then are in '%2'").arg(frames).arg(m_file->partialName());
+        return QStringLiteral("; what came until then, %1, is in '%2'")
+            .arg(counted(frames, "frame"), m_file->partialName());
     }
     bool isFile() const { return m_file.has_value(); }
 
@@ -68,17 +75,16 @@ private:
 
 QString summary(qint64 frames, int valuesPerFrame, double seconds, const QMap<int, qint64> &errors)
 {
-    QString text = QStringLiteral("%1 frames of %2 values read in %3 s")
-                       .arg(frames)
-                       .arg(valuesPerFrame)
+    QString text = QStringLiteral("%1 of %2 read in %3 s")
+                       .arg(counted(frames, "frame"), counted(valuesPerFrame, "value"))
                        .arg(seconds, 0, 'f', 1);
     qint64 total = 0;
     QStringList parts;
     for (auto it = errors.cbegin(); it != errors.cend(); ++it) {
         total += it.value();
-        parts += QStringLiteral("error %1: %2 times").arg(it.key()).arg(it.value());
+        parts += QStringLiteral("error %1: %2").arg(it.key()).arg(counted(it.value(), "time"));
     }
-    text += QStringLiteral(", %1 error values").arg(total);
+    text += QStringLiteral(", ") + counted(total, "error value");
     return parts.isEmpty() ? text : text + QStringLiteral(" (%1)").arg(parts.join(QStringLiteral(", ")));
 }
 

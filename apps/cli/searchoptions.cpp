@@ -48,7 +48,8 @@ SearchRun::Plan SearchOptions::plan() const
                                            : findGroup(QString::fromStdString(m_group));
         if (!group.value)
             throw Failure{ExitCode::Usage, group.problem};
-        plan.types = sensorsInGroup(*group.value);
+        // Variants that lists leave out are found only by a search for them.
+        plan.types = sensorsInGroup(*group.value, true);
     }
     for (const std::string &name : m_interfaces) {
         const auto named = findInterface(QString::fromStdString(name));

@@ -161,7 +161,7 @@ std::unique_ptr<SensorInstance> openSensor(const SensorAddress &address)
     if (!instance->isValid())
         throw Failure{ExitCode::Failed, creationProblem(*instance)};
     QString text;
-    const ErrorCode code = instance->open(address.parameters, &text);
+    const ErrorCode code = openInstance(*instance, address.parameters, &text);
     if (InterruptWatcher::isInterrupted())
         throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted while the sensor was opened")};
     if (code != NoError)

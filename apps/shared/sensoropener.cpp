@@ -19,6 +19,17 @@ std::unique_ptr<SensorInstance> createInstance(SensorType type)
     }
 }
 
+ErrorCode openInstance(SensorInstance &instance, const QMap<QString, QVariant> &parameters, QString *errorText)
+{
+    const ErrorCode code = instance.open(parameters, errorText);
+    if (code == NoError && qobject_cast<SpecialSensorInstance *>(&instance)) {
+        // Any command makes these instances learn the mode; a sensor that does not tell it can still be read.
+        int mode = 0;
+        instance.sendCommandGetInt(QStringLiteral("Get_Autostart"), QStringLiteral("SA_AutostartCommand"), mode);
+    }
+    return code;
+}
+
 QString creationProblem(const SensorInstance &instance)
 {
     QString text;

@@ -10,6 +10,11 @@ namespace SondixApp {
 /// An instance of the class that the model needs.
 std::unique_ptr<SondixQt::SensorInstance> createInstance(SondixQt::SensorType type);
 
+/// Opens the sensor of \a instance and has the models that measure on their own tell in which mode they
+/// do, so that their sample rate is known.
+SondixQt::ErrorCode openInstance(SondixQt::SensorInstance &instance, const QMap<QString, QVariant> &parameters,
+                                 QString *errorText);
+
 /// Why the sensor-access library could not create \a instance, in its words or, where it has none, ours.
 QString creationProblem(const SondixQt::SensorInstance &instance);
 

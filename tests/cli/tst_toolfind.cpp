@@ -26,6 +26,7 @@ private Q_SLOTS:
     void findsWhatIsAskedFor_data();
     void findsWhatIsAskedFor();
     void tellsEverythingAsJson();
+    void findsTheHiddenVariantsOfAGroup();
     void endsWithCode3WhenThereIsNothing();
     void announcesASensorBeforeTheSearchEnds();
     void givesUpInTime();
@@ -91,6 +92,15 @@ void TestToolFind::tellsEverythingAsJson()
     const QJsonObject parameters = sensor.value(QStringLiteral("parameters")).toObject();
     QCOMPARE(parameters.value(QStringLiteral("IP_RemoteAddr")).toString(), QStringLiteral("192.168.0.10"));
     QCOMPARE(parameters.value(QStringLiteral("IP_InterfaceIdx")).toInt(), 3);
+}
+
+void TestToolFind::findsTheHiddenVariantsOfAGroup()
+{
+    const ToolRunner runner(Benches::of(R"({ "model": "MV420", "name": "MV420-S", "serialNumber": "11",
+        "place": { "interface": "RS232", "port": "COM8", "busAddress": 11 } })"));
+    const ToolResult result = runner.run(words("find --group Morvik --json"));
+    QVERIFY2(result.code == 0, result.err.constData());
+    QCOMPARE(jsonLines(result.out).value(0).value(QStringLiteral("model")).toString(), QStringLiteral("MV420"));
 }
 
 void TestToolFind::endsWithCode3WhenThereIsNothing()

@@ -20,6 +20,8 @@ class TestToolInfo : public QObject
 private Q_SLOTS:
     void tellsWhatASensorIsAndSends();
     void tellsTheSameAsJson();
+    void tellsTheRateOfModelsThatMeasureOnTheirOwn_data();
+    void tellsTheRateOfModelsThatMeasureOnTheirOwn();
     void opensASensorHoweverItIsNamed_data();
     void opensASensorHoweverItIsNamed();
     void asksWhichWhenSeveralAnswer();
@@ -65,6 +67,43 @@ void TestToolInfo::tellsTheSameAsJson()
     QCOMPARE(temperature.value(QStringLiteral("unit")).toString(), QStringLiteral("°C"));
     QCOMPARE(temperature.value(QStringLiteral("rangeMin")).toDouble(), -40.0);
     QCOMPARE(temperature.value(QStringLiteral("major")).toBool(true), false);
+}
+
+void TestToolInfo::tellsTheRateOfModelsThatMeasureOnTheirOwn_data()
+{
+    QTest::addColumn<QByteArray>("model");
+    QTest::addColumn<QByteArray>("settings");
+    QTest::addColumn<double>("rateKhz");
+    QTest::newRow("RG52x at 10 Hz") << QByteArray("RG52x")
+                                    << QByteArray(R"("Autostart": { "SA_AutostartCommand": 2 })") << 0.01;
+    QTest::newRow("RG52x at 50 Hz") << QByteArray("RG52x")
+                                    << QByteArray(R"("Autostart": { "SA_AutostartCommand": 3 })") << 0.05;
+    QTest::newRow("RG53x, distance") << QByteArray("RG53x")
+                                     << QByteArray(R"("MeasFrequency": { "SA_MeasFrequency": 1000 },
+                                                      "Average": { "SA_Average": 10 })")
+                                     << 0.1;
+    QTest::newRow("RG53x, speed") << QByteArray("RG53x")
+                                  << QByteArray(R"("Autostart": { "SA_AutostartCommand": 5 },
+                                                   "MeasFrequency": { "SA_MeasFrequency": 1000 },
+                                                   "Average": { "SA_Average": 10 })")
+                                  << 0.004;
+}
+
+void TestToolInfo::tellsTheRateOfModelsThatMeasureOnTheirOwn()
+{
+    QFETCH(QByteArray, model);
+    QFETCH(QByteArray, settings);
+    QFETCH(double, rateKhz);
+    const ToolRunner runner(Benches::of(R"({ "model": ")" + model + R"(", "serialNumber": "7",
+        "place": { "interface": "RS232", "port": "COM5" }, "settings": { )" +
+                                        settings + " } }"));
+    const ToolResult result =
+        runner.run({QStringLiteral("info"), QStringLiteral("--json"), QStringLiteral("--type"),
+                    QString::fromLatin1(model), QStringLiteral("--port"), QStringLiteral("COM5")});
+    QVERIFY2(result.code == 0, result.err.constData());
+    const QJsonObject frame =
+        QJsonDocument::fromJson(result.out).object().value(QStringLiteral("frame")).toObject();
+    QCOMPARE(frame.value(QStringLiteral("sampleRateKhz")).toDouble(), rateKhz);
 }
 
 void TestToolInfo::opensASensorHoweverItIsNamed_data()

@@ -74,7 +74,7 @@ void TestToolInterrupt::leavesAWholeFile()
     QVERIFY(content.endsWith('\n'));
     const QList<QByteArray> lines = linesOf(content);
     QVERIFY2(
-        terminal.text().contains("\x1b[K" + QByteArray::number(lines.size() - 1) + " frames of 1 values read in "),
+        terminal.text().contains("\x1b[K" + QByteArray::number(lines.size() - 1) + " frames of 1 value read in "),
         terminal.text().constData());
     for (const QByteArray &line : lines)
         QCOMPARE(line.count(','), 1);
