@@ -1,0 +1,127 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Shows, on the simulator's built-in bench and through the command-line tool alone, what the project does.
+# Every step is checked: the script ends with an error when one does not do what it should.
+#
+# Usage: demo.sh <path of sondixqt>
+set -euo pipefail
+unset SONDIX_BENCH # the built-in bench, whatever the caller has set
+
+tool=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+trap 'exit 130' INT TERM
+begun=$SECONDS
+
+bold= plain=
+if [[ -t 1 && -z ${NO_COLOR:-} && ${TERM:-dumb} != dumb ]]; then
+    bold=$'\e[1m' plain=$'\e[0m'
+fi
+
+title() { printf '\n%s== %s%s\n' "$bold" "$*" "$plain"; }
+say() { printf '%s\n' "$@"; }
+fail() {
+    printf 'demo: FAILED: %s\n' "$*" >&2
+    exit 1
+}
+
+show() { printf '\n%s$ sondixqt %s%s\n' "$bold" "$*" "$plain"; }
+
+# run <argument>...: shows the command and runs it.
+run() {
+    show "$@"
+    "$tool" "$@" || fail "it ended with exit code $?"
+}
+
+# run_and_keep <argument>...: what it prints is in $work/out as well.
+run_and_keep() {
+    show "$@"
+    "$tool" "$@" | tee "$work/out" || fail "it did not succeed"
+}
+
+# run_failing <exit code> <argument>...: what it says is in $work/err as well.
+run_failing() {
+    local expected=$1 code=0
+    shift
+    show "$@"
+    "$tool" "$@" 2>"$work/err" || code=$?
+    cat "$work/err" >&2
+    [[ $code -eq $expected ]] || fail "it ended with exit code $code instead of $expected"
+}
+
+# address_of <serial number>: the last column of the line that a search printed for it.
+address_of() {
+    awk -v serial="$1" '{ for (i = 1; i < NF; ++i) if ($i == serial) { print $NF; exit } }' "$work/found"
+}
+
+title "What you are about to see"
+say "Factories measure distances, thicknesses and colours to a thousandth of a millimetre with" \
+    "sensors that hang on serial lines, USB, interface cards or the network. SondixQt is a library" \
+    "that finds such sensors, opens them and reads them; 'sondixqt' is its command-line tool." \
+    "No sensor is needed here: a simulator plays a laboratory full of them, through the very same" \
+    "interface that the real ones are reached by."
+
+title "1. Which sensors are there?"
+say "One search over all seven kinds of interface. Each sensor is announced the moment it answers:" \
+    "where it hangs, its model, its serial number and the address that opens it."
+run_and_keep find --type TX270 --similar
+cp "$work/out" "$work/found"
+say "" "Sensors that share a line or a converter as a bus are asked for as a group."
+run_and_keep find --group KV-BUS
+cat "$work/out" >>"$work/found"
+
+for interface in RS232 Ethernet USB XA100/USB XA100/PCI XA200/PCI XA200/ETH; do
+    grep -q "^$interface " "$work/found" || fail "no sensor was found on $interface"
+done
+count=$(wc -l <"$work/found")
+[[ $count -ge 12 ]] || fail "only $count sensors were found"
+laser=$(address_of 1018001)
+confocal=$(address_of 2421018)
+tracker=$(address_of 7160214)
+bus=$(address_of 3330019)
+[[ -n $laser && -n $confocal && -n $tracker && -n $bus ]] || fail "a sensor of the built-in bench was not found"
+
+title "2. What are they, and what do they send?"
+say "Opening a sensor tells its identity, its settings and, value by value, what a data frame holds." \
+    "A confocal distance sensor in the network:"
+run_and_keep info "$confocal"
+grep -q 'sample rate 1 kHz' "$work/out" || fail "the sample rate is not told"
+grep -q '01INTENSITY1 *0 .. 100 %' "$work/out" || fail "the second value of the frame is not described"
+say "" "A long-range laser on a serial line, and an inclinometer on a bus (only their data frames are shown):"
+for address in "$tracker" "$bus"; do
+    "$tool" info "$address" >"$work/out" || fail "$address could not be opened"
+    printf '\n%s$ sondixqt info %s%s\n' "$bold" "$address" "$plain"
+    sed -n '/^Data frame/,$p' "$work/out" | grep . || fail "$address does not describe its data"
+    grep -q 'sample rate [0-9.]* kHz' "$work/out" || fail "$address does not tell its sample rate"
+done
+
+title "3. What do they measure?"
+say "The long-range laser measures ten times a second. Two seconds of it, as the values come:"
+run read "$tracker" -n 20
+say "" "The laser on COM3 measures 2000 times a second. Three seconds of it go into a CSV file. Now and" \
+    "then it sees no target: such values are errors and are marked as errors, never shown as distances."
+run read "$laser" --duration 3 --csv "$work/values.csv"
+rows=$(($(wc -l <"$work/values.csv") - 1))
+errors=$(grep -c ',error -[0-9]' "$work/values.csv" || true)
+[[ $rows -ge 5500 ]] || fail "only $rows rows were written"
+[[ $errors -gt 0 ]] || fail "no error value was among them"
+say "" "The first lines of the file and the first error in it:"
+head -n 4 "$work/values.csv"
+say "..."
+grep -m 1 -B 1 ',error ' "$work/values.csv"
+
+title "4. And when something is wrong?"
+say "One sentence says what, and the exit code tells scripts. A model that there is not:"
+run_failing 2 find --type TX271
+grep -q "did you mean" "$work/err" || fail "nothing was suggested"
+say "(exit code 2: wrong usage)" "" "A sensor that does not answer:"
+run_failing 4 info TX270@RS232,port=COM17,baudrate=115200
+grep -q "cannot open" "$work/err" || fail "it is not said that the sensor cannot be opened"
+say "(exit code 4: cannot be opened)"
+
+title "5. The sensors are closed"
+say "Each command closed its sensor again, so the next one can have it:"
+run read "$laser" -n 3
+
+title "Done in $((SECONDS - begun)) seconds: $count sensors found, 4 opened, $rows frames written, $errors errors among them."
+say "'build/dev/bin/sondixqt --help' and README.md tell how to go on."
