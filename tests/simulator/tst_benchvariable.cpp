@@ -71,7 +71,7 @@ private Q_SLOTS:
         QCOMPARE(run(file.fileName()).output, (QByteArrayList{"start", "opened mine", "opened mine"}));
     }
 
-    void brokenBenchIsNamedInOneLineAndByGetError()
+    void brokenBenchIsNamedByGetError()
     {
         QTemporaryDir folder;
         QFile file(folder.filePath(QStringLiteral("bench.json")));
@@ -80,18 +80,18 @@ private Q_SLOTS:
         file.close();
         const Told told = run(file.fileName());
         const QByteArray place = file.fileName().toUtf8() + ":3: ";
-        QCOMPARE(told.error.size(), 1);
-        QVERIFY(told.error[0].contains(place) && told.error[0].contains("sede"));
+        QCOMPARE(told.error, QByteArrayList{QByteArray()}); // telling is the caller's affair
         QCOMPARE(told.output.size(), 3);
         QVERIFY2(told.output[1].startsWith("-1 ") && told.output[1].contains(place), told.output[1].constData());
+        QVERIFY(told.output[1].contains("sede"));
         QCOMPARE(told.output[2], told.output[1]);
     }
 
     void absentBenchIsNamedAsWell()
     {
         const Told told = run(QStringLiteral("/absent/bench.json"));
-        QCOMPARE(told.error.size(), 1);
-        QVERIFY(told.error[0].contains("/absent/bench.json"));
+        QCOMPARE(told.error, QByteArrayList{QByteArray()});
+        QCOMPARE(told.output.size(), 3);
         QVERIFY(told.output[1].startsWith("-1 ") && told.output[1].contains("/absent/bench.json"));
     }
 };

@@ -317,6 +317,19 @@ private Q_SLOTS:
         QVERIFY(handle.allParameters() != *fault.answer);
     }
 
+    void givenAnswerMakesAnUnknownCommandSucceed()
+    {
+        Handle handle(41);
+        openDevice(handle, 1);
+        Fault fault;
+        fault.command = "Get_Nonsense";
+        fault.answer = "SA_Sense=1";
+        sondixsim::inject(fault);
+        QCOMPARE(handle.command("Get_Nonsense"), 0);
+        QCOMPARE(handle.error(), 0);
+        QCOMPARE(handle.getInt("SA_Sense"), 1);
+    }
+
     void garbledAnswerIsToldByteForByte()
     {
         Handle handle(41);

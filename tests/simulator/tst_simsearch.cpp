@@ -375,6 +375,16 @@ private Q_SLOTS:
         QCOMPARE(search(handle), (Names{"tcp", "other", "colour"})); // not what hangs behind a converter
     }
 
+    void similarSearchKeepsBusAndConverterApart()
+    {
+        Handle bus(43);
+        bus.set("IP_FindSimilarSensors", 1);
+        QCOMPARE(search(bus), (Names{"bus mv420", "bus gy330", "bus cp740"}));
+        Handle converter(34);
+        converter.set("IP_FindSimilarSensors", 1);
+        QVERIFY(search(converter).count("bus mv420") == 0);
+    }
+
     void unpluggedSensorIsNotFound()
     {
         sondixsim::unplug("tcp");
