@@ -182,7 +182,9 @@ ErrorCode SensorInstance::clearAllParameters(QString *errorText)
 
 ErrorCode SensorInstancePrivate::check(qint32 code, QString *errorText) const
 {
-    q_func()->checkError(ErrorCode(code), errorText, true);
+    // A success that nobody wants to read of is what a transfer has thousands of times a second.
+    if (code != NoError || errorText)
+        q_func()->checkError(ErrorCode(code), errorText, true);
     return ErrorCode(code);
 }
 

@@ -12,10 +12,10 @@ namespace {
 template<typename T>
 void resizeForOverwriting(QVector<T> &values, int count)
 {
-    if (values.isDetached())
-        values.resize(count);
-    else
+    if (!values.isDetached())
         values = QVector<T>(count);
+    else if (values.size() != count)
+        values.resize(count);
 }
 
 template<typename T>
@@ -29,10 +29,11 @@ void shrink(QVector<T> &values, int count)
 
 ErrorCode SensorInstancePrivate::pollMeasures(int &frameValues, QString *errorText)
 {
+    frameValues = frameValueCount;
+    if (!getMeasureNeeded)
+        return NoError;
     QVector<QByteArray> measures;
-    ErrorCode result = NoError;
-    if (getMeasureNeeded)
-        result = getMeasureForKvBusSensors(measures, errorText);
+    const ErrorCode result = getMeasureForKvBusSensors(measures, errorText);
     frameValues = determineOutChannelCount(measures);
     return result;
 }
