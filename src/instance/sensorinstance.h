@@ -197,24 +197,29 @@ public:
     /// \name Measured values
     /// \{
 
-    /// Describes what the sensor sends with every frame; \a info is untouched on failure.
+    /// Describes what the sensor sends with every frame; \a info is untouched on failure. Not locked as a
+    /// whole: one thread at a time.
     ErrorCode transmittedDataInfo(TransmittedDataInfo &info, QString *errorText = nullptr);
-    /// The frame rate in kHz; 0.0 means that it is not known, which is no failure.
+    /// The frame rate in kHz; 0.0 means that it is not known, which is no failure. \a rate is written
+    /// always, with 0.0 on failure; it may be null.
     ErrorCode getSampleRateInKhz(double *rate, QString *errorText = nullptr);
     /// The measuring channels of the sensor.
     int getChannelCount() const;
     /// Whether a value must be asked for before every transfer, which the transfers do themselves.
     bool isGetMeasureNeeded() const;
 
-    /// The number of values (not frames) that wait in the library.
+    /// The number of values (not frames) that wait in the library; never negative.
     ErrorCode dataAvail(int &available, QString *errorText = nullptr);
     /// Takes all waiting scaled values: consecutive frames in the units of SignalInfo::scaledUnit.
     /// \a values keeps its storage from call to call; it is untouched when the count cannot be read.
+    /// This and the two other forms with a vector take 16,777,216 values at most, in whole frames; more
+    /// stay for the next call. A failure of this form is signalled twice.
     ErrorCode transferData(QVector<double> &values, QString *errorText = nullptr);
     /// Takes up to \a count values into the caller's buffers (either may be null) and sets \a count
-    /// to the number taken. \a timestamp is the library's, of this block. Allocates nothing.
+    /// to the number taken. \a timestamp is the library's, of this block, and may be null. Allocates nothing.
     ErrorCode transferData(double *scaled, int *raw, double *timestamp, int &count, QString *errorText = nullptr);
-    /// Takes all waiting raw values.
+    /// Takes all waiting raw values. \a errorText tells of a failing transfer, not of a count that cannot
+    /// be read.
     ErrorCode transferDataRaw(QVector<int> &values, double &timestamp, QString *errorText = nullptr);
     /// Takes all waiting scaled values with the timestamp of the block.
     ErrorCode transferDataScaled(QVector<double> &values, double &timestamp, QString *errorText = nullptr);

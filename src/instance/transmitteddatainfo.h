@@ -58,11 +58,11 @@ struct SONDIXQT_EXPORT TransmittedDataInfo
                         const QVector<SignalInfo> &signalInfos, const QVector<VideoInfo> &videoInfos);
 
     double datarate = -1.0;          ///< frame rate as the sensor reports it
-    int valuesPerFrame = 0;          ///< values of one frame
+    int valuesPerFrame = 0;          ///< values of one frame, as the sensor reports it
     int maxValuesPerFrame = 0;       ///< most values that a frame of this sensor can hold
     int videoSignalCount = 0;        ///< entries in videoSignals
     int reserved = -1;               ///< always -1
-    QVector<SignalInfo> signals;     ///< one entry a value, in frame order
+    QVector<SignalInfo> signals;     ///< one entry a value, in frame order; 16,384 at most
     QVector<VideoInfo> videoSignals; ///< the video signals
 
     /// The field \c signals, for code in which that word is Qt's keyword macro.
