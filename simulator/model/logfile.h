@@ -16,8 +16,8 @@ enum LogKind : std::int32_t { LogConnections = 1, LogCommands = 2, LogErrors = 4
 class LogFile
 {
 public:
-    /// A "%[n]" in the name stands for a number from 0 to n - 1 (to \a count - 1 when that is less and
-    /// not 0): the first file that is not there yet, else the one written longest ago. \a append keeps what the file
+    /// A "%[n]" in the name stands for a number from 0 to n - 1 (to \a count - 1 when that is less and not 0):
+    /// the first file that is not there yet, else the one written longest ago. \a append keeps what the file
     /// holds, \a flush writes every line through. Null when the file cannot be written.
     static std::shared_ptr<LogFile> open(const std::string &name, std::int32_t type, std::int32_t level,
                                          bool append, bool flush, std::int32_t count);

@@ -76,13 +76,15 @@ const std::vector<InterfaceRow> &interfaceRows()
     static const PlaceKey busAddress    {"busAddress",    "IP_SensorAddress",  0,            true};
 
     static const std::vector<InterfaceRow> rows = {
-        {ScanHardware::Rs232,    "RS232",     1,  false, {comPort, baudrate, stopbits, byteSize, parity, busAddress}},
+        {ScanHardware::Rs232,    "RS232",     1,  false, {comPort, baudrate, stopbits, byteSize, parity,
+                                                         busAddress}},
         {ScanHardware::Xa100Usb, "XA100_USB", 8,  false, {device, channel, comPort, cardBaudrate, parity}},
         {ScanHardware::Tcpip,    "TCP/IP",    3,  true,  {remotePort, dataPort, addressFamily}},
         {ScanHardware::Xa200,    "XA200",     6,  false, {card, channel, cardBaudrate, parity}},
         {ScanHardware::WinUsb,   "WinUSB",    7,  false, {device}},
         {ScanHardware::Xa100,    "XA100",     2,  false, {card, channel, cardBaudrate}},
-        {ScanHardware::Xa200Eth, "XA200_ETH", 10, true,  {remotePort, card, device, channel, cardBaudrate, parity, addressFamily}},
+        {ScanHardware::Xa200Eth, "XA200_ETH", 10, true,  {remotePort, card, device, channel, cardBaudrate, parity,
+                                                         addressFamily}},
     };
     // clang-format on
     return rows;

@@ -42,10 +42,7 @@ struct Search::Request
     std::vector<std::int32_t> baudrates; ///< empty: all
 };
 
-Search::Search(std::shared_ptr<const Bench> bench, const ParameterList &staged, std::int32_t handleType,
-               std::uint32_t handle, double now)
-    : m_bench(std::move(bench))
-    , m_start(now)
+Search::Request Search::readRequest(const ParameterList &staged, std::int32_t handleType, std::uint32_t handle)
 {
     Request request;
     const Value *const type = staged.find("IP_SensorType");
@@ -58,13 +55,19 @@ Search::Search(std::shared_ptr<const Bench> bench, const ParameterList &staged, 
         request.baudrates = numbersIn(toText(*baudrates));
     const SensorSpec *const model = modelOfBaseType(request.type % 10000);
     request.onBus = model != nullptr && model->bus;
+    return request;
+}
 
+Search::Search(std::shared_ptr<const Bench> bench, const ParameterList &staged, std::int32_t handleType,
+               std::uint32_t handle, double now)
+    : m_bench(std::move(bench))
+    , m_start(now)
+{
+    const Request request = readRequest(staged, handleType, handle);
+    const SearchTimes &times = m_bench->searchTimes;
     constexpr std::size_t usualBaudrates = 2; // what a scan tries when it is told none
-    const auto &times = m_bench->searchTimes;
-    double rs232 =
-        times.rs232 * static_cast<double>(request.baudrates.empty() ? usualBaudrates : request.baudrates.size());
-    if (request.onBus)
-        rs232 += request.quickBus ? times.quickBus : times.bus;
+    const std::size_t baudrates = request.baudrates.empty() ? usualBaudrates : request.baudrates.size();
+    const double bus = request.quickBus ? times.quickBus : times.bus;
     const struct
     {
         ScanHardware hardware;
@@ -75,26 +78,31 @@ Search::Search(std::shared_ptr<const Bench> bench, const ParameterList &staged, 
         {ScanHardware::WinUsb, "IP_ScanHWWinUSB", times.winUsb},
         {ScanHardware::DriverXUsb, "IP_ScanHWDriverX_USB", times.driverXUsb},
         {ScanHardware::UsbIo, "IP_ScanHWUSBIO", times.usbIo},
-        {ScanHardware::Rs232, "IP_ScanHWRS232", rs232},
+        {ScanHardware::Rs232, "IP_ScanHWRS232",
+         times.rs232 * static_cast<double>(baudrates) + (request.onBus ? bus : 0.0)},
         {ScanHardware::Xa100Usb, "IP_ScanHWXA100_USB", times.xa100Usb},
         {ScanHardware::Xa100, "IP_ScanHWXA100", times.xa100},
         {ScanHardware::Xa200, "IP_ScanHWXA200", times.xa200},
         {ScanHardware::Xa200Eth, "IP_ScanHWXA200_ETH", times.xa200Eth},
     };
     for (const auto &scan : scans) {
-        if (!flag(staged, scan.parameter, true))
-            continue;
-        std::vector<std::shared_ptr<Sensor>> there;
-        for (const auto &sensor : m_bench->sensors) {
-            if (sensor->spec().place.interface->hardware == scan.hardware && isWanted(*sensor, request))
-                there.push_back(sensor);
-        }
-        const double step = scan.duration / static_cast<double>(there.size() + 1);
-        for (std::size_t i = 0; i < there.size(); ++i)
-            m_hits.push_back({m_duration + step * static_cast<double>(i + 1), there[i]});
-        m_duration += scan.duration;
+        if (flag(staged, scan.parameter, true))
+            plan(scan.hardware, scan.duration, request);
     }
     update(now);
+}
+
+void Search::plan(ScanHardware hardware, double duration, const Request &request)
+{
+    std::vector<std::shared_ptr<Sensor>> there;
+    for (const auto &sensor : m_bench->sensors) {
+        if (sensor->spec().place.interface->hardware == hardware && isWanted(*sensor, request))
+            there.push_back(sensor);
+    }
+    const double step = duration / static_cast<double>(there.size() + 1);
+    for (std::size_t i = 0; i < there.size(); ++i)
+        m_hits.push_back({m_duration + step * static_cast<double>(i + 1), there[i]});
+    m_duration += duration;
 }
 
 bool Search::isWanted(const Sensor &sensor, const Request &request) const

@@ -11,7 +11,7 @@ namespace sondixsim::model {
 
 class Sensor;
 struct Bench;
-struct Place;
+enum class ScanHardware;
 
 /// Seconds of bench time that scanning takes.
 struct SearchTimes
@@ -49,6 +49,9 @@ private:
         std::shared_ptr<Sensor> sensor;
     };
     struct Request;
+    static Request readRequest(const ParameterList &staged, std::int32_t handleType, std::uint32_t handle);
+    /// Appends what scanning one interface will find, spread over its time.
+    void plan(ScanHardware hardware, double duration, const Request &request);
     bool isWanted(const Sensor &sensor, const Request &request) const;
 
     std::shared_ptr<const Bench> m_bench;

@@ -26,7 +26,7 @@ public:
 
     /// The handle that has it open, 0 when none has.
     std::uint32_t owner() const { return m_owner.load(std::memory_order_acquire); }
-    bool claim(std::uint32_t handle); ///< false when another handle has it, or a member, open
+    bool claim(std::uint32_t handle); ///< false when another handle has it or a member open
 
     void open(double now);
     void close();
@@ -36,7 +36,7 @@ public:
                      double *timestamp);
     Outcome command(const std::string &name, const ParameterList &staged, double now, ParameterList &answers);
 
-    /// False when the sensor is not open. Of \a raw and \a scaled one may be empty, it then follows from the other.
+    /// False when the sensor is not open. One of \a raw and \a scaled may be empty and follows from the other.
     bool push(double now, const std::vector<std::int32_t> &raw, const std::vector<double> &scaled,
               double timestamp);
     std::uint64_t lostFrames(double now);
