@@ -14,7 +14,7 @@ using namespace scriptedsearch;
 namespace {
 
 /// The signals of the finder as lines that Recorder writes, all of which come in a search of two types
-/// of which the second cannot be created, with one sensor found.
+/// of which the second cannot be created, with sensors found one alone and two at once.
 QStringList signalLines()
 {
     return {
@@ -24,6 +24,7 @@ QStringList signalLines()
         QStringLiteral("status 1"),
         QStringLiteral("found 1"),
         QStringLiteral("progress 25"),
+        QStringLiteral("found 2"),
         QStringLiteral("progress 50"),
         QStringLiteral("text Skipping device scan for:  Oscura CC480 ..."),
         QStringLiteral("status 2"),
@@ -133,11 +134,11 @@ void TestSensorFinderSlots::stoppingFromAnySlotEndsTheSearch_data()
     QTest::addColumn<SensorFinder::Status>("status");
     const QStringList lines = signalLines();
     for (int i = 0; i < lines.size(); ++i) {
-        // From the fourth signal to the seventh there is a search that can be aborted; later there is no
+        // From the fourth signal to the eighth there is a search that can be aborted; later there is no
         // instance to abort it with.
-        const bool isSearching = i >= 3 && i <= 6;
+        const bool isSearching = i >= 3 && i <= 7;
         QTest::addRow("%s", qPrintable(lines[i]))
-            << lines[i] << int(isSearching) << (i <= 6 ? SensorFinder::Ready : SensorFinder::Error);
+            << lines[i] << int(isSearching) << (i <= 7 ? SensorFinder::Ready : SensorFinder::Error);
     }
 }
 
