@@ -1,25 +1,50 @@
 // SPDX-License-Identifier: MIT
 #include "scriptedsearch.h"
 
-#include <QSignalSpy>
 #include <QThread>
 
-#include <atomic>
+#include <condition_variable>
 #include <functional>
-#include <memory>
+#include <mutex>
 #include <set>
+#include <thread>
 
 using namespace SondixQt;
 using namespace scriptedsearch;
 
+// Threads are joined and handed over with the standard library's means: unlike Qt's they are seen by
+// the thread sanitizer.
 namespace {
 
 void runInAnotherThread(const std::function<void()> &function)
 {
-    const std::unique_ptr<QThread> thread(QThread::create(function));
-    thread->start();
-    thread->wait();
+    std::thread(function).join();
 }
+
+/// Counts what one thread has sent, so that another one waits for it before it looks.
+class Handover
+{
+public:
+    void send()
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        ++sent;
+        changed.notify_all();
+    }
+
+    void receive()
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        ++received;
+        changed.wait(lock, [this] { return sent >= received; });
+    }
+
+private:
+    std::mutex mutex;
+    std::condition_variable changed;
+    int sent = 0;
+    int received = 0;
+};
 
 } // namespace
 
@@ -104,15 +129,16 @@ void TestSensorFinderThreads::anotherThreadCanWaitForASlot()
     answerProgress({{"100.0"}});
     SensorFinder finder;
     Recorder recorder(finder);
-    std::atomic_bool wasSearching{false};
-    const std::unique_ptr<QThread> thread(QThread::create([&] {
+    const SensorType type = TX270;
+    bool wasSearching = false;
+    std::thread thread([&] {
         QMetaObject::invokeMethod(&finder, "startSearch", Qt::BlockingQueuedConnection,
-                                  Q_ARG(SondixQt::SensorType, SondixQt::TX270));
+                                  Q_ARG(SondixQt::SensorType, type));
         wasSearching = sentCommands().contains(QStringLiteral("Start_FindSensor"));
-    }));
-    thread->start();
-    QVERIFY(recorder.waitForEnd());
-    QVERIFY(thread->wait(waitLimit));
+    });
+    const bool ended = recorder.waitForEnd();
+    thread.join();
+    QVERIFY(ended);
     QVERIFY(wasSearching);
 }
 
@@ -120,22 +146,37 @@ void TestSensorFinderThreads::foundSensorsReachAnotherThread()
 {
     findAtOnce({"IP_SensorType=41 SA_SerialNumber=\"1\"", "IP_SensorType=41 SA_SerialNumber=\"2\""});
     SensorFinder finder;
-    Recorder recorder(finder);
     QThread thread;
     QObject receiver;
+    Handover foundHandover;
+    Handover statusHandover;
+    Handover end;
     QStringList serials;
     QList<SensorFinder::Status> states;
     connect(&finder, &SensorFinder::sensorFound, &receiver, [&](const SensorInfo &info) {
+        foundHandover.receive();
         serials << info.getParameter(QStringLiteral("SA_SerialNumber")).toString();
     });
-    connect(&finder, &SensorFinder::statusChanged, &receiver,
-            [&](SensorFinder::Status status) { states << status; });
-    connect(&finder, &SensorFinder::searchFinished, &receiver, [&] { thread.quit(); });
+    connect(&finder, &SensorFinder::statusChanged, &receiver, [&](SensorFinder::Status status) {
+        statusHandover.receive();
+        states << status;
+    });
+    connect(&finder, &SensorFinder::searchFinished, &receiver, [&] {
+        thread.quit();
+        end.send();
+    });
     receiver.moveToThread(&thread);
+    connect(&finder, &SensorFinder::sensorFound, &finder, [&] { foundHandover.send(); });
+    connect(&finder, &SensorFinder::statusChanged, &finder, [&] { statusHandover.send(); });
+    Recorder recorder(finder);
     thread.start();
     finder.startSearch(TX270);
-    QVERIFY(recorder.waitForEnd());
+    const bool ended = recorder.waitForEnd();
+    if (!ended)
+        thread.quit();
     QVERIFY(thread.wait(waitLimit));
+    QVERIFY(ended);
+    end.receive();
     QCOMPARE(serials, QStringList({QStringLiteral("1"), QStringLiteral("2")}));
     QCOMPARE(states,
              QList<SensorFinder::Status>({SensorFinder::Searching, SensorFinder::Ready, SensorFinder::Ready}));
@@ -146,19 +187,25 @@ void TestSensorFinderThreads::aFinderCanLiveInAnotherThread()
     findAtOnce({"IP_SensorType=41 SA_SerialNumber=\"1\""});
     QThread thread;
     auto *finder = new SensorFinder;
-    QSignalSpy found(finder, &SensorFinder::sensorFound);
-    QSignalSpy finished(finder, &SensorFinder::searchFinished);
+    Handover end;
+    QList<SensorType> found;
+    connect(finder, &SensorFinder::sensorFound, finder,
+            [&](const SensorInfo &info) { found << info.sensorType(); });
     connect(finder, &SensorFinder::searchFinished, finder, &QObject::deleteLater);
-    connect(
-        finder, &QObject::destroyed, &thread, [&thread] { thread.quit(); }, Qt::DirectConnection);
+    connect(finder, &QObject::destroyed, finder, [&] {
+        thread.quit();
+        end.send();
+    });
+    connect(&thread, &QThread::started, finder, [finder] { finder->startSearch(TX270); });
     finder->moveToThread(&thread);
     thread.start();
-    QVERIFY(QMetaObject::invokeMethod(finder, "startSearch", Qt::QueuedConnection,
-                                      Q_ARG(SondixQt::SensorType, SondixQt::TX270)));
     QVERIFY(thread.wait(waitLimit));
-    QCOMPARE(finished.count(), 1);
-    QCOMPARE(found.count(), 1);
-    QCOMPARE(found.first().first().value<SensorInfo>().sensorType(), TX270);
+    end.receive();
+    QCOMPARE(found, QList<SensorType>({TX270}));
+    std::set<unsigned> threads;
+    for (const sondixsim::Call &call : sondixsim::calls())
+        threads.insert(call.thread);
+    QCOMPARE(threads.size(), std::size_t(1));
 }
 
 QTEST_GUILESS_MAIN(TestSensorFinderThreads)
