@@ -69,7 +69,7 @@ ErrorCode SensorInstance::transferData(QVector<double> &values, QString *errorTe
     result = d->announcedValues(frameValues, count, errorText);
     if (result == NoError) {
         resizeForOverwriting(values, count);
-        int read = count;
+        int read = 0;
         result = d->check(::TransferData(d->handle, nullptr, values.data(), count, &read), errorText);
         shrink(values, transferredValues(read, count));
     }
@@ -87,11 +87,11 @@ ErrorCode SensorInstance::transferData(double *scaled, int *raw, double *timesta
         return polled;
 
     const int capacity = qMax(count, 0);
-    count = capacity;
+    int read = 0;
     double unwanted = 0.0;
     const ErrorCode result = d->check(
-        ::TransferDataTS(d->handle, raw, scaled, capacity, &count, timestamp ? timestamp : &unwanted), errorText);
-    count = transferredValues(count, capacity);
+        ::TransferDataTS(d->handle, raw, scaled, capacity, &read, timestamp ? timestamp : &unwanted), errorText);
+    count = transferredValues(read, capacity);
     return result;
 }
 
@@ -110,9 +110,9 @@ ErrorCode SensorInstance::transferDataRaw(QVector<int> &values, double &timestam
         return result;
     resizeForOverwriting(values, count);
     if (count == 0)
-        return NoError;
+        return d->check(NoError, errorText);
 
-    int read = count;
+    int read = 0;
     result = d->check(::TransferDataTS(d->handle, values.data(), nullptr, count, &read, &timestamp), errorText);
     shrink(values, transferredValues(read, count));
     return result;
@@ -139,7 +139,7 @@ ErrorCode SensorInstance::transferDataScaled(QVector<double> &values, double &ti
 
     // The library logs the raw values only where it is asked for them.
     int *raw = d->loggingEnabled ? d->rawBuffer.data() : nullptr;
-    int read = count;
+    int read = 0;
     result = d->check(::TransferDataTS(d->handle, raw, values.data(), count, &read, &timestamp), errorText);
     shrink(values, transferredValues(read, count));
     return result;

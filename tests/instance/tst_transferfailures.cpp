@@ -111,9 +111,10 @@ void TestTransferFailures::transferOfScaledVector()
     scriptFailure("TransferData", -41);
     QSignalSpy messages(&sensor.instance, &SensorInstance::errorMessage);
     CallRecorder recorder;
-    QVector<double> values;
+    QVector<double> values(6, 1.5); // a block that was read before must not pass for a new one
     QString errorText;
     QCOMPARE(sensor->transferData(values, &errorText), ErrorCode(-41));
+    QCOMPARE(values, QVector<double>());
     QCOMPARE(errorText, name(scriptedFailure));
     QCOMPARE(messages.size(), 2);
     QCOMPARE(recorder.take(),
@@ -132,6 +133,7 @@ void TestTransferFailures::transferOfBuffers()
     int count = 3;
     QString errorText;
     QCOMPARE(sensor->transferData(scaled, nullptr, &timestamp, count, &errorText), ErrorCode(-41));
+    QCOMPARE(count, 0);
     QCOMPARE(errorText, name(scriptedFailure));
     QCOMPARE(messages.size(), 1);
     QCOMPARE(recorder.take(), QStringList({name("TransferDataTS(null, scaled, 3)"), getError}));
@@ -144,10 +146,11 @@ void TestTransferFailures::transferOfRawVector()
     scriptFailure("TransferDataTS", -41);
     QSignalSpy messages(&sensor.instance, &SensorInstance::errorMessage);
     CallRecorder recorder;
-    QVector<int> values;
+    QVector<int> values(6, 15);
     double timestamp = 0.0;
     QString errorText = old;
     QCOMPARE(sensor->transferDataRaw(values, timestamp, &errorText), ErrorCode(-41));
+    QCOMPARE(values, QVector<int>());
     QCOMPARE(errorText, name(scriptedFailure));
     QCOMPARE(messages.size(), 1);
     QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), name("TransferDataTS(raw, null, 6)"), getError}));
