@@ -27,13 +27,16 @@ class SensorInstancePrivate;
 /// \par Results
 /// Every operation that reaches the sensor returns an ErrorCode (0: done) and takes an optional
 /// \c errorText: cleared on success, filled with the sensor-access library's own text on failure.
-/// A null pointer means that no text is wanted. Failures are signalled by errorMessage() as well.
+/// A null pointer means that no text is wanted. Failures are signalled by errorMessage() as well. A
+/// failure for which the library knows no error of its own leaves the text alone. open() may succeed
+/// with a text: that of the sensor's information, which could not be read.
 ///
 /// \par Threads
 /// Commands, open() and the transfers hold the instance's recursive mutex for their whole sequence,
-/// so several threads may issue them on one instance. Construction, destruction, close(), release(),
-/// move assignment and the info parameters are not locked: keep them to one thread at a time.
-/// All calls block until the sensor has answered.
+/// so several threads may issue them on one instance. Operations that send several commands
+/// (transmittedDataInfo() on models with video, for one) let others in between. Construction,
+/// destruction, close(), release(), move assignment, the info parameters and the plain accessors are
+/// not locked: keep them to one thread at a time. All calls block until the sensor has answered.
 ///
 /// \par Parameter maps
 /// Keys are the sensor-access library's names: "IP_" (interface), "SP_" (sent with a command), "SA_"
@@ -119,8 +122,9 @@ public:
     /// Staged as the integer 0 or 1.
     ErrorCode sendCommand(const QString &command, const QString &parameterName, bool value,
                           QString *errorText = nullptr);
-    /// A string literal would silently become true: use QStringLiteral.
-    ErrorCode sendCommand(const QString &command, const QString &parameterName, const char *value,
+    /// Any pointer, a string literal or a forgotten value's \c errorText, would silently become true.
+    template<typename T>
+    ErrorCode sendCommand(const QString &command, const QString &parameterName, T *value,
                           QString *errorText = nullptr) = delete;
 
     /// Wraps a pointer for the \c results map of sendCommand. \a T is bool, int, double, QString,
@@ -190,7 +194,7 @@ public:
     ErrorCode enableLogging(const QString &fileName, int count = 0, QString *errorText = nullptr);
     ErrorCode disableLogging(QString *errorText = nullptr);
     void logToFile(LogLevel level, const QString &source, const QString &message);
-    /// Whether logging is switched on.
+    /// Whether logging was asked for, also when that failed.
     bool GetLogging() const;
     /// \}
 
@@ -201,7 +205,8 @@ public:
     /// whole: one thread at a time.
     ErrorCode transmittedDataInfo(TransmittedDataInfo &info, QString *errorText = nullptr);
     /// The frame rate in kHz; 0.0 means that it is not known, which is no failure. \a rate is written
-    /// always, with 0.0 on failure; it may be null.
+    /// always, with 0.0 on failure; it may be null. A sensor that tells nonsense may make it infinite or
+    /// not a number.
     ErrorCode getSampleRateInKhz(double *rate, QString *errorText = nullptr);
     /// The measuring channels of the sensor.
     int getChannelCount() const;
@@ -231,7 +236,9 @@ public:
     void checkError(ErrorCode code, QString *errorText, bool emitSignal) const;
 
 Q_SIGNALS:
-    /// A call failed: the library's last error and its text. Emitted on the thread of that call.
+    /// A call failed: the library's last error and its text. Emitted on the thread of that call, while
+    /// it holds the instance's mutex: a slot may send commands, but must neither wait for another
+    /// thread that uses the instance nor delete the instance (deleteLater() is fine).
     void errorMessage(SondixQt::ErrorCode errorCode, const QString &text);
 
 protected:

@@ -92,11 +92,16 @@ private:
 };
 
 /// The RG52x models: after every command the distance tracking is started again, best effort.
+///
+/// A result of 0 says that the action after the command went well; of the command itself that is true
+/// for sendCommand(command) only. A command with maps or results that failed shows in errorMessage().
 class SONDIXQT_EXPORT SpecialSensorInstanceRG52x : public SpecialSensorInstance
 {
     Q_OBJECT
 public:
     explicit SpecialSensorInstanceRG52x(unsigned long handle = 0);
+    /// A type is no handle; the type of these models is known.
+    explicit SpecialSensorInstanceRG52x(SensorType) = delete;
     ~SpecialSensorInstanceRG52x() override;
 
     /// The tracking mode that is started again after a command; -1 until it was learnt or set.
@@ -113,11 +118,15 @@ private:
 };
 
 /// The RG53x models: tracking is stopped before every command and started again after it.
+///
+/// \copydetails SpecialSensorInstanceRG52x
 class SONDIXQT_EXPORT SpecialSensorInstanceRG531 : public SpecialSensorInstance
 {
     Q_OBJECT
 public:
     explicit SpecialSensorInstanceRG531(unsigned long handle = 0);
+    /// A type is no handle; the type of these models is known.
+    explicit SpecialSensorInstanceRG531(SensorType) = delete;
     ~SpecialSensorInstanceRG531() override;
 
     /// \copydoc SpecialSensorInstanceRG52x::getTrackingMode

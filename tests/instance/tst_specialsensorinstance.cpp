@@ -118,6 +118,10 @@ const QStringList &forms()
 
 } // namespace
 
+// A type given where a handle is meant would adopt, and in the end release, somebody else's handle.
+static_assert(!std::is_constructible_v<SpecialSensorInstanceRG52x, SensorType>);
+static_assert(!std::is_constructible_v<SpecialSensorInstanceRG531, SensorType>);
+
 /// Actions around commands, and those of the RG models.
 class SpecialSensorInstanceTest : public QObject
 {
@@ -431,6 +435,8 @@ void SpecialSensorInstanceTest::rg52xFailedLearningIsReturned()
     QCOMPARE(int(sensor.sendCommand(name("Do_X"))), -34);
     QCOMPARE(commands(recorder), QStringList({name("Do_X"), name("Get_Autostart")}));
     QCOMPARE(sensor.getTrackingMode(), -1);
+    QCOMPARE(int(sensor.sendCommand(name("Do_X"), Parameters{{name("SP_X"), 1}})), -34);
+    QCOMPARE(commands(recorder), QStringList({name("Do_X"), name("Get_Autostart")}));
 }
 
 void SpecialSensorInstanceTest::rg52xUnknownModeSendsAnEmptyName()
