@@ -7,6 +7,10 @@
 
 namespace SondixQt {
 
+/// No setup holds more sensors: a larger count is a mistake, of a caller or of a sensor, that must not
+/// eat the memory.
+constexpr int maxSensorCount = 10000;
+
 /// The integer that an answer holds. A number that no int can hold reads as 0: QVariant's own
 /// conversion of it is undefined for a double and takes the low bits of a text's.
 inline int intAnswer(const QVariant &value)

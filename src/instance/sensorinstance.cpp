@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sensorinstance.h"
 
+#include "answervalue_p.h"
 #include "instancelog_p.h"
 #include "sensorinstance_p.h"
 #include "sondixapi_p.h"
@@ -14,9 +15,6 @@ using Lock = std::lock_guard<std::recursive_mutex>;
 
 constexpr int errorTextSize = 4096;
 
-/// No setup holds more sensors: a larger "IP_SensorCount" is a mistake that must not eat the memory.
-constexpr int maxSensorCount = 10000;
-
 SensorType baseTypeOf(SensorType type)
 {
     return type == File ? File : SensorType(type % 10000);
@@ -24,8 +22,22 @@ SensorType baseTypeOf(SensorType type)
 
 int sensorCount(const QMap<QString, QVariant> &parameters)
 {
-    return qMin(parameters.value(QStringLiteral("IP_SensorCount"), 1).toInt(), maxSensorCount);
+    return qMin(intAnswer(parameters.value(QStringLiteral("IP_SensorCount"), 1)), maxSensorCount);
 }
+
+/// Queued connections, and callers that name types by their text, find the types under these names.
+void registerMetaTypes()
+{
+    qRegisterMetaType<ErrorCode>("ErrorCode");
+    qRegisterMetaType<ErrorCode>("SondixQt::ErrorCode");
+    qRegisterMetaType<bool *>("bool *");
+    qRegisterMetaType<int *>("int *");
+    qRegisterMetaType<double *>("double *");
+    qRegisterMetaType<QString *>("QString *");
+    qRegisterMetaType<QByteArray *>("QByteArray *");
+    qRegisterMetaType<QVariant *>("QVariant *");
+}
+Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
 
 } // namespace
 
@@ -168,9 +180,7 @@ void SensorInstancePrivate::readSensorInformation(const QMap<QString, QVariant> 
 ErrorCode SensorInstance::close(QString *errorText)
 {
     Q_D(SensorInstance);
-    if (d->sensorType == File)
-        return NoError;
-    return d->check(CloseSensor(d->handle), errorText);
+    return d->check(d->sensorType == File ? NoError : CloseSensor(d->handle), errorText);
 }
 
 ErrorCode SensorInstance::clearAllParameters(QString *errorText)

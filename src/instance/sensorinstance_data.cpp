@@ -13,9 +13,6 @@ namespace {
 // count from filling the memory with empty descriptions.
 constexpr int maxSignalsPerFrame = 16384;
 
-// A multi-sensor joins a few dozen sensors at most.
-constexpr int maxSensorCount = 4096;
-
 constexpr int speedTrackingMode = 5;
 
 using Answer = QMap<QString, QVariant>;
@@ -168,7 +165,7 @@ double frequencyRate(const SensorInstance &instance)
 
 /// What the sensor does not answer stays -1, which means an unknown rate: the command's own result
 /// is of no interest.
-double averagedRate(SensorInstance &instance, const SampleRateRow &row, QString *errorText)
+double averagedRate(SensorInstance &instance, const SampleRateRow &row)
 {
     int rateIndex = -1;
     int averageType = -1;
@@ -177,7 +174,7 @@ double averagedRate(SensorInstance &instance, const SampleRateRow &row, QString 
                          {{QStringLiteral("SA_SRIndex"), SensorInstance::resultPointer(&rateIndex)},
                           {QStringLiteral("SA_AvrType"), SensorInstance::resultPointer(&averageType)},
                           {QStringLiteral("SA_AvrNbr"), SensorInstance::resultPointer(&averageNumber)}},
-                         errorText, SensorInstance::ReadAfterSuccess);
+                         nullptr, SensorInstance::ReadAfterSuccess);
     return rateOfIndexAndAverage(rateIndex, averageType, averageNumber);
 }
 
@@ -204,7 +201,7 @@ ErrorCode readRate(SensorInstance &instance, const SampleRateRow &row, double &r
         rate = frequencyRate(instance);
         break;
     case SampleRateRule::IndexAndAverage:
-        rate = averagedRate(instance, row, errorText);
+        rate = averagedRate(instance, row);
         break;
     }
     return result;
@@ -218,6 +215,7 @@ ErrorCode SensorInstance::getSampleRateInKhz(double *rate, QString *errorText)
     double unwanted = 0.0;
     double &result = rate ? *rate : unwanted;
     result = 0.0;
+    d->check(NoError, errorText);
     if (const std::optional<double> fixed = fixedSampleRate(d->sensorType)) {
         result = *fixed;
         return NoError;
@@ -272,7 +270,8 @@ ErrorCode SensorInstancePrivate::getMeasureForKvBusSensors(QVector<QByteArray> &
     Q_Q(SensorInstance);
     const QString command = QStringLiteral("Get_Measure");
     if (getMeasureNeeded && baseType() == SensorType::MultiSensor) {
-        for (const int number : qAsConst(getMeasureSensorNumbers)) {
+        const QVector<int> numbers = getMeasureSensorNumbers; // a slot may re-open the setup meanwhile
+        for (const int number : numbers) {
             const ErrorCode result =
                 q->sendCommand(command, {{QStringLiteral("IP_SensorIndex"), number}}, errorText);
             if (result != NoError)

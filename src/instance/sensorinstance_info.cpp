@@ -11,7 +11,7 @@ void SensorInstance::addInfoParameters(const QMap<QString, QVariant> &map, int s
     Q_D(SensorInstance);
     if (map.isEmpty())
         return;
-    const int element = sensorIndex - 1;
+    const int element = sensorIndex > 0 ? sensorIndex - 1 : -1;
     if (element >= 0 && element < d->infoParameters.size()) {
         QMap<QString, QVariant> &known = d->infoParameters[element];
         for (auto it = map.cbegin(); it != map.cend(); ++it)
@@ -54,6 +54,7 @@ const QVector<QMap<QString, QVariant>> &SensorInstance::getInfoParameters() cons
 void SensorInstance::storeInterfaceParameters(const QMap<QString, QVariant> &parameters)
 {
     Q_D(SensorInstance);
+    const std::lock_guard<std::recursive_mutex> lock(d->mutex);
     d->interfaceParameters = parameters;
     d->tcpInterface =
         parameters.value(QStringLiteral("IP_Interface")).toString().contains(interfaceName(TCPIP, true));
@@ -62,6 +63,7 @@ void SensorInstance::storeInterfaceParameters(const QMap<QString, QVariant> &par
 QMap<QString, QVariant> SensorInstance::storedInterfaceParameters() const
 {
     Q_D(const SensorInstance);
+    const std::lock_guard<std::recursive_mutex> lock(d->mutex);
     return d->interfaceParameters;
 }
 

@@ -73,7 +73,7 @@ public:
     quint32 handle = 0;
     QMap<QString, QVariant> interfaceParameters;
     QVector<QMap<QString, QVariant>> infoParameters;
-    std::recursive_mutex mutex;
+    mutable std::recursive_mutex mutex;
     bool tcpInterface = false;
 
     bool triggerSupported = false;

@@ -92,12 +92,20 @@ ErrorCode SensorInstancePrivate::setParameters(const QMap<QString, QVariant> &pa
 
 ErrorCode SensorInstancePrivate::getParameter(const QString &name, int &value, QString *errorText)
 {
-    return check(GetParameterInt(handle, name.toLatin1().constData(), &value), errorText);
+    int32_t answer = 0;
+    const ErrorCode result = check(GetParameterInt(handle, name.toLatin1().constData(), &answer), errorText);
+    if (result == NoError)
+        value = answer;
+    return result;
 }
 
 ErrorCode SensorInstancePrivate::getParameter(const QString &name, double &value, QString *errorText)
 {
-    return check(GetParameterDouble(handle, name.toLatin1().constData(), &value), errorText);
+    double answer = 0.0;
+    const ErrorCode result = check(GetParameterDouble(handle, name.toLatin1().constData(), &answer), errorText);
+    if (result == NoError)
+        value = answer;
+    return result;
 }
 
 ErrorCode SensorInstancePrivate::getParameter(const QString &name, QByteArray &value, QString *errorText)
@@ -192,8 +200,12 @@ ErrorCode SensorInstancePrivate::getAllParameters(QMap<QString, QVariant> &out, 
     out = parseAllParameters(decodeText(answer));
 
     const auto controller = out.find(QStringLiteral("SA_ControllerName"));
-    if (controller != out.end())
-        *controller = busSensorModel(controller->toString());
+    if (controller != out.end()) {
+        const QString reported = controller->toString();
+        const QString model = busSensorModel(reported);
+        if (model != reported)
+            *controller = model;
+    }
     if (sensorType > 10000 &&
         confirmsModel(sensorName(sensorType, true), out.value(QStringLiteral("SA_Sensor")).toString()))
         out.insert(QStringLiteral("IP_SensorType"), int(sensorType));

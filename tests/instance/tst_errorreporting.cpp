@@ -7,6 +7,9 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <atomic>
+#include <thread>
+
 using namespace SondixQt;
 
 namespace {
@@ -43,6 +46,8 @@ private Q_SLOTS:
     void signalCarriesTheLibrarysOwnLastError();
     void unexplainedFailureLeavesTextAndSignalAlone();
     void textIsWindows1250AndBounded();
+    void slotMaySendCommands();
+    void everyThreadGetsItsOwnText();
     void codesPassUnchanged_data();
     void codesPassUnchanged();
 };
@@ -141,6 +146,38 @@ void ErrorReportingTest::textIsWindows1250AndBounded()
     failCommand("Get_X", -12, std::string(10000, 'x').c_str());
     sensor->sendCommand(name("Get_X"), &text);
     QVERIFY(text.size() >= 4095 && text.size() <= 4096);
+}
+
+void ErrorReportingTest::slotMaySendCommands()
+{
+    OpenSensorInstance sensor(TX270);
+    failCommand("Get_X", -12, "too hot");
+    bool open = false;
+    connect(sensor.get(), &SensorInstance::errorMessage, this, [&] { open = sensor->isOpen(); });
+    QString text;
+    QCOMPARE(int(sensor->sendCommand(name("Get_X"), &text)), -12);
+    QVERIFY(open);
+    QCOMPARE(text, name("too hot"));
+}
+
+void ErrorReportingTest::everyThreadGetsItsOwnText()
+{
+    OpenSensorInstance sensor(TX270);
+    failCommand("Get_A", -1, "failure of A");
+    failCommand("Get_B", -2, "failure of B");
+    std::atomic<int> mixedUp{0};
+    const auto work = [&](const QString &command, int code, const QString &expected) {
+        for (int i = 0; i < 500; ++i) {
+            QString text;
+            if (sensor->sendCommand(command, &text) != code || text != expected)
+                ++mixedUp;
+        }
+    };
+    std::thread first(work, name("Get_A"), -1, name("failure of A"));
+    std::thread second(work, name("Get_B"), -2, name("failure of B"));
+    first.join();
+    second.join();
+    QCOMPARE(mixedUp.load(), 0);
 }
 
 void ErrorReportingTest::codesPassUnchanged_data()

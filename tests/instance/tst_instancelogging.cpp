@@ -114,6 +114,15 @@ void InstanceLoggingTest::failedSwitchIsReported()
     QCOMPARE(int(sensor.enableLogging(folder.filePath(name("a.log")), 0, &errorText)), -20);
     QCOMPARE(errorText, name("cannot write"));
     QVERIFY(sensor.GetLogging());
+
+    // The application's line goes before the question for the error.
+    setUsedByApplicationName(name("Line 4"));
+    CallRecorder recorder;
+    QCOMPARE(int(sensor.enableLogging(folder.filePath(name("a.log")), 0, &errorText)), -20);
+    const QStringList calls = recorder.take();
+    QCOMPARE(calls.size(), 3);
+    QVERIFY(calls.at(1).startsWith(name("LogToFile(32, ")));
+    QCOMPARE(calls.at(2), name("GetError(4096)"));
 }
 
 void InstanceLoggingTest::switchingOffSendsACommand()

@@ -48,6 +48,7 @@ private Q_SLOTS:
     void failedReadOfTheWholeAnswerLeavesTheMap();
     void controllerAliasesAreReplaced_data();
     void controllerAliasesAreReplaced();
+    void otherControllerNamesStayAsTheyAre();
     void busModelIsConfirmedInTheWholeAnswer_data();
     void busModelIsConfirmedInTheWholeAnswer();
     void subclassSeesTheCommandsInsideSequences();
@@ -382,26 +383,39 @@ void SensorCommandsTest::textsAreWindows1250AndEndAtTheirZero()
 void SensorCommandsTest::absurdLengthsDoNoHarm_data()
 {
     QTest::addColumn<int>("length");
-    QTest::newRow("none") << 0;
-    QTest::newRow("two gigabytes") << 0x7fffffff;
-    QTest::newRow("four gigabytes") << -1;
+    QTest::addColumn<int>("buffer");
+    QTest::newRow("none") << 0 << 0;
+    QTest::newRow("a few") << 100 << 100;
+    QTest::newRow("two gigabytes") << 0x7fffffff << 64 * 1024 * 1024;
+    QTest::newRow("four gigabytes") << -1 << 64 * 1024 * 1024;
 }
 
 void SensorCommandsTest::absurdLengthsDoNoHarm()
 {
     QFETCH(int, length);
+    QFETCH(int, buffer);
     OpenSensorInstance sensor(TX270);
     answer("Get_X", "SA_Text=\"a\"");
-    sondixsim::Fault fault;
-    fault.function = "GetParameterString";
-    fault.count = length;
-    sondixsim::inject(fault);
+    for (const char *function : {"GetParameterString", "GetParameterBinary", "GetParameters"}) {
+        sondixsim::Fault fault;
+        fault.function = function;
+        fault.times = 1;
+        fault.count = length;
+        sondixsim::inject(fault);
+    }
     QString text = name("old");
-    const ErrorCode result = sensor->sendCommandGetString(name("Get_X"), name("SA_Text"), text);
-    if (result == NoError)
-        QVERIFY(text == name("a") || text.isEmpty());
-    else
-        QCOMPARE(text, name("old"));
+    QByteArray bytes("old");
+    Parameters all;
+    CallRecorder recorder;
+    sensor->sendCommand(name("Get_X"), {}, {{name("SA_Text"), SensorInstance::resultPointer(&text)}});
+    QVERIFY(recorder.take().contains(name("GetParameterString(\"SA_Text\", %1)").arg(buffer)));
+    QCOMPARE(text, buffer == 0 ? name("old") : name("a"));
+    sensor->sendCommand(name("Get_X"), {}, {{name("SA_Text"), SensorInstance::resultPointer(&bytes)}});
+    QVERIFY(recorder.take().contains(name("GetParameterBinary(\"SA_Text\", %1)").arg(buffer)));
+    QCOMPARE(bytes, buffer == 0 ? QByteArray("old") : QByteArray("a"));
+    sensor->sendCommandGetAll(name("Get_X"), {}, all);
+    QVERIFY(recorder.take().contains(name("GetParameters(%1)").arg(buffer)));
+    QCOMPARE(all.isEmpty(), buffer == 0);
 }
 
 void SensorCommandsTest::wholeAnswerReplacesTheMap()
@@ -460,6 +474,15 @@ void SensorCommandsTest::controllerAliasesAreReplaced()
     QCOMPARE(sensor->sendCommandGetAll(name("Get_X"), {}, all), NoError);
     QTEST(all.value(name("SA_ControllerName")).toString(), "model");
     QCOMPARE(all.value(name("SA_Sensor")).toString(), reported);
+}
+
+void SensorCommandsTest::otherControllerNamesStayAsTheyAre()
+{
+    OpenSensorInstance sensor(TX270);
+    answer("Get_X", "SA_ControllerName=12");
+    Parameters all;
+    QCOMPARE(sensor->sendCommandGetAll(name("Get_X"), {}, all), NoError);
+    QCOMPARE(all.value(name("SA_ControllerName")).userType(), int(QMetaType::Int));
 }
 
 void SensorCommandsTest::busModelIsConfirmedInTheWholeAnswer_data()

@@ -68,6 +68,11 @@ private Q_SLOTS:
     void closeOfAFileCallsNothing();
     void clearsStagedParameters();
     void keepsACopyOfTheInterfaceParameters();
+    void typesCanBeNamedByTheirText_data();
+    void typesCanBeNamedByTheirText();
+    void failedOpenOfASetupStillAsksForItsSensors();
+    void absurdSensorCountIsHarmless_data();
+    void absurdSensorCountIsHarmless();
 };
 
 void SensorInstanceTest::init()
@@ -176,6 +181,7 @@ void SensorInstanceTest::moveAssignmentTakesHandleAndTypeOnly()
     target.storeInterfaceParameters({{name("IP_Port"), 3}});
     SensorInstance source(MV420);
     source.addInfoParameters(Parameters{{name("SA_Sensor"), name("new")}}, 1);
+    QCOMPARE(source.enableLogging(QDir::temp().filePath(name("sondixqt-move.log"))), NoError);
     const quint32 handle = source.handle();
     CallRecorder recorder;
     target = std::move(source);
@@ -183,6 +189,7 @@ void SensorInstanceTest::moveAssignmentTakesHandleAndTypeOnly()
     QCOMPARE(target.handle(), handle);
     QCOMPARE(target.sensorTypeFull(), MV420);
     QVERIFY(!source.isValid());
+    QVERIFY(!target.GetLogging());
     QCOMPARE(target.getInfoParameter(name("SA_Sensor"), 1).toString(), name("old"));
     QCOMPARE(target.storedInterfaceParameters(), Parameters({{name("IP_Port"), 3}}));
 }
@@ -285,10 +292,10 @@ void SensorInstanceTest::openStopsWhenInformationCannotBeSwitchedOn()
     CallRecorder recorder;
     QCOMPARE(int(sensor.open(testBenchParameters(CP720), &errorText)), -6);
     QCOMPARE(recorder.take().filter(name("OpenSensor")), QStringList());
-    // Reported by the signal alone.
+    // Reported by the signal alone: the text is that of the last parameter, which was staged well.
     QCOMPARE(messages.size(), 1);
     QCOMPARE(messages.at(0).at(1).toString(), name("not known"));
-    QVERIFY(errorText != name("not known"));
+    QCOMPARE(errorText, QString());
     QCOMPARE(sensor.getInfoParameters().size(), 0);
 }
 
@@ -420,6 +427,56 @@ void SensorInstanceTest::keepsACopyOfTheInterfaceParameters()
     sensor.storeInterfaceParameters(parameters);
     parameters.clear();
     QCOMPARE(sensor.storedInterfaceParameters().value(name("IP_Interface")).toString(), name("TCP/IP"));
+}
+
+void SensorInstanceTest::typesCanBeNamedByTheirText_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    for (const char *text :
+         {"bool *", "int *", "double *", "QString *", "QByteArray *", "QVariant *", "SondixQt::ErrorCode"})
+        QTest::newRow(text) << QByteArray(text);
+}
+
+void SensorInstanceTest::typesCanBeNamedByTheirText()
+{
+    QFETCH(QByteArray, text);
+    QVERIFY(QMetaType::type(text.constData()) != QMetaType::UnknownType);
+}
+
+void SensorInstanceTest::failedOpenOfASetupStillAsksForItsSensors()
+{
+    SensorInstance sensor(MultiSensor);
+    inject("OpenSensor", -11, "does not answer");
+    sondixsim::Fault settings;
+    settings.command = "Get_DrvSetting";
+    settings.code = -12;
+    settings.text = "nothing to tell";
+    sondixsim::inject(settings);
+    QString errorText;
+    CallRecorder recorder;
+    QCOMPARE(int(sensor.open(testBenchParameters(MultiSensor), &errorText)), -11);
+    QCOMPARE(errorText, name("does not answer"));
+    QCOMPARE(withoutErrorTexts(recorder.take()).mid(4),
+             QStringList(name("OpenSensor()")) + commandCalls(name("Get_DrvSetting")));
+}
+
+void SensorInstanceTest::absurdSensorCountIsHarmless_data()
+{
+    QTest::addColumn<QVariant>("count");
+    QTest::newRow("beyond int") << QVariant(1e300);
+    QTest::newRow("not a number") << QVariant(qQNaN());
+    QTest::newRow("text") << QVariant(name("many"));
+}
+
+void SensorInstanceTest::absurdSensorCountIsHarmless()
+{
+    QFETCH(QVariant, count);
+    SensorInstance sensor(CP720);
+    inject("OpenSensor", -11);
+    Parameters parameters = testBenchParameters(CP720);
+    parameters.insert(name("IP_SensorCount"), count);
+    QCOMPARE(int(sensor.open(parameters)), -11);
+    QCOMPARE(sensor.getInfoParameters().size(), 0);
 }
 
 QTEST_GUILESS_MAIN(SensorInstanceTest)
