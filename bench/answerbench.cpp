@@ -27,7 +27,7 @@ QString answer()
     return text;
 }
 
-/// The described pattern, applied as it reads.
+/// The same with the regular expression that an answer follows.
 Parameters parseByPattern(const QString &text)
 {
     static const QRegularExpression pattern(QStringLiteral("([^\\s\"]+)=(\"(?:[^\"\\\\]++|\\\\.)*+\"|[^\"\\s]+)"));

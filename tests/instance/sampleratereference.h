@@ -5,8 +5,8 @@
 #include <QVector>
 
 /// \file
-/// Where the frame rate of every model comes from, written down from the models' description
-/// independently of the library's own tables.
+/// Where the frame rate of every model comes from, written down independently of the library's own
+/// tables.
 
 namespace reference {
 
