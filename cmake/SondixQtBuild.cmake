@@ -33,6 +33,8 @@ function(sondixqt_warnings target)
         target_compile_options(${target} PRIVATE /W4 /utf-8)
     else()
         target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+        # Qt's logging macros leave their last argument out.
+        target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>)
     endif()
     if(SONDIXQT_WARNINGS_AS_ERRORS)
         set_target_properties(${target} PROPERTIES COMPILE_WARNING_AS_ERROR ON)
