@@ -11,6 +11,13 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 
+if(SONDIXQT_BUILD_FUZZERS)
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        message(FATAL_ERROR "The fuzzers need clang's libFuzzer: configure with -DCMAKE_CXX_COMPILER=clang++")
+    endif()
+    set(SONDIXQT_SANITIZE fuzzer-no-link,address,undefined)
+endif()
+
 if(SONDIXQT_SANITIZE)
     add_compile_options(-fsanitize=${SONDIXQT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${SONDIXQT_SANITIZE})

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#include "instance/answerparser_p.h"
+#include "instance/textcodec_p.h"
+#include "mismatch.h"
+#include "support/answerpattern.h"
+
+#include <cstddef>
+#include <cstdint>
+
+using namespace SondixQt;
+
+/// The bytes are a complete answer as it comes from the sensor-access library. The parser must agree with the
+/// regular expression that describes it.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    const QString answer = decodeText(bytes);
+    const QMap<QString, QVariant> parsed = parseAllParameters(answer);
+    const QMap<QString, QVariant> expected = parseByPattern(answer);
+    if (!identical(parsed, expected))
+        reportMismatch("parseAllParameters", answer, parsed, expected);
+    return 0;
+}
