@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sensorfinder_p.h"
 
+#include "../latin1literal_p.h"
+
 #include <QSet>
 
 #include <algorithm>
@@ -22,8 +24,8 @@ constexpr auto statusLineLifetime = 15s;
 /// the finder asking for ever.
 constexpr int maxResultCount = 10000;
 
-constexpr QLatin1String progressCommand("Get_FindSensorProgress");
-constexpr QLatin1String progressAnswer("IA_Progress");
+constexpr QLatin1String progressCommand = "Get_FindSensorProgress"_latin1;
+constexpr QLatin1String progressAnswer = "IA_Progress"_latin1;
 
 int baseType(SensorType type)
 {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "samplerate_p.h"
 
+#include "../latin1literal_p.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -44,15 +46,15 @@ constexpr double ratesCB910[] = {0.0026, 0.104, 0.52, 1.04};
 constexpr double ratesTX2x0[] = {1.5, 1.0, 0.75, 0.375, 0.05};
 constexpr double ratesEC810[] = {3.6, 7.2, 14.4};
 
-constexpr QLatin1String getSettings("Get_Settings");
-constexpr QLatin1String getStatus("Get_Status");
-constexpr QLatin1String getSRIndex("Get_SRIndex");
-constexpr QLatin1String getSamplerate("Get_Samplerate");
-constexpr QLatin1String getSampleTime("Get_SampleTime");
-constexpr QLatin1String saSpeed("SA_Speed");
-constexpr QLatin1String saSRIndex("SA_SRIndex");
-constexpr QLatin1String saMeasrate("SA_Measrate");
-constexpr QLatin1String saSampleTime("SA_SampleTime");
+constexpr QLatin1String getSettings = "Get_Settings"_latin1;
+constexpr QLatin1String getStatus = "Get_Status"_latin1;
+constexpr QLatin1String getSRIndex = "Get_SRIndex"_latin1;
+constexpr QLatin1String getSamplerate = "Get_Samplerate"_latin1;
+constexpr QLatin1String getSampleTime = "Get_SampleTime"_latin1;
+constexpr QLatin1String saSpeed = "SA_Speed"_latin1;
+constexpr QLatin1String saSRIndex = "SA_SRIndex"_latin1;
+constexpr QLatin1String saMeasrate = "SA_Measrate"_latin1;
+constexpr QLatin1String saSampleTime = "SA_SampleTime"_latin1;
 
 constexpr SampleRateRow rows[] = {
     // clang-format off
