@@ -2,6 +2,7 @@
 
 // Each header by itself and in every spelling; the umbrella last, so that it hides nothing missing.
 #include <SondixQt/errorcode.h>
+#include <SondixQt/parameterpresentation.h>
 #include <SondixQt/sensorfeatures.h>
 #include <SondixQt/sensorfinder.h>
 #include <SondixQt/sensorinfo.h>
@@ -12,6 +13,7 @@
 #include <SondixQt/transmitteddatainfo.h>
 
 #include <SondixQt/ErrorCode>
+#include <SondixQt/ParameterPresentation>
 #include <SondixQt/SensorFeatures>
 #include <SondixQt/SensorFinder>
 #include <SondixQt/SensorGroup>
