@@ -11,6 +11,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 
 using namespace SondixQt;
 using namespace SondixApp;
@@ -41,6 +42,13 @@ QByteArray quoted(QByteArray text)
 QByteArray titled(const QString &name, const QString &unit)
 {
     return (unit.isEmpty() ? name : QStringLiteral("%1 [%2]").arg(name, unit)).toUtf8();
+}
+
+// The first of a frame's values.
+template<typename T>
+const T *valuesOf(const T *values, const FrameBlock &block, int frame)
+{
+    return values + static_cast<std::ptrdiff_t>(frame) * block.valuesPerFrame;
 }
 
 double timeOf(const FrameBlock &block, int frame)
@@ -93,8 +101,8 @@ QByteArray ValueWriter::lines(const FrameBlock &block)
 
 void ValueWriter::appendFrame(QByteArray &out, const FrameBlock &block, int frame)
 {
-    const double *scaled = block.scaled + frame * block.valuesPerFrame;
-    const int *raw = block.raw + frame * block.valuesPerFrame;
+    const double *scaled = valuesOf(block.scaled, block, frame);
+    const int *raw = valuesOf(block.raw, block, frame);
     const double time = timeOf(block, frame);
     for (int i = 0; i < block.valuesPerFrame; ++i)
         if (const auto key = errorKey(scaled[i]))
@@ -120,8 +128,8 @@ void ValueWriter::appendFrame(QByteArray &out, const FrameBlock &block, int fram
 
 void ValueWriter::appendJson(QByteArray &out, const FrameBlock &block, int frame, double time) const
 {
-    const double *scaled = block.scaled + frame * block.valuesPerFrame;
-    const int *raw = block.raw + frame * block.valuesPerFrame;
+    const double *scaled = valuesOf(block.scaled, block, frame);
+    const int *raw = valuesOf(block.raw, block, frame);
     QJsonArray scaledValues;
     QJsonArray rawValues;
     for (int i = 0; i < block.valuesPerFrame; ++i) {

@@ -61,7 +61,7 @@ QVariant guessed(const QString &text)
 QString encodedValue(const QString &parameter, const QVariant &value)
 {
     const QString text = value.toString();
-    const QString plain = encode(text);
+    QString plain = encode(text);
     const bool wasText = value.type() == QVariant::String;
     if (!wasText || isTextParameter(parameter) || guessed(text).type() == QVariant::String || text.isEmpty())
         return plain;

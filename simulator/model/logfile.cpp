@@ -44,7 +44,7 @@ std::string fileInTurn(const std::string &name, std::int32_t greatest)
     std::string oldest;
     fs::file_time_type oldestTime{};
     for (long i = 0; i < files; ++i) {
-        const std::string candidate = name.substr(0, start) + std::to_string(i) + name.substr(end + 1);
+        std::string candidate = name.substr(0, start) + std::to_string(i) + name.substr(end + 1);
         std::error_code absent;
         const fs::file_time_type time = fs::last_write_time(candidate, absent);
         if (absent)

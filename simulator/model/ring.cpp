@@ -73,8 +73,8 @@ std::size_t Ring::take(std::int32_t *raw, double *scaled, std::size_t most, doub
         return 0;
     if (timestamp != nullptr) {
         const Segment &segment = m_segments.front();
-        const auto frames = static_cast<double>((m_head - segment.first) / m_valuesPerFrame);
-        *timestamp = segment.timestamp + frames * segment.origin.period;
+        const std::uint64_t frames = (m_head - segment.first) / m_valuesPerFrame;
+        *timestamp = segment.timestamp + static_cast<double>(frames) * segment.origin.period;
     }
     const std::size_t start = m_head % capacity();
     const std::size_t first = std::min(count, capacity() - start);
