@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "command.h"
 #include "json.h"
-#include "progressbar.h"
+#include "searchloop.h"
 #include "searchoptions.h"
 
 #include "shared/sensoraddress.h"
 
 #include <CLI/CLI.hpp>
-
-#include <QEventLoop>
-#include <QTimer>
 
 using namespace SondixQt;
 using namespace SondixApp;
@@ -42,40 +39,19 @@ public:
 
     ExitCode run(Console &console, InterruptWatcher &interrupt) override
     {
-        SearchRun search(m_options.plan());
-        ProgressBar bar(console);
-        QEventLoop loop;
-        SearchRun::End end = SearchRun::Completed;
-        int found = 0;
-        bool timedOut = false;
-
+        const SearchRun::Plan plan = m_options.plan();
         if (!m_json && console.stdoutIsTerminal())
             console.print(
                 console.styled(row(QStringLiteral("INTERFACE"), QStringLiteral("PLACE"), QStringLiteral("MODEL"),
                                    QStringLiteral("SERIAL NO."), QStringLiteral("ADDRESS")),
                                Console::Bold));
-        QObject::connect(&search, &SearchRun::sensorFound, &loop, [&](const SensorInfo &info) {
+        int found = 0;
+        const auto onFound = [&](const SensorInfo &info) {
             ++found;
-            if (!announce(console, info))
-                QMetaObject::invokeMethod(&search, &SearchRun::stop, Qt::QueuedConnection);
-        });
-        QObject::connect(&search, &SearchRun::progressChanged, &loop,
-                         [&](int percent) { bar.setPercent(percent); });
-        QObject::connect(&search, &SearchRun::statusText, &loop, [&](const QString &text) { bar.setText(text); });
-        QObject::connect(&search, &SearchRun::finished, &loop, [&](SearchRun::End how) {
-            end = how;
-            loop.quit();
-        });
-        QObject::connect(&interrupt, &InterruptWatcher::interrupted, &search, &SearchRun::stop);
-        if (m_timeout > 0.0)
-            QTimer::singleShot(static_cast<int>(m_timeout * 1000.0), &search, [&] {
-                timedOut = true;
-                search.stop();
-            });
-        QTimer::singleShot(0, &search, &SearchRun::start);
-        loop.exec();
-        bar.clear();
-        return conclude(console, search, end, found, timedOut);
+            return announce(console, info);
+        };
+        const SearchOutcome outcome = runSearch(plan, console, interrupt, onFound, m_timeout);
+        return conclude(console, outcome, found);
     }
 
 private:
@@ -91,16 +67,15 @@ private:
                console.flush();
     }
 
-    static ExitCode conclude(Console &console, const SearchRun &search, SearchRun::End end, int found,
-                             bool timedOut)
+    static ExitCode conclude(Console &console, const SearchOutcome &outcome, int found)
     {
         const QString count =
             found == 1 ? QStringLiteral("1 sensor found") : QStringLiteral("%1 sensors found").arg(found);
-        if (end == SearchRun::Refused)
-            throw Failure{ExitCode::Failed, search.problem()};
+        if (outcome.end == SearchRun::Refused)
+            throw Failure{ExitCode::Failed, outcome.problem};
         if (InterruptWatcher::isInterrupted())
             throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted, %1 until then").arg(count)};
-        if (timedOut)
+        if (outcome.timedOut)
             throw Failure{ExitCode::TimedOut,
                           QStringLiteral("the search did not end in time, %1 until then").arg(count)};
         console.note(count);

@@ -53,17 +53,14 @@ QString missingCommand(const CLI::App &app)
     QStringList names;
     for (const CLI::App *subcommand : app.get_subcommands(nullptr))
         names += QString::fromStdString(subcommand->get_name());
+    const QString list = QStringLiteral("the commands are %1").arg(names.join(QStringLiteral(", ")));
     const std::vector<std::string> extras = app.remaining();
     if (extras.empty())
-        return QStringLiteral("no command is given; the commands are %1").arg(names.join(QStringLiteral(", ")));
+        return QStringLiteral("no command is given; ") + list;
     const QString given = QString::fromStdString(extras.front());
-    const QStringList near = SondixApp::nearNames(given, names);
-    const QString hint = near.isEmpty()
-                             ? QStringLiteral("the commands are %1").arg(names.join(QStringLiteral(", ")))
-                             : QStringLiteral("did you mean %1?").arg(near.join(QStringLiteral(" or ")));
-    return QStringLiteral("there is no %1 '%2'; %3")
-        .arg(given.startsWith(QLatin1Char('-')) ? QStringLiteral("option") : QStringLiteral("command"), given,
-             hint);
+    const bool isOption = given.startsWith(QLatin1Char('-'));
+    return SondixApp::unknownName(isOption ? QStringLiteral("option") : QStringLiteral("command"), given,
+                                  isOption ? QStringList() : names, list);
 }
 
 ExitCode refuse(Console &console, const QString &problem)

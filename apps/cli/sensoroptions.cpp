@@ -2,15 +2,12 @@
 #include "sensoroptions.h"
 
 #include "exitcode.h"
-#include "progressbar.h"
+#include "searchloop.h"
 
 #include "shared/catalognames.h"
 #include "shared/sensoropener.h"
 
 #include <CLI/CLI.hpp>
-
-#include <QEventLoop>
-#include <QTimer>
 
 #include <algorithm>
 
@@ -122,35 +119,21 @@ SensorAddress SensorOptions::search(Console &console, InterruptWatcher &interrup
         throw usage(QStringLiteral("no sensor is named: give its address as 'sondixqt find' prints it, its model "
                                    "and interface parameters, or its serial number"));
     const QString serial = QString::fromStdString(m_serial);
-    SearchRun run(m_search.plan());
-    ProgressBar bar(console);
-    QEventLoop loop;
     QList<SensorInfo> found;
-    SearchRun::End end = SearchRun::Completed;
-    QObject::connect(&run, &SearchRun::sensorFound, &loop, [&](const SensorInfo &info) {
-        if (serial.isEmpty()) {
+    const auto onFound = [&](const SensorInfo &info) {
+        const bool matches =
+            serial.isEmpty() || info.getParameter(QStringLiteral("SA_SerialNumber")).toString() == serial;
+        if (matches)
             found += info;
-        } else if (info.getParameter(QStringLiteral("SA_SerialNumber")).toString() == serial && found.isEmpty()) {
-            found += info;
-            QMetaObject::invokeMethod(&run, &SearchRun::stop, Qt::QueuedConnection);
-        }
-    });
-    QObject::connect(&run, &SearchRun::progressChanged, &loop, [&](int percent) { bar.setPercent(percent); });
-    QObject::connect(&run, &SearchRun::statusText, &loop, [&](const QString &text) { bar.setText(text); });
-    QObject::connect(&run, &SearchRun::finished, &loop, [&](SearchRun::End how) {
-        end = how;
-        loop.quit();
-    });
-    QObject::connect(&interrupt, &InterruptWatcher::interrupted, &run, &SearchRun::stop);
-    QTimer::singleShot(0, &run, &SearchRun::start);
-    loop.exec();
-    bar.clear();
+        return serial.isEmpty() || !matches;
+    };
+    const SearchOutcome outcome = runSearch(m_search.plan(), console, interrupt, onFound);
     if (InterruptWatcher::isInterrupted())
         throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted during the search")};
+    if (outcome.end == SearchRun::Refused)
+        throw Failure{ExitCode::Failed, outcome.problem};
     if (found.size() == 1)
         return SensorAddress::of(found.first());
-    if (end == SearchRun::Refused)
-        throw Failure{ExitCode::Failed, run.problem()};
     throw notOne(found, serial.isEmpty() ? QStringLiteral("such sensor")
                                          : QStringLiteral("sensor with the serial number %1").arg(serial));
 }

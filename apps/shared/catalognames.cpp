@@ -65,10 +65,7 @@ Named<T> findIn(const QList<Candidate<T>> &candidates, const QString &text, cons
             return {candidate.value, QString()};
         names += candidate.name;
     }
-    const QStringList near = nearNames(wanted, names);
-    const QString hint =
-        near.isEmpty() ? list : QStringLiteral("did you mean %1?").arg(near.join(QStringLiteral(" or ")));
-    return {std::nullopt, QStringLiteral("there is no %1 '%2'; %3").arg(what, text, hint)};
+    return {std::nullopt, unknownName(what, text, names, list)};
 }
 
 } // namespace
@@ -97,6 +94,14 @@ QStringList nearNames(const QString &text, const QStringList &names)
     for (int i = 0; i < std::min(3, near.size()); ++i)
         result += near[i].name;
     return result;
+}
+
+QString unknownName(const QString &what, const QString &text, const QStringList &names, const QString &otherwise)
+{
+    const QStringList near = nearNames(text, names);
+    const QString hint =
+        near.isEmpty() ? otherwise : QStringLiteral("did you mean %1?").arg(near.join(QStringLiteral(" or ")));
+    return QStringLiteral("there is no %1 '%2'; %3").arg(what, text, hint);
 }
 
 Named<SensorType> findType(const QString &text)

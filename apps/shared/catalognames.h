@@ -34,4 +34,7 @@ const QList<SondixQt::SensorInterface> &allInterfaces();
 /// Up to three of \a names that a misspelt \a text may have meant, the nearest first.
 QStringList nearNames(const QString &text, const QStringList &names);
 
+/// "there is no <what> '<text>'; did you mean ...?", ending with \a otherwise where nothing comes near.
+QString unknownName(const QString &what, const QString &text, const QStringList &names, const QString &otherwise);
+
 } // namespace SondixApp

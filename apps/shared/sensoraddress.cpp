@@ -90,11 +90,8 @@ bool parsePart(const QString &part, SensorAddress &address, QString &problem)
         QStringList names;
         for (const AddressKey &known : addressKeys())
             names += known.name;
-        const QStringList near = nearNames(name, names);
-        problem = QStringLiteral("there is no interface parameter '%1'; %2")
-                      .arg(name, near.isEmpty()
-                                     ? QStringLiteral("they are %1").arg(names.join(QStringLiteral(", ")))
-                                     : QStringLiteral("did you mean %1?").arg(near.join(QStringLiteral(" or "))));
+        problem = unknownName(QStringLiteral("interface parameter"), name, names,
+                              QStringLiteral("they are %1").arg(names.join(QStringLiteral(", "))));
         return false;
     }
     const QString parameter = key ? key->parameter : decode(name);
