@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QMap>
 #include <QObject>
+#include <QPair>
 #include <QScopedPointer>
 #include <QString>
 #include <QVariant>
@@ -28,8 +29,9 @@ class SensorInstancePrivate;
 /// Every operation that reaches the sensor returns an ErrorCode (0: done) and takes an optional
 /// \c errorText: cleared on success, filled with the sensor-access library's own text on failure.
 /// A null pointer means that no text is wanted. Failures are signalled by errorMessage() as well. A
-/// failure for which the library knows no error of its own leaves the text alone. open() may succeed
-/// with a text: that of the sensor's information, which could not be read.
+/// failure for which the library knows no error of its own leaves the text alone, and so does an
+/// operation that finds nothing to do. open() may succeed with a text: that of the sensor's
+/// information, trigger or synchronisation, which could not be read.
 ///
 /// \par Threads
 /// Commands, open() and the transfers hold the instance's recursive mutex for their whole sequence,
@@ -160,6 +162,9 @@ public:
     /// SensorInfo::getInterfaceParameters) and reads its information. A map that is not empty is kept
     /// with storeInterfaceParameters. When the sensor cannot be opened, one info map a sensor
     /// ("IP_SensorCount", else 1) holds its number as "ST_Empty".
+    /// Then what depends on the model is filled, which takes a question to some models: where that
+    /// fails, its error is returned although the sensor is open. Whether trigger and synchronisation
+    /// are on is asked last; a failure there is in \a errorText but not in the result.
     ErrorCode open(const QMap<QString, QVariant> &parameters, QString *errorText = nullptr);
     /// Opens the sensor with the parameters that are staged already.
     ErrorCode open(QString *errorText = nullptr);
@@ -198,6 +203,36 @@ public:
     bool GetLogging() const;
     /// \}
 
+    /// \name Measuring modes, trigger and synchronisation
+    /// What a model offers is known once it is open. The flags hold what was last read from the sensor
+    /// (by open(), for the mode also by transmittedDataInfo()) or written to it; close() leaves them.
+    /// The queries are not locked: keep them to the thread that opens and sets.
+    /// \{
+
+    /// The modes that setMeasurementMode() takes for this model, with their names; empty for a model
+    /// with one mode only, and for bus variants. Valid until the next open().
+    const QVector<QPair<QString, int>> &getAvailableMeasModi() const;
+    /// Switches to the mode with the number \a mode ("SP_MeasureMode"), then asks which video signals
+    /// are on, whether the switch succeeded or not. Takes any number: the sensor refuses what it lacks.
+    ErrorCode setMeasurementMode(int mode, QString *errorText = nullptr);
+    /// Switches a model that sends measured values or video to measured values. 0 without any
+    /// command for every other model.
+    ErrorCode enableMeasMode(QString *errorText = nullptr);
+    /// Whether the sensor measures rather than sending video alone; false as long as nobody asked it.
+    bool isMeasModeEnabled() const;
+
+    /// Whether the sensor waits for an external trigger.
+    bool isTriggerEnabled() const;
+    /// Makes the sensor measure without a trigger. A model that has none refuses.
+    ErrorCode disableTrigger(QString *errorText = nullptr);
+    /// Whether the sensor is synchronised with others.
+    bool isSyncEnabled() const;
+    /// Makes the sensor measure on its own. A model that has no synchronisation refuses.
+    ErrorCode disableSync(QString *errorText = nullptr);
+    /// Whether one setting of the sensor serves trigger and synchronisation.
+    bool isSyncSharedWithTrigger() const;
+    /// \}
+
     /// \name Measured values
     /// \{
 
@@ -228,6 +263,73 @@ public:
     ErrorCode transferDataRaw(QVector<int> &values, double &timestamp, QString *errorText = nullptr);
     /// Takes all waiting scaled values with the timestamp of the block.
     ErrorCode transferDataScaled(QVector<double> &values, double &timestamp, QString *errorText = nullptr);
+    /// \}
+
+    /// \name Video
+    /// A video signal is one line of the receiving element, or a corrected or reference line. A
+    /// model's signals are known once it is open; a position is the place in that list, from 0. Which
+    /// of them are on is what transmittedDataInfo() or setMeasurementMode() last found.
+    /// The queries are not locked: keep them to the thread that opens and describes.
+    /// \{
+
+    /// Whether video can be had over the interface by which the sensor was opened. For a File: what
+    /// setProtocolVideo() was told.
+    bool isVideoSupported() const;
+    /// Whether the model can send video along with the measured values.
+    bool supportsVideoStreamMode() const;
+    /// Whether the sensor is in the mode in which it sends video.
+    bool isVideoModeEnabled() const;
+    /// Switches a model that sends measured values or video to video; 0 without any command for every
+    /// other model. Call transmittedDataInfo() afterwards.
+    ErrorCode enableVideoMode(QString *errorText = nullptr);
+
+    /// Writes the names of all video signals into \a names, keyed by position; other entries stay.
+    /// \a names may be null. Returns their number.
+    int getAvailableVideoSignals(QMap<int, QString> *names) const;
+    int getAvailableVideoSignalCount() const;
+    /// As getAvailableVideoSignals() for the signals that are on: positions may have gaps.
+    int getEnabledVideoSignals(QMap<int, QString> *names) const;
+    int getEnabledVideoSignalCount() const;
+    /// Switches the signal at \a position on (\a value 1) or off (0). A position that the model lacks
+    /// is no failure and does nothing; neither does a model whose only signal cannot be switched. Where
+    /// the switches cannot be written over the present interface, the value is only staged.
+    ErrorCode enableVideoSignal(int position, int value, QString *errorText = nullptr);
+    /// The answer that carries the data of a transmitted video signal; \a position counts the signals
+    /// that were on when transmittedDataInfo() was last called. False when there is no such signal.
+    bool getBinaryVideoParam(QString &name, int position) const;
+
+    /// The pixels of one line.
+    int getVideoSignalPixelCount() const;
+    /// Replaces the pixels of one line, of every signal.
+    void SetVideoPixelCount(int pixels);
+    /// The number of steps of a pixel's value.
+    int getVideoResolution() const;
+
+    /// Whether video is sent, as far as the application or the model says.
+    bool isVideoTransmitted() const;
+    /// Says whether video is sent; the signal of a model that cannot be asked follows it.
+    void setVideoTransmitted(bool transmitted);
+    /// Says whether the recording of a File instance holds video.
+    void setProtocolVideo(bool video);
+
+    /// Whether the sensor has a detection threshold to set, and with which command.
+    bool isThresholdSupported() const;
+    QString GetThresholdCommandName() const;
+    /// Whether the sensor has a region of interest to set, and with which command.
+    bool isROISupported() const;
+    QString GetROICommandName() const;
+    /// \}
+
+    /// \name Error values
+    /// \{
+
+    /// The text of the error that the scaled value \a value stands for: sensors report a failed
+    /// measurement as a value of -1.0e10 or below. For a measured value, for one that is not a number
+    /// and for an error without a text, the text of error 0, which may be empty.
+    /// The texts are asked for at the first call, of every sensor of a multi-sensor or a recording,
+    /// and kept; sensors that cannot be asked contribute none. The reference stays valid while the
+    /// instance lives. Not locked: keep it to one thread.
+    const QString &getErrorValueText(double value);
     /// \}
 
     /// Turns a result of the sensor-access library into its text: for a \a code other than 0 the

@@ -115,13 +115,15 @@ ErrorCode SensorInstance::transmittedDataInfo(TransmittedDataInfo &info, QString
 
     const int valuesPerFrame = intAnswer(answer.value(QStringLiteral("IA_ValuesPerFrame")));
     const QVector<SignalInfo> signalInfos = signalsFromAnswer(answer, valuesPerFrame, d->sensorType);
-    d->setFrameValueCount(valuesPerFrame);
-    if (d->videoCapable)
-        d->refreshVideoInformation();
 
+    const std::lock_guard<std::recursive_mutex> lock(d->mutex);
+    d->frameValueCount = valuesPerFrame;
+    if (d->video.capable)
+        d->getVideoInformationFromSensor();
+    d->extractTransmittedVideoChannels(d->video.transmittedInfos);
     info = TransmittedDataInfo(answer.value(QStringLiteral("IA_Datarate")).toDouble(), valuesPerFrame,
                                intAnswer(answer.value(QStringLiteral("IA_MaxValuesPerFrame"))),
-                               d->videoInfos.size(), signalInfos, d->videoInfos);
+                               d->video.infos.size(), signalInfos, d->video.infos);
     return NoError;
 }
 
@@ -284,12 +286,6 @@ ErrorCode SensorInstancePrivate::getMeasureForKvBusSensors(QVector<QByteArray> &
     if (result != NoError)
         return check(result, errorText);
     return NoError;
-}
-
-void SensorInstancePrivate::setFrameValueCount(int count)
-{
-    const std::lock_guard<std::recursive_mutex> lock(mutex);
-    frameValueCount = count;
 }
 
 int SensorInstancePrivate::determineOutChannelCount(const QVector<QByteArray> &measures) const

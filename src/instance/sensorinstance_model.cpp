@@ -3,15 +3,21 @@
 
 namespace SondixQt {
 
-// No model has command tables yet: there is nothing to fill, to check or to refresh.
-
 ErrorCode SensorInstancePrivate::fillCommandTables()
 {
-    return NoError;
+    const ErrorCode result = fillVideoCommandsForSensor(video.infos);
+    fillTriggerCommandsForSensor();
+    fillSyncCommandsForSensor();
+    fillAvailableMeasModiForSensor();
+    return result;
 }
 
-void SensorInstancePrivate::checkTriggerAndSync(QString *) {}
-
-void SensorInstancePrivate::refreshVideoInformation() {}
+void SensorInstancePrivate::checkTriggerAndSync(QString *errorText)
+{
+    if (trigger.supported)
+        checkIfTriggerIsEnabled(errorText);
+    if (sync.supported)
+        checkIfSyncIsEnabled(errorText);
+}
 
 } // namespace SondixQt

@@ -3,9 +3,50 @@
 
 #include "sensorinstance.h"
 
+#include <QHash>
+
 #include <mutex>
 
 namespace SondixQt {
+
+struct SettingCommands;
+
+/// A setting that a model may have, with the commands that read and write it.
+struct SettingState
+{
+    void setCommands(const SettingCommands &commands);
+    /// Forgets how the setting is read; how it is written stays known.
+    void clearGetCommand();
+
+    QString getCommand;
+    QString getParameter;
+    QString setCommand;
+    QString setParameter;
+    bool supported = false;
+    bool enabled = false; ///< as last read or written
+};
+
+/// What is known of the sensor's video.
+struct VideoState
+{
+    bool capable = false; ///< the model has video
+    bool overAnyInterface = false;
+    bool useAnswerParameter = false; ///< else the name of the data follows from the signal's switch
+    bool streamModeSupported = false;
+    bool thresholdSupported = false;
+    bool roiSupported = false;
+    bool modeEnabled = false;
+    bool transmitted = false;
+    bool protocolVideo = false; ///< what a file's recording holds
+    QString outputStem;         ///< of the command that reads or writes the switches; empty: none
+    QString thresholdCommandName;
+    QString roiCommandName;
+    int resolution = 0;
+    int enabledSignalCount = 0;
+    int signalPixelCount = 0;
+    QVector<VideoInfo> infos;            ///< all signals of the model
+    QVector<VideoInfo> transmittedInfos; ///< those that were on, with video mode, when the data were described
+};
 
 /// The state of a SensorInstance and the steps that its public operations are made of.
 class SensorInstancePrivate
@@ -53,15 +94,31 @@ public:
     /// Fills what depends on the model: video, trigger, sync and measuring modes. The result is that
     /// of the questions to the sensor that this takes.
     ErrorCode fillCommandTables();
+    void fillTriggerCommandsForSensor();
+    void fillSyncCommandsForSensor();
+    void fillAvailableMeasModiForSensor();
     /// Asks the sensor whether trigger and sync are on, where it has them.
     void checkTriggerAndSync(QString *errorText);
-    /// Asks the sensor which of its video signals are switched into the output.
-    void refreshVideoInformation();
+    ErrorCode checkIfTriggerIsEnabled(QString *errorText);
+    ErrorCode checkIfSyncIsEnabled(QString *errorText);
+
+    ErrorCode fillVideoCommandsForSensor(QVector<VideoInfo> &list);
+    void initializeVideoInfos(QVector<VideoInfo> &list, int pixels, int count);
+    /// Asks the sensor whether it sends video and which of its video signals are switched into the
+    /// output. -1 for a type without video, else 0.
+    int getVideoInformationFromSensor();
+    void readVideoMode();
+    void readVideoSwitches();
+    void extractTransmittedVideoChannels(QVector<VideoInfo> &out) const;
+    bool makeVideoParamName(QString &out, int position, const QVector<VideoInfo> &list, bool answer) const;
+    bool getVideoOutCmdName(QString &out, bool get) const;
+
+    const QHash<int, QString> &initErrorValueMap();
+    void addErrorValueTextsOfType(SensorType type);
 
     ErrorCode determineGetMeasureSensorNumbers();
     ErrorCode getMeasureForKvBusSensors(QVector<QByteArray> &measures, QString *errorText);
     int determineOutChannelCount(const QVector<QByteArray> &measures) const;
-    void setFrameValueCount(int count);
 
     // The steps that the transfers share; called with the mutex held.
     ErrorCode pollMeasures(int &frameValues, QString *errorText);
@@ -76,15 +133,18 @@ public:
     mutable std::recursive_mutex mutex;
     bool tcpInterface = false;
 
-    bool triggerSupported = false;
-    bool syncSupported = false;
+    SettingState trigger;
+    SettingState sync;
+    bool syncSharedWithTrigger = false;
+    QVector<QPair<QString, int>> measuringModes;
+    bool measuringModeEnabled = false;
+    VideoState video;
+    QHash<int, QString> errorValueTexts;
 
     int frameValueCount = -1;
     int channelCount = 1;
     bool getMeasureNeeded = false;
     QVector<int> getMeasureSensorNumbers;
-    bool videoCapable = false;
-    QVector<VideoInfo> videoInfos;
 
     QVector<int> rawBuffer; // used while logging only
     bool loggingEnabled = false;

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#include "answervalue_p.h"
+#include "errorvalues_p.h"
+#include "sensorinstance_p.h"
+
+namespace SondixQt {
+
+const QString &SensorInstance::getErrorValueText(double value)
+{
+    Q_D(SensorInstance);
+    if (d->errorValueTexts.isEmpty())
+        d->initErrorValueMap();
+    const auto text = d->errorValueTexts.constFind(errorValueKey(value));
+    // Error 0 gets an entry even without a text: the table is not empty again and nobody is asked twice.
+    return text != d->errorValueTexts.constEnd() ? *text : d->errorValueTexts[0];
+}
+
+const QHash<int, QString> &SensorInstancePrivate::initErrorValueMap()
+{
+    Q_Q(SensorInstance);
+    if (sensorType == File) {
+        for (const QMap<QString, QVariant> &sensor : qAsConst(infoParameters)) {
+            const int type = intAnswer(sensor.value(QStringLiteral("IP_SensorType")));
+            if (type != MultiSensor && type != NoSensor && type != File)
+                addErrorValueTextsOfType(SensorType(type));
+        }
+    } else if (sensorType == MultiSensor) {
+        const int count =
+            qMin(intAnswer(interfaceParameters.value(QStringLiteral("IP_SensorCount"))), maxSensorCount);
+        for (int number = 1; number <= count; ++number) {
+            int type = NoSensor;
+            const ErrorCode result = q->sendCommandGetInt(
+                QStringLiteral("Get_DrvSetting"), QStringLiteral("IA_SensorType#%1").arg(number), type, nullptr);
+            if (result == NoError && type != MultiSensor && type != NoSensor)
+                addErrorValueTextsOfType(SensorType(type));
+        }
+    } else {
+        QString source;
+        q->sendCommandGetString(QStringLiteral("Get_SensorErrorValueText"),
+                                QStringLiteral("SA_SensorErrorValueText"), source, nullptr);
+        addErrorValueTexts(source, errorValueTexts);
+    }
+    return errorValueTexts;
+}
+
+// The library knows the texts of a type without an open connection.
+void SensorInstancePrivate::addErrorValueTextsOfType(SensorType type)
+{
+    SensorInstance sensor(type);
+    const QHash<int, QString> &texts = sensor.d_func()->initErrorValueMap();
+    for (auto text = texts.cbegin(); text != texts.cend(); ++text)
+        errorValueTexts.insert(text.key(), text.value());
+}
+
+} // namespace SondixQt
