@@ -34,13 +34,21 @@ int main(int argc, char *argv[])
     QList<SensorInfo> found;
     finder.setSearchInterface(RS232, true);
     QObject::connect(&finder, &SensorFinder::sensorFound, [&found](const SensorInfo &info) { found += info; });
-    QObject::connect(&finder, &SensorFinder::searchFinished, [&found] {
+    const auto useThem = [&found] {
         for (const SensorInfo &info : qAsConst(found)) {
             qInfo() << "found" << sensorName(info.sensorType());
             describeAndRead(info);
         }
         QCoreApplication::quit();
-    });
+    };
+    QObject::connect(&finder, &SensorFinder::searchFinished, &finder, useThem, Qt::QueuedConnection);
+    QObject::connect(
+        &finder, &SensorFinder::statusChanged, &finder,
+        [&finder] {
+            if (finder.status() == SensorFinder::Error)
+                QCoreApplication::exit(1); // the search was refused
+        },
+        Qt::QueuedConnection);
     finder.startSearch(TX270);
     return QCoreApplication::exec();
 }

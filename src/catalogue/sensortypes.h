@@ -147,7 +147,9 @@ SONDIXQT_EXPORT QString sensorName(SensorType type, bool shortName = false);
 ///
 /// A text that is exactly a short or a long name gives its type. Otherwise the text is searched, whatever its
 /// case, for names of at least three characters; the longest one decides. A letter "x" in a model's name may
-/// be missing from the text, and so may a dash: "RG525" means RG52x. Long names go before short ones.
+/// be missing from the text, and so may a dash: "RG525" means RG52x. Names without their x and dashes go
+/// before full ones, and of each kind long names before short ones: "Tavrin TX270 with MC320" gives MC320,
+/// as the name of the TX270 has an x.
 /// Meant for what sensors report and people type: "Profile sensor" contains "File" and therefore gives File.
 SONDIXQT_EXPORT SensorType getSensorTypeFromName(const QString &name);
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sensorfinder_p.h"
 
+#include "../answervalue_p.h"
+
 #include <QStringList>
 
 #include <algorithm>
@@ -89,7 +91,7 @@ bool SensorFinderPrivate::AddScanResult(const SensorInfo &result)
 {
     Q_Q(SensorFinder);
 
-    const int reportedType = result.getParameter(QStringLiteral("IP_SensorType")).toInt();
+    const int reportedType = intAnswer(result.getParameter(QStringLiteral("IP_SensorType")));
     const bool isCard = getSensorGroupFromSensorType(SensorType(reportedType)) & Interfaces;
     SensorIdentity identity = identityOf(result);
     if (isKnown(identity, isCard))

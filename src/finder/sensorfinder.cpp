@@ -183,7 +183,7 @@ void SensorFinder::startSearch(SensorType type)
 {
     Q_D(SensorFinder);
     if (type != NoSensor)
-        ++d->request;
+        d->beginRequest();
     const Interruption interruption(d);
     Q_EMIT updateSensorFinderStatus(QStringLiteral("Sensor scan started..."));
     if (interruption.happened())
@@ -215,7 +215,7 @@ void SensorFinder::startSearch(QList<SensorType> sensorTypeList, bool showSondix
     // NoSensor names nothing to search; left in the queue it would bring the search to a standstill.
     sensorTypeList.removeAll(NoSensor);
     if (!sensorTypeList.isEmpty())
-        ++d->request;
+        d->beginRequest();
     const Interruption interruption(d);
     Q_EMIT updateSensorFinderStatus(QStringLiteral("Multiple device scan started..."));
     if (interruption.happened())
@@ -262,6 +262,12 @@ void SensorFinder::stopSensorFinderScan()
         return;
     d->sensorInstance.disableLogging();
     d->emitFinished();
+}
+
+void SensorFinderPrivate::beginRequest()
+{
+    ++request;
+    progressTimer->stop(); // a slot's event loop must not let the search before go on
 }
 
 void SensorFinderPrivate::startSearchInternal(SensorType type)

@@ -33,9 +33,9 @@ class SensorFinderPrivate;
 ///
 /// \par What slots may do
 /// A slot connected to any signal of the finder may start or stop a search, run an event loop of its
-/// own and even delete the finder. The later request wins: the search, or the call, whose signal it
-/// was says no more. A stop that is being announced is not announced again when a slot stops once
-/// more. Two things are for the application to avoid, because they never end: starting a search from
+/// own (the search waits meanwhile) and even delete the finder. The later request wins: the search, or
+/// the call, whose signal it was says no more. A stop that is being announced is not announced again
+/// when a slot stops once more. Two things are for the application to avoid, because they never end: starting a search from
 /// every searchStarted(), and restarting from searchFinished() with a direct connection when the search
 /// cannot start at all, since that is finished within the call; use a queued connection there.
 ///
@@ -49,7 +49,9 @@ public:
     enum Status : qint32 {
         Ready = 0,     ///< nothing is being searched
         Searching = 1, ///< a search is under way
-        Error = 2,     ///< the last search could not be started or aborted; a new one may be started
+        /// The last search could not be started or aborted; a new one may be started. Followed at once by
+        /// Searching it means that a type was skipped.
+        Error = 2,
     };
     Q_ENUM(Status)
 
@@ -59,7 +61,7 @@ public:
 
     /// \name Options
     /// Taken as they are, checked by the sensor-access library alone. They hold from the next type that
-    /// is searched.
+    /// is searched; the blacklist and the choice of what is announced hold at once.
     /// \{
 
     /// Adds \a interfaces to those that are scanned (\a enable) or removes them. Ethernet and USB devices
@@ -119,11 +121,15 @@ Q_SIGNALS:
     /// At the start of every search, also when nothing will be searched.
     void searchStarted();
     /// A search has come to its end, was stopped, or had nothing to search. When the last type of a
-    /// search cannot be searched at all, and after stopSensorFinderScan(), it comes twice.
+    /// search cannot be searched at all, and after stopSensorFinderScan(), it comes twice. A search that
+    /// the library refuses to start ends with statusChanged(Error) alone: the types that still wait are
+    /// not searched. It may come before startSearch() returns.
     void searchFinished();
-    /// A sensor that was not announced since the search started and is not on the blacklist.
+    /// A sensor that was not announced since the search started and is not on the blacklist. Its type is
+    /// NoSensor where similar sensors are searched and the answer tells none.
     void sensorFound(const SondixQt::SensorInfo &resultInfo);
-    /// At every tick of the search: \a progress over all types, in percent, 0 to 100, rounded down.
+    /// At every tick of the search: \a progress over all types, in percent, 0 to 100, rounded down. Types
+    /// that are skipped add nothing, so do not wait for 100: the end is searchFinished().
     void progressChanged(int progress);
     /// The status was set, be it to the same value.
     void statusChanged(SondixQt::SensorFinder::Status status);

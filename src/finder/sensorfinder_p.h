@@ -28,6 +28,7 @@ class SensorFinderPrivate
 public:
     explicit SensorFinderPrivate(SensorFinder *finder);
 
+    void beginRequest();
     void startSearchInternal(SensorType type);
     void stopSearch();
     void updateProgress();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sensorinstance.h"
 
-#include "answervalue_p.h"
+#include "../answervalue_p.h"
 #include "instancelog_p.h"
 #include "sensorinstance_p.h"
 #include "sondixapi_p.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "answervalue_p.h"
+#include "../answervalue_p.h"
 #include "datablock_p.h"
 #include "samplerate_p.h"
 #include "sensorinstance_p.h"

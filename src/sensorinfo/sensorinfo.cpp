@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "sensorinfo.h"
 
+#include "../answervalue_p.h"
 #include "../catalogue/busnames_p.h"
 #include "../catalogue/sensorfeatures_p.h"
 #include "../catalogue/sensortypes_p.h"
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <vector>
 
 namespace SondixQt {
@@ -106,16 +106,6 @@ QStringList modelsCarriedByConverter()
     return models;
 }
 
-/// The value as an int, 0 if it cannot be one. QVariant itself wraps a number that is too large for an int.
-int integerValue(const QVariant &value)
-{
-    bool isNumber = false;
-    const int number = value.toInt(&isNumber);
-    const double exact = value.toDouble();
-    const bool fits = exact >= std::numeric_limits<int>::min() && exact <= std::numeric_limits<int>::max();
-    return isNumber && fits ? number : 0;
-}
-
 bool hasFeature(SensorType type, bool SensorFeatures::*feature)
 {
     const auto features = getSensorFeatures().find(type);
@@ -180,7 +170,7 @@ SensorInterface SensorInfo::interfaceType() const
 {
     if (parameters.isEmpty())
         return NoInterface;
-    const int index = integerValue(parameters.value(QStringLiteral("IP_InterfaceIdx")));
+    const int index = intAnswer(parameters.value(QStringLiteral("IP_InterfaceIdx")));
     const QMap<SensorInterface, InterfaceRecord> &table = interfaceTable();
     const auto found = std::find_if(table.begin(), table.end(),
                                     [index](const InterfaceRecord &record) { return record.index == index; });
@@ -226,7 +216,7 @@ bool SensorInfo::operator==(const SensorInfo &other) const
 
 SensorType SensorInfo::getSensorTypeFromParams() const
 {
-    return static_cast<SensorType>(integerValue(parameters.value(QStringLiteral("IP_SensorType"))));
+    return static_cast<SensorType>(intAnswer(parameters.value(QStringLiteral("IP_SensorType"))));
 }
 
 SensorType SensorInfo::getRealSensorTypeFromParams(const QString &name) const

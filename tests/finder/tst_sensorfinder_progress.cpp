@@ -45,6 +45,7 @@ private Q_SLOTS:
     void needsTheCountOfResults();
     void eachResultIsReadOnce();
     void aCountThatFallsIsNotTrusted();
+    void resultsAreReadAgainAfterACountThatFell();
     void anAbsurdCountIsBounded();
 };
 
@@ -220,6 +221,20 @@ void TestSensorFinderProgress::aCountThatFallsIsNotTrusted()
     QCOMPARE(readIndices(indices), 1);
     QCOMPARE(indices, QList<int>({0}));
     QCOMPARE(recorder.found.size(), 1);
+}
+
+void TestSensorFinderProgress::resultsAreReadAgainAfterACountThatFell()
+{
+    answerProgress({{"20.0", 2}, {"30.0", 1}, {"100.0", 2}});
+    answerResults({"IP_SensorType=41 SA_SerialNumber=\"1\"", "IP_SensorType=41 SA_SerialNumber=\"2\""});
+    SensorFinder finder;
+    Recorder recorder(finder);
+    finder.startSearch(TX270);
+    QVERIFY(recorder.waitForEnd());
+    QList<int> indices;
+    QCOMPARE(readIndices(indices), 3);
+    QCOMPARE(indices, QList<int>({0, 1, 1}));
+    QCOMPARE(recorder.found.size(), 2);
 }
 
 void TestSensorFinderProgress::anAbsurdCountIsBounded()

@@ -110,6 +110,7 @@ private Q_SLOTS:
     void searchingAgainWhenFinishedGoesOnAndOn();
     void anEventLoopInASlotDoesNotDisturbTheSearch_data() { addSignalRows(); }
     void anEventLoopInASlotDoesNotDisturbTheSearch();
+    void theSearchBeforeRestsWhileTheNextIsAnnounced();
     void aSearchWithinASlotComesToItsEnd();
     void destructionAbortsTheSearchSilently();
     void destructionAfterAnErrorAbortsNothing();
@@ -337,6 +338,29 @@ void TestSensorFinderSlots::anEventLoopInASlotDoesNotDisturbTheSearch()
         QStringLiteral("status 2"),
         QStringLiteral("finished"),
         QStringLiteral("finished"),
+    };
+    QCOMPARE(recorder.lines, expected);
+}
+
+void TestSensorFinderSlots::theSearchBeforeRestsWhileTheNextIsAnnounced()
+{
+    answerProgress({{"100.0", 1}});
+    answerResults({"IP_SensorType=41 SA_SerialNumber=\"1\""});
+    SensorFinder finder;
+    finder.startSearch(TX270);
+    Recorder recorder(finder);
+    const Interceptor interceptor(&finder, QStringLiteral("started"), [&] {
+        QEventLoop loop;
+        QTimer::singleShot(600, &loop, &QEventLoop::quit); // more than two ticks
+        loop.exec();
+    });
+    finder.startSearch(TX280);
+    QVERIFY(interceptor.done);
+    const QStringList expected = {
+        QStringLiteral("text Sensor scan started..."),
+        QStringLiteral("started"),
+        QStringLiteral("text Searching for device:  Tavrin TX280 ..."),
+        QStringLiteral("status 1"),
     };
     QCOMPARE(recorder.lines, expected);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "instance/answervalue_p.h"
+#include "answervalue_p.h"
 #include "instance/datablock_p.h"
 
 #include <QtTest>
