@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <clocale>
 #include <cstdio>
+#include <exception>
 #include <vector>
 
 namespace {
@@ -87,9 +88,7 @@ ExitCode run(Console &console, const std::vector<Subcommand> &subcommands)
     }
 }
 
-} // namespace
-
-int main(int argc, char *argv[])
+int runTool(int argc, char *argv[])
 {
     qInstallMessageHandler(onLogMessage);
     const QCoreApplication application(argc, argv);
@@ -128,4 +127,16 @@ int main(int argc, char *argv[])
     if (!bench.empty())
         qputenv("SONDIX_BENCH", QString::fromStdString(bench).toLocal8Bit());
     return static_cast<int>(run(console, subcommands));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    try {
+        return runTool(argc, argv);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "sondixqt: %s\n", error.what());
+    }
+    return static_cast<int>(ExitCode::Failed);
 }
