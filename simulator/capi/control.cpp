@@ -123,6 +123,11 @@ void pushData(const std::string &serialNumber, const std::vector<std::int32_t> &
         throw std::invalid_argument("the sensor \"" + serialNumber + "\" is not open");
 }
 
+void trigger(const std::string &serialNumber)
+{
+    sensorOf(serialNumber)->trigger(ready().clock.now());
+}
+
 std::uint64_t lostFrames(const std::string &serialNumber)
 {
     return sensorOf(serialNumber)->lostFrames(ready().clock.now());

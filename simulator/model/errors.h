@@ -30,7 +30,8 @@ enum Code : std::int32_t {
     OutOfRange = -17,
     NoSearch = -18,
     NoSuchResult = -19,
-    LogFileUnusable = -20
+    LogFileUnusable = -20,
+    NoVideo = -21
 };
 
 /// How a call ended: 0 or a code with its text (UTF-8).

@@ -15,6 +15,7 @@ Sensor::Sensor(SensorSpec spec, std::uint64_t seed, std::vector<std::shared_ptr<
     , m_plugged(m_spec.answering)
     , m_settings(m_spec.settings)
 {
+    selectFrame();
 }
 
 bool Sensor::isPlugged() const
@@ -44,16 +45,21 @@ void Sensor::open(double now)
     m_open = true;
     m_lost = 0;
     m_nextFrame = m_anchorFrame = 0;
-    m_ring.reset(static_cast<std::size_t>(m_spec.ringFrames), m_spec.signals.size());
+    m_ring.reset(static_cast<std::size_t>(m_spec.ringFrames), frame().size());
     restart(now);
     trackAtPowerUp(now);
-    if (m_spec.standing == 0 || m_spec.signals.empty())
+    fillStanding();
+}
+
+void Sensor::fillStanding()
+{
+    if (m_spec.standing == 0 || frame().empty())
         return;
     const auto values = static_cast<std::size_t>(m_spec.standing);
-    const std::size_t frames = values / m_spec.signals.size() + 1;
-    m_standingRaw.resize(frames * m_spec.signals.size());
+    const std::size_t frames = values / frame().size() + 1;
+    m_standingRaw.resize(frames * frame().size());
     m_standingScaled.resize(m_standingRaw.size());
-    generate(0, frames, m_standingRaw.data(), m_standingScaled.data());
+    generate(m_anchorFrame, frames, m_standingRaw.data(), m_standingScaled.data());
 }
 
 void Sensor::close()
@@ -73,11 +79,41 @@ double Sensor::frameRate() const
     return m_tracking < 0 ? 0.0 : m_spec.tracking[static_cast<std::size_t>(m_tracking)].rate.of(m_settings);
 }
 
+bool Sensor::waitsForTrigger() const
+{
+    const Value *const mode = m_settings.find(m_spec.triggerParameter);
+    return mode != nullptr && toInt(*mode).value_or(m_spec.triggerOff) != m_spec.triggerOff;
+}
+
+const MeasuringMode *Sensor::currentMode() const
+{
+    const Value *const setting = m_settings.find(m_spec.modeParameter);
+    const std::int32_t number = setting != nullptr ? toInt(*setting).value_or(-1) : -1;
+    const auto isIt = [number](const MeasuringMode &mode) { return mode.number == number; };
+    const auto found = std::find_if(m_spec.modes.begin(), m_spec.modes.end(), isIt);
+    return found != m_spec.modes.end() ? &*found : nullptr;
+}
+
+void Sensor::selectFrame()
+{
+    const MeasuringMode *const mode = currentMode();
+    const std::vector<Signal> *const wanted =
+        mode != nullptr && !mode->signals.empty() ? &mode->signals : &m_spec.signals;
+    if (m_frame == wanted)
+        return;
+    m_frame = wanted;
+    if (!m_open)
+        return;
+    // Values of another frame would be taken for something that they are not.
+    m_ring.reset(static_cast<std::size_t>(m_spec.ringFrames), frame().size());
+    fillStanding();
+}
+
 void Sensor::restart(double now)
 {
     m_anchorTime = now;
     m_anchorFrame = m_nextFrame;
-    m_rate = frameRate();
+    m_rate = waitsForTrigger() ? std::min(m_spec.triggerRate, frameRate()) : frameRate();
     ++m_origin;
 }
 
@@ -105,7 +141,7 @@ void Sensor::produce(double now)
     constexpr double tolerance = 1.0e-6; // of a frame: sums of steps of the clock are not exact
     const double arisen = std::floor((now - m_anchorTime) * m_rate + tolerance);
     const auto done = static_cast<double>(m_nextFrame - m_anchorFrame);
-    const std::size_t perFrame = m_spec.signals.size();
+    const std::size_t perFrame = frame().size();
     if (!(arisen > done) || perFrame == 0)
         return;
     auto due = static_cast<std::uint64_t>(std::min(arisen - done, 1.0e15));
@@ -132,15 +168,15 @@ void Sensor::produce(double now)
     }
 }
 
-void Sensor::generate(std::uint64_t frame, std::size_t frames, std::int32_t *raw, double *scaled) const
+void Sensor::generate(std::uint64_t first, std::size_t frames, std::int32_t *raw, double *scaled) const
 {
-    const std::size_t perFrame = m_spec.signals.size();
+    const std::size_t perFrame = frame().size();
     const double period = m_rate > 0.0 ? 1.0 / m_rate : 0.0;
     for (std::size_t s = 0; s < perFrame; ++s) {
-        const Signal &signal = m_spec.signals[s];
+        const Signal &signal = frame()[s];
         const std::uint64_t seed = mix(m_seed, s);
         for (std::size_t i = 0; i < frames; ++i) {
-            const std::uint64_t number = frame + i;
+            const std::uint64_t number = first + i;
             const double time = m_anchorTime + static_cast<double>(number - m_anchorFrame + 1) * period;
             double value = 0.0;
             std::uint64_t stream = 0;
@@ -216,7 +252,7 @@ bool Sensor::push(double now, const std::vector<std::int32_t> &raw, const std::v
     std::vector<double> allScaled = scaled;
     static const Signal plain;
     for (std::size_t i = 0; i < count; ++i) {
-        const Signal &signal = m_spec.signals.empty() ? plain : m_spec.signals[i % m_spec.signals.size()];
+        const Signal &signal = frame().empty() ? plain : frame()[i % frame().size()];
         if (raw.empty())
             allRaw.push_back(rawOf(signal, scaled[i]));
         if (scaled.empty())
@@ -226,6 +262,22 @@ bool Sensor::push(double now, const std::vector<std::int32_t> &raw, const std::v
                             {++m_origin, m_rate > 0.0 ? 1.0 / m_rate : 0.0});
     ++m_origin; // what the generators add next does not continue this block
     return true;
+}
+
+void Sensor::trigger(double now)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_open || !waitsForTrigger() || frame().empty())
+        return;
+    produce(now);
+    restart(now);
+    m_rate = 0.0; // the frame arises now, not a period later
+    std::vector<std::int32_t> raw(frame().size());
+    std::vector<double> scaled(frame().size());
+    generate(m_nextFrame, 1, raw.data(), scaled.data());
+    m_lost += m_ring.append(raw.data(), scaled.data(), raw.size(), now, {m_origin, 0.0});
+    ++m_nextFrame;
+    restart(now);
 }
 
 std::uint64_t Sensor::lostFrames(double now)

@@ -40,6 +40,8 @@ public:
     bool push(double now, const std::vector<std::int32_t> &raw, const std::vector<double> &scaled,
               double timestamp);
     std::uint64_t lostFrames(double now);
+    /// Its trigger input sees one trigger; nothing happens unless it is open and waits for one.
+    void trigger(double now);
 
     ParameterList identity() const;
     ParameterList foundParameters() const;
@@ -47,10 +49,15 @@ public:
 
 private:
     // All of these expect m_mutex to be held.
-    double frameRate() const;
+    double frameRate() const; ///< when no trigger is waited for
+    bool waitsForTrigger() const;
+    const MeasuringMode *currentMode() const; ///< null when there is nothing particular about it
+    const std::vector<Signal> &frame() const { return *m_frame; }
+    void selectFrame();
+    void fillStanding();
     void restart(double now);
     void produce(double now);
-    void generate(std::uint64_t frame, std::size_t frames, std::int32_t *raw, double *scaled) const;
+    void generate(std::uint64_t first, std::size_t frames, std::int32_t *raw, double *scaled) const;
     void track(int index, double now);
     void trackAtPowerUp(double now);
     bool commandKnown(const std::string &name) const;
@@ -60,6 +67,11 @@ private:
     Outcome write(const std::string &what, const ParameterList &staged, double now);
     Outcome checkSetting(const std::string &group, const Parameter &parameter, std::string &key,
                          Value &value) const;
+    Outcome video(double now, ParameterList &answers);
+    bool modeAllowsVideo() const;
+    bool isSwitchedOn(const VideoLine &line) const;
+    std::int32_t videoSignalsPerFrame() const;
+    std::vector<double> placesOf(const VideoLine &line, const std::vector<double> &values) const;
     void describeFrame(ParameterList &answers) const;
     void describeSignal(const Signal &signal, int number, ParameterList &answers) const;
     void describeDriver(ParameterList &answers) const;
@@ -73,6 +85,7 @@ private:
 
     mutable std::mutex m_mutex;
     ParameterList m_settings;
+    const std::vector<Signal> *m_frame = nullptr; ///< signals of the measuring mode
     bool m_open = false;
     int m_tracking = -1; ///< index of the tracking command under way
     Ring m_ring;

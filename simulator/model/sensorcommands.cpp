@@ -37,6 +37,8 @@ bool Sensor::commandKnown(const std::string &name) const
         return true;
     if (name == "Get_Measure")
         return m_spec.polled;
+    if (name == "Get_Video")
+        return !m_spec.video.lines.empty();
     const auto isName = [&name](const TrackingCommand &command) { return command.command == name; };
     if (std::any_of(m_spec.tracking.begin(), m_spec.tracking.end(), isName))
         return true;
@@ -68,6 +70,8 @@ Outcome Sensor::command(const std::string &name, const ParameterList &staged, do
         m_ring.clear();
     } else if (name == "Get_Measure") {
         return measure(staged, now);
+    } else if (name == "Get_Video") {
+        return video(now, answers);
     } else if (name == "Get_TransmittedDataInfo") {
         describeFrame(answers);
     } else if (name == "Get_DrvSetting") {
@@ -153,6 +157,7 @@ Outcome Sensor::write(const std::string &group, const ParameterList &staged, dou
         return failure(ParameterMissing, "Nothing is given to be set in \"" + group + '"');
     produce(now);
     m_settings.add(changes);
+    selectFrame();
     restart(now);
     return {};
 }

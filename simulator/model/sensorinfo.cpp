@@ -62,13 +62,15 @@ std::string Sensor::information() const
 
 void Sensor::describeFrame(ParameterList &answers) const
 {
-    const auto values = static_cast<std::int32_t>(m_spec.signals.size());
+    std::size_t most = m_spec.signals.size();
+    for (const MeasuringMode &mode : m_spec.modes)
+        most = std::max(most, mode.signals.size());
     answers.set("IA_Datarate", frameRate());
-    answers.set("IA_ValuesPerFrame", values);
-    answers.set("IA_MaxValuesPerFrame", values);
-    answers.set("IA_VideoSignalsPerFrame", m_spec.videoSignals);
+    answers.set("IA_ValuesPerFrame", static_cast<std::int32_t>(frame().size()));
+    answers.set("IA_MaxValuesPerFrame", static_cast<std::int32_t>(most));
+    answers.set("IA_VideoSignalsPerFrame", videoSignalsPerFrame());
     int number = 0;
-    for (const Signal &signal : m_spec.signals)
+    for (const Signal &signal : frame())
         describeSignal(signal, ++number, answers);
 }
 

@@ -5,6 +5,7 @@
 #include "generator.h"
 #include "place.h"
 #include "value.h"
+#include "video.h"
 
 #include <cstdint>
 #include <map>
@@ -39,6 +40,14 @@ struct TrackingCommand
     FrameRate rate;
 };
 
+/// What is particular to a measuring mode.
+struct MeasuringMode
+{
+    std::int32_t number = 0;
+    bool video = false;          ///< a model with such modes sends video in no others
+    std::vector<Signal> signals; ///< empty: those of the sensor
+};
+
 /// A fault that a bench file gives a sensor.
 struct SpecFault
 {
@@ -63,7 +72,6 @@ struct SensorSpec
     bool bus = false;
     bool polled = false; ///< values come when "Get_Measure" asks for them
     bool multi = false;  ///< stands for several sensors
-    std::int32_t videoSignals = 0;
     std::int32_t ringFrames = 32768;
     std::int32_t standing = 0; ///< values that are always there and are never used up
 
@@ -81,6 +89,12 @@ struct SensorSpec
     std::map<std::string, ParameterList> answers;            ///< further commands and what they answer
     FrameRate rate;
     std::vector<Signal> signals;
+    std::string modeParameter;        ///< setting that names the measuring mode
+    std::vector<MeasuringMode> modes; ///< those that differ from the others
+    std::string triggerParameter;     ///< setting that makes it wait for a trigger
+    std::int32_t triggerOff = 0;      ///< with any other value of that setting it does
+    double triggerRate = 0.0;         ///< triggers that come a second
+    Video video;
     std::map<std::int32_t, std::string> errorTexts;
     std::string autostart; ///< setting that names the tracking mode at power-up
     std::string stopTracking;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "specreader.h"
 
+#include "modereader.h"
+
 #include <algorithm>
 #include <charconv>
 
@@ -59,6 +61,15 @@ void readErrorTexts(const Node &node, SensorSpec &spec)
     }
 }
 
+/// Every error value has a text, if only its number.
+void nameErrorValues(const std::vector<Signal> &signals, std::map<std::int32_t, std::string> &texts)
+{
+    for (const Signal &signal : signals) {
+        for (const ErrorValues &errors : signal.errors)
+            texts.emplace(errors.key, "Error " + std::to_string(errors.key));
+    }
+}
+
 void readTracking(const Node &node, SensorSpec &spec)
 {
     ObjectReader reader(node, "\"tracking\"");
@@ -94,8 +105,6 @@ void readCommonKeys(ObjectReader &reader, SensorSpec &spec, const std::string &f
         spec.ringFrames = readInt(*frames, "\"ring\"", 1, 10000000);
     if (const Node *standing = reader.find("standing"))
         spec.standing = readInt(*standing, "\"standing\"", 0, 10000000);
-    if (const Node *video = reader.find("videoSignals"))
-        spec.videoSignals = readInt(*video, "\"videoSignals\"", 0, 16);
     if (const Node *info = reader.find("info"))
         spec.info.add(readParameters(*info, "\"info\""));
     if (const Node *settings = reader.find("settings"))
@@ -116,6 +125,10 @@ void readCommonKeys(ObjectReader &reader, SensorSpec &spec, const std::string &f
         spec.rate = readFrameRate(*rule);
     if (const Node *tracking = reader.find("tracking"))
         readTracking(*tracking, spec);
+    readModeKeys(reader, spec, folder);
+    for (const MeasuringMode &mode : spec.modes)
+        nameErrorValues(mode.signals, spec.errorTexts);
+    nameErrorValues(spec.signals, spec.errorTexts);
 }
 
 SpecFault readFault(const Node &node)

@@ -125,6 +125,9 @@ SONDIXSIM_EXPORT void plug(const std::string &serialNumber);
 SONDIXSIM_EXPORT void pushData(const std::string &serialNumber, const std::vector<std::int32_t> &raw,
                                const std::vector<double> &scaled, double timestamp);
 
+/// One trigger at a sensor's input: if it is open and waits for a trigger, one frame arises now.
+SONDIXSIM_EXPORT void trigger(const std::string &serialNumber);
+
 /// Frames that a sensor's full ring has lost since it was opened.
 SONDIXSIM_EXPORT std::uint64_t lostFrames(const std::string &serialNumber);
 
