@@ -142,6 +142,8 @@ std::shared_ptr<Sensor> makeSensor(ReadSensor &sensor, const Bench &bench)
             throw Mistake(sensor.line, "there is no sensor \"" + serialNumber + "\" that could be a member");
         const std::vector<Signal> &theirs = member->spec().signals;
         signals.insert(signals.end(), theirs.begin(), theirs.end());
+        for (const auto &[key, text] : member->spec().errorTexts)
+            sensor.spec.errorTexts.emplace(key, text);
         sensor.spec.polled = sensor.spec.polled || member->spec().polled;
         members.push_back(std::move(member));
     }
