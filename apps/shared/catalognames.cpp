@@ -13,6 +13,8 @@ namespace SondixApp {
 
 namespace {
 
+constexpr int suggestions = 3;
+
 template<typename T>
 struct Candidate
 {
@@ -50,27 +52,7 @@ int editDistance(const QString &a, const QString &b)
     return above.last();
 }
 
-template<typename T>
-Named<T> findIn(const QList<Candidate<T>> &candidates, const QString &text, const QString &what,
-                const QString &list)
-{
-    const QString wanted = text.trimmed();
-    bool isNumber = false;
-    const int number = wanted.toInt(&isNumber);
-    QStringList names;
-    for (const Candidate<T> &candidate : candidates) {
-        if (wanted.isEmpty() || candidate.name.isEmpty())
-            continue;
-        if (candidate.name.compare(wanted, Qt::CaseInsensitive) == 0 || (isNumber && candidate.value == number))
-            return {candidate.value, QString()};
-        names += candidate.name;
-    }
-    return {std::nullopt, unknownName(what, text, names, list)};
-}
-
-} // namespace
-
-QStringList nearNames(const QString &text, const QStringList &names)
+QStringList allNearNames(const QString &text, const QStringList &names)
 {
     struct Near
     {
@@ -91,17 +73,63 @@ QStringList nearNames(const QString &text, const QStringList &names)
     std::stable_sort(near.begin(), near.end(),
                      [](const Near &a, const Near &b) { return a.distance < b.distance; });
     QStringList result;
-    for (int i = 0; i < std::min(3, near.size()); ++i)
-        result += near[i].name;
+    for (const Near &n : qAsConst(near))
+        result += n.name;
     return result;
+}
+
+// Several names may mean the same: of those only the nearest is worth suggesting.
+template<typename T>
+QStringList nearestOfEach(const QList<Candidate<T>> &candidates, const QString &text, const QStringList &names)
+{
+    QStringList result;
+    QList<T> known;
+    for (const QString &name : allNearNames(text, names)) {
+        const auto candidate = std::find_if(candidates.cbegin(), candidates.cend(),
+                                            [&](const Candidate<T> &c) { return c.name == name; });
+        if (known.contains(candidate->value) || result.size() == suggestions)
+            continue;
+        known += candidate->value;
+        result += name;
+    }
+    return result;
+}
+
+QString unknown(const QString &what, const QString &text, const QStringList &near, const QString &otherwise)
+{
+    const QString hint =
+        near.isEmpty() ? otherwise : QStringLiteral("did you mean %1?").arg(near.join(QStringLiteral(" or ")));
+    return QStringLiteral("there is no %1 '%2'; %3").arg(what, text, hint);
+}
+
+template<typename T>
+Named<T> findIn(const QList<Candidate<T>> &candidates, const QString &text, const QString &what,
+                const QString &list)
+{
+    const QString wanted = text.trimmed();
+    bool isNumber = false;
+    const int number = wanted.toInt(&isNumber);
+    QStringList names;
+    for (const Candidate<T> &candidate : candidates) {
+        if (wanted.isEmpty() || candidate.name.isEmpty())
+            continue;
+        if (candidate.name.compare(wanted, Qt::CaseInsensitive) == 0 || (isNumber && candidate.value == number))
+            return {candidate.value, QString()};
+        names += candidate.name;
+    }
+    return {std::nullopt, unknown(what, text, nearestOfEach(candidates, wanted, names), list)};
+}
+
+} // namespace
+
+QStringList nearNames(const QString &text, const QStringList &names)
+{
+    return allNearNames(text, names).mid(0, suggestions);
 }
 
 QString unknownName(const QString &what, const QString &text, const QStringList &names, const QString &otherwise)
 {
-    const QStringList near = nearNames(text, names);
-    const QString hint =
-        near.isEmpty() ? otherwise : QStringLiteral("did you mean %1?").arg(near.join(QStringLiteral(" or ")));
-    return QStringLiteral("there is no %1 '%2'; %3").arg(what, text, hint);
+    return unknown(what, text, nearNames(text, names), otherwise);
 }
 
 Named<SensorType> findType(const QString &text)

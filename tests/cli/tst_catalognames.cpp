@@ -18,6 +18,7 @@ private Q_SLOTS:
     void interfacesAreFoundByEitherNameAndNumber();
     void unknownNamesAreExplained_data();
     void unknownNamesAreExplained();
+    void suggestionsAreDistinctModels();
     void nearNamesComeNearestFirst();
 };
 
@@ -129,6 +130,24 @@ void TestCatalogNames::unknownNamesAreExplained()
     QFETCH(QString, problem);
     QFETCH(QString, expected);
     QVERIFY2(problem.startsWith(expected), qPrintable(problem));
+}
+
+void TestCatalogNames::suggestionsAreDistinctModels()
+{
+    const auto named = findType(QStringLiteral("Tavrin TX27O"));
+    QVERIFY(!named.value);
+    const QString list = named.problem.section(QStringLiteral("did you mean "), 1).chopped(1);
+    QSet<int> models;
+    const QStringList names = list.split(QStringLiteral(" or "));
+    QVERIFY2(names.size() > 1, qPrintable(named.problem));
+    for (const QString &name : names) {
+        const auto model = findType(name);
+        QVERIFY2(model.value, qPrintable(name));
+        models.insert(*model.value);
+    }
+    QCOMPARE(models.size(), names.size());
+    QCOMPARE(findType(QStringLiteral("TX27")).problem,
+             QStringLiteral("there is no model 'TX27'; did you mean TX270?"));
 }
 
 void TestCatalogNames::nearNamesComeNearestFirst()
