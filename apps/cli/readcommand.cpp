@@ -73,7 +73,7 @@ private:
     std::optional<OutputFile> m_file;
 };
 
-QString summary(qint64 frames, int valuesPerFrame, double seconds, const QMap<int, qint64> &errors)
+QString summary(qint64 frames, int valuesPerFrame, double seconds, const QMap<QString, qint64> &errors)
 {
     QString text = QStringLiteral("%1 of %2 read in %3 s")
                        .arg(counted(frames, "frame"), counted(valuesPerFrame, "value"))
@@ -82,7 +82,7 @@ QString summary(qint64 frames, int valuesPerFrame, double seconds, const QMap<in
     QStringList parts;
     for (auto it = errors.cbegin(); it != errors.cend(); ++it) {
         total += it.value();
-        parts += QStringLiteral("error %1: %2").arg(it.key()).arg(counted(it.value(), "time"));
+        parts += QStringLiteral("%1: %2").arg(it.key(), counted(it.value(), "time"));
     }
     text += QStringLiteral(", ") + counted(total, "error value");
     return parts.isEmpty() ? text : text + QStringLiteral(" (%1)").arg(parts.join(QStringLiteral(", ")));
@@ -120,7 +120,10 @@ public:
         if (instance->getSampleRateInKhz(&rateKhz, &text) != NoError)
             console.note(QStringLiteral("the sensor does not tell its sample rate: %1").arg(text));
 
-        ValueWriter writer(format(), columns);
+        // The first question for a text has the sensor tell all of them, for which later there is no time.
+        instance->getErrorValueText(0.0);
+        ValueWriter writer(format(), columns,
+                           [&instance](double value) { return instance->getErrorValueText(value); });
         FrameReader reader(*instance, columns.frame.valuesPerFrame, rateKhz);
         QElapsedTimer clock;
         clock.start();

@@ -12,6 +12,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 using namespace SondixQt;
 using namespace SondixApp;
@@ -24,12 +25,6 @@ QByteArray number(Arguments... arguments)
     std::array<char, 400> buffer; // the largest double in full has 309 digits before its point
     const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), arguments...).ptr;
     return QByteArray(buffer.data(), static_cast<int>(end - buffer.data()));
-}
-
-// The names of the errors' texts differ from sensor to sensor; the key is what all have in common.
-QByteArray errorMark(int key)
-{
-    return "error " + number(key);
 }
 
 QByteArray quoted(QByteArray text)
@@ -58,9 +53,10 @@ double timeOf(const FrameBlock &block, int frame)
 
 } // namespace
 
-ValueWriter::ValueWriter(Format format, const Columns &columns)
+ValueWriter::ValueWriter(Format format, const Columns &columns, ErrorText errorText)
     : m_format(format)
     , m_columns(columns)
+    , m_errorText(std::move(errorText))
 {
     constexpr int widestValue = 12;
     for (const QByteArray &name : columnNames())
@@ -99,6 +95,15 @@ QByteArray ValueWriter::lines(const FrameBlock &block)
     return out;
 }
 
+QString ValueWriter::errorMark(double value, int key)
+{
+    const auto known = m_errorMarks.constFind(key);
+    if (known != m_errorMarks.constEnd())
+        return *known;
+    const QString text = m_errorText(value).simplified();
+    return *m_errorMarks.insert(key, text.isEmpty() ? QStringLiteral("error %1").arg(key) : text);
+}
+
 void ValueWriter::appendFrame(QByteArray &out, const FrameBlock &block, int frame)
 {
     const double *scaled = valuesOf(block.scaled, block, frame);
@@ -106,7 +111,7 @@ void ValueWriter::appendFrame(QByteArray &out, const FrameBlock &block, int fram
     const double time = timeOf(block, frame);
     for (int i = 0; i < block.valuesPerFrame; ++i)
         if (const auto key = errorKey(scaled[i]))
-            ++m_errorCounts[*key];
+            ++m_errorCounts[errorMark(scaled[i], *key)];
     if (m_format == JsonLines) {
         appendJson(out, block, frame, time);
         return;
@@ -118,7 +123,7 @@ void ValueWriter::appendFrame(QByteArray &out, const FrameBlock &block, int fram
             const auto key = errorKey(scaled[i]);
             const QByteArray text =
                 m_format == Csv ? number(scaled[i]) : number(scaled[i], std::chars_format::general, 7);
-            appendCell(out, key ? errorMark(*key) : text, column++);
+            appendCell(out, key ? errorMark(scaled[i], *key).toUtf8() : text, column++);
         }
         if (m_columns.raw)
             appendCell(out, number(raw[i]), column++);
@@ -126,7 +131,7 @@ void ValueWriter::appendFrame(QByteArray &out, const FrameBlock &block, int fram
     out += '\n';
 }
 
-void ValueWriter::appendJson(QByteArray &out, const FrameBlock &block, int frame, double time) const
+void ValueWriter::appendJson(QByteArray &out, const FrameBlock &block, int frame, double time)
 {
     const double *scaled = valuesOf(block.scaled, block, frame);
     const int *raw = valuesOf(block.raw, block, frame);
@@ -134,7 +139,8 @@ void ValueWriter::appendJson(QByteArray &out, const FrameBlock &block, int frame
     QJsonArray rawValues;
     for (int i = 0; i < block.valuesPerFrame; ++i) {
         const auto key = errorKey(scaled[i]);
-        scaledValues.append(key ? QJsonValue(QJsonObject{{QStringLiteral("error"), *key}})
+        scaledValues.append(key ? QJsonValue(QJsonObject{{QStringLiteral("error"), *key},
+                                                         {QStringLiteral("text"), errorMark(scaled[i], *key)}})
                                 : QJsonValue(scaled[i]));
         rawValues.append(raw[i]);
     }

@@ -6,10 +6,11 @@
 #include <SondixQt/transmitteddatainfo.h>
 
 #include <QByteArray>
+#include <QHash>
 #include <QMap>
 #include <QString>
 
-#include <memory>
+#include <functional>
 
 /// Turns frames of values into text, one line a frame. Numbers are independent of the locale.
 class ValueWriter
@@ -24,23 +25,30 @@ public:
         bool scaled = true;
     };
 
-    ValueWriter(Format format, const Columns &columns);
+    /// The text of the error that a scaled value stands for; empty where there is none.
+    using ErrorText = std::function<QString(double)>;
+
+    ValueWriter(Format format, const Columns &columns, ErrorText errorText);
 
     /// What stands before the first frame; empty in the formats that need nothing there.
     QByteArray header() const;
     QByteArray lines(const SondixApp::FrameBlock &block);
 
-    /// How many error values of each key there were.
-    const QMap<int, qint64> &errorCounts() const { return m_errorCounts; }
+    /// How many error values of each text there were.
+    const QMap<QString, qint64> &errorCounts() const { return m_errorCounts; }
 
 private:
+    /// What stands in place of the error value \a value of the key \a key.
+    QString errorMark(double value, int key);
     void appendFrame(QByteArray &out, const SondixApp::FrameBlock &block, int frame);
-    void appendJson(QByteArray &out, const SondixApp::FrameBlock &block, int frame, double time) const;
+    void appendJson(QByteArray &out, const SondixApp::FrameBlock &block, int frame, double time);
     void appendCell(QByteArray &out, const QByteArray &text, int column) const;
     QList<QByteArray> columnNames() const;
 
     Format m_format;
     Columns m_columns;
     QVector<int> m_widths;
-    QMap<int, qint64> m_errorCounts;
+    ErrorText m_errorText;
+    QHash<int, QString> m_errorMarks;
+    QMap<QString, qint64> m_errorCounts;
 };

@@ -19,6 +19,15 @@ QByteArray breakingAfter(int transfers)
            R"(, "code": -12, "text": "the cable was pulled" } ])";
 }
 
+QByteArray laserWithErrors(const QByteArray &errors, const QByteArray &texts)
+{
+    return R"({ "model": "TX270", "serialNumber": "1001", "place": { "interface": "RS232", "port": "COM3" },
+        "rate": 1000, "errorTexts": )" +
+           texts + R"(,
+        "signals": [ { "name": "Distance", "generator": { "kind": "constant", "value": 12.5 }, "errors": )" +
+           errors + " } ] }";
+}
+
 } // namespace
 
 class TestToolRead : public QObject
@@ -31,6 +40,9 @@ private Q_SLOTS:
     void choosesRawAndScaledValues_data();
     void choosesRawAndScaledValues();
     void marksAndCountsErrorValues();
+    void countsErrorsByTheirText();
+    void keepsTextsFromTakingCsvApart();
+    void marksErrorsWithoutATextByTheirKey();
     void tellsFramesAsJson();
     void readsForTheTimeAskedFor();
     void readsASensorThatMustBeAsked();
@@ -122,13 +134,46 @@ void TestToolRead::marksAndCountsErrorValues()
     int errors = 0;
     for (const QByteArray &line : linesOf(result.out).mid(1)) {
         const QByteArray value = line.split(',').value(1);
-        if (value == "error -3")
+        if (value == "Too much light")
             ++errors;
         else
             QCOMPARE(value, QByteArray("12.5"));
     }
     QCOMPARE(errors, 25);
-    QVERIFY2(result.err.endsWith(", 25 error values (error -3: 25 times)\n"), result.err.constData());
+    QVERIFY2(result.err.endsWith(", 25 error values (Too much light: 25 times)\n"), result.err.constData());
+}
+
+void TestToolRead::countsErrorsByTheirText()
+{
+    const ToolRunner runner(Benches::of(laserWithErrors(
+        R"([ { "key": -1, "every": 4 }, { "key": -3, "every": 5 } ])", R"({ "-1": "Blind", "-3": "Blind" })")));
+    const ToolResult result = runner.run(words("read --csv - -n 200") << QString::fromLatin1(address));
+    QCOMPARE(result.code, 0);
+    int errors = 0;
+    for (const QByteArray &line : linesOf(result.out))
+        errors += line.endsWith(",Blind") ? 1 : 0;
+    QVERIFY(errors > 50);
+    QVERIFY2(result.err.endsWith(QStringLiteral(", %1 error values (Blind: %1 times)\n").arg(errors).toUtf8()),
+             result.err.constData());
+}
+
+void TestToolRead::keepsTextsFromTakingCsvApart()
+{
+    const ToolRunner runner(Benches::of(
+        laserWithErrors(R"([ { "key": -3, "every": 1 } ])", R"({ "-3": "Too much light, or \"fog\"" })")));
+    const ToolResult result = runner.run(words("read --csv - -n 1") << QString::fromLatin1(address));
+    QVERIFY2(result.code == 0, result.err.constData());
+    const QByteArray line = linesOf(result.out).value(1);
+    QCOMPARE(line.mid(line.indexOf(',') + 1), QByteArray("\"Too much light, or \"\"fog\"\"\""));
+}
+
+void TestToolRead::marksErrorsWithoutATextByTheirKey()
+{
+    const ToolRunner runner(Benches::of(laserWithErrors(R"([ { "key": -77, "every": 1 } ])", "{}")));
+    const ToolResult result = runner.run(words("read --csv - -n 3") << QString::fromLatin1(address));
+    QVERIFY2(result.code == 0, result.err.constData());
+    QVERIFY2(linesOf(result.out).value(1).endsWith(",error -77"), result.out.constData());
+    QVERIFY2(result.err.endsWith(", 3 error values (error -77: 3 times)\n"), result.err.constData());
 }
 
 void TestToolRead::tellsFramesAsJson()
@@ -146,7 +191,8 @@ void TestToolRead::tellsFramesAsJson()
         const QJsonValue value = frames[i].value(QStringLiteral("values")).toArray().at(0);
         if (value.isObject()) {
             ++errors;
-            QCOMPARE(value.toObject(), (QJsonObject{{QStringLiteral("error"), -3}}));
+            QCOMPARE(value.toObject(), (QJsonObject{{QStringLiteral("error"), -3},
+                                                    {QStringLiteral("text"), QStringLiteral("Too much light")}}));
         } else {
             QCOMPARE(value.toDouble(), 12.5);
         }
