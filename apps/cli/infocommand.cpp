@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "answer.h"
 #include "command.h"
 #include "json.h"
 #include "sensoroptions.h"
@@ -56,7 +57,8 @@ public:
 private:
     static void describe(SensorInstance &instance, Description &description)
     {
-        description.sensors = instance.getInfoParameters();
+        for (const Answer::Parameters &parameters : instance.getInfoParameters())
+            description.sensors += Answer::withoutInternals(parameters);
         QString text;
         if (instance.transmittedDataInfo(description.frame, &text) != NoError)
             throw Failure{ExitCode::Refused,
@@ -97,11 +99,7 @@ private:
     {
         console.print(QString());
         console.print(console.styled(title, Console::Bold));
-        TextTable table({});
-        for (auto it = parameters.cbegin(); it != parameters.cend(); ++it)
-            table.addRow({it.key(), it.value().toString()});
-        for (const QString &line : table.lines(2))
-            console.print(line);
+        Answer::print(console, parameters, 2);
     }
 
     static void printFrame(Console &console, const Description &description)

@@ -45,6 +45,7 @@ void TestToolInfo::tellsWhatASensorIsAndSends()
           "SA_SerialNumber 1001", "2 values (at most 2), sample rate 2.5 kHz",
           "1 Distance 0 .. 100 µm Distance raw 0 .. 65519", "main value", "2 Temperature -40 .. 125 °C"})
         QVERIFY2(text.contains(part), (QByteArray(part) + " is missing in\n" + result.out).constData());
+    QVERIFY2(!text.contains("S_Command"), "what the sensor was asked with is none of its parameters");
 }
 
 void TestToolInfo::tellsTheSameAsJson()
@@ -59,6 +60,7 @@ void TestToolInfo::tellsTheSameAsJson()
     const QJsonArray sensors = object.value(QStringLiteral("info")).toArray();
     QCOMPARE(sensors.size(), 1);
     QVERIFY(sensors.first().toObject().contains(QStringLiteral("SA_SerialNumber")));
+    QVERIFY(!sensors.first().toObject().contains(QStringLiteral("S_Command")));
     const QJsonObject frame = object.value(QStringLiteral("frame")).toObject();
     QCOMPARE(frame.value(QStringLiteral("sampleRateKhz")).toDouble(), 2.5);
     QCOMPARE(frame.value(QStringLiteral("valuesPerFrame")).toInt(), 2);
