@@ -30,4 +30,11 @@ std::unique_ptr<Command> makeModelsCommand(CLI::App &app, CLI::App *&subcommand)
 std::unique_ptr<Command> makeFindCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeInfoCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeReadCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeParamsCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeGetCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeSetCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeExecCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeModeCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeTriggerCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeSyncCommand(CLI::App &app, CLI::App *&subcommand);
 /// \}

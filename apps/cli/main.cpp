@@ -39,7 +39,9 @@ using Maker = std::unique_ptr<Command> (*)(CLI::App &, CLI::App *&);
 std::vector<Subcommand> addSubcommands(CLI::App &app)
 {
     std::vector<Subcommand> subcommands;
-    for (const Maker make : {makeModelsCommand, makeFindCommand, makeInfoCommand, makeReadCommand}) {
+    for (const Maker make : {makeModelsCommand, makeFindCommand, makeInfoCommand, makeReadCommand,
+                             makeParamsCommand, makeGetCommand, makeSetCommand, makeExecCommand, makeModeCommand,
+                             makeTriggerCommand, makeSyncCommand}) {
         Subcommand subcommand;
         subcommand.command = make(app, subcommand.app);
         subcommand.app->fallthrough();
@@ -98,7 +100,8 @@ int runTool(int argc, char *argv[])
     SondixQt::setUsedByApplicationName(QStringLiteral("sondixqt"));
     Console console;
 
-    CLI::App app("Finds, describes and reads measuring sensors through the sensor-access library.", "sondixqt");
+    CLI::App app("Finds, describes, configures and reads measuring sensors through the sensor-access library.",
+                 "sondixqt");
     std::string bench;
     app.add_option("--bench", bench, "Bench file for the simulator, instead of SONDIX_BENCH");
     app.add_flag("-v,--verbose", verbose, "Also show what the library logs");

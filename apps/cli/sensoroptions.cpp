@@ -60,11 +60,25 @@ void SensorOptions::addTo(CLI::App &app)
                "  --serial 12345 --type TX270");
 }
 
+QStringList SensorOptions::wordsAfterSensor(const std::vector<std::string> &following)
+{
+    QStringList words;
+    // An address is left where it is, for resolve() to tell that the sensor is named twice.
+    if (isNamedByOptions() && m_address.find('@') == std::string::npos) {
+        words += QString::fromStdString(m_address);
+        m_address.clear();
+    }
+    for (const std::string &word : following)
+        words += QString::fromStdString(word);
+    words.removeAll(QString());
+    return words;
+}
+
 SensorAddress SensorOptions::resolve(Console &console, InterruptWatcher &interrupt) const
 {
     if (m_address.empty())
         return saysHowToReach() ? direct() : search(console, interrupt);
-    if (saysHowToReach() || !m_serial.empty() || m_search.type() != NoSensor || m_search.hasGroup())
+    if (isNamedByOptions())
         throw usage(QStringLiteral("a sensor is named by its address or by options, not by both"));
     QString problem;
     const auto address = SensorAddress::parse(QString::fromStdString(m_address), problem);
@@ -78,6 +92,11 @@ bool SensorOptions::saysHowToReach() const
     const bool anyValue =
         std::any_of(m_values.begin(), m_values.end(), [](const auto &entry) { return !entry.second.empty(); });
     return !m_interface.empty() || anyValue || !m_parameters.empty();
+}
+
+bool SensorOptions::isNamedByOptions() const
+{
+    return saysHowToReach() || !m_serial.empty() || m_search.type() != NoSensor || m_search.hasGroup();
 }
 
 SensorAddress SensorOptions::direct() const
@@ -138,7 +157,7 @@ SensorAddress SensorOptions::search(Console &console, InterruptWatcher &interrup
                                          : QStringLiteral("sensor with the serial number %1").arg(serial));
 }
 
-std::unique_ptr<SensorInstance> openSensor(const SensorAddress &address)
+std::unique_ptr<SensorInstance> openSensor(const SensorAddress &address, QString *warning)
 {
     auto instance = createInstance(address.type);
     if (!instance->isValid())
@@ -151,5 +170,7 @@ std::unique_ptr<SensorInstance> openSensor(const SensorAddress &address)
         throw Failure{ExitCode::CannotOpen,
                       QStringLiteral("cannot open %1: %2")
                           .arg(address.toString(), text.isEmpty() ? QStringLiteral("error %1").arg(code) : text)};
+    if (warning)
+        *warning = text;
     return instance;
 }

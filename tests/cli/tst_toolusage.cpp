@@ -35,6 +35,20 @@ void TestToolUsage::helpGoesToStdout_data()
                           << "--serial";
     QTest::newRow("read") << "read --help"
                           << "--duration";
+    QTest::newRow("params") << "params --help"
+                            << "--json";
+    QTest::newRow("get") << "get --help"
+                         << "[SENSOR] [COMMAND] [ANSWER]";
+    QTest::newRow("set") << "set --help"
+                         << "The command changes the sensor";
+    QTest::newRow("exec") << "exec --help"
+                          << "The command may change the sensor";
+    QTest::newRow("mode") << "mode --help"
+                          << "changes the sensor";
+    QTest::newRow("trigger") << "trigger --help"
+                             << "[SENSOR] [off]";
+    QTest::newRow("sync") << "sync --help"
+                          << "[SENSOR] [off]";
 }
 
 void TestToolUsage::helpGoesToStdout()
@@ -63,9 +77,11 @@ void TestToolUsage::refusesWrongUse_data()
     const auto row = [](const char *line, const char *sentence) {
         QTest::newRow(*line == '\0' ? "nothing" : line) << QString::fromUtf8(line) << QString::fromUtf8(sentence);
     };
-    row("", "no command is given; the commands are models, find, info, read");
+    row("", "no command is given; the commands are models, find, info, read, params, get, set, exec, mode, "
+            "trigger, sync");
     row("fnid", "there is no command 'fnid'; did you mean find?");
-    row("sing", "there is no command 'sing'; the commands are models, find, info, read");
+    row("sing", "there is no command 'sing'; the commands are models, find, info, read, params, get, set, exec, "
+                "mode, trigger, sync");
     row("--colour", "there is no option '--colour'");
     row("models --colour", "--colour");
     row("models Tavrin", "Tavrin");
@@ -91,6 +107,28 @@ void TestToolUsage::refusesWrongUse_data()
     row("read TX270@RS232,port=COM3 -n many", "--frames");
     row("read TX270@RS232,port=COM3 --duration -1", "--duration");
     row("read TX270@RS232,port=COM3 --csv - --json", "excludes");
+    for (const char *line : {"params", "mode", "trigger", "sync"})
+        row(line, "no sensor is named");
+    row("get", "no command to send is given");
+    row("params COM3", "'COM3' is no sensor address");
+    row("get TX270@RS232,port=COM3", "no command to send is given");
+    row("get Get_Info", "no command to send is given");
+    row("get COM3 Get_Info", "'COM3' is no sensor address");
+    row("get TX270@RS232,port=COM3 Get-Info", "'Get-Info' is no name of a command");
+    row("get TX270@RS232,port=COM3 Set_Samplerate", "does not begin with Get_");
+    row("get --type TX270 --port COM3 Get_Info SA_Range SA_Sensor", "'SA_Sensor' is one word too many");
+    row("get TX270@RS232,port=COM3 --type TX270 Get_Info", "by its address or by options, not by both");
+    row("set TX270@RS232,port=COM3", "no command to send is given");
+    row("set TX270@RS232,port=COM3 Set_Samplerate", "nothing to set is given");
+    row("set TX270@RS232,port=COM3 SP_Measrate=2", "'SP_Measrate=2' is no name of a command");
+    row("set TX270@RS232,port=COM3 Set_Samplerate SP_Measrate", "'SP_Measrate' is no PARAMETER=VALUE");
+    row("set --type TX270 --port COM3 Set_Samplerate =2", "'=2' is no PARAMETER=VALUE");
+    row("exec TX270@RS232,port=COM3", "no command to send is given");
+    row("exec TX270@RS232,port=COM3 Set_Samplerate SP_Measrate=", "'SP_Measrate=' gives no value");
+    row("exec TX270@RS232,port=COM3 Set_X SP_A=1 SP_A=2", "'SP_A' is given twice");
+    row("trigger TX270@RS232,port=COM3 on", "can only be 'off', not 'on'");
+    row("sync TX270@RS232,port=COM3 on", "can only be 'off', not 'on'");
+    row("trigger TX270@RS232,port=COM3 off off", "off");
 }
 
 void TestToolUsage::refusesWrongUse()
@@ -108,7 +146,8 @@ void TestToolUsage::namesTheLineOfABrokenBench_data()
 {
     QTest::addColumn<QString>("line");
     for (const char *line :
-         {"find --type TX270", "find", "info TX270@RS232,port=COM3", "read TX270@RS232,port=COM3"})
+         {"find --type TX270", "find", "info TX270@RS232,port=COM3", "read TX270@RS232,port=COM3",
+          "params TX270@RS232,port=COM3"})
         QTest::newRow(line) << QString::fromLatin1(line);
 }
 

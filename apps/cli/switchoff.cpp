@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "switchoff.h"
+
+#include "answer.h"
+
+#include <CLI/CLI.hpp>
+
+using namespace SondixQt;
+using namespace SondixApp;
+
+SwitchOffCommand::SwitchOffCommand(CLI::App &app)
+{
+    m_sensor.addTo(app);
+    app.add_option("off", m_word, "Switch it off, which changes the sensor; otherwise its state is told");
+    app.add_flag("--json", m_json, "One JSON object");
+}
+
+ExitCode SwitchOffCommand::run(Console &console, InterruptWatcher &interrupt)
+{
+    const QStringList words = m_sensor.wordsAfterSensor({m_word});
+    for (const QString &word : words)
+        if (word != QLatin1String("off") || words.size() > 1)
+            throw Failure{ExitCode::Usage, QStringLiteral("the word after the sensor can only be 'off', not '%1'")
+                                               .arg(words.join(QLatin1Char(' ')))};
+    const SensorAddress address = m_sensor.resolve(console, interrupt);
+    QString warning;
+    const auto instance = openSensor(address, &warning);
+    if (!words.isEmpty()) {
+        QString text;
+        Answer::check(switchOff(*instance, &text), QStringLiteral("to switch %1 off").arg(subject()), text);
+    } else if (!warning.isEmpty()) {
+        throw Failure{ExitCode::Refused, QStringLiteral("the sensor does not tell its state: %1").arg(warning)};
+    }
+    const State told = state(*instance);
+    instance->close();
+    if (m_json)
+        Answer::printJson(console, address, told.json);
+    else
+        console.print(told.sentence);
+    return ExitCode::Done;
+}
