@@ -37,4 +37,5 @@ std::unique_ptr<Command> makeExecCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeModeCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeTriggerCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeSyncCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeVideoCommand(CLI::App &app, CLI::App *&subcommand);
 /// \}

@@ -41,7 +41,7 @@ std::vector<Subcommand> addSubcommands(CLI::App &app)
     std::vector<Subcommand> subcommands;
     for (const Maker make : {makeModelsCommand, makeFindCommand, makeInfoCommand, makeReadCommand,
                              makeParamsCommand, makeGetCommand, makeSetCommand, makeExecCommand, makeModeCommand,
-                             makeTriggerCommand, makeSyncCommand}) {
+                             makeTriggerCommand, makeSyncCommand, makeVideoCommand}) {
         Subcommand subcommand;
         subcommand.command = make(app, subcommand.app);
         subcommand.app->fallthrough();

@@ -49,6 +49,8 @@ void TestToolUsage::helpGoesToStdout_data()
                              << "[SENSOR] [off]";
     QTest::newRow("sync") << "sync --help"
                           << "[SENSOR] [off]";
+    QTest::newRow("video") << "video --help"
+                           << "--line";
 }
 
 void TestToolUsage::helpGoesToStdout()
@@ -78,10 +80,10 @@ void TestToolUsage::refusesWrongUse_data()
         QTest::newRow(*line == '\0' ? "nothing" : line) << QString::fromUtf8(line) << QString::fromUtf8(sentence);
     };
     row("", "no command is given; the commands are models, find, info, read, params, get, set, exec, mode, "
-            "trigger, sync");
+            "trigger, sync, video");
     row("fnid", "there is no command 'fnid'; did you mean find?");
     row("sing", "there is no command 'sing'; the commands are models, find, info, read, params, get, set, exec, "
-                "mode, trigger, sync");
+                "mode, trigger, sync, video");
     row("--colour", "there is no option '--colour'");
     row("models --colour", "--colour");
     row("models Tavrin", "Tavrin");
@@ -107,7 +109,7 @@ void TestToolUsage::refusesWrongUse_data()
     row("read TX270@RS232,port=COM3 -n many", "--frames");
     row("read TX270@RS232,port=COM3 --duration -1", "--duration");
     row("read TX270@RS232,port=COM3 --csv - --json", "excludes");
-    for (const char *line : {"params", "mode", "trigger", "sync"})
+    for (const char *line : {"params", "mode", "trigger", "sync", "video", "video --line -"})
         row(line, "no sensor is named");
     row("get", "no command to send is given");
     row("params COM3", "'COM3' is no sensor address");
@@ -129,6 +131,8 @@ void TestToolUsage::refusesWrongUse_data()
     row("trigger TX270@RS232,port=COM3 on", "can only be 'off', not 'on'");
     row("sync TX270@RS232,port=COM3 on", "can only be 'off', not 'on'");
     row("trigger TX270@RS232,port=COM3 off off", "off");
+    row("video TX270@RS232,port=COM3 --line picture.jpg", "ends with .png, or -, not 'picture.jpg'");
+    row("video TX270@RS232,port=COM3 --signal 0", "--signal goes with --line");
 }
 
 void TestToolUsage::refusesWrongUse()
@@ -147,7 +151,7 @@ void TestToolUsage::namesTheLineOfABrokenBench_data()
     QTest::addColumn<QString>("line");
     for (const char *line :
          {"find --type TX270", "find", "info TX270@RS232,port=COM3", "read TX270@RS232,port=COM3",
-          "params TX270@RS232,port=COM3"})
+          "params TX270@RS232,port=COM3", "video TX270@RS232,port=COM3"})
         QTest::newRow(line) << QString::fromLatin1(line);
 }
 
