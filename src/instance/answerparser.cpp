@@ -116,10 +116,11 @@ bool equalKeys(const Pair &a, const Pair &b)
     return std::equal(a.key.begin, a.key.end, b.key.begin, b.key.end);
 }
 
-void setText(QVariant &value, QString &&text)
+/// Moves \a text into \a value, which can only copy.
+void setText(QVariant &value, QString text)
 {
-    value = QVariant(QVariant::String);
-    *static_cast<QString *>(value.data()) = std::move(text);
+    value = QString();
+    static_cast<QString *>(value.data())->swap(text);
 }
 
 QString withoutQuotes(Part text)

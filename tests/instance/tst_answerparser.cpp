@@ -79,6 +79,7 @@ class AnswerParserTest : public QObject
 private Q_SLOTS:
     void valuesHaveTheDescribedTypes_data();
     void valuesHaveTheDescribedTypes();
+    void textsConvertLikeAnyOther();
     void laterValueReplacesOrRemovesEarlier();
     void agreesWithThePatternOnOddAnswers_data();
     void agreesWithThePatternOnOddAnswers();
@@ -119,6 +120,15 @@ void AnswerParserTest::valuesHaveTheDescribedTypes()
     QCOMPARE(parsed.contains(QStringLiteral("K")), value.isValid());
     QCOMPARE(parsed.value(QStringLiteral("K")).userType(), value.userType());
     QCOMPARE(parsed.value(QStringLiteral("K")), value);
+}
+
+void AnswerParserTest::textsConvertLikeAnyOther()
+{
+    // A variant remembers whether it was ever given a value, which no accessor shows.
+    QVariant number = parseAllParameters(QStringLiteral("K=\"12\"")).value(QStringLiteral("K"));
+    QVERIFY(QVariant(12) == number);
+    QVERIFY(number.convert(QMetaType::Int));
+    QCOMPARE(number, QVariant(12));
 }
 
 void AnswerParserTest::laterValueReplacesOrRemovesEarlier()
