@@ -164,7 +164,8 @@ public:
     /// ("IP_SensorCount", else 1) holds its number as "ST_Empty".
     /// Then what depends on the model is filled, which takes a question to some models: where that
     /// fails, its error is returned although the sensor is open. Whether trigger and synchronisation
-    /// are on is asked last; a failure there is in \a errorText but not in the result.
+    /// are on is asked last; a failure there is not in the result. \a errorText is that of the last
+    /// question that was asked with it: errorMessage() tells of each.
     ErrorCode open(const QMap<QString, QVariant> &parameters, QString *errorText = nullptr);
     /// Opens the sensor with the parameters that are staged already.
     ErrorCode open(QString *errorText = nullptr);
@@ -205,8 +206,11 @@ public:
 
     /// \name Measuring modes, trigger and synchronisation
     /// What a model offers is known once it is open. The flags hold what was last read from the sensor
-    /// (by open(), for the mode also by transmittedDataInfo()) or written to it; close() leaves them.
-    /// The queries are not locked: keep them to the thread that opens and sets.
+    /// (trigger and synchronisation by open(), the mode by transmittedDataInfo() and
+    /// setMeasurementMode()) or written to it; close() leaves them. An object that was open for another
+    /// model before keeps that one's commands where its own model has none.
+    /// The queries, enableMeasMode() and disableTrigger() are not locked as a whole: keep them to the
+    /// thread that opens.
     /// \{
 
     /// The modes that setMeasurementMode() takes for this model, with their names; empty for a model
@@ -229,7 +233,7 @@ public:
     bool isSyncEnabled() const;
     /// Makes the sensor measure on its own. A model that has no synchronisation refuses.
     ErrorCode disableSync(QString *errorText = nullptr);
-    /// Whether one setting of the sensor serves trigger and synchronisation.
+    /// Whether one setting of the sensor serves trigger and synchronisation. Stays true once it was.
     bool isSyncSharedWithTrigger() const;
     /// \}
 
@@ -292,7 +296,8 @@ public:
     int getEnabledVideoSignalCount() const;
     /// Switches the signal at \a position on (\a value 1) or off (0). A position that the model lacks
     /// is no failure and does nothing; neither does a model whose only signal cannot be switched. Where
-    /// the switches cannot be written over the present interface, the value is only staged.
+    /// the switches cannot be written over the present interface, the value is only staged. A failure to
+    /// stage it leaves \a errorText alone.
     ErrorCode enableVideoSignal(int position, int value, QString *errorText = nullptr);
     /// The answer that carries the data of a transmitted video signal; \a position counts the signals
     /// that were on when transmittedDataInfo() was last called. False when there is no such signal.
@@ -300,22 +305,24 @@ public:
 
     /// The pixels of one line.
     int getVideoSignalPixelCount() const;
-    /// Replaces the pixels of one line, of every signal.
+    /// Replaces the pixels of one line, of every signal, until the next open().
     void SetVideoPixelCount(int pixels);
     /// The number of steps of a pixel's value.
     int getVideoResolution() const;
 
-    /// Whether video is sent, as far as the application or the model says.
+    /// Whether video is sent, as far as the model (at open()) or the application says.
     bool isVideoTransmitted() const;
     /// Says whether video is sent; the signal of a model that cannot be asked follows it.
     void setVideoTransmitted(bool transmitted);
     /// Says whether the recording of a File instance holds video.
     void setProtocolVideo(bool video);
 
-    /// Whether the sensor has a detection threshold to set, and with which command.
+    /// Whether the sensor has a detection threshold to set, and with which command; only then the name
+    /// means something.
     bool isThresholdSupported() const;
     QString GetThresholdCommandName() const;
-    /// Whether the sensor has a region of interest to set, and with which command.
+    /// Whether the sensor has a region of interest to set, and with which command; only then the name
+    /// means something.
     bool isROISupported() const;
     QString GetROICommandName() const;
     /// \}

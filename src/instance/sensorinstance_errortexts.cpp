@@ -8,10 +8,13 @@ namespace SondixQt {
 const QString &SensorInstance::getErrorValueText(double value)
 {
     Q_D(SensorInstance);
-    if (d->errorValueTexts.isEmpty())
+    if (d->errorValueTexts.isEmpty()) {
+        // Error 0 gets an entry even without a text, and first of all: nobody is asked twice, not even
+        // when a slot on a failure asks for a text.
+        d->errorValueTexts.insert(0, QString());
         d->initErrorValueMap();
+    }
     const auto text = d->errorValueTexts.constFind(errorValueKey(value));
-    // Error 0 gets an entry even without a text: the table is not empty again and nobody is asked twice.
     return text != d->errorValueTexts.constEnd() ? *text : d->errorValueTexts[0];
 }
 

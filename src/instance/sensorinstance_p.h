@@ -2,6 +2,7 @@
 #pragma once
 
 #include "sensorinstance.h"
+#include "videotables_p.h"
 
 #include <QHash>
 
@@ -107,8 +108,8 @@ public:
     /// Asks the sensor whether it sends video and which of its video signals are switched into the
     /// output. -1 for a type without video, else 0.
     int getVideoInformationFromSensor();
-    void readVideoMode();
-    void readVideoSwitches();
+    void readVideoMode(VideoModeRule rule);
+    void readVideoSwitches(bool switchable);
     void extractTransmittedVideoChannels(QVector<VideoInfo> &out) const;
     bool makeVideoParamName(QString &out, int position, const QVector<VideoInfo> &list, bool answer) const;
     bool getVideoOutCmdName(QString &out, bool get) const;

@@ -105,23 +105,24 @@ int SensorInstancePrivate::getVideoInformationFromSensor()
     const Lock lock(mutex);
     for (VideoInfo &info : video.infos)
         info.enabled = false;
-    if (!videoRow(sensorType))
+    const VideoRow *const row = videoRow(sensorType);
+    if (!row)
         return -1;
-    readVideoMode();
-    readVideoSwitches();
+    readVideoMode(row->modeRule);
+    readVideoSwitches(row->modeRule != VideoModeRule::TransmittedFlag);
     video.enabledSignalCount = int(std::count_if(video.infos.cbegin(), video.infos.cend(),
                                                  [](const VideoInfo &info) { return info.enabled; }));
     return 0;
 }
 
-void SensorInstancePrivate::readVideoMode()
+void SensorInstancePrivate::readVideoMode(VideoModeRule rule)
 {
     const auto askMode = [this](int &mode) {
         return q_func()->sendCommandGetInt(QStringLiteral("Get_MeasureMode"), QStringLiteral("SA_MeasureMode"),
                                            mode, nullptr);
     };
     int mode = -1;
-    switch (videoRow(sensorType)->modeRule) {
+    switch (rule) {
     case VideoModeRule::Fixed:
         break;
     case VideoModeRule::TransmittedFlag:
@@ -141,19 +142,18 @@ void SensorInstancePrivate::readVideoMode()
     }
 }
 
-void SensorInstancePrivate::readVideoSwitches()
+void SensorInstancePrivate::readVideoSwitches(bool switchable)
 {
     QString command;
     if (!getVideoOutCmdName(command, true) || q_func()->sendCommand(command, nullptr) != NoError)
         return;
-    const bool switchable = videoRow(sensorType)->modeRule != VideoModeRule::TransmittedFlag;
     for (int position = 0; position < video.infos.size(); ++position) {
         QString name;
         makeVideoParamName(name, position, video.infos, true);
         int value = 0;
         if (getParameter(name, value, nullptr) != NoError)
             value = 0;
-        if (switchable)
+        if (switchable && position < video.infos.size()) // a slot on the failure may have re-opened the sensor
             video.infos[position].enabled = value != 0;
     }
 }
@@ -294,6 +294,7 @@ int SensorInstance::getVideoSignalPixelCount() const
 void SensorInstance::SetVideoPixelCount(int pixels)
 {
     Q_D(SensorInstance);
+    const Lock lock(d->mutex);
     d->video.signalPixelCount = pixels;
     for (VideoInfo &info : d->video.infos)
         info.pixelCount = pixels;
@@ -314,6 +315,7 @@ bool SensorInstance::isVideoTransmitted() const
 void SensorInstance::setVideoTransmitted(bool transmitted)
 {
     Q_D(SensorInstance);
+    const Lock lock(d->mutex);
     d->video.transmitted = transmitted;
 }
 

@@ -89,6 +89,7 @@ private Q_SLOTS:
     void measuredValueAsksAsWell();
     void sensorWithoutTextsIsAskedOnce();
     void failingSensorIsAskedOnce();
+    void slotOnTheFailureMayAskForATextItself();
     void referencesStayValid();
     void closingKeepsTheTexts();
     void busVariantIsAskedItself();
@@ -186,6 +187,19 @@ void ErrorTextsTest::failingSensorIsAskedOnce()
     texts(26, "-3: too late");
     QCOMPARE(sensor.getErrorValueText(error(-3)), QString());
     QCOMPARE(recorder.take(), QStringList());
+}
+
+void ErrorTextsTest::slotOnTheFailureMayAskForATextItself()
+{
+    failCommand("Get_SensorErrorValueText", -71);
+    SensorInstance sensor(CC430);
+    QStringList texts;
+    connect(&sensor, &SensorInstance::errorMessage, this, [&] {
+        QVERIFY(texts.size() < 10);
+        texts.append(sensor.getErrorValueText(error(-3)));
+    });
+    QCOMPARE(sensor.getErrorValueText(error(-3)), QString());
+    QCOMPARE(texts, QStringList(QString()));
 }
 
 void ErrorTextsTest::referencesStayValid()
