@@ -38,7 +38,7 @@ QVariant textValue(const QString &word, const QString &text, QString &problem)
 QVariant numberValue(const QString &word, const QString &text, bool isInteger, QString &problem)
 {
     bool fits = false;
-    const QVariant value = isInteger ? QVariant(text.toInt(&fits)) : QVariant(text.toDouble(&fits));
+    QVariant value = isInteger ? QVariant(text.toInt(&fits)) : QVariant(text.toDouble(&fits));
     if (fits)
         return value;
     return wrong(

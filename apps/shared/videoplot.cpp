@@ -38,8 +38,11 @@ std::optional<QVector<int>> videoPixels(const QByteArray &data)
     if (data.isEmpty() || data.size() % pixelBytes != 0)
         return std::nullopt;
     QVector<int> pixels(data.size() / pixelBytes);
-    for (int i = 0; i < pixels.size(); ++i)
-        pixels[i] = qFromLittleEndian<quint16>(data.constData() + i * pixelBytes);
+    const char *next = data.constData();
+    for (int &pixel : pixels) {
+        pixel = qFromLittleEndian<quint16>(next);
+        next += pixelBytes;
+    }
     return pixels;
 }
 
