@@ -46,6 +46,7 @@ private Q_SLOTS:
     void eachResultIsReadOnce();
     void aCountThatFallsIsNotTrusted();
     void resultsAreReadAgainAfterACountThatFell();
+    void aSecondReadingOfMoreThanAllCoversTheBaseType();
     void anAbsurdCountIsBounded();
 };
 
@@ -235,6 +236,18 @@ void TestSensorFinderProgress::resultsAreReadAgainAfterACountThatFell()
     QCOMPARE(readIndices(indices), 3);
     QCOMPARE(indices, QList<int>({0, 1, 1}));
     QCOMPARE(recorder.found.size(), 2);
+}
+
+void TestSensorFinderProgress::aSecondReadingOfMoreThanAllCoversTheBaseType()
+{
+    answerCommand("Get_FindSensorProgress", "IA_Found=0 IA_Progress=60.0", 1, 1);
+    answerCommand("Get_FindSensorProgress", "IA_Found=0 IA_Progress=150.0", 2, 1);
+    answerCommand("Get_FindSensorProgress", "IA_Found=0 IA_Progress=100.0", 3);
+    SensorFinder finder;
+    Recorder recorder(finder);
+    finder.startSearch({EC830, EC840}, true);
+    QVERIFY(recorder.waitForEnd());
+    QCOMPARE(searchedTypes(), QList<int>({int(EC830)}));
 }
 
 void TestSensorFinderProgress::anAbsurdCountIsBounded()

@@ -19,6 +19,7 @@ private Q_SLOTS:
     void anEmptyListDropsTheTypesThatWait();
     void entriesThatNameNothingAreLeftOut();
     void groupsAreSearchedInDisplayOrder();
+    void groupsLeaveOutHiddenTypesAndNameBaseTypes();
     void companionsAreSearchedAsWell_data();
     void companionsAreSearchedAsWell();
     void otherBusTypesHaveNoCompanions_data();
@@ -180,6 +181,23 @@ void TestSensorFinderRequests::groupsAreSearchedInDisplayOrder()
     QVERIFY(recorder.waitForEnd());
     // Silvant: MC330, MC310, MC340, MC320; Wavlen: WI610, WI620.
     QCOMPARE(searchedTypes(), QList<int>({25, 8, 37, 9, 55, 59}));
+}
+
+void TestSensorFinderRequests::groupsLeaveOutHiddenTypesAndNameBaseTypes()
+{
+    // As for the companions below: the second readings fail, so that no type is taken as covered.
+    for (int i = 0; i < 5; ++i) {
+        answerCommand("Get_FindSensorProgress", "IA_Found=0 IA_Progress=100.0", 2 * i + 1, 1);
+        refuseCommand("Get_FindSensorProgress", 2 * i + 2, 1);
+    }
+    SensorFinder finder;
+    Recorder recorder(finder);
+    finder.startSearch(SensorGroups(Korrin));
+    QVERIFY(recorder.waitForEnd());
+    // EC840, EC830, EC82x_ETH, EC810, EC850; the EC82x on the bus is hidden.
+    QCOMPARE(searchedTypes(), QList<int>({50043, 10043, 50, 28, 60043}));
+    QVERIFY(recorder.lines.contains(QStringLiteral("text Searching for device:  Generic KV-BUS sensor ...")));
+    QVERIFY(!recorder.lines.contains(QStringLiteral("text Searching for device:  Korrin EC840 ...")));
 }
 
 void TestSensorFinderRequests::companionsAreSearchedAsWell_data()
