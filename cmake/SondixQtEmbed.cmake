@@ -1,9 +1,9 @@
-# Run as a script: cmake -DOUTPUT=<cpp> -DMODELS=<files> -DBENCH=<file> -P SondixQtEmbed.cmake
+# Run as a script: cmake -DOUTPUT=<cpp> -DMODELS=<files> -DPAGES=<files> -DBENCH=<file> -P SondixQtEmbed.cmake
 # Writes a C++ source that holds the files' bytes.
 
 set(source "// SPDX-License-Identifier: MIT\n#include \"model/models.h\"\n\nnamespace sondixsim::model {\nnamespace {\n")
 set(number 0)
-foreach(path IN LISTS MODELS BENCH)
+foreach(path IN LISTS MODELS PAGES BENCH)
     file(READ ${path} bytes HEX)
     string(LENGTH "${bytes}" digits)
     math(EXPR size_${number} "${digits} / 2")
@@ -14,13 +14,24 @@ foreach(path IN LISTS MODELS BENCH)
     math(EXPR number "${number} + 1")
 endforeach()
 math(EXPR bench "${number} - 1")
+list(LENGTH MODELS models)
+list(LENGTH PAGES pages)
 
-string(APPEND source "} // namespace\n\nconst EmbeddedFile embeddedModels[] = {\n")
-math(EXPR last "${bench} - 1")
-foreach(i RANGE ${last})
-    string(APPEND source "    {\"${name_${i}}\", file${i}, ${size_${i}}},\n")
-endforeach()
-string(APPEND source "};\nconst unsigned embeddedModelsCount = ${bench};\n")
-string(APPEND source "const EmbeddedFile embeddedBench[] = {{\"${name_${bench}}\", file${bench}, ${size_${bench}}}};\n")
+# table(<name> <first> <count>): an array of files.
+function(table name first count)
+    math(EXPR last "${first} + ${count} - 1")
+    set(rows "")
+    foreach(i RANGE ${first} ${last})
+        string(APPEND rows "    {\"${name_${i}}\", file${i}, ${size_${i}}},\n")
+    endforeach()
+    set(source "${source}const EmbeddedFile ${name}[] = {\n${rows}};\n" PARENT_SCOPE)
+endfunction()
+
+string(APPEND source "} // namespace\n\n")
+table(embeddedModels 0 ${models})
+string(APPEND source "const unsigned embeddedModelsCount = ${models};\n")
+table(embeddedPages ${models} ${pages})
+string(APPEND source "const unsigned embeddedPagesCount = ${pages};\n")
+table(embeddedBench ${bench} 1)
 string(APPEND source "} // namespace sondixsim::model\n")
 file(WRITE ${OUTPUT} "${source}")

@@ -132,6 +132,7 @@ std::int32_t runCommand(Instance &instance)
         return instance.fail(model::failure(model::NoCommand, "There is no S_Command"));
     instance.lastCommand = model::toText(*name);
     const Outcome outcome = run(instance, instance.lastCommand, staged);
+    instance.takes = outcome.takes;
     if (instance.log)
         instance.log->write(model::LogCommands, instance.lastCommand + ": " + std::to_string(outcome.code));
     return outcome.ok() ? outcome.code : instance.fail(outcome);

@@ -69,6 +69,16 @@ double now()
     return ready().clock.now();
 }
 
+void setLineSpeedEffect(bool on)
+{
+    ready().lineSpeed.store(on);
+}
+
+double lineTime(const std::string &serialNumber)
+{
+    return sensorOf(serialNumber)->lineTime();
+}
+
 void recordCalls(bool on)
 {
     ready().callLog.record(on);
@@ -112,6 +122,13 @@ void unplug(const std::string &serialNumber)
 void plug(const std::string &serialNumber)
 {
     sensorOf(serialNumber)->setPlugged(true);
+}
+
+void setPage(const std::string &serialNumber, const std::string &path, const std::string &header,
+             const std::string &body)
+{
+    if (!sensorOf(serialNumber)->setPage(path, {header, body}))
+        throw std::invalid_argument("the sensor \"" + serialNumber + "\" has no web interface");
 }
 
 void pushData(const std::string &serialNumber, const std::vector<std::int32_t> &raw,

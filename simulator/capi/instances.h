@@ -33,6 +33,7 @@ struct Instance
     std::unique_ptr<model::Search> search;
     std::shared_ptr<model::LogFile> log;
     std::string logName;
+    double takes = 0.0; ///< bench seconds that pass before the call under way returns
 
     std::int32_t fail(const model::Outcome &outcome);
     model::ParameterList takeStaged(); ///< for an open or a command, which also forgets the last answers

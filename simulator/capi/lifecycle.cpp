@@ -3,6 +3,8 @@
 #include "model/models.h"
 #include "sondix.h"
 
+#include <utility>
+
 using namespace sondixsim::capi;
 namespace model = sondixsim::model;
 
@@ -40,6 +42,7 @@ std::int32_t open(Instance &instance)
         return instance.fail(model::failure(model::BenchUnusable, "There is no bench"));
     model::Outcome outcome;
     const auto sensor = findSensor(*bench, instance.sensorType, staged, outcome);
+    instance.takes = outcome.takes;
     if (!sensor)
         return instance.fail(outcome);
     if (instance.sensor != sensor) {
@@ -50,7 +53,7 @@ std::int32_t open(Instance &instance)
         instance.close();
         instance.sensor = sensor;
     }
-    sensor->open(simulator.clock.now());
+    sensor->open(simulator.clock.now(), sensor->rateIn(staged));
     const auto &members = sensor->members();
     instance.answers.set("SA_SensorInformation",
                          members.empty() ? sensor->information() : members.front()->information());
@@ -71,6 +74,32 @@ std::int32_t close(Instance &instance)
     return model::Success;
 }
 
+/// Makes a call that may take its time, during which the instance is free for other threads.
+std::int32_t timed(std::uint32_t handle, std::int32_t (*body)(Instance &))
+{
+    double takes = 0.0;
+    std::shared_ptr<model::Sensor> sensor;
+    const std::int32_t result = withInstance(handle, [&](Instance &instance) {
+        const std::int32_t code = body(instance);
+        takes = std::exchange(instance.takes, 0.0);
+        if (takes > 0.0)
+            sensor = instance.sensor;
+        return code;
+    });
+    Simulator &simulator = Simulator::get();
+    if (!(takes > 0.0) || !simulator.lineSpeed.load() || simulator.clock.isVirtual())
+        return result;
+    const double now = simulator.clock.now();
+    simulator.clock.waitUntil(sensor ? sensor->reserveLine(now, takes) : now + takes, now);
+    if (result != model::Success || !sensor || sensor->isPlugged())
+        return result;
+    return withInstance(handle, [](Instance &instance) {
+        instance.answers.clear();
+        instance.answerText.clear();
+        return instance.fail(model::failure(model::ConnectionLost, "The connection to the sensor is lost"));
+    });
+}
+
 } // namespace
 
 namespace sondixsim::capi {
@@ -84,13 +113,22 @@ std::shared_ptr<model::Sensor> findSensor(const model::Bench &bench, std::int32_
                (serialNumber == nullptr || model::toText(*serialNumber) == spec.serialNumber);
     };
     std::string others;
+    const model::Sensor *deaf = nullptr;
     for (const auto &sensor : bench.sensors) {
         if (!sensor->isPlugged() || !isMeant(sensor->spec()))
             continue;
-        if (sensor->spec().baseType() == sensorType)
+        const bool hears = sensor->rateIn(staged) == sensor->baudrate();
+        const bool isRightType = sensor->spec().baseType() == sensorType;
+        if (isRightType && hears)
             return sensor;
-        if (others.empty())
+        if (isRightType && deaf == nullptr)
+            deaf = sensor.get();
+        if (!isRightType && hears && others.empty())
             others = "At " + sensor->spec().place.text() + " is a " + sensor->spec().model + ", not a ";
+    }
+    if (deaf != nullptr) {
+        failure = model::noAnswerAt(deaf->spec(), deaf->rateIn(staged));
+        return nullptr;
     }
     const model::SensorSpec *const wanted = model::modelOfBaseType(sensorType);
     const std::string name = wanted != nullptr ? wanted->model : std::to_string(sensorType);
@@ -138,7 +176,7 @@ std::int32_t ReleaseSensorInstance(std::uint32_t handle)
 std::int32_t OpenSensor(std::uint32_t handle)
 {
     return invoke(
-        "OpenSensor", [&] { return plain(handle); }, [&] { return withInstance(handle, open); });
+        "OpenSensor", [&] { return plain(handle); }, [&] { return timed(handle, open); });
 }
 
 std::int32_t CloseSensor(std::uint32_t handle)
@@ -150,6 +188,6 @@ std::int32_t CloseSensor(std::uint32_t handle)
 std::int32_t SensorCommand(std::uint32_t handle)
 {
     return invoke(
-        "SensorCommand", [&] { return plain(handle); }, [&] { return withInstance(handle, runCommand); });
+        "SensorCommand", [&] { return plain(handle); }, [&] { return timed(handle, runCommand); });
 }
 }

@@ -157,9 +157,9 @@ std::int32_t GetParameterString(std::uint32_t handle, const char *name, char *bu
             const model::Value *const value = answer(instance, name, length, failed);
             if (value == nullptr)
                 return failed;
-            if (std::holds_alternative<model::Bytes>(*value))
-                return instance.fail(model::failure(model::WrongType, '"' + std::string(name) + "\" is no text"));
-            const std::string text = model::toText(*value);
+            const auto *const bytes = std::get_if<model::Bytes>(value);
+            const std::string text =
+                bytes != nullptr ? std::string(bytes->begin(), bytes->end()) : model::toText(*value);
             return copyOut(instance, text.c_str(), text.size() + 1, buffer, length);
         });
     });

@@ -2,8 +2,8 @@
 #include "simulator.h"
 
 #include "model/models.h"
+#include "model/platform.h"
 
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 
@@ -22,7 +22,7 @@ std::shared_ptr<const model::Bench> read(std::string_view text, const std::strin
 
 std::shared_ptr<const model::Bench> readFile(const std::string &path)
 {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(model::pathFromUtf8(path), std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     if (!file)
         throw BenchError(path + ":0: the file cannot be read", 0);
@@ -69,6 +69,7 @@ void Simulator::use(const std::shared_ptr<const model::Bench> &bench)
             clock.useReal(bench->clock->speed);
     }
     clock.reset();
+    lineSpeed.store(bench->lineSpeed);
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_bench = bench;
@@ -115,9 +116,9 @@ void Simulator::loadFirst()
         if (m_loaded)
             return;
     }
-    const char *const path = std::getenv("SONDIX_BENCH");
+    const std::string path = model::environmentVariable("SONDIX_BENCH").value_or(std::string());
     try {
-        use(path != nullptr && *path != '\0' ? readFile(path) : readBuiltIn());
+        use(path.empty() ? readBuiltIn() : readFile(path));
     } catch (const BenchError &error) {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_loaded = true;

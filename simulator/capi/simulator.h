@@ -6,6 +6,7 @@
 #include "model/clock.h"
 #include "model/faults.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -23,6 +24,7 @@ public:
     model::Faults faults;
     CallLog callLog;
     Instances instances;
+    std::atomic<bool> lineSpeed{true}; ///< serial lines take their time
 
     /// The bench in use; loads the one that SONDIX_BENCH names, or the built-in one, when none is yet. Null
     /// when that cannot be used.

@@ -24,6 +24,7 @@ struct Bench
     std::uint64_t seed = 1;
     std::optional<ClockSetting> clock;
     SearchTimes searchTimes;
+    bool lineSpeed = true;
     std::vector<std::shared_ptr<Sensor>> sensors;
 
     std::shared_ptr<Sensor> find(const std::string &serialNumber) const; ///< null when there is none

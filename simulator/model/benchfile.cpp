@@ -181,6 +181,8 @@ std::shared_ptr<const Bench> readBench(std::string_view text, const std::string 
         bench->clock = readClock(*clock);
     if (const Node *times = reader.find("search"))
         bench->searchTimes = readSearchTimes(*times);
+    if (const Node *lineSpeed = reader.find("lineSpeed"))
+        bench->lineSpeed = readBool(*lineSpeed, "\"lineSpeed\"");
     std::vector<ReadSensor> sensors;
     for (const Node &node : readArray(reader.need("sensors"), "\"sensors\"")) {
         ReadSensor sensor = readSensor(node, folder);

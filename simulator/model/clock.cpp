@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "clock.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace sondixsim::model {
@@ -42,6 +43,7 @@ void Clock::write(const State &state)
     m_speed.store(state.speed, std::memory_order_release);
     m_start.store(state.start, std::memory_order_release);
     m_sequence.store(before + 2, std::memory_order_release);
+    m_changed.notify_all();
 }
 
 double Clock::now() const
@@ -79,6 +81,21 @@ void Clock::reset()
     state.base = 0.0;
     state.start = steadyNanoseconds();
     write(state);
+}
+
+void Clock::waitUntil(double time, double start)
+{
+    constexpr double longest = 3600.0; // of one wait: a duration that every clock can express
+    std::unique_lock<std::mutex> lock(m_writer);
+    while (true) {
+        const State state = read();
+        const double now = timeOf(state);
+        const double missing = (time - now) / state.speed;
+        if (state.isVirtual || now < start || !(missing > 0.0))
+            return;
+        const std::chrono::duration<double> wait(std::min(missing, longest));
+        m_changed.wait_for(lock, std::chrono::ceil<std::chrono::nanoseconds>(wait));
+    }
 }
 
 } // namespace sondixsim::model

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 
@@ -20,6 +21,9 @@ public:
     void advance(double seconds);
     void reset(); ///< back to 0, running on as before
 
+    /// Returns when it is \a time, or at once when the clock is virtual, becomes so or is set back before \a start.
+    void waitUntil(double time, double start);
+
 private:
     struct State
     {
@@ -34,6 +38,7 @@ private:
     static double timeOf(const State &state);
 
     std::mutex m_writer;
+    std::condition_variable m_changed;
     std::atomic<std::uint32_t> m_sequence{0}; ///< odd while the fields below change
     std::atomic<bool> m_virtual{false};
     std::atomic<double> m_base{0.0};

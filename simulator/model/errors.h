@@ -31,7 +31,8 @@ enum Code : std::int32_t {
     NoSearch = -18,
     NoSuchResult = -19,
     LogFileUnusable = -20,
-    NoVideo = -21
+    NoVideo = -21,
+    TimedOut = -22
 };
 
 /// How a call ended: 0 or a code with its text (UTF-8).
@@ -39,13 +40,14 @@ struct Outcome
 {
     std::int32_t code = Success;
     std::string text;
+    double takes = 0.0; ///< seconds of bench time that pass before the call returns
 
     bool ok() const { return code == Success; }
 };
 
 inline Outcome failure(Code code, std::string text)
 {
-    return Outcome{code, std::move(text)};
+    return Outcome{code, std::move(text), 0.0};
 }
 
 } // namespace sondixsim::model

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "logfile.h"
 
+#include "platform.h"
+
 #include <array>
 #include <cctype>
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
-#include <filesystem>
 
 namespace sondixsim::model {
 
@@ -16,12 +17,7 @@ std::string timeOfDay()
 {
     const auto now = std::chrono::system_clock::now();
     const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
-    std::tm parts{};
-#if defined(_WIN32)
-    localtime_s(&parts, &seconds);
-#else
-    localtime_r(&seconds, &parts);
-#endif
+    const std::tm parts = localTime(seconds);
     std::array<char, 32> text{};
     std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
     const auto milliseconds =
@@ -33,7 +29,6 @@ std::string timeOfDay()
 /// The name with its numbered placeholder filled in; \a greatest limits the number of files when not 0.
 std::string fileInTurn(const std::string &name, std::int32_t greatest)
 {
-    namespace fs = std::filesystem;
     const std::size_t start = name.find("%[");
     const std::size_t end = start == std::string::npos ? start : name.find_first_not_of("0123456789", start + 2);
     if (end == std::string::npos || end == start + 2 || name[end] != ']')
@@ -42,11 +37,11 @@ std::string fileInTurn(const std::string &name, std::int32_t greatest)
     if (greatest > 0 && greatest < files)
         files = greatest;
     std::string oldest;
-    fs::file_time_type oldestTime{};
+    std::int64_t oldestTime = 0;
     for (long i = 0; i < files; ++i) {
         std::string candidate = name.substr(0, start) + std::to_string(i) + name.substr(end + 1);
         std::error_code absent;
-        const fs::file_time_type time = fs::last_write_time(candidate, absent);
+        const std::int64_t time = lastWritten(pathFromNative(candidate), absent);
         if (absent)
             return candidate;
         if (oldest.empty() || time < oldestTime) {
@@ -63,7 +58,9 @@ std::shared_ptr<LogFile> LogFile::open(const std::string &name, std::int32_t typ
                                        bool flush, std::int32_t count)
 {
     auto log = std::make_shared<LogFile>();
-    log->m_file.open(fileInTurn(name, count), append ? std::ios::app : std::ios::trunc);
+    // The same bytes on every system.
+    const std::ios::openmode mode = std::ios::out | std::ios::binary | (append ? std::ios::app : std::ios::trunc);
+    log->m_file.open(pathFromNative(fileInTurn(name, count)), mode);
     if (!log->m_file)
         return nullptr;
     log->m_type = type;

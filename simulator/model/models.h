@@ -23,5 +23,7 @@ struct EmbeddedFile
 extern const EmbeddedFile embeddedModels[];
 extern const unsigned embeddedModelsCount;
 extern const EmbeddedFile embeddedBench[];
+extern const EmbeddedFile embeddedPages[];
+extern const unsigned embeddedPagesCount;
 
 } // namespace sondixsim::model

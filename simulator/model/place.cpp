@@ -132,7 +132,7 @@ bool Place::agreesWith(const ParameterList &staged) const
     if (address != nullptr && std::none_of(addresses.begin(), addresses.end(), isStaged))
         return false;
     return std::all_of(parameters.begin(), parameters.end(), [&](const Parameter &parameter) {
-        return agrees(parameter.name.c_str(), toText(parameter.value));
+        return parameter.name == "IP_Baudrate" || agrees(parameter.name.c_str(), toText(parameter.value));
     });
 }
 

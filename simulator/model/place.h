@@ -44,7 +44,7 @@ struct Place
     std::string text() const;
     /// All parameters as a search reports them.
     ParameterList foundParameters() const;
-    /// Whether staged interface parameters lead here. What they do not say does not matter.
+    /// Whether staged interface parameters lead here, at whatever baud rate. What they do not say does not matter.
     bool agreesWith(const ParameterList &staged) const;
     bool isSameAs(const Place &other) const;
 };

@@ -13,7 +13,9 @@ Sensor::Sensor(SensorSpec spec, std::uint64_t seed, std::vector<std::shared_ptr<
     , m_seed(mix(seed, std::string_view(m_spec.serialNumber)))
     , m_members(std::move(members))
     , m_plugged(m_spec.answering)
+    , m_baudrate(rateIn({}))
     , m_settings(m_spec.settings)
+    , m_openBaudrate(m_baudrate)
 {
     selectFrame();
 }
@@ -39,10 +41,38 @@ bool Sensor::claim(std::uint32_t handle)
     return true;
 }
 
-void Sensor::open(double now)
+std::int32_t Sensor::rateIn(const ParameterList &staged) const
+{
+    const Value *const own = m_spec.place.parameters.find("IP_Baudrate");
+    if (own == nullptr)
+        return 0;
+    const Value *const wanted = staged.find("IP_Baudrate");
+    const auto rate = convertedLike(wanted != nullptr ? *wanted : *own, *own);
+    return rate ? toInt(*rate).value_or(-1) : -1;
+}
+
+bool Sensor::isHeard() const
+{
+    return m_openBaudrate == m_baudrate;
+}
+
+bool Sensor::outputOnSerialLine() const
+{
+    const Value *const output = m_settings.find(m_spec.web.output);
+    return m_baudrate != 0 && output != nullptr && toInt(*output).value_or(0) != 0;
+}
+
+bool Sensor::sendsValues() const
+{
+    const bool canBeSwitchedOff = m_baudrate != 0 && m_spec.web.present;
+    return isHeard() && (!canBeSwitchedOff || outputOnSerialLine());
+}
+
+void Sensor::open(double now, std::int32_t baudrate)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_open = true;
+    m_openBaudrate = baudrate;
     m_lost = 0;
     m_nextFrame = m_anchorFrame = 0;
     m_ring.reset(static_cast<std::size_t>(m_spec.ringFrames), frame().size());
@@ -113,7 +143,10 @@ void Sensor::restart(double now)
 {
     m_anchorTime = now;
     m_anchorFrame = m_nextFrame;
-    m_rate = waitsForTrigger() ? std::min(m_spec.triggerRate, frameRate()) : frameRate();
+    if (!sendsValues())
+        m_rate = 0.0;
+    else
+        m_rate = waitsForTrigger() ? std::min(m_spec.triggerRate, frameRate()) : frameRate();
     ++m_origin;
 }
 
@@ -173,27 +206,30 @@ void Sensor::generate(std::uint64_t first, std::size_t frames, std::int32_t *raw
     const std::size_t perFrame = frame().size();
     const double period = m_rate > 0.0 ? 1.0 / m_rate : 0.0;
     for (std::size_t s = 0; s < perFrame; ++s) {
-        const Signal &signal = frame()[s];
-        const std::uint64_t seed = mix(m_seed, s);
         for (std::size_t i = 0; i < frames; ++i) {
             const std::uint64_t number = first + i;
             const double time = m_anchorTime + static_cast<double>(number - m_anchorFrame + 1) * period;
-            double value = 0.0;
-            std::uint64_t stream = 0;
-            for (const Generator &generator : signal.generators)
-                value += generator.at(time, number, mix(seed, ++stream));
-            value = std::clamp(value, signal.scaledMin, signal.scaledMax);
-            std::int32_t digits = rawOf(signal, value);
-            value = scaledOf(signal, digits);
-            for (const ErrorValues &errors : signal.errors) {
-                if (errors.hits(number, mix(seed, ++stream))) {
-                    value = errorValueBase + errors.key;
-                    digits = rawOf(signal, value);
-                    break;
-                }
-            }
-            raw[i * perFrame + s] = digits;
-            scaled[i * perFrame + s] = value;
+            valueAt(s, number, time, raw[i * perFrame + s], scaled[i * perFrame + s]);
+        }
+    }
+}
+
+void Sensor::valueAt(std::size_t index, std::uint64_t frameNumber, double time, std::int32_t &raw,
+                     double &scaled) const
+{
+    const Signal &signal = frame()[index];
+    const std::uint64_t seed = mix(m_seed, index);
+    double value = 0.0;
+    std::uint64_t stream = 0;
+    for (const Generator &generator : signal.generators)
+        value += generator.at(time, frameNumber, mix(seed, ++stream));
+    raw = rawOf(signal, std::clamp(value, signal.scaledMin, signal.scaledMax));
+    scaled = scaledOf(signal, raw);
+    for (const ErrorValues &errors : signal.errors) {
+        if (errors.hits(frameNumber, mix(seed, ++stream))) {
+            scaled = errorValueBase + errors.key;
+            raw = rawOf(signal, scaled);
+            return;
         }
     }
 }
@@ -267,7 +303,7 @@ bool Sensor::push(double now, const std::vector<std::int32_t> &raw, const std::v
 void Sensor::trigger(double now)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_open || !waitsForTrigger() || frame().empty())
+    if (!m_open || !waitsForTrigger() || !sendsValues() || frame().empty())
         return;
     produce(now);
     restart(now);

@@ -2,6 +2,7 @@
 #include "sensor.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace sondixsim::model {
 
@@ -39,6 +40,10 @@ bool Sensor::commandKnown(const std::string &name) const
         return m_spec.polled;
     if (name == "Get_Video")
         return !m_spec.video.lines.empty();
+    if (name == "Get_HTTP")
+        return m_spec.web.present && m_baudrate != 0;
+    if (name == "Cmd_Generic")
+        return m_spec.web.present;
     const auto isName = [&name](const TrackingCommand &command) { return command.command == name; };
     if (std::any_of(m_spec.tracking.begin(), m_spec.tracking.end(), isName))
         return true;
@@ -52,6 +57,8 @@ Outcome Sensor::command(const std::string &name, const ParameterList &staged, do
     if (!isPlugged())
         return failure(ConnectionLost, "The connection to the sensor is lost");
     const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!isHeard())
+        return noAnswerAt(m_spec, m_openBaudrate);
     if (name.empty() || !commandKnown(name))
         return failure(UnknownCommand, m_spec.model + " does not know the command \"" + name + '"');
 
@@ -72,6 +79,10 @@ Outcome Sensor::command(const std::string &name, const ParameterList &staged, do
         return measure(staged, now);
     } else if (name == "Get_Video") {
         return video(now, answers);
+    } else if (name == "Get_HTTP") {
+        return http(staged, now, answers);
+    } else if (name == "Cmd_Generic") {
+        return generic(staged, now, answers);
     } else if (name == "Get_TransmittedDataInfo") {
         describeFrame(answers);
     } else if (name == "Get_DrvSetting") {
@@ -125,19 +136,34 @@ Outcome Sensor::checkSetting(const std::string &group, const Parameter &paramete
                          std::find(found->second.begin(), found->second.end(), key) != found->second.end();
     if (before == nullptr || !inGroup)
         return failure(UnknownParameter, m_spec.model + " has no \"" + parameter.name + "\" in \"" + group + '"');
-    const auto converted = convertedLike(parameter.value, *before);
+    return checkValue(key, parameter.name, parameter.value, value);
+}
+
+Outcome Sensor::checkValue(const std::string &key, const std::string &shownName, const Value &wanted,
+                           Value &value) const
+{
+    const auto converted = convertedLike(wanted, *m_settings.find(key));
     if (!converted)
-        return failure(WrongType, "\"" + parameter.name + "\" has the wrong type");
+        return failure(WrongType, "\"" + shownName + "\" has the wrong type");
     value = *converted;
     const auto limits = m_spec.limits.find(key);
     const auto number = toDouble(value);
+    if (number && !std::isfinite(*number))
+        return failure(OutOfRange, "\"" + shownName + "\" must be a finite number");
     if (limits != m_spec.limits.end() && number &&
         (*number < limits->second.first || *number > limits->second.second)) {
-        return failure(OutOfRange, "\"" + parameter.name + "\" must be from " +
-                                       formatDouble(limits->second.first) + " to " +
-                                       formatDouble(limits->second.second));
+        return failure(OutOfRange, "\"" + shownName + "\" must be from " + formatDouble(limits->second.first) +
+                                       " to " + formatDouble(limits->second.second));
     }
     return {};
+}
+
+void Sensor::apply(const ParameterList &changes, double now)
+{
+    produce(now);
+    m_settings.add(changes);
+    selectFrame();
+    restart(now);
 }
 
 Outcome Sensor::write(const std::string &group, const ParameterList &staged, double now)
@@ -155,10 +181,7 @@ Outcome Sensor::write(const std::string &group, const ParameterList &staged, dou
     }
     if (changes.empty())
         return failure(ParameterMissing, "Nothing is given to be set in \"" + group + '"');
-    produce(now);
-    m_settings.add(changes);
-    selectFrame();
-    restart(now);
+    apply(changes, now);
     return {};
 }
 

@@ -23,6 +23,8 @@ ParameterList Sensor::identity() const
 ParameterList Sensor::foundParameters() const
 {
     ParameterList found = m_spec.place.foundParameters();
+    if (baudrate() != 0)
+        found.set("IP_Baudrate", baudrate());
     found.set("IP_SensorType", m_spec.reportedType());
     found.set("IP_SensorTypeName", m_spec.model);
     found.add(identity());

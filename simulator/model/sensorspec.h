@@ -6,6 +6,7 @@
 #include "place.h"
 #include "value.h"
 #include "video.h"
+#include "webinterface.h"
 
 #include <cstdint>
 #include <map>
@@ -99,6 +100,7 @@ struct SensorSpec
     std::string autostart; ///< setting that names the tracking mode at power-up
     std::string stopTracking;
     std::vector<TrackingCommand> tracking; ///< not empty: the sensor measures only while tracking
+    WebInterface web;
     std::vector<SpecFault> faults;
     bool answering = true;
 

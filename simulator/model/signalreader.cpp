@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "platform.h"
 #include "specreader.h"
 
 #include <algorithm>
@@ -18,8 +19,7 @@ constexpr double shortestPeriod = 1.0e-6;
 std::vector<double> readRecord(const Node &node, const std::string &folder, int column)
 {
     const std::string name = readPlainText(node, "\"file\"");
-    const std::string path = folder.empty() || name.rfind('/', 0) == 0 ? name : folder + '/' + name;
-    std::ifstream file(path);
+    std::ifstream file(pathFromUtf8(folder) / pathFromUtf8(name));
     if (!file)
         throw Mistake(node.line, "the recorded values in \"" + name + "\" cannot be read");
     std::vector<double> record;

@@ -2,6 +2,7 @@
 #include "specreader.h"
 
 #include "modereader.h"
+#include "webreader.h"
 
 #include <algorithm>
 #include <charconv>
@@ -126,6 +127,7 @@ void readCommonKeys(ObjectReader &reader, SensorSpec &spec, const std::string &f
     if (const Node *tracking = reader.find("tracking"))
         readTracking(*tracking, spec);
     readModeKeys(reader, spec, folder);
+    readWebKeys(reader, spec, folder);
     for (const MeasuringMode &mode : spec.modes)
         nameErrorValues(mode.signals, spec.errorTexts);
     nameErrorValues(spec.signals, spec.errorTexts);

@@ -85,4 +85,28 @@ std::string toWindows1250Lossy(std::string_view utf8)
     return text;
 }
 
+std::string fromWindows1250(std::string_view text)
+{
+    std::string utf8;
+    utf8.reserve(text.size());
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        const unsigned character = byte < 0x80 ? byte : upperHalf[byte - 0x80u];
+        if (character == 0 && byte != 0) {
+            utf8 += '?';
+        } else if (character < 0x80) {
+            utf8 += static_cast<char>(character);
+        } else {
+            if (character < 0x800) {
+                utf8 += static_cast<char>(0xC0 | (character >> 6));
+            } else {
+                utf8 += static_cast<char>(0xE0 | (character >> 12));
+                utf8 += static_cast<char>(0x80 | ((character >> 6) & 0x3F));
+            }
+            utf8 += static_cast<char>(0x80 | (character & 0x3F));
+        }
+    }
+    return utf8;
+}
+
 } // namespace sondixsim::model

@@ -13,4 +13,7 @@ std::optional<std::string> toWindows1250(std::string_view utf8);
 /// The same with "?" for what has no place, for texts that must come through.
 std::string toWindows1250Lossy(std::string_view utf8);
 
+/// Bytes that stand for no character become "?".
+std::string fromWindows1250(std::string_view text);
+
 } // namespace sondixsim::model

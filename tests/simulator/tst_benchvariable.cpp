@@ -3,6 +3,7 @@
 #include "SondixSimulator/control.h"
 
 #include <cstdio>
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -40,6 +41,7 @@ private:
         QByteArrayList output;
         QByteArrayList error;
     };
+    static QByteArrayList lines(QByteArray text) { return text.replace("\r\n", "\n").trimmed().split('\n'); }
     static Told run(const QString &bench)
     {
         QProcess process;
@@ -48,8 +50,7 @@ private:
         process.setProcessEnvironment(environment);
         process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("child")});
         process.waitForFinished();
-        return {process.readAllStandardOutput().trimmed().split('\n'),
-                process.readAllStandardError().trimmed().split('\n')};
+        return {lines(process.readAllStandardOutput()), lines(process.readAllStandardError())};
     }
 
 private Q_SLOTS:
@@ -69,6 +70,25 @@ private Q_SLOTS:
                         "place": { "interface": "WinUSB" } } ] })");
         file.close();
         QCOMPARE(run(file.fileName()).output, (QByteArrayList{"start", "opened mine", "opened mine"}));
+    }
+
+    void namesMayBeWrittenInAnyAlphabet()
+    {
+        QTemporaryDir folder;
+        QDir inside(folder.path());
+        const QString name = QStringLiteral("Pr\u00FCfstand \u6D4B\u91CF");
+        QVERIFY(inside.mkdir(name) && inside.cd(name));
+        QFile record(inside.filePath(QStringLiteral("\u00E4\u00F6\u00FC \u503C.csv")));
+        QVERIFY(record.open(QIODevice::WriteOnly) && record.write("1.5\n") > 0);
+        QFile bench(inside.filePath(name + QStringLiteral(".json")));
+        QVERIFY(bench.open(QIODevice::WriteOnly));
+        bench.write(R"({ "sensors": [ { "model": "TX270", "serialNumber": "named",
+                         "place": { "interface": "WinUSB" }, "signals": [ { "name": "Distance", "unit": "mm",
+                         "range": [0, 100], "rawRange": [0, 1000], "generator": { "kind": "csv", "file": ")" +
+                    QFileInfo(record).fileName().toUtf8() + R"(", "column": 1 } } ] } ] })");
+        record.close();
+        bench.close();
+        QCOMPARE(run(bench.fileName()).output, (QByteArrayList{"start", "opened named", "opened named"}));
     }
 
     void brokenBenchIsNamedByGetError()

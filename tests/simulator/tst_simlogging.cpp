@@ -124,6 +124,15 @@ private Q_SLOTS:
         QVERIFY(contents(path("turn2.log")).contains("round 2"));
     }
 
+    void nameIsTakenInTheEncodingOfTheSystem()
+    {
+        const Handle handle(41);
+        const QString file = m_folder.filePath(QStringLiteral("Pr\u00FCfstand.log"));
+        QCOMPARE(EnableLogging(handle, 1, everything, everything, QFile::encodeName(file).constData(), 0, 0, 0),
+                 0);
+        QVERIFY(QFile::exists(file));
+    }
+
     void commandSwitchesLoggingOffAndOn()
     {
         Handle handle(41);

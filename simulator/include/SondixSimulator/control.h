@@ -19,14 +19,16 @@
 #    else
 #        define SONDIXSIM_EXPORT __declspec(dllimport)
 #    endif
+#    define SONDIXSIM_TYPE
 #else
 #    define SONDIXSIM_EXPORT __attribute__((visibility("default")))
+#    define SONDIXSIM_TYPE __attribute__((visibility("default")))
 #endif
 
 namespace sondixsim {
 
 /// A bench file that cannot be used: what() is "<name>:<line>: <reason>".
-class SONDIXSIM_EXPORT BenchError : public std::runtime_error
+class SONDIXSIM_TYPE BenchError : public std::runtime_error
 {
 public:
     BenchError(const std::string &text, int lineNumber)
@@ -56,7 +58,7 @@ SONDIXSIM_EXPORT double now();                          ///< seconds of bench ti
 /// \}
 
 /// One call of the C interface.
-struct SONDIXSIM_EXPORT Call
+struct SONDIXSIM_TYPE Call
 {
     std::string function;               ///< name, such as "SetParameterInt"
     std::uint32_t handle = 0;           ///< the handle passed (for CreateSensorInstance the one returned)
@@ -67,7 +69,7 @@ struct SONDIXSIM_EXPORT Call
     /// Such as `SetParameterString("S_Command", "Get_Info")`: without the handle and without plain
     /// output pointers; buffers show as `null` or their size, transfer buffers as `null`, `raw`,
     /// `scaled`; binary data as their length.
-    std::string text() const;
+    SONDIXSIM_EXPORT std::string text() const;
 };
 
 /// \name Call log
@@ -79,7 +81,7 @@ SONDIXSIM_EXPORT void clearCalls();
 /// \}
 
 /// What goes wrong, and when. A call matches when every filter that is set fits.
-struct SONDIXSIM_EXPORT Fault
+struct SONDIXSIM_TYPE Fault
 {
     // Filters.
     std::string function;                   ///< C function; empty: "SensorCommand" when command is set, else any
@@ -117,6 +119,23 @@ SONDIXSIM_EXPORT void releaseHangs();
 /// A sensor that is gone: it is not found, cannot be opened, and every call to it fails.
 SONDIXSIM_EXPORT void unplug(const std::string &serialNumber);
 SONDIXSIM_EXPORT void plug(const std::string &serialNumber);
+/// \}
+
+/// \name Web interface
+/// Sensors with a web interface that hang on a serial line serve pages with "Get_HTTP" and take commands with
+/// "Cmd_Generic", at the speed of the line: the calls last as long as their bytes do at its baud rate. On a
+/// virtual clock nothing is waited for.
+/// \{
+/// Whether calls last so long; loading a bench sets it to what the file says, which is on unless it says otherwise.
+SONDIXSIM_EXPORT void setLineSpeedEffect(bool on);
+/// Seconds of bench time that these calls to a sensor have lasted since the bench was loaded, or would have
+/// lasted if they were waited for.
+SONDIXSIM_EXPORT double lineTime(const std::string &serialNumber);
+/// From now on a page is answered with these bytes exactly, whatever the request says besides the path; the header
+/// may be empty, both may hold zero bytes.
+/// \throws std::invalid_argument for a sensor that is not on the bench or has no web interface
+SONDIXSIM_EXPORT void setPage(const std::string &serialNumber, const std::string &path, const std::string &header,
+                              const std::string &body);
 /// \}
 
 /// Puts a block into an open sensor's data ring, after what the generators have put there. One of \a raw and
