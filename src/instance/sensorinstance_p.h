@@ -55,6 +55,8 @@ class SensorInstancePrivate
 public:
     virtual ~SensorInstancePrivate() = default;
 
+    static SensorInstancePrivate *get(SensorInstance *q) { return q->d_func(); }
+
     void init(SensorInstance *q, SensorType type, unsigned long adoptedHandle);
 
     /// The one funnel for results of the C interface.
@@ -77,6 +79,8 @@ public:
     ErrorCode getVariant(const QString &name, QVariant &variant, QString *errorText);
     ErrorCode getParameters(const QMap<QString, QVariant> &results, QString *errorText);
     ErrorCode getAllParameters(QMap<QString, QVariant> &out, QString *errorText);
+    /// The bytes of an answer that need not be there: empty then, without a word.
+    QByteArray optionalAnswer(const QString &name) const;
 
     template<typename Value>
     ErrorCode sendCommandGet(const QString &command, const QString &resultName, Value &value, QString *errorText);

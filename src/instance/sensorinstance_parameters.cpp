@@ -119,6 +119,19 @@ ErrorCode SensorInstancePrivate::getParameter(const QString &name, QByteArray &v
         [&](qint32 code) { return check(code, errorText); });
 }
 
+QByteArray SensorInstancePrivate::optionalAnswer(const QString &name) const
+{
+    const QByteArray key = name.toLatin1();
+    QByteArray bytes;
+    readBytes(
+        bytes,
+        [&](void *buffer, uint32_t *length) {
+            return GetParameterBinary(handle, key.constData(), buffer, length);
+        },
+        [](qint32 code) { return ErrorCode(code); });
+    return bytes;
+}
+
 ErrorCode SensorInstancePrivate::getParameter(const QString &name, QString &value, QString *errorText)
 {
     const QByteArray key = name.toLatin1();

@@ -40,7 +40,6 @@ ErrorCode SensorInstancePrivate::pollMeasures(int &frameValues, QString *errorTe
 
 ErrorCode SensorInstancePrivate::announcedValues(int frameValues, int &count, QString *errorText)
 {
-    const std::lock_guard<std::recursive_mutex> lock(mutex);
     int announced = 0;
     const ErrorCode result = check(::DataAvail(handle, &announced), errorText);
     count = blockValues(announced, frameValues);

@@ -3,6 +3,7 @@
 // Each header by itself and in every spelling; the umbrella last, so that it hides nothing missing.
 #include <SondixQt/errorcode.h>
 #include <SondixQt/parameterpresentation.h>
+#include <SondixQt/rs232tunnel.h>
 #include <SondixQt/sensorfeatures.h>
 #include <SondixQt/sensorfinder.h>
 #include <SondixQt/sensorinfo.h>
@@ -14,6 +15,7 @@
 
 #include <SondixQt/ErrorCode>
 #include <SondixQt/ParameterPresentation>
+#include <SondixQt/RS232Tunnel>
 #include <SondixQt/SensorFeatures>
 #include <SondixQt/SensorFinder>
 #include <SondixQt/SensorGroup>

@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+#include "mismatch.h"
+#include "requestaccount.h"
+#include "tunnel/requestcorpus.h"
+#include "tunnel/requestqueue_p.h"
+#include "tunnel/tunnellimits_p.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+
+using namespace SondixQt;
+
+namespace {
+
+/// A connection whose client sends its bytes in pieces, and a sensor whose answers depend on the request alone.
+class Connection
+{
+public:
+    Connection() { queue.addClient(this, 0); }
+
+    void feed(const QByteArray &bytes, bool pauses)
+    {
+        while (!queue.wantsBytes(this) && queue.hasRequest())
+            serveOne();
+        queue.feed(this, bytes, now);
+        if (pauses) {
+            serve();
+            now += TunnelLimits::quietMs;
+            queue.expire(now);
+        }
+    }
+
+    void serve()
+    {
+        while (queue.hasRequest())
+            serveOne();
+        collect();
+        dropped += queue.takeDropped();
+    }
+
+    QList<QByteArray> requests;
+    QByteArray answers;
+    int refusal = 0;
+    int dropped = 0;
+
+private:
+    void serveOne()
+    {
+        RequestQueue::Request request;
+        if (!queue.takeRequest(request))
+            reportMismatch("takeRequest()", answers, false, true);
+        collect();
+        requests += describeRequest(request);
+        queue.answer(request, QByteArray(), describeRequest(request), now);
+        collect();
+    }
+
+    void collect()
+    {
+        RequestQueue::Response response;
+        while (queue.takeResponse(response)) {
+            if (refusal != 0)
+                reportMismatch("what follows a refusal", answers, response.bytes, QByteArray());
+            answers += response.bytes;
+            if (response.afterwards == RequestQueue::Afterwards::Refuses)
+                refusal = response.bytes.mid(int(sizeof "HTTP/1.1 ") - 1, 3).toInt();
+        }
+    }
+
+    RequestQueue queue{TunnelLimits::incompleteRequestSeconds};
+    qint64 now = 0;
+};
+
+enum class Manner { ServesAtOnce, ServesLate, Pauses };
+
+void feedInPieces(Connection &connection, const QByteArray &bytes, const QByteArray &sizes, Manner manner)
+{
+    for (int begin = 0, i = 0; begin < bytes.size(); ++i) {
+        const int size = sizes.isEmpty() ? 1 : static_cast<unsigned char>(sizes.at(i % sizes.size())) + 1;
+        connection.feed(bytes.mid(begin, size), manner == Manner::Pauses);
+        if (manner == Manner::ServesAtOnce)
+            connection.serve();
+        begin += size;
+    }
+    connection.serve();
+}
+
+void compareWithAccount(const QByteArray &bytes, const QByteArray &sizes)
+{
+    Connection whole;
+    feedInPieces(whole, bytes, QByteArray(1, '\xff'), Manner::ServesAtOnce);
+    const RequestAccount account = accountOf(bytes);
+    if (whole.requests != account.requests)
+        reportMismatch("requests", bytes, whole.requests, account.requests);
+    if (whole.refusal != account.refusal)
+        reportMismatch("refusal", bytes, whole.refusal, account.refusal);
+
+    for (const Manner manner : {Manner::ServesAtOnce, Manner::ServesLate}) {
+        Connection cut;
+        feedInPieces(cut, bytes, sizes, manner);
+        if (cut.answers != whole.answers)
+            reportMismatch("cut answers", bytes, cut.answers, whole.answers);
+        if (cut.requests != whole.requests)
+            reportMismatch("cut requests", bytes, cut.requests, whole.requests);
+        if (cut.dropped != whole.dropped)
+            reportMismatch("cut dropped bytes", bytes, cut.dropped, whole.dropped);
+    }
+}
+
+/// Whatever a foreign page sends, and however its bytes come, no command gets through.
+void sendFromForeignPage(const QByteArray &headers, const QByteArray &body, const QByteArray &sizes)
+{
+    const QByteArray word = QByteArrayLiteral("POST ");
+    Connection connection;
+    connection.feed(word, false);
+    feedInPieces(connection, commandRequest(body, headers).mid(word.size()), sizes, Manner::Pauses);
+    if (!connection.requests.isEmpty())
+        reportMismatch("requests of a foreign page", body, connection.requests, QList<QByteArray>());
+    if (connection.refusal != 403)
+        reportMismatch("refusal of a foreign page", body, connection.refusal, 403);
+}
+
+const char *const foreignHeaders[] = {
+    "Host: localhost:8080\r\nOrigin: http://example.com\r\n",
+    "Host: example.com\r\nOrigin: http://example.com\r\n",
+    "Host: 127.0.0.1\r\nSec-Fetch-Site: cross-site\r\n",
+    "Accept: */*\r\nSec-Fetch-Site: cross-site\r\nHost: localhost\r\n",
+};
+
+} // namespace
+
+/// The bytes are how many sizes of pieces there are and which foreign page, those sizes, and what a client sends.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    if (size == 0)
+        return 0;
+    const QByteArray input(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    constexpr int maxSizes = 8;
+    const int count = data[0] % maxSizes;
+    const QByteArray sizes = input.mid(1, count);
+    const QByteArray bytes = input.mid(1 + count);
+    compareWithAccount(bytes, sizes);
+    sendFromForeignPage(foreignHeaders[data[0] / maxSizes % std::size(foreignHeaders)], bytes, sizes);
+    Connection anyhow;
+    feedInPieces(anyhow, bytes, sizes, Manner::Pauses);
+    return 0;
+}

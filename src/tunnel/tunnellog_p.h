@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QLoggingCategory>
+
+namespace SondixQt {
+
+Q_DECLARE_LOGGING_CATEGORY(tunnelLog)
+
+/// A line for each request. Off unless somebody asks for it: a page alone makes one every second.
+Q_DECLARE_LOGGING_CATEGORY(tunnelRequestLog)
+
+} // namespace SondixQt

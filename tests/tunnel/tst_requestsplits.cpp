@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: MIT
+#include "requestcorpus.h"
+#include "tunnel/requestqueue_p.h"
+#include "tunnel/tunnellimits_p.h"
+
+#include <QtTest>
+
+using namespace SondixQt;
+
+namespace {
+
+/// All that a client and a sensor see of a connection.
+struct Outcome
+{
+    QList<QByteArray> requests;
+    QByteArray answers;
+    QByteArray ends;
+    int dropped = 0;
+};
+
+bool operator==(const Outcome &a, const Outcome &b)
+{
+    return a.requests == b.requests && a.answers == b.answers && a.ends == b.ends && a.dropped == b.dropped;
+}
+
+/// A connection to a sensor whose answers depend on the request alone.
+class Connection
+{
+public:
+    Connection() { queue.addClient(this, 0); }
+
+    void feed(const QByteArray &bytes)
+    {
+        while (!queue.wantsBytes(this) && queue.hasRequest())
+            serveOne();
+        queue.feed(this, bytes, 0);
+    }
+
+    void serve()
+    {
+        while (queue.hasRequest())
+            serveOne();
+        collect();
+    }
+
+    Outcome finish(bool pauses)
+    {
+        serve();
+        if (pauses)
+            queue.expire(TunnelLimits::quietMs);
+        serve();
+        outcome.dropped += queue.takeDropped();
+        return outcome;
+    }
+
+private:
+    void serveOne()
+    {
+        RequestQueue::Request request;
+        QVERIFY(queue.takeRequest(request));
+        outcome.requests += describeRequest(request);
+        if (request.kind != RequestCutter::Get)
+            queue.answerCommand(request, "ran " + request.text, 0);
+        else if (request.path == "/fail")
+            queue.fail(request, "No answer", false, 0);
+        else if (request.path == "/plain")
+            queue.answer(request, QByteArray(), "plain", 0);
+        else if (request.path == "/304")
+            queue.answer(request, "HTTP/1.1 304 Not Modified\r\n\r\n", QByteArray(), 0);
+        else if (request.path == "/open")
+            queue.answer(request, "HTTP/1.1 200 OK\r\n\r\n", "until the end", 0);
+        else
+            queue.answer(request, headerOf(request), request.path, 0);
+        collect();
+    }
+
+    static QByteArray headerOf(const RequestQueue::Request &request)
+    {
+        return "HTTP/1.1 200 OK\r\nETag: \"" + request.entityTag +
+               "\"\r\nContent-Length: " + QByteArray::number(request.path.size()) + "\r\n\r\n";
+    }
+
+    void collect()
+    {
+        RequestQueue::Response response;
+        while (queue.takeResponse(response)) {
+            outcome.answers += response.bytes;
+            outcome.ends += char('0' + int(response.afterwards));
+        }
+    }
+
+    RequestQueue queue{TunnelLimits::incompleteRequestSeconds};
+    Outcome outcome;
+};
+
+Outcome fedAtOnce(const RequestSequence &sequence)
+{
+    Connection connection;
+    connection.feed(sequence.bytes);
+    return connection.finish(sequence.pauses);
+}
+
+enum class Serving { AtOnce, WhenManyWait };
+
+Outcome fedInPieces(const RequestSequence &sequence, int pieceSize, Serving serving)
+{
+    Connection connection;
+    for (int begin = 0; begin < sequence.bytes.size(); begin += pieceSize) {
+        connection.feed(sequence.bytes.mid(begin, pieceSize));
+        if (serving == Serving::AtOnce)
+            connection.serve();
+    }
+    return connection.finish(sequence.pauses);
+}
+
+Outcome cutOnce(const RequestSequence &sequence, int position, Serving serving)
+{
+    Connection connection;
+    connection.feed(sequence.bytes.left(position));
+    if (serving == Serving::AtOnce)
+        connection.serve();
+    connection.feed(sequence.bytes.mid(position));
+    return connection.finish(sequence.pauses);
+}
+
+void addSequences()
+{
+    QTest::addColumn<RequestSequence>("sequence");
+    const QList<RequestSequence> sequences = allSequences();
+    for (const RequestSequence &sequence : sequences)
+        QTest::newRow(sequence.name.constData()) << sequence;
+}
+
+/// The status of the last answer, 0 when the connection does not end with a refusal.
+int refusalOf(const Outcome &outcome)
+{
+    if (!outcome.ends.endsWith('2'))
+        return 0;
+    const QByteArray start = "HTTP/1.1 ";
+    return outcome.answers.mid(outcome.answers.lastIndexOf(start) + start.size(), 3).toInt();
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(RequestSequence)
+
+class TestRequestSplits : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void sequencesAreServedAsExpected_data() { addSequences(); }
+    void sequencesAreServedAsExpected();
+    void oneCutChangesNothing_data() { addSequences(); }
+    void oneCutChangesNothing();
+    void manyCutsChangeNothing_data() { addSequences(); }
+    void manyCutsChangeNothing();
+};
+
+void TestRequestSplits::sequencesAreServedAsExpected()
+{
+    QFETCH(RequestSequence, sequence);
+    const Outcome outcome = fedAtOnce(sequence);
+    QCOMPARE(outcome.requests, sequence.requests);
+    QCOMPARE(refusalOf(outcome), sequence.refusal);
+    QCOMPARE(outcome.ends.size(), sequence.requests.size() + (sequence.refusal == 0 ? 0 : 1));
+}
+
+void TestRequestSplits::oneCutChangesNothing()
+{
+    QFETCH(RequestSequence, sequence);
+    const Outcome whole = fedAtOnce(sequence);
+    constexpr int longSize = 4096;
+    for (int position = 0; position <= sequence.bytes.size(); ++position) {
+        QVERIFY2(cutOnce(sequence, position, Serving::AtOnce) == whole, QByteArray::number(position).constData());
+        if (sequence.bytes.size() < longSize)
+            QVERIFY2(cutOnce(sequence, position, Serving::WhenManyWait) == whole,
+                     QByteArray::number(position).constData());
+    }
+}
+
+void TestRequestSplits::manyCutsChangeNothing()
+{
+    QFETCH(RequestSequence, sequence);
+    const Outcome whole = fedAtOnce(sequence);
+    for (const int size : {1, 2, 3, 7, 64, 1000, 16 * 1024}) {
+        for (const Serving serving : {Serving::AtOnce, Serving::WhenManyWait})
+            QVERIFY2(fedInPieces(sequence, size, serving) == whole, QByteArray::number(size).constData());
+    }
+}
+
+QTEST_APPLESS_MAIN(TestRequestSplits)
+#include "tst_requestsplits.moc"
