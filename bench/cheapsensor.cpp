@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #define SONDIX_EXPORT extern "C" CHEAPSENSOR_EXPORT
@@ -22,6 +23,8 @@ std::vector<double> scaledValues;
 char command[64] = "";
 std::int32_t staged = 0;
 int foundSensors = 0;
+std::string pageHeader;
+std::string pageBody;
 
 bool measuring = false;
 Clock::duration inside{};
@@ -83,6 +86,13 @@ void setBlock(std::int32_t values)
 void setFoundSensors(int count)
 {
     foundSensors = count;
+}
+
+void setPage(std::size_t size)
+{
+    pageHeader =
+        "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nContent-Length: " + std::to_string(size) + "\r\n\r\n";
+    pageBody.assign(size, 'x');
 }
 
 void measureTime(bool on)
@@ -154,9 +164,12 @@ SONDIX_EXPORT std::int32_t GetParameterString(std::uint32_t, const char *, char 
     return 0;
 }
 
-SONDIX_EXPORT std::int32_t GetParameterBinary(std::uint32_t, const char *, void *, std::uint32_t *length)
+SONDIX_EXPORT std::int32_t GetParameterBinary(std::uint32_t, const char *name, void *buffer, std::uint32_t *length)
 {
-    *length = 0;
+    const std::string &answer = std::strcmp(name, "SA_HTTPBody") == 0 ? pageBody : pageHeader;
+    if (buffer)
+        std::memcpy(buffer, answer.data(), *length < answer.size() ? *length : answer.size());
+    *length = static_cast<std::uint32_t>(answer.size());
     return 0;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 /// \file
@@ -20,6 +21,9 @@ CHEAPSENSOR_EXPORT void setBlock(std::int32_t values);
 
 /// The sensors that a search finds, all at its first question.
 CHEAPSENSOR_EXPORT void setFoundSensors(int count);
+
+/// The size of the body of every page of the web interface.
+CHEAPSENSOR_EXPORT void setPage(std::size_t size);
 
 /// Whether the time spent inside the calls is added up; it costs two clock readings a call.
 CHEAPSENSOR_EXPORT void measureTime(bool on);
