@@ -38,4 +38,5 @@ std::unique_ptr<Command> makeModeCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeTriggerCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeSyncCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeVideoCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeTunnelCommand(CLI::App &app, CLI::App *&subcommand);
 /// \}

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 #ifdef Q_OS_WIN
 #    include <fcntl.h>
@@ -15,23 +16,86 @@
 
 namespace {
 
+#ifdef Q_OS_WIN
+
+HANDLE handleOf(FILE *stream)
+{
+    return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+}
+
+// What counts is a terminal that heeds escape sequences, which a console must be told to do.
 bool isTerminal(FILE *stream)
 {
-#ifdef Q_OS_WIN
-    return _isatty(_fileno(stream)) != 0;
-#else
-    return isatty(fileno(stream)) != 0;
-#endif
+    DWORD mode = 0;
+    return GetConsoleMode(handleOf(stream), &mode) &&
+           SetConsoleMode(handleOf(stream), mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
+
+// A console keeps what is set after the program has ended, so its next user gets it back.
+class ConsoleSettings
+{
+public:
+    ConsoleSettings()
+    {
+        for (size_t i = 0; i < std::size(m_streams); ++i)
+            m_known[i] = GetConsoleMode(handleOf(m_streams[i]), &m_modes[i]) != 0;
+    }
+    ~ConsoleSettings()
+    {
+        for (size_t i = 0; i < std::size(m_streams); ++i) {
+            if (m_known[i])
+                SetConsoleMode(handleOf(m_streams[i]), m_modes[i]);
+        }
+        SetConsoleOutputCP(m_codePage);
+    }
+    ConsoleSettings(const ConsoleSettings &) = delete;
+    ConsoleSettings &operator=(const ConsoleSettings &) = delete;
+
+private:
+    FILE *m_streams[2] = {stdout, stderr};
+    DWORD m_modes[2] = {};
+    bool m_known[2] = {};
+    UINT m_codePage = GetConsoleOutputCP();
+};
+
+// A console shows single bytes of a letter as letters of their own, so it gets text. Whether it is one shows only
+// when it takes that: what cannot be read from cannot be asked.
+bool put(const QByteArray &data, FILE *stream)
+{
+    if (GetFileType(handleOf(stream)) == FILE_TYPE_CHAR) {
+        const std::wstring text = QString::fromUtf8(data).toStdWString();
+        DWORD written = 0;
+        if (WriteConsoleW(handleOf(stream), text.data(), static_cast<DWORD>(text.size()), &written, nullptr))
+            return true;
+    }
+    return std::fwrite(data.constData(), 1, static_cast<size_t>(data.size()), stream) ==
+           static_cast<size_t>(data.size());
 }
 
 void prepareStreams()
 {
-#ifdef Q_OS_WIN
+    static const ConsoleSettings before;
     SetConsoleOutputCP(CP_UTF8);
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
-#endif
 }
+
+#else
+
+bool isTerminal(FILE *stream)
+{
+    return isatty(fileno(stream)) != 0;
+}
+
+bool put(const QByteArray &data, FILE *stream)
+{
+    return std::fwrite(data.constData(), 1, static_cast<size_t>(data.size()), stream) ==
+           static_cast<size_t>(data.size());
+}
+
+void prepareStreams() {}
+
+#endif
 
 QString withStyle(const QString &text, Console::Style style)
 {
@@ -49,10 +113,10 @@ QString withStyle(const QString &text, Console::Style style)
 } // namespace
 
 Console::Console()
-    : m_stdoutIsTerminal(isTerminal(stdout))
-    , m_stderrIsTerminal(isTerminal(stderr) && qgetenv("TERM") != "dumb")
 {
     prepareStreams();
+    m_stdoutIsTerminal = isTerminal(stdout);
+    m_stderrIsTerminal = isTerminal(stderr) && qgetenv("TERM") != "dumb";
     const bool colours = qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
     m_stdoutColours = colours && m_stdoutIsTerminal;
     m_stderrColours = colours && m_stderrIsTerminal;
@@ -64,8 +128,7 @@ bool Console::write(const QByteArray &data)
         return false;
     // Both streams may end on the same terminal, also through a pipe.
     status(QString());
-    if (std::fwrite(data.constData(), 1, static_cast<size_t>(data.size()), stdout) !=
-        static_cast<size_t>(data.size()))
+    if (!put(data, stdout))
         m_outputProblem = QString::fromLocal8Bit(std::strerror(errno));
     return m_outputProblem.isEmpty();
 }
@@ -106,6 +169,6 @@ QString Console::styled(const QString &text, Style style) const
 
 void Console::toStderr(const QByteArray &data)
 {
-    std::fwrite(data.constData(), 1, static_cast<size_t>(data.size()), stderr);
+    put(data, stderr);
     std::fflush(stderr);
 }

@@ -35,13 +35,14 @@ public:
     /// \a text as stdout shows it: with its style where that is wanted.
     QString styled(const QString &text, Style style) const;
 
-private:
-    void toStderr(const QByteArray &data);
+    /// Writes \a data to stderr and hands it on, from any thread: for what is not this object's to arrange.
+    static void toStderr(const QByteArray &data);
 
-    bool m_stdoutIsTerminal;
-    bool m_stderrIsTerminal;
-    bool m_stdoutColours;
-    bool m_stderrColours;
+private:
+    bool m_stdoutIsTerminal = false;
+    bool m_stderrIsTerminal = false;
+    bool m_stdoutColours = false;
+    bool m_stderrColours = false;
     bool m_statusShown = false;
     QString m_outputProblem;
 };

@@ -5,6 +5,8 @@
 
 #ifdef Q_OS_WIN
 #    include <windows.h>
+
+#    include <mutex>
 #else
 #    include <QSocketNotifier>
 
@@ -28,14 +30,20 @@ bool InterruptWatcher::isInterrupted()
 
 namespace {
 
-std::atomic<InterruptWatcher *> watcher{nullptr};
+// The system calls the handler in a thread of its own, which may be under way when the watcher goes.
+std::mutex watcherMutex;
+InterruptWatcher *watcher = nullptr;
 
 BOOL WINAPI onConsoleEvent(DWORD event)
 {
-    if ((event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) || happened.exchange(true))
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         return FALSE;
-    if (InterruptWatcher *target = watcher)
-        QMetaObject::invokeMethod(target, &InterruptWatcher::interrupted, Qt::QueuedConnection);
+    // The usual end of a program waits for its libraries, one of which may be what hangs.
+    if (happened.exchange(true))
+        TerminateProcess(GetCurrentProcess(), STATUS_CONTROL_C_EXIT);
+    const std::lock_guard<std::mutex> lock(watcherMutex);
+    if (watcher)
+        QMetaObject::invokeMethod(watcher, &InterruptWatcher::interrupted, Qt::QueuedConnection);
     return TRUE;
 }
 
@@ -44,13 +52,17 @@ BOOL WINAPI onConsoleEvent(DWORD event)
 InterruptWatcher::InterruptWatcher(QObject *parent)
     : QObject(parent)
 {
-    watcher = this;
+    {
+        const std::lock_guard<std::mutex> lock(watcherMutex);
+        watcher = this;
+    }
     SetConsoleCtrlHandler(onConsoleEvent, TRUE);
 }
 
 InterruptWatcher::~InterruptWatcher()
 {
     SetConsoleCtrlHandler(onConsoleEvent, FALSE);
+    const std::lock_guard<std::mutex> lock(watcherMutex);
     watcher = nullptr;
 }
 

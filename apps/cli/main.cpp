@@ -2,6 +2,7 @@
 #include "command.h"
 
 #include "shared/catalognames.h"
+#include "shared/simulatedbench.h"
 
 #include <SondixQt/sensortypes.h>
 
@@ -24,8 +25,7 @@ void onLogMessage(QtMsgType type, const QMessageLogContext &context, const QStri
 {
     if (!verbose && (type == QtDebugMsg || type == QtInfoMsg))
         return;
-    const QByteArray line = qFormatLogMessage(type, context, text).toUtf8() + '\n';
-    std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
+    Console::toStderr(qFormatLogMessage(type, context, text).toUtf8() + '\n');
 }
 
 struct Subcommand
@@ -41,7 +41,7 @@ std::vector<Subcommand> addSubcommands(CLI::App &app)
     std::vector<Subcommand> subcommands;
     for (const Maker make : {makeModelsCommand, makeFindCommand, makeInfoCommand, makeReadCommand,
                              makeParamsCommand, makeGetCommand, makeSetCommand, makeExecCommand, makeModeCommand,
-                             makeTriggerCommand, makeSyncCommand, makeVideoCommand}) {
+                             makeTriggerCommand, makeSyncCommand, makeVideoCommand, makeTunnelCommand}) {
         Subcommand subcommand;
         subcommand.command = make(app, subcommand.app);
         subcommand.app->fallthrough();
@@ -128,7 +128,7 @@ int runTool(int argc, char *argv[])
     if (app.get_subcommands().empty() || app.remaining_size() > 0)
         return static_cast<int>(refuse(console, missingCommand(app)));
     if (!bench.empty())
-        qputenv("SONDIX_BENCH", QString::fromStdString(bench).toLocal8Bit());
+        SondixApp::useBench(QString::fromStdString(bench));
     return static_cast<int>(run(console, subcommands));
 }
 

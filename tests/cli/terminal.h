@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "interruptible.h"
+
 #include <QByteArray>
-#include <QProcess>
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -48,7 +49,7 @@ private:
 };
 
 /// A process whose stderr, and on demand stdout, is a terminal.
-class ProcessOnTerminal : public QProcess
+class ProcessOnTerminal : public InterruptibleProcess
 {
 public:
     ProcessOnTerminal(const Terminal &terminal, bool withStdout)

@@ -4,6 +4,10 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#ifdef Q_OS_WIN
+#    include <windows.h>
+#endif
+
 using namespace SondixApp;
 
 class TestOutputFile : public QObject
@@ -41,6 +45,19 @@ private:
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_path;
 };
+
+/// A link of the file system: what Qt makes on Windows is a file that only the desktop follows.
+static bool makeLink(const QString &target, const QString &link)
+{
+#ifdef Q_OS_WIN
+    const std::wstring name = QDir::toNativeSeparators(link).toStdWString();
+    return CreateSymbolicLinkW(name.c_str(), QDir::toNativeSeparators(target).toStdWString().c_str(),
+                               SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE) &&
+           GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES;
+#else
+    return QFile::link(target, link);
+#endif
+}
 
 void TestOutputFile::bearsItsNameOnlyWhenCommitted()
 {
@@ -90,7 +107,8 @@ void TestOutputFile::goesThroughALink()
 {
     writeOlderFile();
     const QString link = m_dir->filePath(QStringLiteral("link.csv"));
-    QVERIFY(QFile::link(m_path, link));
+    if (!makeLink(m_path, link))
+        QSKIP("there are no symbolic links here");
     OutputFile file(link);
     QVERIFY(file.open());
     QVERIFY(file.write("newer\n"));

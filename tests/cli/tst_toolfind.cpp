@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "benches.h"
+#include "interruptible.h"
 #include "toolrunner.h"
 
 namespace {
@@ -114,12 +115,12 @@ void TestToolFind::endsWithCode3WhenThereIsNothing()
 void TestToolFind::announcesASensorBeforeTheSearchEnds()
 {
     const ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.01, "XA200_ETH": 30)"));
-    QProcess process;
+    InterruptibleProcess process;
     runner.start(process, words("find --type TX270"));
     QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), 10000);
     QCOMPARE(process.state(), QProcess::Running);
     QVERIFY(process.readLine().contains("TX270@RS232,port=COM3"));
-    process.terminate();
+    process.interrupt();
     QCOMPARE(ToolRunner::finish(process).code, 130);
 }
 

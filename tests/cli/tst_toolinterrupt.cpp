@@ -1,9 +1,53 @@
 // SPDX-License-Identifier: MIT
 #include "benches.h"
-#include "terminal.h"
+#include "interruptible.h"
+#ifdef Q_OS_UNIX
+#    include "terminal.h"
+#endif
 #include "toolrunner.h"
 
-#include <csignal>
+#ifdef Q_OS_UNIX
+
+/// A read into a file that tells on a terminal how far it is.
+class ReadingProcess : private Terminal, public ProcessOnTerminal
+{
+public:
+    explicit ReadingProcess(ToolRunner &runner)
+        : ProcessOnTerminal(static_cast<const Terminal &>(*this), false)
+    {
+        runner.setEnvironment("TERM", QStringLiteral("xterm"));
+    }
+    bool hasRead() { return text().contains(" frames"); }
+    /// What stands on the line from which the progress has been removed.
+    QByteArray summary(const ToolResult &)
+    {
+        const QByteArray removal = QByteArrayLiteral("\r\x1b[K");
+        return text().mid(text().lastIndexOf(removal) + removal.size());
+    }
+};
+
+#else
+
+/// A read into a file that shows, under another name, as it grows.
+class ReadingProcess : public InterruptibleProcess
+{
+public:
+    explicit ReadingProcess(ToolRunner &runner)
+        : m_folder(runner.path(QString()))
+    {
+    }
+    bool hasRead() const
+    {
+        const QFileInfoList files = m_folder.entryInfoList({QStringLiteral("values.csv*")}, QDir::Files);
+        return !files.isEmpty() && files.first().size() > 0;
+    }
+    static QByteArray summary(const ToolResult &result) { return result.err; }
+
+private:
+    QDir m_folder;
+};
+
+#endif
 
 class TestToolInterrupt : public QObject
 {
@@ -17,33 +61,44 @@ private Q_SLOTS:
     void theSecondOneEndsACallThatDoesNotReturn();
 
 private:
-    static void interrupt(const QProcess &process, int signalNumber = SIGINT)
+    /// Ctrl-C, or \a politely the request to terminate that Unix knows as well.
+    static void end(InterruptibleProcess &process, bool politely)
     {
-        QCOMPARE(::kill(static_cast<pid_t>(process.processId()), signalNumber), 0);
+        if (politely)
+            process.terminate();
+        else
+            process.interrupt();
     }
 };
+
+#ifdef Q_OS_UNIX
+constexpr bool canBeAskedToTerminate = true;
+#else
+constexpr bool canBeAskedToTerminate = false;
+#endif
 
 void TestToolInterrupt::endsASearch_data()
 {
     QTest::addColumn<QString>("line");
-    QTest::addColumn<int>("signalNumber");
-    QTest::newRow("find") << "find --type TX270" << static_cast<int>(SIGINT);
-    QTest::newRow("find, asked to terminate") << "find --type TX270" << static_cast<int>(SIGTERM);
-    QTest::newRow("info by serial number") << "info --type TX270 --serial 7" << static_cast<int>(SIGINT);
-    QTest::newRow("read by serial number") << "read --type TX270 --serial 7" << static_cast<int>(SIGINT);
+    QTest::addColumn<bool>("politely");
+    QTest::newRow("find") << "find --type TX270" << false;
+    if (canBeAskedToTerminate)
+        QTest::newRow("find, asked to terminate") << "find --type TX270" << true;
+    QTest::newRow("info by serial number") << "info --type TX270 --serial 7" << false;
+    QTest::newRow("read by serial number") << "read --type TX270 --serial 7" << false;
 }
 
 void TestToolInterrupt::endsASearch()
 {
     QFETCH(QString, line);
-    QFETCH(int, signalNumber);
+    QFETCH(bool, politely);
     const ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.01, "XA200_ETH": 3600)"));
-    QProcess process;
+    InterruptibleProcess process;
     runner.start(process, QStringList{QStringLiteral("--verbose")} + line.split(QLatin1Char(' ')));
     process.setReadChannel(QProcess::StandardError);
     QByteArray log;
     QTRY_VERIFY_WITH_TIMEOUT((log += process.readAllStandardError()).contains("searching: "), 10000);
-    interrupt(process, signalNumber);
+    end(process, politely);
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 130);
     QVERIFY2(result.err.contains("sondixqt: interrupted"), result.err.constData());
@@ -51,31 +106,29 @@ void TestToolInterrupt::endsASearch()
 
 void TestToolInterrupt::leavesAWholeFile_data()
 {
-    QTest::addColumn<int>("signalNumber");
-    QTest::newRow("Ctrl-C") << static_cast<int>(SIGINT);
-    QTest::newRow("asked to terminate") << static_cast<int>(SIGTERM);
+    QTest::addColumn<bool>("politely");
+    QTest::newRow("Ctrl-C") << false;
+    if (canBeAskedToTerminate)
+        QTest::newRow("asked to terminate") << true;
 }
 
 void TestToolInterrupt::leavesAWholeFile()
 {
-    QFETCH(int, signalNumber);
-    ToolRunner runner(Benches::of(Benches::laser(1000)));
-    runner.setEnvironment("TERM", QStringLiteral("xterm"));
-    Terminal terminal;
-    ProcessOnTerminal process(terminal, false);
+    QFETCH(bool, politely);
+    ToolRunner runner(Benches::of(Benches::laser(10000)));
+    ReadingProcess process(runner);
     runner.start(process, words("read TX270@RS232,port=COM3 --csv values.csv"));
-    QTRY_VERIFY_WITH_TIMEOUT(terminal.text().contains(" frames"), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(process.hasRead(), 10000);
     QVERIFY(!QFile::exists(runner.path(QStringLiteral("values.csv"))));
-    interrupt(process, signalNumber);
+    end(process, politely);
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 130);
     QCOMPARE(runner.files(), (QStringList{QStringLiteral("bench.json"), QStringLiteral("values.csv")}));
     const QByteArray content = runner.contentOf(QStringLiteral("values.csv"));
     QVERIFY(content.endsWith('\n'));
     const QList<QByteArray> lines = linesOf(content);
-    QVERIFY2(
-        terminal.text().contains("\x1b[K" + QByteArray::number(lines.size() - 1) + " frames of 1 value read in "),
-        terminal.text().constData());
+    const QByteArray summary = QByteArray::number(lines.size() - 1) + " frames of 1 value read in ";
+    QVERIFY2(process.summary(result).startsWith(summary), process.summary(result).constData());
     for (const QByteArray &line : lines)
         QCOMPARE(line.count(','), 1);
 }
@@ -83,10 +136,10 @@ void TestToolInterrupt::leavesAWholeFile()
 void TestToolInterrupt::endsAReadToStdoutWithAWholeLine()
 {
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
-    QProcess process;
+    InterruptibleProcess process;
     runner.start(process, words("read TX270@RS232,port=COM3 --json"));
     QTRY_VERIFY_WITH_TIMEOUT(process.bytesAvailable() > 1000, 10000);
-    interrupt(process);
+    process.interrupt();
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 130);
     QVERIFY(result.out.endsWith("}\n"));
@@ -101,14 +154,14 @@ void TestToolInterrupt::theSecondOneEndsACallThatDoesNotReturn()
             { "function": "GetParameterString", "parameter": "SA_SensorInformation#S1", "code": -6, "text": "here" },
             { "function": "GetParameterString", "parameter": "SA_SensorInformation", "delay": 3600 } ] })";
     const ToolRunner runner(Benches::of(Benches::laser(1000) + "," + several));
-    QProcess process;
+    InterruptibleProcess process;
     runner.start(process, words("--verbose read MULTI_SENSOR@RS232,port=COM9 --csv values.csv"));
     process.setReadChannel(QProcess::StandardError);
     QByteArray log;
     QTRY_VERIFY_WITH_TIMEOUT((log += process.readAllStandardError()).contains("here"), 10000);
-    interrupt(process);
+    process.interrupt();
     QVERIFY(!process.waitForFinished(500));
-    interrupt(process);
+    process.interrupt();
     QVERIFY(process.waitForFinished(10000));
     QCOMPARE(process.exitStatus(), QProcess::CrashExit);
     QVERIFY(!QFile::exists(runner.path(QStringLiteral("values.csv"))));

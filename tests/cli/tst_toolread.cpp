@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "benches.h"
+#include "pipedprocess.h"
 #include "toolrunner.h"
 
 #include <QJsonArray>
@@ -47,6 +48,7 @@ private Q_SLOTS:
     void readsForTheTimeAskedFor();
     void readsASensorThatMustBeAsked();
     void writesCsvWholeOrNotAtAll();
+    void filesMayBeNamedInAnyAlphabet();
     void quotesNamesThatCsvWouldTakeApart();
     void endsWithCode6WhenTheSensorVanishes();
     void endsWithCode5WhenNothingComes();
@@ -239,6 +241,18 @@ void TestToolRead::writesCsvWholeOrNotAtAll()
     QCOMPARE(runner.files(), (QStringList{QStringLiteral("bench.json"), QStringLiteral("values.csv")}));
 }
 
+void TestToolRead::filesMayBeNamedInAnyAlphabet()
+{
+    const ToolRunner runner;
+    const QString bench =
+        runner.writeFile(QStringLiteral("Pr\u00FCfstand \u6D4B\u91CF.json"), Benches::of(Benches::laser(1000)));
+    const QString values = QStringLiteral("Me\u00DFwerte \u503C.csv");
+    const ToolResult result = runner.run(QStringList{QStringLiteral("--bench"), bench}
+                                         << words("read -n 10 --csv") << values << QString::fromLatin1(address));
+    QVERIFY2(result.code == 0, result.err.constData());
+    QCOMPARE(linesOf(runner.contentOf(values)).size(), 11);
+}
+
 void TestToolRead::quotesNamesThatCsvWouldTakeApart()
 {
     const QByteArray sensor = R"({ "model": "TX270", "serialNumber": "1001",
@@ -350,17 +364,13 @@ void TestToolRead::refusesATargetThatCannotBeWritten()
 void TestToolRead::stopsWhenItsReaderLeaves()
 {
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
-    QProcess process;
-    process.setWorkingDirectory(runner.path(QString()));
-    process.setProcessEnvironment(runner.environment());
-    process.start(QStringLiteral("sh"),
-                  {QStringLiteral("-c"),
-                   QStringLiteral("{ \"$0\" read --csv - %1; echo \"code $?\" >&2; } | head -n 2")
-                       .arg(QString::fromLatin1(address)),
-                   QStringLiteral(SONDIXQT_TOOL)});
+    PipedProcess process;
+    runner.start(process, words("read --csv -") << QString::fromLatin1(address));
+    QVERIFY(process.readLine().endsWith('\n'));
+    QVERIFY(process.readLine().endsWith('\n'));
+    process.leave();
     const ToolResult result = ToolRunner::finish(process);
-    QVERIFY2(result.err.endsWith("\ncode 1\n"), result.err.constData());
-    QCOMPARE(linesOf(result.out).size(), 2);
+    QCOMPARE(result.code, 1);
     QVERIFY2(result.err.contains("sondixqt: cannot write to standard output: "), result.err.constData());
 }
 

@@ -51,6 +51,8 @@ void TestToolUsage::helpGoesToStdout_data()
                           << "[SENSOR] [off]";
     QTest::newRow("video") << "video --help"
                            << "--line";
+    QTest::newRow("tunnel") << "tunnel --help"
+                            << "--open";
 }
 
 void TestToolUsage::helpGoesToStdout()
