@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+// What a page can do to a tunnel at \a target without asking anybody. All of it runs in the page.
+
+/// How a page can post \a text. Each makes a request that a browser sends without asking first.
+export const posts = {
+    'a form': (page, target, text) => submit(page, target, text, 'application/x-www-form-urlencoded'),
+    'a form of plain text': (page, target, text) => submit(page, target, text, 'text/plain'),
+    'a form in parts': (page, target, text) => submit(page, target, text, 'multipart/form-data'),
+    'fetch': (page, target, text) => page.evaluate(
+        ([url, body]) => fetch(url, { method: 'POST', mode: 'no-cors', body }).then(() => {}, () => {}),
+        [target, text]),
+    'fetch of form data': (page, target, text) => page.evaluate(
+        ([url, body]) => fetch(url, { method: 'POST', mode: 'no-cors', body: new URLSearchParams(body) })
+            .then(() => {}, () => {}), [target, text]),
+    'fetch of parts': (page, target, text) => page.evaluate(([url, body]) => {
+        const data = new FormData();
+        data.append(...body.split('='));
+        return fetch(url, { method: 'POST', mode: 'no-cors', body: data }).then(() => {}, () => {});
+    }, [target, text]),
+    'fetch that outlives the page': (page, target, text) => page.evaluate(
+        ([url, body]) => fetch(url, { method: 'POST', mode: 'no-cors', keepalive: true, body }).then(() => {}, () => {}),
+        [target, text]),
+    'XMLHttpRequest': (page, target, text) => page.evaluate(([url, body]) => new Promise(resolve => {
+        const request = new XMLHttpRequest();
+        request.onloadend = () => resolve();
+        request.open('POST', url);
+        request.send(body);
+    }), [target, text]),
+    'a beacon': (page, target, text) => page.evaluate(
+        ([url, body]) => { navigator.sendBeacon(url, body); }, [target, text]),
+};
+
+/// How a page can include \a url in itself, or read it.
+export const inclusions = {
+    'a script': (page, url) => include(page, 'script', { src: url }),
+    'a module': (page, url) => include(page, 'script', { src: url, type: 'module' }),
+    'an image': (page, url) => include(page, 'img', { src: url }),
+    'a style sheet': (page, url) => include(page, 'link', { href: url, rel: 'stylesheet' }),
+    'a frame': (page, url) => include(page, 'iframe', { src: url }),
+    'an object': (page, url) => include(page, 'object', { data: url }),
+    'a video': (page, url) => include(page, 'video', { src: url }),
+    'fetch': (page, url) => page.evaluate(target => fetch(target).then(() => {}, () => {}), url),
+    'fetch without reading': (page, url) => page.evaluate(
+        target => fetch(target, { mode: 'no-cors' }).then(() => {}, () => {}), url),
+    'events': (page, url) => page.evaluate(target => { window.events = new EventSource(target); }, url),
+};
+
+/// A body of \a count blocks as large as those in which browsers write, each of which is a request of its own that
+/// sets something in the sensor.
+export function blocksOfRequests(count, host) {
+    const size = 16 * 1024;
+    const head = length => `POST / HTTP/1.1\r\nHost: ${host}\r\nContent-Length: ${length}\r\n\r\n`;
+    const length = size - head(size).length;
+    const body = 'MEASRATE 7\n';
+    return (head(length) + body + '#'.repeat(length - body.length)).repeat(count);
+}
+
+/// Goes away from \a page.
+function submit(page, target, text, enctype) {
+    return page.evaluate(([action, body, type]) => {
+        const form = document.createElement('form');
+        Object.assign(form, { method: 'POST', action, enctype: type });
+        const field = document.createElement('input');
+        [field.name, field.value] = body.split('=');
+        form.append(field);
+        document.body.append(form);
+        form.submit();
+    }, [target, text, enctype]);
+}
+
+function include(page, name, attributes) {
+    return page.evaluate(([tag, values]) => {
+        document.body.append(Object.assign(document.createElement(tag), values));
+    }, [name, attributes]);
+}
