@@ -34,6 +34,12 @@ if(UNIX AND NOT APPLE)
     set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 endif()
 
+# A DLL is known by its plain name, like the closed library that the simulator stands in for.
+if(WIN32)
+    set(CMAKE_SHARED_LIBRARY_PREFIX "")
+    include(SondixQtWindows)
+endif()
+
 # sondixqt_warnings(<target>): the warnings that the project keeps itself free of.
 function(sondixqt_warnings target)
     if(MSVC)

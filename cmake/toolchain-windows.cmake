@@ -1,0 +1,23 @@
+# Cross-building for 64-bit Windows with Debian's compiler (g++-mingw-w64-x86-64-posix). Also good for a
+# project that uses an unpacked SondixQt: -DCMAKE_TOOLCHAIN_FILE=<this file> -DCMAKE_PREFIX_PATH=<where>.
+
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
+set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+
+# Qt 5.15 for this compiler; "run" puts it there.
+set(SONDIXQT_WINDOWS_QT ${CMAKE_CURRENT_LIST_DIR}/../build/qt5-win64 CACHE PATH "Qt 5.15 for 64-bit Windows")
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES SONDIXQT_WINDOWS_QT)
+get_filename_component(qt ${SONDIXQT_WINDOWS_QT} REALPATH)
+list(APPEND CMAKE_PREFIX_PATH ${qt})
+
+# Programs come from the building machine, nothing else does.
+list(APPEND CMAKE_FIND_ROOT_PATH ${CMAKE_PREFIX_PATH} /usr/x86_64-w64-mingw32)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+# Debian's zlib as a static library: one DLL less to hand on.
+set(ZLIB_LIBRARY /usr/x86_64-w64-mingw32/lib/libz.a CACHE FILEPATH "zlib, static")
