@@ -9,7 +9,8 @@ unset SONDIX_BENCH # the built-in bench, whatever the caller has set
 
 tool=$1
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+tunnel=
+trap '[[ -z $tunnel ]] || kill $tunnel; rm -rf "$work"' EXIT
 trap 'exit 130' INT TERM
 begun=$SECONDS
 
@@ -110,7 +111,29 @@ head -n 4 "$work/values.csv"
 say "..."
 awk -F, 'NR > 1 && $2 ~ /^[A-Z]/ { print before; print; exit } { before = $0 }' "$work/values.csv"
 
-title "4. And when something is wrong?"
+title "4. What does its web interface show?"
+say "That laser serves web pages, and a browser reaches them through a tunnel. Ctrl-C ends the tunnel:"
+show tunnel "$laser"
+exec 3< <(exec "$tool" tunnel "$laser" 2>"$work/requests")
+tunnel=$!
+read -r -t 10 url <&3 || fail "the tunnel has no address"
+exec 3<&-
+say "$url" "" "What a browser gets there (status, title):"
+exec 3<>"/dev/tcp/127.0.0.1/${url##*:}"
+printf 'GET / HTTP/1.1\r\nHost: %s\r\nConnection: close\r\n\r\n' "${url#http://}" >&3
+cat <&3 >"$work/page"
+exec 3>&-
+head -n 1 "$work/page" | tr -d '\r'
+grep '<title>' "$work/page" || fail "the page has no title"
+grep -q '^HTTP/1.1 200 OK' "$work/page" || fail "the page was not served"
+kill -INT $tunnel
+code=0
+wait $tunnel || code=$?
+cat "$work/requests" >&2
+[[ $code -eq 130 ]] || fail "the tunnel ended with exit code $code instead of 130"
+tunnel=
+
+title "5. And when something is wrong?"
 say "One sentence says what, and the exit code tells scripts. A model that there is not:"
 run_failing 2 find --type TX271
 grep -q "did you mean" "$work/err" || fail "nothing was suggested"
@@ -119,7 +142,7 @@ run_failing 4 info TX270@RS232,port=COM17,baudrate=115200
 grep -q "cannot open" "$work/err" || fail "it is not said that the sensor cannot be opened"
 say "(exit code 4: cannot be opened)"
 
-title "5. The sensors are closed"
+title "6. The sensors are closed"
 say "Each command closed its sensor again, so the next one can have it:"
 run read "$laser" -n 3
 
