@@ -73,6 +73,9 @@ public:
             result.code = process.exitCode();
         result.out = process.readAllStandardOutput();
         result.err = process.readAllStandardError();
+        // The exit code is all that tests compare, and it does not tell what was found.
+        if (result.err.contains("Sanitizer"))
+            qWarning("%s", result.err.constData());
         return result;
     }
 
