@@ -12,6 +12,9 @@ foreach(plugin IN LISTS SONDIXQT_QT_PLUGINS)
 endforeach()
 install(FILES ${SONDIXQT_COMPILER_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 
+include(SondixQtWindowsQt)
+install(FILES cmake/toolchain-package.cmake DESTINATION . RENAME toolchain-windows.cmake)
+
 # For MinGW as the build made it, for Microsoft's linker with its own kind of import library.
 find_program(SONDIXQT_LLVM_DLLTOOL NAMES llvm-dlltool llvm-dlltool-14 REQUIRED)
 set(library ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/Sondix.lib)
@@ -24,6 +27,7 @@ install(FILES ${library} $<TARGET_FILE:sondix_imports> src/instance/Sondix.def D
 
 install(FILES CMakeLists.txt LICENSE DESTINATION source)
 install(DIRECTORY cmake src DESTINATION source)
+install(PROGRAMS tools/build_windows_qt.sh DESTINATION source/tools)
 
 install(FILES docs/windows.md DESTINATION . RENAME README.md)
 install(FILES LICENSE DESTINATION licenses RENAME SondixQt.txt)

@@ -11,6 +11,7 @@
 /// A window that shows a sensor, as a desktop application has it.
 class SensorWindow : public QWidget
 {
+    Q_OBJECT
 public:
     SensorWindow()
         : picture(new QLabel(this))
@@ -36,3 +37,5 @@ int main(int argc, char *argv[])
     std::printf("a window %s the picture of a TX270\n", result == 0 ? "shows" : "lacks");
     return result;
 }
+
+#include "widget.moc"
