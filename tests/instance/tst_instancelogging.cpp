@@ -30,6 +30,7 @@ private Q_SLOTS:
     void shortFormChoosesOneFileOrASeries();
     void applicationNameIsWrittenWhenThereIsOne();
     void failedSwitchIsReported();
+    void anyNameMakesTheFileOrAnError();
     void switchingOffSendsACommand();
     void failedSwitchingOffSendsNoCommand();
     void linesAreLatin1();
@@ -123,6 +124,21 @@ void InstanceLoggingTest::failedSwitchIsReported()
     QCOMPARE(calls.size(), 3);
     QVERIFY(calls.at(1).startsWith(name("LogToFile(32, ")));
     QCOMPARE(calls.at(2), name("GetError(4096)"));
+}
+
+// Windows hands names to C libraries in a code page, which has not every letter.
+void InstanceLoggingTest::anyNameMakesTheFileOrAnError()
+{
+    const QString fileName = QStringLiteral("Pr\u00FCfstand \u6D4B\u91CF.log");
+    QDir logs(folder.path());
+    QVERIFY(logs.mkdir(name("any")) && logs.cd(name("any")));
+    SensorInstance sensor(TX270);
+    QString errorText;
+    const ErrorCode result = sensor.enableLogging(logs.filePath(fileName), 0, &errorText);
+    const QStringList files = logs.entryList(QDir::Files);
+    QCOMPARE(files, result == NoError ? QStringList(fileName) : QStringList());
+    QCOMPARE(errorText.isEmpty(), result == NoError);
+    QCOMPARE(result == NoError, QFile::decodeName(QFile::encodeName(fileName)) == fileName);
 }
 
 void InstanceLoggingTest::switchingOffSendsACommand()
