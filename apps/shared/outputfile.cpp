@@ -73,8 +73,9 @@ bool OutputFile::commit()
     std::filesystem::rename(nativePath(partialName()), nativePath(m_path), error);
     if (!error)
         return true;
-    m_error = QString::fromLocal8Bit(error.message().c_str());
-    QFile::remove(partialName());
+    // Another program that reads the old file keeps its name on Windows; what was measured cannot be had again.
+    m_error = QStringLiteral("%1; all of it is in '%2'")
+                  .arg(QString::fromLocal8Bit(error.message().c_str()), partialName());
     return false;
 }
 

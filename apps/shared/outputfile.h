@@ -26,7 +26,7 @@ public:
 
     bool open();
     bool write(const QByteArray &data);
-    /// Brings all that was written to the target.
+    /// Brings all that was written to the target; where that refuses its name, it stays under partialName().
     bool commit();
     /// Keeps all that was written under partialName() and leaves the target as it was.
     bool keepPartial();

@@ -23,6 +23,7 @@ private Q_SLOTS:
     void bearsItsNameOnlyWhenCommitted();
     void replacesAnOlderFileAtOnce();
     void leavesNothingWhenItIsDropped();
+    void keepsEverythingWhenTheNameIsRefused();
     void keepsAPartUnderAnotherName();
     void goesThroughALink();
     void refusesADirectoryAndAMissingOne();
@@ -90,6 +91,18 @@ void TestOutputFile::leavesNothingWhenItIsDropped()
         QVERIFY(file.write("1\n"));
     }
     QCOMPARE(files(), QStringList());
+}
+
+void TestOutputFile::keepsEverythingWhenTheNameIsRefused()
+{
+    OutputFile file(m_path);
+    QVERIFY(file.open());
+    QVERIFY(file.write("1\n"));
+    QVERIFY(QDir().mkdir(m_path));
+    QVERIFY(!file.commit());
+    QVERIFY2(file.errorString().endsWith(QStringLiteral("; all of it is in '%1'").arg(file.partialName())),
+             qPrintable(file.errorString()));
+    QCOMPARE(contentOf(file.partialName()), QByteArray("1\n"));
 }
 
 void TestOutputFile::keepsAPartUnderAnotherName()
