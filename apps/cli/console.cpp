@@ -40,7 +40,8 @@ public:
         for (size_t i = 0; i < std::size(m_streams); ++i)
             m_known[i] = GetConsoleMode(handleOf(m_streams[i]), &m_modes[i]) != 0;
     }
-    ~ConsoleSettings()
+    ~ConsoleSettings() { restore(); }
+    void restore() const
     {
         for (size_t i = 0; i < std::size(m_streams); ++i) {
             if (m_known[i])
@@ -72,12 +73,23 @@ bool put(const QByteArray &data, FILE *stream)
            static_cast<size_t>(data.size());
 }
 
-void prepareStreams()
+const ConsoleSettings &settingsBefore()
 {
     static const ConsoleSettings before;
+    return before;
+}
+
+void prepareStreams()
+{
+    settingsBefore();
     SetConsoleOutputCP(CP_UTF8);
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
+}
+
+void restoreConsole()
+{
+    settingsBefore().restore();
 }
 
 #else
@@ -94,6 +106,7 @@ bool put(const QByteArray &data, FILE *stream)
 }
 
 void prepareStreams() {}
+void restoreConsole() {}
 
 #endif
 
@@ -171,4 +184,9 @@ void Console::toStderr(const QByteArray &data)
 {
     put(data, stderr);
     std::fflush(stderr);
+}
+
+void Console::restore()
+{
+    restoreConsole();
 }

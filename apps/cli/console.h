@@ -37,6 +37,8 @@ public:
 
     /// Writes \a data to stderr and hands it on, from any thread: for what is not this object's to arrange.
     static void toStderr(const QByteArray &data);
+    /// Gives a console of Windows back as it was found, from any thread: for an end of the program that skips it.
+    static void restore();
 
 private:
     bool m_stdoutIsTerminal = false;

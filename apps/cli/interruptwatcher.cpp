@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "interruptwatcher.h"
 
+#include "console.h"
+
 #include <atomic>
 
 #ifdef Q_OS_WIN
@@ -39,8 +41,10 @@ BOOL WINAPI onConsoleEvent(DWORD event)
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         return FALSE;
     // The usual end of a program waits for its libraries, one of which may be what hangs.
-    if (happened.exchange(true))
+    if (happened.exchange(true)) {
+        Console::restore();
         TerminateProcess(GetCurrentProcess(), STATUS_CONTROL_C_EXIT);
+    }
     const std::lock_guard<std::mutex> lock(watcherMutex);
     if (watcher)
         QMetaObject::invokeMethod(watcher, &InterruptWatcher::interrupted, Qt::QueuedConnection);

@@ -23,12 +23,13 @@ public:
     void interrupt();
 
 #ifdef Q_OS_WIN
-private:
+protected:
     static BOOL WINAPI ignore(DWORD)
     {
         return TRUE;
     }
 
+private:
     HANDLE m_pipes[4] = {};
     HPCON m_console = nullptr;
     std::vector<char> m_attributes;

@@ -3,6 +3,17 @@
 #include "interruptible.h"
 #include "toolrunner.h"
 
+/// One laser, so slow that the line of headings stays alone on the screen.
+QByteArray slowBench(const QByteArray &more = QByteArray())
+{
+    return R"({ "clock": { "speed": 0.001 }, "sensors": [ {
+        "model": "TX270", "serialNumber": "1", "place": { "interface": "RS232", "port": "COM3" }, "rate": 50,
+        "signals": [ { "name": "Größe", "unit": "µm", "range": [0.0, 10.0] } ])" +
+           more + "} ] }";
+}
+
+const QString heading = QStringLiteral("Gr\u00f6\u00dfe [\u00b5m]");
+
 /// A program whose output is its console, not a pipe.
 class ConsoleProcess : public InterruptibleProcess
 {
@@ -20,6 +31,24 @@ public:
         QString text;
         UINT codePage = 0;
     };
+
+    /// Interrupts the program, which does not heed it, until its console has the code page \a expected or 20 seconds
+    /// are over.
+    bool hasCodePageOnceInterrupted(UINT expected)
+    {
+        FreeConsole();
+        bool result = false;
+        if (AttachConsole(static_cast<DWORD>(processId()))) {
+            SetConsoleCtrlHandler(ignore, TRUE);
+            for (int i = 0; i < 100 && !result; ++i) {
+                GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
+                result = QTest::qWaitFor([&] { return GetConsoleOutputCP() == expected; }, 200);
+            }
+            FreeConsole();
+        }
+        AttachConsole(ATTACH_PARENT_PROCESS);
+        return result;
+    }
 
     /// What the console shows now.
     Screen screen() const
@@ -54,15 +83,12 @@ class TestToolConsole : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void textIsShownInAnyAlphabet();
+    void theSecondInterruptGivesTheConsoleBack();
 };
 
 void TestToolConsole::textIsShownInAnyAlphabet()
 {
-    // So slow that the line of headings stays alone on the screen.
-    const QByteArray bench = R"({ "clock": { "speed": 0.001 }, "sensors": [ {
-        "model": "TX270", "serialNumber": "1", "place": { "interface": "RS232", "port": "COM3" }, "rate": 50,
-        "signals": [ { "name": "Größe", "unit": "µm", "range": [0.0, 10.0] } ] } ] })";
-    const ToolRunner runner(bench);
+    const ToolRunner runner(slowBench());
     ConsoleProcess process;
     process.start(runner, words("read TX270@RS232,port=COM3"));
     ConsoleProcess::Screen screen;
@@ -70,11 +96,21 @@ void TestToolConsole::textIsShownInAnyAlphabet()
         screen = process.screen();
         return screen.text.contains(text);
     };
-    QTRY_VERIFY2_WITH_TIMEOUT(shows(QStringLiteral("Gr\u00f6\u00dfe [\u00b5m]")),
-                              qPrintable(screen.text.simplified()), 20000);
+    QTRY_VERIFY2_WITH_TIMEOUT(shows(heading), qPrintable(screen.text.simplified()), 20000);
     QCOMPARE(screen.codePage, UINT(CP_UTF8));
     process.interrupt();
     QVERIFY(process.waitForFinished(20000));
+}
+
+void TestToolConsole::theSecondInterruptGivesTheConsoleBack()
+{
+    const ToolRunner runner(slowBench(R"(, "faults": [ { "function": "CloseSensor", "delay": 3600 } ])"));
+    ConsoleProcess process;
+    process.start(runner, words("read TX270@RS232,port=COM3"));
+    QTRY_VERIFY_WITH_TIMEOUT(process.screen().text.contains(heading), 20000);
+    QCOMPARE(process.screen().codePage, UINT(CP_UTF8));
+    QVERIFY(GetOEMCP() != CP_UTF8);
+    QVERIFY(process.hasCodePageOnceInterrupted(GetOEMCP()));
 }
 
 QTEST_GUILESS_MAIN(TestToolConsole)
