@@ -6,13 +6,15 @@
 function(sondixqt_import_library target def dll)
     get_filename_component(def ${def} ABSOLUTE)
     get_filename_component(name ${dll} NAME_WE)
-    set(library ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${CMAKE_STATIC_LIBRARY_PREFIX}${name}${CMAKE_STATIC_LIBRARY_SUFFIX})
+    # Not where the build puts that of a stand-in for the DLL, which may have the same name.
+    set(folder ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/imports)
+    set(library ${folder}/${CMAKE_STATIC_LIBRARY_PREFIX}${name}${CMAKE_STATIC_LIBRARY_SUFFIX})
     if(MSVC)
         set(command ${CMAKE_AR} /NOLOGO /MACHINE:X64 /DEF:${def} /NAME:${dll} /OUT:${library})
     else()
         set(command ${CMAKE_DLLTOOL} --input-def ${def} --dllname ${dll} --output-lib ${library})
     endif()
-    file(MAKE_DIRECTORY ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY})
+    file(MAKE_DIRECTORY ${folder})
     add_custom_command(OUTPUT ${library} COMMAND ${command} DEPENDS ${def}
         COMMENT "Making the import library of ${dll}" VERBATIM)
     add_custom_target(${target}_file DEPENDS ${library})
@@ -74,13 +76,13 @@ function(sondixqt_compiler_dlls variable)
     set(${variable} ${dlls} PARENT_SCOPE)
 endfunction()
 
-set(SONDIXQT_QT_DLLS Qt5Core Qt5Gui Qt5Widgets Qt5Network)
+set(SONDIXQT_QT_DLLS Qt5Core Qt5Gui Qt5Widgets Qt5Network Qt5Test)
 set(SONDIXQT_QT_PLUGINS platforms/qwindows platforms/qoffscreen styles/qwindowsvistastyle)
 get_filename_component(SONDIXQT_QT_FOLDER ${SONDIXQT_WINDOWS_QT} REALPATH)
 sondixqt_compiler_dlls(SONDIXQT_COMPILER_DLLS)
 
 # Programs in the build tree find all DLLs beside themselves.
-foreach(dll IN LISTS SONDIXQT_QT_DLLS ITEMS Qt5Test)
+foreach(dll IN LISTS SONDIXQT_QT_DLLS)
     file(COPY ${SONDIXQT_QT_FOLDER}/bin/${dll}.dll DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 endforeach()
 foreach(plugin IN LISTS SONDIXQT_QT_PLUGINS)

@@ -106,10 +106,11 @@ SensorType NameMatcher::match(const QString &text) const
     const std::u16string_view longText(whole.data(), static_cast<std::size_t>(whole.size()));
     const std::u16string_view shortText(withoutSpaces.data(), static_cast<std::size_t>(withoutSpaces.size()));
 
-    for (const auto &[needles, haystack] : {std::pair{&m_reducedLong, longText},
-                                            {&m_reducedShort, shortText},
-                                            {&m_plainLong, longText},
-                                            {&m_plainShort, shortText}}) {
+    const std::pair<const Needles *, std::u16string_view> searches[] = {{&m_reducedLong, longText},
+                                                                        {&m_reducedShort, shortText},
+                                                                        {&m_plainLong, longText},
+                                                                        {&m_plainShort, shortText}};
+    for (const auto &[needles, haystack] : searches) {
         if (const Needle *needle = longestContained(*needles, haystack))
             return needle->type;
     }

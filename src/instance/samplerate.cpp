@@ -99,7 +99,7 @@ constexpr SampleRateRow rows[] = {
     // clang-format on
 };
 
-constexpr SampleRateRow unknownRow;
+constexpr SampleRateRow unknownRow{};
 
 constexpr qint32 busVariantStep = 10000;
 constexpr int movingAverage = 3;
