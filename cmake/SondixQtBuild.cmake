@@ -40,14 +40,24 @@ if(WIN32)
     include(SondixQtWindows)
 endif()
 
-# sondixqt_warnings(<target>): the warnings that the project keeps itself free of.
+# sondixqt_warnings(<target>): the warnings that the project keeps itself free of. In somebody else's build they are
+# nobody's business, and no warning of another compiler is an error there.
 function(sondixqt_warnings target)
     if(MSVC)
-        target_compile_options(${target} PRIVATE /W4 /utf-8)
+        target_compile_options(${target} PRIVATE /utf-8)
+        set(warnings /W4)
+        set(no_errors /WX-)
     else()
-        target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+        set(warnings -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
         # Qt's logging macros leave their last argument out.
-        target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>)
+        list(APPEND warnings $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>)
+        set(no_errors -Wno-error)
+    endif()
+    if(PROJECT_IS_TOP_LEVEL)
+        target_compile_options(${target} PRIVATE ${warnings})
+    else()
+        target_compile_options(${target} PRIVATE ${no_errors})
+        set_target_properties(${target} PROPERTIES COMPILE_WARNING_AS_ERROR OFF UNITY_BUILD OFF)
     endif()
     if(SONDIXQT_WARNINGS_AS_ERRORS)
         set_target_properties(${target} PROPERTIES COMPILE_WARNING_AS_ERROR ON)
