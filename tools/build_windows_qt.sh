@@ -28,6 +28,13 @@ fetch_source() {
     apt-get "${options[@]}" source --download-only qtbase-opensource-src
 }
 
+# Debian's names without a thread model lead to the compiler that was chosen on this machine.
+mkdir -p "$work/compiler"
+for tool in gcc g++; do
+    ln -sf "$(command -v "x86_64-w64-mingw32-$tool-posix")" "$work/compiler/x86_64-w64-mingw32-$tool"
+done
+export PATH=$work/compiler:$PATH
+
 if [[ ! -f configured ]]; then
     fetch_source || {
         echo "build_windows_qt.sh: the source package qtbase-opensource-src could not be fetched" >&2
