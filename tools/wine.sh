@@ -48,7 +48,20 @@ exec 9>&-
 # a file and no pipe that somebody reads to its end.
 output=$(mktemp)
 trap 'rm -f "$output"' EXIT
-"$wine" "$@" </dev/null >"$output" 2>&1 &
-program=$!
-tail -n +1 -s 0.1 -f --pid="$program" "$output"
-wait "$program"
+run() {
+    "$wine" "$@" </dev/null >"$output" 2>&1 &
+    local program=$!
+    tail -n +1 -s 0.1 -f --pid="$program" "$output"
+    wait "$program"
+}
+
+# A program for Windows that crashes ends with a code of its own. Only Wine dies of a signal: now and then, while it
+# ends a program whose thread has just ended.
+died=$((128 + $(kill -l SEGV)))
+for tries in 1 2 3; do
+    status=0
+    run "$@" || status=$?
+    [[ $status -eq $died ]] || break
+    echo "wine.sh: Wine died of a signal, try $tries of 3" >&2
+done
+exit "$status"
