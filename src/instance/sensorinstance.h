@@ -191,7 +191,8 @@ public:
     /// \}
 
     /// \name Logging
-    /// The log is written by the sensor-access library, whose documentation defines the numbers.
+    /// The log is written by the sensor-access library, whose documentation defines the numbers. On Windows it makes no
+    /// file whose name has characters that the system's code page lacks, and returns an error.
     /// \{
     ErrorCode enableLogging(const QString &fileName, LogLevel level, LogType type, bool flag1, bool flag2,
                             int count, QString *errorText = nullptr);
