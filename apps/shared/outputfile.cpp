@@ -28,6 +28,7 @@ OutputFile::OutputFile(const QString &path)
     const QFileInfo info(path);
     if (info.isSymLink() && info.exists())
         m_path = info.canonicalFilePath();
+    m_partialName = m_path + QLatin1String(".partial");
 }
 
 OutputFile::~OutputFile() = default;
@@ -48,7 +49,10 @@ bool OutputFile::open()
         m_error = QStringLiteral("it may not be overwritten");
         return false;
     }
-    m_save = std::make_unique<QSaveFile>(partialName());
+    // A part that an earlier run kept is not this run's to overwrite.
+    for (int number = 2; QFileInfo::exists(m_partialName); ++number)
+        m_partialName = QStringLiteral("%1.partial%2").arg(m_path).arg(number);
+    m_save = std::make_unique<QSaveFile>(m_partialName);
     return m_save->open(QIODevice::WriteOnly) || fail(*m_save);
 }
 

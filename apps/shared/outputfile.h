@@ -32,7 +32,8 @@ public:
     bool keepPartial();
 
     QString path() const { return m_path; }
-    QString partialName() const { return m_path + QLatin1String(".partial"); }
+    /// The target's name with ".partial" behind it, from open() on with a number where that is taken.
+    QString partialName() const { return m_partialName; }
     /// Why the last operation failed.
     QString errorString() const { return m_error; }
 
@@ -40,6 +41,7 @@ private:
     bool fail(const QFileDevice &file);
 
     QString m_path;
+    QString m_partialName;
     QString m_error;
     std::unique_ptr<QSaveFile> m_save;
     std::unique_ptr<QFile> m_direct;

@@ -25,6 +25,7 @@ private Q_SLOTS:
     void leavesNothingWhenItIsDropped();
     void keepsEverythingWhenTheNameIsRefused();
     void keepsAPartUnderAnotherName();
+    void leavesEarlierPartsAlone();
     void goesThroughALink();
     void refusesADirectoryAndAMissingOne();
     void reportsAFullDevice();
@@ -114,6 +115,27 @@ void TestOutputFile::keepsAPartUnderAnotherName()
     QVERIFY(file.keepPartial());
     QCOMPARE(contentOf(m_path), QByteArray("older\n"));
     QCOMPARE(contentOf(file.partialName()), QByteArray("1\n"));
+}
+
+void TestOutputFile::leavesEarlierPartsAlone()
+{
+    const QStringList names{m_path + QStringLiteral(".partial"), m_path + QStringLiteral(".partial2"),
+                            m_path + QStringLiteral(".partial3")};
+    for (int i = 0; i < names.size(); ++i) {
+        OutputFile file(m_path);
+        QVERIFY(file.open());
+        QVERIFY(file.write(QByteArray::number(i)));
+        QVERIFY(file.keepPartial());
+        QCOMPARE(file.partialName(), names[i]);
+    }
+    OutputFile whole(m_path);
+    QVERIFY(whole.open());
+    QVERIFY(whole.write("whole"));
+    QVERIFY(whole.commit());
+    QCOMPARE(contentOf(m_path), QByteArray("whole"));
+    for (int i = 0; i < names.size(); ++i)
+        QCOMPARE(contentOf(names[i]), QByteArray::number(i));
+    QCOMPARE(files().size(), 4);
 }
 
 void TestOutputFile::goesThroughALink()
