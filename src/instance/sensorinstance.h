@@ -191,8 +191,9 @@ public:
     /// \}
 
     /// \name Logging
-    /// The log is written by the sensor-access library, whose documentation defines the numbers. On Windows it makes no
-    /// file whose name has characters that the system's code page lacks, and returns an error.
+    /// The log is written by the sensor-access library, whose documentation defines the numbers. On Windows
+    /// characters of a file's name that the system's code page lacks are replaced: the file bears another name, or there
+    /// is none and the call fails.
     /// \{
     ErrorCode enableLogging(const QString &fileName, LogLevel level, LogType type, bool flag1, bool flag2,
                             int count, QString *errorText = nullptr);

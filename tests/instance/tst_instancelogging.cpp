@@ -30,7 +30,7 @@ private Q_SLOTS:
     void shortFormChoosesOneFileOrASeries();
     void applicationNameIsWrittenWhenThereIsOne();
     void failedSwitchIsReported();
-    void anyNameMakesTheFileOrAnError();
+    void aNameThatCannotBeWrittenIsAnError();
     void switchingOffSendsACommand();
     void failedSwitchingOffSendsNoCommand();
     void linesAreLatin1();
@@ -127,7 +127,7 @@ void InstanceLoggingTest::failedSwitchIsReported()
 }
 
 // Windows hands names to C libraries in a code page, which has not every letter.
-void InstanceLoggingTest::anyNameMakesTheFileOrAnError()
+void InstanceLoggingTest::aNameThatCannotBeWrittenIsAnError()
 {
     const QString fileName = QStringLiteral("Pr\u00FCfstand \u6D4B\u91CF.log");
     QDir logs(folder.path());
