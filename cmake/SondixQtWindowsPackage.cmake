@@ -12,6 +12,8 @@ foreach(plugin IN LISTS SONDIXQT_QT_PLUGINS)
 endforeach()
 install(FILES ${SONDIXQT_COMPILER_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 
+install(FILES $<TARGET_FILE:sondix_standalone> DESTINATION simulator)
+
 include(SondixQtWindowsQt)
 install(FILES cmake/toolchain-package.cmake DESTINATION . RENAME toolchain-windows.cmake)
 

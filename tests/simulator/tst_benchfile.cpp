@@ -2,6 +2,7 @@
 #include "handle.h"
 #include "SondixSimulator/control.h"
 
+#include <exception>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -147,6 +148,8 @@ private Q_SLOTS:
     {
         sondixsim::loadBench(inSensor(place()).toStdString());
         QVERIFY_EXCEPTION_THROWN(sondixsim::loadBench("{"), sondixsim::BenchError);
+        // Where the DLL had a runtime of its own, that would count and this would not.
+        QCOMPARE(std::uncaught_exceptions(), 0);
         Handle handle(41);
         QCOMPARE(handle.open(), 0);
     }
