@@ -104,12 +104,13 @@ void TestToolConsole::textIsShownInAnyAlphabet()
 
 void TestToolConsole::theSecondInterruptGivesTheConsoleBack()
 {
+    if (GetOEMCP() == CP_UTF8)
+        QSKIP("this system's consoles begin with the code page that the tool sets");
     const ToolRunner runner(slowBench(R"(, "faults": [ { "function": "CloseSensor", "delay": 3600 } ])"));
     ConsoleProcess process;
     process.start(runner, words("read TX270@RS232,port=COM3"));
     QTRY_VERIFY_WITH_TIMEOUT(process.screen().text.contains(heading), 20000);
     QCOMPARE(process.screen().codePage, UINT(CP_UTF8));
-    QVERIFY(GetOEMCP() != CP_UTF8);
     QVERIFY(process.hasCodePageOnceInterrupted(GetOEMCP()));
 }
 
