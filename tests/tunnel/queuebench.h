@@ -9,6 +9,15 @@
 
 #include <memory>
 
+/// What a client waits for in milliseconds, as the rules have it.
+inline constexpr qint64 quiet = 300;
+inline constexpr qint64 idle = 60000;
+inline constexpr qint64 never = -1;
+
+inline const QByteArray foreignRequest = pageRequest("/foreign", "Host: example.com\r\n");
+inline const QByteArray halfBody =
+    QByteArrayLiteral("POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 9\r\n\r\nONE");
+
 /// A queue with three clients, and a sensor that answers everything.
 class QueueBench
 {

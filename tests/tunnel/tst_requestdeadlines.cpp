@@ -7,13 +7,7 @@ using namespace SondixQt;
 
 namespace {
 
-constexpr qint64 quiet = 300;
-constexpr qint64 idle = 60000;
-constexpr qint64 never = -1;
-const QByteArray foreignRequest = pageRequest("/foreign", "Host: example.com\r\n");
 const QByteArray halfHead = QByteArrayLiteral("GET /a HTTP/1.1\r\nHost: localhost\r\n");
-const QByteArray halfBody =
-    QByteArrayLiteral("POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 9\r\n\r\nONE");
 
 } // namespace
 
