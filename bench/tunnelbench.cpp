@@ -54,10 +54,12 @@ private:
     std::vector<char> body;
 };
 
-/// The same from a client on a connection that stays.
+/// The same from a client on a connection that stays, which sends range(1) requests before it reads the answers. Each
+/// is compared with one call.
 void page(benchmark::State &state)
 {
     cheapsensor::setPage(static_cast<std::size_t>(state.range(0)));
+    const auto requests = static_cast<std::size_t>(state.range(1));
     SensorInstance instance(SensorType::TX290);
     RS232Tunnel tunnel(instance);
     QUrl url;
@@ -69,8 +71,9 @@ void page(benchmark::State &state)
         return;
     }
     BarePage bare(instance.handle());
-    const std::size_t size = bare.fetch();
-    const QByteArray request = "GET /index.html HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n";
+    const std::size_t size = bare.fetch() * requests;
+    const QByteArray request =
+        QByteArray("GET /index.html HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n").repeated(static_cast<int>(requests));
     std::vector<char> buffer(size);
     bool complete = true;
     const auto fetch = [&] {
@@ -84,8 +87,13 @@ void page(benchmark::State &state)
         }
         return received;
     };
-    runPaired(
-        state, [&] { return bare.fetch(); }, fetch);
+    const auto fetchBare = [&] {
+        std::size_t fetched = 0;
+        for (std::size_t i = 0; i < requests; ++i)
+            fetched += bare.fetch();
+        return fetched;
+    };
+    runPaired(state, fetchBare, fetch);
     if (!complete)
         state.SkipWithError("a page did not come");
 }
@@ -102,11 +110,13 @@ report::Value milliseconds(const std::string &name, const std::string &counter)
 const bool registered = [] {
     constexpr int small = 1000;
     constexpr int large = 1000000;
-    benchmark::RegisterBenchmark("tunnel page", page)->Arg(small)->Arg(large);
-    report::claim("a page of 1 kB through the tunnel: above direct calls", "ms", 0.3,
-                  milliseconds("tunnel page/1000", "above"));
+    benchmark::RegisterBenchmark("tunnel page", page)->Args({small, 1})->Args({small, 2})->Args({large, 1});
+    report::claim("a page of 1 kB through the tunnel: above direct calls", "ms", 0.1,
+                  milliseconds("tunnel page/1000/1", "above"));
+    report::claim("two pages of 1 kB at once through the tunnel: above direct calls", "ms", 0.2,
+                  milliseconds("tunnel page/1000/2", "above"));
     report::claim("a page of 1 MB through the tunnel: 100 MB/s are 10 ms", "ms", 10.0,
-                  milliseconds("tunnel page/1000000", "library"));
+                  milliseconds("tunnel page/1000000/1", "library"));
     return true;
 }();
 
