@@ -45,6 +45,24 @@ export const inclusions = {
     'events': (page, url) => page.evaluate(target => { window.events = new EventSource(target); }, url),
 };
 
+/// How a page can make the browser ask for \a url although its user did not. That the
+/// request is made is seen at another server: the tunnel refuses it to its own pages, too.
+export const unasked = {
+    'a WebSocket': (page, url) => page.evaluate(target => new Promise(resolve => {
+        const socket = new WebSocket(target.replace('http:', 'ws:'));
+        socket.onclose = resolve;
+        socket.onerror = resolve;
+    }), url),
+    'a speculative prefetch': (page, url) => page.evaluate(target => {
+        const rules = { prefetch: [{ source: 'list', urls: [target], eagerness: 'immediate' }] };
+        document.head.append(Object.assign(document.createElement('script'),
+            { type: 'speculationrules', textContent: JSON.stringify(rules) }));
+    }, url),
+    'a linked prefetch': (page, url) => page.evaluate(target => {
+        document.head.append(Object.assign(document.createElement('link'), { rel: 'prefetch', href: target }));
+    }, url),
+};
+
 /// A body of \a count blocks as large as those in which browsers write, each of which is a request of its own that
 /// sets something in the sensor.
 export function blocksOfRequests(count, host) {

@@ -6,7 +6,7 @@ import { createServer } from 'node:http';
 import { connect } from 'node:net';
 import { after, before, beforeEach, test } from 'node:test';
 
-import { blocksOfRequests, inclusions, posts } from './attacks.js';
+import { blocksOfRequests, inclusions, posts, unasked } from './attacks.js';
 import { launchBrowser } from './chromium.js';
 import { Stand, changes, collect, paths } from './stand.js';
 
@@ -16,15 +16,24 @@ const refusal = 'refused: 403 Forbidden';
 let stand;
 let browser;
 let server; // of the foreign pages
+let seen = []; // what else was asked of it
 
 before(async () => {
     stand = await Stand.start();
     await stand.ask({ do: 'lineSpeed', on: false });
     server = createServer((request, response) => {
+        if (request.url.startsWith('/unasked'))
+            seen.push(request.headers);
         response.setHeader('Content-Type', 'text/html');
+        if (request.url === '/refreshing')
+            response.setHeader('Refresh', `0; url=${stand.url}/settings.html`);
         if (request.url === '/sandboxed')
             response.setHeader('Content-Security-Policy', 'sandbox allow-scripts allow-forms');
         response.end('<!DOCTYPE html><title>Foreign page</title><p>');
+    });
+    server.on('upgrade', (request, socket) => {
+        seen.push(request.headers);
+        socket.end('HTTP/1.1 403 Forbidden\r\nConnection: close\r\n\r\n');
     });
     await new Promise(resolve => server.listen(0, '127.0.0.1', resolve));
     browser = await launchBrowser([foreignHost]);
@@ -98,6 +107,26 @@ for (const [name, include] of Object.entries(inclusions)) {
     });
 }
 
+const marks = {
+    'a WebSocket': headers => headers.upgrade === 'websocket' && headers.origin !== undefined,
+    'a speculative prefetch': headers => /prefetch/.test(headers['sec-purpose']),
+    'a linked prefetch': headers => /prefetch/.test(headers['sec-purpose']),
+};
+for (const [name, ask] of Object.entries(unasked)) {
+    test(`no page gets what no user asked for by ${name}`, async t => {
+        await t.test('elsewhere it is asked for', async () => {
+            const page = await open(foreignPages['another host']());
+            seen = [];
+            await ask(page, `http://127.0.0.1:${server.address().port}/unasked`);
+            await collect(async () => seen.splice(0), list => list.some(marks[name]), 'the request');
+            await page.close();
+        });
+        for (const [where, url] of Object.entries(foreignPages))
+            await t.test(`not one of ${where}`, async () =>
+                assert.deepEqual(await refusedFrom(url(), page => ask(page, stand.url + '/sensor.svg?unasked')), []));
+    });
+}
+
 /// The answer to \a bytes on a connection of their own.
 function send(bytes) {
     return new Promise((resolve, reject) => {
@@ -153,6 +182,30 @@ test('a foreign page can link to the sensor, which shows its page', async () => 
     const calls = await stand.calls();
     assert.ok(paths(calls).includes('/settings.html'));
     assert.deepEqual(changes(calls), []);
+    await page.close();
+});
+
+test('a foreign page can send the browser to the sensor, which shows its page', async () => {
+    const page = await browser.newPage();
+    await stand.forget();
+    await page.goto(`http://${foreignHost}:${server.address().port}/refreshing`);
+    await page.waitForFunction(() => document.title === 'Sensor settings');
+    await page.waitForFunction(() => document.getElementById('BAUDRATE').value !== '');
+    const calls = await stand.calls();
+    assert.ok(paths(calls).includes('/settings.html'));
+    assert.deepEqual(changes(calls), []);
+    await page.close();
+});
+
+test("requests of other methods of the sensor's page are answered and not relayed", async () => {
+    const page = await open(ownPage());
+    await stand.forget();
+    for (const method of ['HEAD', 'PUT', 'DELETE', 'OPTIONS'])
+        assert.equal(await page.evaluate(name => fetch('/values.json', { method: name })
+            .then(answer => answer.status), method), 501);
+    const calls = await stand.calls();
+    assert.deepEqual(changes(calls), []);
+    assert.ok(!paths(calls).includes('/values.json'));
     await page.close();
 });
 
