@@ -17,7 +17,7 @@
 struct RequestAccount
 {
     QList<QByteArray> requests; ///< as describeRequest() says
-    int refusal = 0;
+    int refusal = 0;            ///< -1: the connection ends without an answer
 };
 
 using AccountHeaders = QMap<QString, QStringList>;
@@ -46,7 +46,8 @@ inline bool isOwnHost(const QString &host)
 /// False when \a head is no head.
 inline bool readAccountHeaders(const QString &head, AccountHeaders &headers)
 {
-    if (!matches(QString(head).remove(QLatin1String("\r\n")), "[^\\x00-\\x1f\\x7f]*"))
+    if (!matches(head.section(QStringLiteral("\r\n"), 0, 0), "[^\\x00-\\x1f\\x7f]*") ||
+        !matches(QString(head).remove(QLatin1String("\r\n")), "[^\\x00-\\x08\\x0a-\\x1f\\x7f]*"))
         return false;
     const QStringList lines = head.split(QStringLiteral("\r\n")).mid(1);
     for (const QString &line : lines) {
@@ -65,18 +66,33 @@ inline QString single(const AccountHeaders &headers, const char *name)
 
 inline bool comesFromForeignPage(bool isGet, const AccountHeaders &headers)
 {
+    if (isGet && (headers.contains(QStringLiteral("upgrade")) ||
+                  headers.value(QStringLiteral("sec-purpose"))
+                      .join(QString())
+                      .contains(QLatin1String("prefetch"), Qt::CaseInsensitive)))
+        return true;
+    if (!headers.contains(QStringLiteral("sec-fetch-site")))
+        return headers.contains(QStringLiteral("origin")) &&
+               single(headers, "origin") != QLatin1String("http://") + single(headers, "host");
     const QString site = single(headers, "sec-fetch-site");
     if (isGet)
         return (site == QLatin1String("cross-site") || site == QLatin1String("same-site")) &&
                !(single(headers, "sec-fetch-mode") == QLatin1String("navigate") &&
                  single(headers, "sec-fetch-dest") == QLatin1String("document"));
-    if (headers.contains(QStringLiteral("sec-fetch-site")))
-        return site != QLatin1String("same-origin") && site != QLatin1String("none");
-    return headers.contains(QStringLiteral("origin")) &&
-           single(headers, "origin") != QLatin1String("http://") + single(headers, "host");
+    return site != QLatin1String("same-origin") && site != QLatin1String("none");
 }
 
-inline int accountRefusal(bool isGet, const AccountHeaders &headers, bool hostSeen)
+/// No Host, Origin or Sec-... header: such a client may leave out what a browser always sends.
+inline bool isRawClient(const AccountHeaders &headers)
+{
+    const QStringList names = headers.keys();
+    return !headers.contains(QStringLiteral("host")) && !headers.contains(QStringLiteral("origin")) &&
+           std::none_of(names.begin(), names.end(),
+                        [](const QString &name) { return name.startsWith(QLatin1String("sec-")); });
+}
+
+inline int accountRefusal(bool isGet, bool isPost, const QString &host, const AccountHeaders &headers,
+                          bool hostSeen)
 {
     for (const char *name :
          {"host", "origin", "content-length", "sec-fetch-site", "sec-fetch-mode", "sec-fetch-dest"}) {
@@ -90,8 +106,11 @@ inline int accountRefusal(bool isGet, const AccountHeaders &headers, bool hostSe
     const QString length = single(headers, "content-length");
     if ((announced && !matches(length, "[0-9]+")) || (hostSeen && !hasHost))
         return 400;
-    if ((hasHost && !isOwnHost(single(headers, "host"))) || comesFromForeignPage(isGet, headers))
+    if ((hasHost && !isOwnHost(single(headers, "host"))) || !isOwnHost(host) ||
+        comesFromForeignPage(isGet, headers))
         return 403;
+    if (isPost && !announced && !isRawClient(headers))
+        return 411;
     return announced && length.toDouble() > 1048576 ? 413 : 0;
 }
 
@@ -104,6 +123,26 @@ inline QByteArray accountOfCommand(QByteArray body)
     return "COMMAND " + body;
 }
 
+/// The host of an absolute target, which is taken off \a target; else "localhost".
+inline QString takeHost(QString &target)
+{
+    const QRegularExpressionMatch match =
+        QRegularExpression(QStringLiteral("^[Hh][Tt][Tt][Pp]://([^/?]*)")).match(target);
+    if (!match.hasMatch())
+        return QStringLiteral("localhost");
+    target.remove(0, match.capturedLength());
+    if (!target.startsWith(QLatin1Char('/')))
+        target.prepend(QLatin1Char('/'));
+    return match.captured(1);
+}
+
+inline bool endsConnection(const QString &line, const AccountHeaders &headers)
+{
+    const QString connection = headers.value(QStringLiteral("connection")).join(QStringLiteral(", ")).toLower();
+    return connection.contains(QLatin1String("close")) ||
+           (line.endsWith(QLatin1String(" HTTP/1.0")) && !connection.contains(QLatin1String("keep-alive")));
+}
+
 inline RequestAccount accountOf(QByteArray bytes)
 {
     RequestAccount account;
@@ -111,14 +150,19 @@ inline RequestAccount accountOf(QByteArray bytes)
     for (;;) {
         while (bytes.startsWith("\r\n"))
             bytes.remove(0, 2);
+        if (bytes.startsWith('\x16')) {
+            account.refusal = -1;
+            return account;
+        }
         const int lineSize = bytes.indexOf("\r\n");
         if (lineSize < 0)
             return account;
         const QString line = textOf(bytes, lineSize);
         const bool isGet = line.startsWith(QLatin1String("GET "), Qt::CaseInsensitive);
         const bool isPost = line.startsWith(QLatin1String("POST "));
-        if (!isGet && !isPost &&
-            !matches(line, "[A-Za-z0-9!#$%&'*+.^_`|~-]+ [^\\x00-\\x20\\x7f]+ HTTP/1\\.[01]")) {
+        const bool isWhole =
+            isGet || isPost || matches(line, "[A-Za-z0-9!#$%&'*+.^_`|~-]+ [^\\x00-\\x20\\x7f]+ HTTP/1\\.[01]");
+        if (!isWhole && !matches(line, "[A-Z]+ [\\x00-\\xff]*")) {
             if (!matches(line, "[^\\x00-\\x1f\\x7f]*"))
                 return account;
             bytes.remove(0, lineSize + 2);
@@ -128,41 +172,36 @@ inline RequestAccount accountOf(QByteArray bytes)
         if (headSize < 0)
             return account;
         AccountHeaders headers;
-        const bool readable = readAccountHeaders(textOf(bytes, headSize), headers);
-        account.refusal = readable ? accountRefusal(isGet, headers, hostSeen) : 400;
+        const QString tag = QStringLiteral("if-none-match");
+        const bool readable = readAccountHeaders(textOf(bytes, headSize), headers) && isWhole &&
+                              !headers.value(tag).join(QString()).contains(QLatin1Char('\t'));
+        QString target = line.section(QLatin1Char(' '), 1, 1);
+        const QString host = takeHost(target);
+        account.refusal = readable ? accountRefusal(isGet, isPost, host, headers, hostSeen) : 400;
         if (account.refusal != 0)
             return account;
         bytes.remove(0, headSize + 4);
+        hostSeen = hostSeen || headers.contains(QStringLiteral("host"));
 
-        const bool hasHost = headers.contains(QStringLiteral("host"));
-        hostSeen = hostSeen || hasHost;
-        const QStringList names = headers.keys();
-        const bool raw = !hasHost && !headers.contains(QStringLiteral("origin")) &&
-                         std::none_of(names.begin(), names.end(),
-                                      [](const QString &name) { return name.startsWith(QLatin1String("sec-")); });
-        if (isPost && raw && !headers.contains(QStringLiteral("content-length")))
+        if (isPost && !headers.contains(QStringLiteral("content-length")))
             return account;
         const int length = single(headers, "content-length").toInt();
         if (bytes.size() < length)
             return account;
         const QByteArray body = bytes.left(length);
         bytes.remove(0, length);
-        if (!isGet && !isPost)
-            continue;
         if (isPost && body.contains('\0')) {
             account.refusal = 400;
             return account;
         }
-        const QByteArray path =
-            line.mid(4).section(QLatin1Char(' '), 0, 0).section(QLatin1Char('?'), 0, 0).toLatin1();
-        const QByteArray tag =
-            headers.value(QStringLiteral("if-none-match")).join(QStringLiteral(", ")).toLatin1();
-        account.requests +=
-            isGet ? "GET " + path + ' ' + QByteArray(tag).replace("\"", "") : accountOfCommand(body);
-        const QString connection =
-            headers.value(QStringLiteral("connection")).join(QStringLiteral(", ")).toLower();
-        if (connection.contains(QLatin1String("close")) ||
-            (line.endsWith(QLatin1String(" HTTP/1.0")) && !connection.contains(QLatin1String("keep-alive"))))
+        if (isGet)
+            account.requests += "GET " + target.section(QLatin1Char('?'), 0, 0).toLatin1() + ' ' +
+                                headers.value(tag).join(QStringLiteral(", ")).remove(QLatin1Char('"')).toLatin1();
+        else if (isPost)
+            account.requests += accountOfCommand(body);
+        else
+            account.requests += "OTHER " + line.section(QLatin1Char(' '), 0, 0).toLatin1();
+        if (endsConnection(line, headers))
             return account;
     }
 }

@@ -10,6 +10,7 @@ constexpr int ok = 200;
 constexpr int badRequest = 400;
 constexpr int forbidden = 403;
 constexpr int requestTimeout = 408;
+constexpr int lengthRequired = 411;
 constexpr int contentTooLarge = 413;
 constexpr int uriTooLong = 414;
 constexpr int headerFieldsTooLarge = 431;

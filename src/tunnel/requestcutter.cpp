@@ -4,6 +4,7 @@
 #include "httpstatus_p.h"
 #include "tunnellimits_p.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace SondixQt {
@@ -13,7 +14,15 @@ namespace {
 const QByteArray lineEnd = QByteArrayLiteral("\r\n");
 const QByteArray blankLine = QByteArrayLiteral("\r\n\r\n");
 const QByteArray get = QByteArrayLiteral("GET ");
-const QByteArray post = QByteArrayLiteral("POST ");
+/// The first byte of an encrypted connection.
+constexpr char tlsHandshake = '\x16';
+
+/// How many capital letters \a bytes begin with.
+int methodSize(const QByteArray &bytes)
+{
+    const auto *end = std::find_if(bytes.begin(), bytes.end(), [](char c) { return c < 'A' || c > 'Z'; });
+    return int(end - bytes.begin());
+}
 
 QByteArray withoutTrailingLineEnds(QByteArray text)
 {
@@ -57,16 +66,25 @@ bool RequestCutter::next(Piece &piece)
     return step == Step::HasPiece;
 }
 
-bool RequestCutter::beginsRequest() const
+bool RequestCutter::beginsGet() const
 {
-    return qstrnicmp(bytes.constData(), get.constData(), uint(get.size())) == 0 || bytes.startsWith(post);
+    return qstrnicmp(bytes.constData(), get.constData(), uint(get.size())) == 0;
 }
 
+/// Whether the bytes begin with GET, with any method in capital letters and a blank, or with the whole first line of
+/// a request.
+bool RequestCutter::beginsRequest() const
+{
+    const int size = methodSize(bytes);
+    return beginsGet() || (size > 0 && size < bytes.size() && bytes.at(size) == ' ') ||
+           isRequestLine(bytes.left(qMin(firstLineSize(), TunnelLimits::requestLine + 1)));
+}
+
+/// Whether beginsRequest() may be true when more has come.
 bool RequestCutter::mayBeginRequest() const
 {
-    const auto size = uint(bytes.size());
-    return (bytes.size() < get.size() && qstrnicmp(bytes.constData(), get.constData(), size) == 0) ||
-           (bytes.size() < post.size() && post.startsWith(bytes));
+    return methodSize(bytes) == bytes.size() ||
+           (bytes.size() < get.size() && qstrnicmp(bytes.constData(), get.constData(), uint(bytes.size())) == 0);
 }
 
 void RequestCutter::skipLineEnds()
@@ -87,15 +105,19 @@ int RequestCutter::firstLineSize() const
 RequestCutter::Step RequestCutter::cutHead(Piece &piece)
 {
     skipLineEnds();
-    if (bytes.isEmpty() || bytes == "\r" || mayBeginRequest())
+    if (bytes.isEmpty() || bytes == "\r")
         return Step::NeedsBytes;
+    if (bytes.startsWith(tlsHandshake))
+        return hungUp(piece);
 
-    const int firstSize = firstLineSize();
-    const bool tooLong = firstSize > TunnelLimits::requestLine;
-    // What begins no request of ours may still become a line of another method, unless it is too long.
-    if (!beginsRequest() && (tooLong || !isRequestLine(bytes.left(firstSize))))
-        return dropForeignLine(piece, firstSize);
-    if (tooLong)
+    const int lineSize = firstLineSize();
+    const bool isTooLong = lineSize > TunnelLimits::requestLine;
+    if (mayBeginRequest() && !isTooLong)
+        return Step::NeedsBytes;
+    if (!beginsRequest() && !mayBeginRequest())
+        // After a request that a pause has ended, this may be its rest: headers that would have refused it.
+        return cutByQuiet ? refused(piece, HttpStatus::badRequest) : dropText(piece, lineSize);
+    if (isTooLong)
         return refused(piece, HttpStatus::uriTooLong);
 
     const int end = bytes.indexOf(blankLine, searched);
@@ -106,20 +128,21 @@ RequestCutter::Step RequestCutter::cutHead(Piece &piece)
         return Step::NeedsBytes;
     head = readRequestHead(bytes.left(end), hostSeen);
     bytes.remove(0, end + blankLine.size());
+    cutByQuiet = false;
     return beginBody(piece);
 }
 
 /// Text is dropped line by line. Nobody knows where anything else ends, and what looks like a request in it may be a
 /// stranger's text, such as a name in another protocol's greeting.
-RequestCutter::Step RequestCutter::dropForeignLine(Piece &piece, int size)
+RequestCutter::Step RequestCutter::dropText(Piece &piece, int lineSize)
 {
     searched = 0;
-    if (hasControl(bytes.left(size)) || size > TunnelLimits::requestLine) {
+    if (hasControl(bytes.left(lineSize)) || lineSize > TunnelLimits::requestLine) {
         ++dropped;
         state = State::Garbage;
         return Step::Goes;
     }
-    const int whole = size + lineEnd.size();
+    const int whole = lineSize + lineEnd.size();
     if (whole > bytes.size())
         return Step::NeedsBytes;
     ++dropped;
@@ -136,12 +159,18 @@ RequestCutter::Step RequestCutter::beginBody(Piece &piece)
         return refused(piece, head.refusal);
     hostSeen = hostSeen || head.hasHost;
     body.clear();
-    if (head.contentLength > 0)
+    if (head.contentLength > 0) {
         state = State::Body;
-    else if (head.method == RequestHead::Post && head.contentLength < 0 && !head.fromBrowser)
+        if (head.expectsContinue) {
+            piece = Piece();
+            piece.kind = Continue;
+            return Step::HasPiece;
+        }
+    } else if (head.method == RequestHead::Post && head.contentLength < 0 && !head.fromBrowser) {
         state = State::RawBody;
-    else
+    } else {
         return finish(piece);
+    }
     return Step::Goes;
 }
 
@@ -169,10 +198,6 @@ RequestCutter::Step RequestCutter::finish(Piece &piece)
 {
     const QByteArray text = std::exchange(body, QByteArray());
     state = State::Head;
-    if (head.method == RequestHead::Unserved) {
-        ++dropped;
-        return Step::Goes;
-    }
     if (head.closesConnection)
         end();
     // Commands end at a zero byte on their way to the sensor: half a command is worse than none.
@@ -180,9 +205,13 @@ RequestCutter::Step RequestCutter::finish(Piece &piece)
         return refused(piece, HttpStatus::badRequest);
 
     piece = Piece();
+    piece.method = head.methodName;
     piece.path = head.path;
     piece.closes = head.closesConnection;
-    if (head.method == RequestHead::Get) {
+    if (head.method == RequestHead::Other) {
+        ++dropped;
+        piece.kind = head.methodName == "HEAD" ? HeadMethod : OtherMethod;
+    } else if (head.method == RequestHead::Get) {
         piece.entityTag = head.entityTag;
     } else if (text.startsWith("IMPORT ")) {
         piece.kind = Import;
@@ -204,38 +233,57 @@ bool RequestCutter::endQuiet(Piece &piece)
         state = State::Head;
         return false;
     }
-    if (state == State::RawBody)
+    if (state == State::RawBody) {
+        cutByQuiet = true;
         return finish(piece) == Step::HasPiece;
+    }
 
     searched = 0;
-    if (!beginsRequest() && !isRequestLine(bytes.left(firstLineSize()))) {
+    if (!beginsGet()) {
         ++dropped;
         bytes.clear();
         return false;
     }
     const bool halfLineEnd = bytes.endsWith('\r');
     const RequestHead meant = readRequestHead(halfLineEnd ? bytes.chopped(1) : bytes, hostSeen);
-    // A browser always sends the blank line: what has come of its head must not pass for all of it. Nor does anybody
-    // command anything without the line below which commands stand.
-    if (meant.method == RequestHead::Post || meant.fromBrowser || meant.endsInsideHeaderName ||
-        meant.contentLength > 0)
+    // A browser always sends the blank line: what has come of its head must not pass for all of it.
+    if (meant.fromBrowser || meant.endsInsideHeaderName || meant.contentLength > 0)
         return false;
     head = meant;
     bytes.clear();
+    cutByQuiet = true;
     return beginBody(piece) == Step::HasPiece;
+}
+
+bool RequestCutter::endInput(Piece &piece)
+{
+    judgedQuiet = false;
+    const bool hasPiece = endQuiet(piece);
+    end();
+    return hasPiece;
 }
 
 RequestCutter::Piece RequestCutter::refuse(int status)
 {
     end();
     Piece piece;
-    piece.refusal = status;
+    piece.kind = Refusal;
+    piece.status = status;
     return piece;
 }
 
 RequestCutter::Step RequestCutter::refused(Piece &piece, int status)
 {
     piece = refuse(status);
+    return Step::HasPiece;
+}
+
+RequestCutter::Step RequestCutter::hungUp(Piece &piece)
+{
+    ++dropped;
+    end();
+    piece = Piece();
+    piece.kind = Hangup;
     return Step::HasPiece;
 }
 
@@ -253,7 +301,11 @@ bool RequestCutter::isIncomplete() const
 
 bool RequestCutter::waitsForQuiet() const
 {
-    return !judgedQuiet && (state == State::Garbage || (isIncomplete() && state != State::Body));
+    if (judgedQuiet || state == State::Body || !isIncomplete())
+        return !judgedQuiet && state == State::Garbage;
+    // A request of another method, or what may become one, ends with its blank line only: what comes after a pause
+    // could otherwise pass for a request of its own.
+    return state == State::RawBody || beginsGet() || !(beginsRequest() || mayBeginRequest());
 }
 
 int RequestCutter::takeDropped()

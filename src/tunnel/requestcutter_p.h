@@ -16,12 +16,18 @@ public:
         Get,         ///< a page of the sensor's web interface
         Import = 1,  ///< settings for the sensor: what stood below the body's first line, "IMPORT ..."
         Command = 2, ///< any other command for the sensor
+        OtherMethod, ///< neither GET nor POST: not for the sensor
+        HeadMethod,  ///< likewise; the answer has no body
+        Continue,    ///< no request: the client waits for a 100 before it sends the body
+        Refusal,     ///< the connection ends with the status
+        Hangup,      ///< the connection ends without an answer
     };
 
     struct Piece
     {
-        int refusal = 0; ///< the HTTP status with which it is refused: then nothing else is set
         Kind kind = Get;
+        int status = 0; ///< of a refusal
+        QByteArray method;
         QByteArray path;
         QByteArray entityTag;
         QByteArray text;     ///< of a command
@@ -33,9 +39,11 @@ public:
     bool next(Piece &piece);
     /// The client has paused: gives out what it may have meant as a request.
     bool endQuiet(Piece &piece);
+    /// The client sends nothing more: like a pause, and what is incomplete after it is discarded.
+    bool endInput(Piece &piece);
     /// Refuses whatever may still come.
     Piece refuse(int status);
-    /// Ends without a word.
+    /// Parses nothing more.
     void end();
 
     bool isEnded() const { return state == State::Ended; }
@@ -58,15 +66,17 @@ private:
     enum class Step { NeedsBytes, Goes, HasPiece };
 
     Step cutHead(Piece &piece);
-    Step dropForeignLine(Piece &piece, int size);
+    Step dropText(Piece &piece, int lineSize);
     Step cutBody(Piece &piece);
     Step cutRawBody(Piece &piece);
     Step dropGarbage(Piece &piece);
     Step beginBody(Piece &piece);
     Step finish(Piece &piece);
     Step refused(Piece &piece, int status);
+    Step hungUp(Piece &piece);
     void skipLineEnds();
     int firstLineSize() const;
+    bool beginsGet() const;
     bool beginsRequest() const;
     bool mayBeginRequest() const;
 
@@ -74,6 +84,7 @@ private:
     QByteArray bytes;         ///< not cut yet
     int searched = 0;         ///< of these: no blank line begins there
     bool judgedQuiet = false; ///< the client has paused since its last bytes, without having said all
+    bool cutByQuiet = false;  ///< a pause has ended the last request: its rest may still come
     RequestHead head;         ///< of the request whose body is outstanding
     QByteArray body;
     int garbage = 0; ///< bytes that fit no request since the last one that did

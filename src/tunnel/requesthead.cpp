@@ -19,6 +19,12 @@ bool isControl(char byte)
     return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f;
 }
 
+/// \a text up to the first of \a ends, or all of it.
+QByteArray upTo(const QByteArray &text, const char *ends)
+{
+    return text.left(int(std::strcspn(text.constData(), ends)));
+}
+
 bool isDigits(const QByteArray &text)
 {
     return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
@@ -71,15 +77,20 @@ using Headers = QHash<QByteArray, QByteArray>;
 /// Whether the request may come from where it says it does.
 bool isAllowedOrigin(RequestHead::Method method, const Headers &headers)
 {
+    if (!headers.contains("sec-fetch-site"))
+        return !headers.contains("origin") || headers.value("origin") == "http://" + headers.value("host");
     const QByteArray site = headers.value("sec-fetch-site");
-    if (method == RequestHead::Get) {
-        const bool foreign = site == "cross-site" || site == "same-site";
-        return !foreign ||
-               (headers.value("sec-fetch-mode") == "navigate" && headers.value("sec-fetch-dest") == "document");
-    }
-    if (headers.contains("sec-fetch-site"))
+    if (method != RequestHead::Get)
         return site == "same-origin" || site == "none";
-    return !headers.contains("origin") || headers.value("origin") == "http://" + headers.value("host");
+    const bool foreign = site == "cross-site" || site == "same-site";
+    return !foreign ||
+           (headers.value("sec-fetch-mode") == "navigate" && headers.value("sec-fetch-dest") == "document");
+}
+
+/// Whether a GET asks for more than a page that somebody wants to see: a WebSocket, or a page fetched in advance.
+bool isUnaskedGet(const Headers &headers)
+{
+    return headers.contains("upgrade") || headers.value("sec-purpose").toLower().contains("prefetch");
 }
 
 /// The headers by their names in small letters, the lines of one together. False when a line is none, or when one
@@ -114,7 +125,7 @@ int readContentLength(const Headers &headers, int &length)
     return 0;
 }
 
-int refusalOf(RequestHead &request, const Headers &headers, bool hostSeen)
+int refusalOf(RequestHead &request, const Headers &headers, bool isOwnTarget, bool hostSeen)
 {
     if (headers.contains("transfer-encoding"))
         return HttpStatus::notImplemented;
@@ -122,12 +133,30 @@ int refusalOf(RequestHead &request, const Headers &headers, bool hostSeen)
     const int lengthRefusal = readContentLength(headers, length);
     if (lengthRefusal == HttpStatus::badRequest || (hostSeen && !request.hasHost))
         return HttpStatus::badRequest;
-    if (request.hasHost && !isThisComputer(headers.value("host")))
+    if (!isOwnTarget || (request.hasHost && !isThisComputer(headers.value("host"))))
         return HttpStatus::forbidden;
-    if (!isAllowedOrigin(request.method, headers))
+    if (!isAllowedOrigin(request.method, headers) || (request.method == RequestHead::Get && isUnaskedGet(headers)))
         return HttpStatus::forbidden;
+    // Only a raw client's body may end with a pause instead of at its length.
+    if (request.method == RequestHead::Post && length < 0 && lengthRefusal == 0 && request.fromBrowser)
+        return HttpStatus::lengthRequired;
     request.contentLength = length;
     return lengthRefusal;
+}
+
+/// Splits an absolute-form target, "http://host:port/path", off the host. False when that is not this computer.
+bool reduceToPath(QByteArray &target)
+{
+    constexpr char scheme[] = "http://";
+    constexpr int schemeSize = int(sizeof scheme) - 1;
+    if (qstrnicmp(target.constData(), scheme, schemeSize) != 0)
+        return true;
+    target.remove(0, schemeSize);
+    const QByteArray authority = upTo(target, "/?");
+    target.remove(0, authority.size());
+    if (!target.startsWith('/'))
+        target.prepend('/');
+    return isThisComputer(authority);
 }
 
 QByteArray withoutQuotationMarks(QByteArray text)
@@ -135,7 +164,7 @@ QByteArray withoutQuotationMarks(QByteArray text)
     return text.replace("\"", "");
 }
 
-/// The lines of \a head; none when there are control bytes in it, a line end that is none included.
+/// The lines of \a head; none when a line contains a control byte. Tabs are white space in header fields.
 QList<QByteArray> splitLines(const QByteArray &head)
 {
     QList<QByteArray> lines;
@@ -145,7 +174,7 @@ QList<QByteArray> splitLines(const QByteArray &head)
         if (end < 0)
             end = head.size();
         const QByteArray line = head.mid(begin, end - begin);
-        if (hasControl(line))
+        if (hasControl(lines.isEmpty() ? line : QByteArray(line).replace('\t', ' ')))
             return {};
         lines.append(line);
         begin = end + 2;
@@ -181,27 +210,30 @@ RequestHead readRequestHead(const QByteArray &head, bool hostSeen)
 
     const QByteArray &line = lines.first();
     constexpr int getLength = 4;
-    constexpr int postLength = 5;
     const bool isGet = qstrnicmp(line.constData(), "GET ", getLength) == 0;
-    request.method = isGet                      ? RequestHead::Get
-                     : line.startsWith("POST ") ? RequestHead::Post
-                                                : RequestHead::Unserved;
-    const QByteArray target = line.mid(isGet ? getLength : postLength);
-    const auto *end = std::find_if(target.begin(), target.end(), [](char c) { return c == ' ' || c == '?'; });
-    request.path = target.left(int(end - target.begin()));
+    request.method = isGet ? RequestHead::Get : line.startsWith("POST ") ? RequestHead::Post : RequestHead::Other;
+    request.methodName = isGet ? QByteArrayLiteral("GET") : upTo(line, " ");
+    QByteArray target = upTo(line.mid(line.indexOf(' ') + 1), " ");
+    const bool isOwnTarget = reduceToPath(target);
+    request.path = upTo(target, "?");
 
     Headers headers;
-    const bool readable = readHeaders(lines, headers);
+    const bool readable =
+        readHeaders(lines, headers) && (request.method != RequestHead::Other || isRequestLine(line));
     request.endsInsideHeaderName = lines.size() > 1 && !lines.last().contains(':');
     request.hasHost = headers.contains("host");
     request.fromBrowser = request.hasHost || headers.contains("origin") ||
                           std::any_of(headers.keyBegin(), headers.keyEnd(),
                                       [](const auto &name) { return name.startsWith("sec-"); });
     request.entityTag = withoutQuotationMarks(headers.value("if-none-match"));
+    const bool isOldVersion = line.endsWith(" HTTP/1.0");
+    request.expectsContinue = !isOldVersion && headers.value("expect").toLower() == "100-continue";
     const QByteArray connection = headers.value("connection").toLower();
     request.closesConnection =
-        connection.contains("close") || (line.endsWith(" HTTP/1.0") && !connection.contains("keep-alive"));
-    request.refusal = readable ? refusalOf(request, headers, hostSeen) : HttpStatus::badRequest;
+        connection.contains("close") || (isOldVersion && !connection.contains("keep-alive"));
+    request.refusal = readable && !hasControl(request.entityTag)
+                          ? refusalOf(request, headers, isOwnTarget, hostSeen)
+                          : HttpStatus::badRequest;
     return request;
 }
 

@@ -6,6 +6,7 @@
 #include "tunnellimits_p.h"
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
 #include <utility>
 
@@ -16,6 +17,11 @@ using Lock = std::lock_guard<std::mutex>;
 namespace {
 
 constexpr qint64 never = -1;
+
+bool isCommand(const RequestCutter::Piece &piece)
+{
+    return piece.kind == RequestCutter::Import || piece.kind == RequestCutter::Command;
+}
 
 } // namespace
 
@@ -28,6 +34,7 @@ void RequestQueue::reset()
 {
     const Lock lock(mutex);
     connections.clear();
+    left.clear();
     responses.clear();
     dropped = 0;
 }
@@ -40,14 +47,25 @@ void RequestQueue::addClient(Client client, qint64 now, bool welcome)
     connection.lastActivity = now;
     if (!welcome) {
         connection.waiting.push_back(connection.cutter.refuse(HttpStatus::serviceUnavailable));
-        passRefusal(client, connection);
+        answerDirectly(client, connection);
     }
 }
 
 void RequestQueue::removeClient(Client client)
 {
     const Lock lock(mutex);
-    connections.erase(client);
+    const auto found = connections.find(client);
+    if (found != connections.end()) {
+        Connection &connection = found->second;
+        RequestCutter::Piece piece;
+        while (connection.cutter.next(piece))
+            connection.waiting.push_back(piece);
+        if (connection.inputEnded && connection.cutter.endInput(piece))
+            connection.waiting.push_back(piece);
+        dropped += connection.cutter.takeDropped();
+        std::copy_if(connection.waiting.begin(), connection.waiting.end(), std::back_inserter(left), isCommand);
+        connections.erase(found);
+    }
     const auto isHis = [client](const Response &response) { return response.client == client; };
     responses.erase(std::remove_if(responses.begin(), responses.end(), isHis), responses.end());
 }
@@ -85,23 +103,54 @@ bool RequestQueue::wantsBytes(Client client) const
     return found != connections.end() && !isFull(found->second);
 }
 
+void RequestQueue::endInput(Client client, qint64 now)
+{
+    const Lock lock(mutex);
+    const auto found = connections.find(client);
+    if (found == connections.end() || found->second.inputEnded)
+        return;
+    found->second.inputEnded = true;
+    found->second.lastActivity = now;
+    cut(client, found->second);
+}
+
 void RequestQueue::cut(Client client, Connection &connection)
 {
     RequestCutter::Piece piece;
     while (!isFull(connection) && connection.cutter.next(piece))
         connection.waiting.push_back(piece);
+    if (connection.inputEnded && !isFull(connection) && connection.cutter.endInput(piece))
+        connection.waiting.push_back(piece);
     dropped += connection.cutter.takeDropped();
-    passRefusal(client, connection);
+    answerDirectly(client, connection);
 }
 
-/// A refusal is its own answer, as soon as everything before it is answered.
-void RequestQueue::passRefusal(Client client, Connection &connection)
+/// Answers what needs no sensor as soon as everything before it is answered.
+void RequestQueue::answerDirectly(Client client, Connection &connection)
 {
-    if (connection.serving != 0 || connection.waiting.empty() || connection.waiting.front().refusal == 0)
-        return;
-    const int status = connection.waiting.front().refusal;
+    while (connection.serving == 0 && !connection.waiting.empty()) {
+        const RequestCutter::Piece &piece = connection.waiting.front();
+        if (piece.kind == RequestCutter::Refusal)
+            end(connection, {0, client, refusalResponse(piece.status), Afterwards::Refuses});
+        else if (piece.kind == RequestCutter::Hangup)
+            end(connection, {0, client, QByteArray(), Afterwards::Aborts});
+        else if (piece.kind == RequestCutter::Continue)
+            responses.push_back({0, client, continueResponse(), Afterwards::Goes});
+        else
+            return;
+        if (!connection.waiting.empty())
+            connection.waiting.pop_front();
+    }
+    if (connection.inputEnded && connection.serving == 0 && connection.waiting.empty() && !connection.over)
+        end(connection, {0, client, QByteArray(), Afterwards::Ends});
+}
+
+void RequestQueue::end(Connection &connection, const Response &response)
+{
+    connection.cutter.end();
     connection.waiting.clear();
-    responses.push_back({client, refusalResponse(status), Afterwards::Refuses});
+    connection.over = true;
+    responses.push_back(response);
 }
 
 void RequestQueue::setFetching(Client client, bool fetching, qint64 now)
@@ -122,13 +171,25 @@ bool RequestQueue::isServable(const Connection &connection)
 bool RequestQueue::hasRequest() const
 {
     const Lock lock(mutex);
-    return std::any_of(connections.begin(), connections.end(),
-                       [](const auto &entry) { return isServable(entry.second); });
+    return !left.empty() || std::any_of(connections.begin(), connections.end(),
+                                        [](const auto &entry) { return isServable(entry.second); });
+}
+
+bool RequestQueue::takeLeft(Request &request)
+{
+    if (left.empty())
+        return false;
+    const RequestCutter::Piece piece = std::move(left.front());
+    left.pop_front();
+    request = {++lastNumber, nullptr, piece.kind, piece.method, piece.path, piece.entityTag, piece.text};
+    return true;
 }
 
 bool RequestQueue::takeRequest(Request &request)
 {
     const Lock lock(mutex);
+    if (takeLeft(request))
+        return true;
     const auto servable = [](const auto &entry) { return isServable(entry.second); };
     const auto after = connections.upper_bound(lastServed);
     auto next = std::find_if(after, connections.end(), servable);
@@ -145,7 +206,7 @@ bool RequestQueue::takeRequest(Request &request)
     lastServed = next->first;
     // Its place is free for one whose bytes came long ago, which no pause must end.
     cut(next->first, connection);
-    request = {lastNumber, next->first, piece.kind, piece.path, piece.entityTag, piece.text};
+    request = {lastNumber, next->first, piece.kind, piece.method, piece.path, piece.entityTag, piece.text};
     return true;
 }
 
@@ -157,6 +218,11 @@ void RequestQueue::answer(const Request &request, const QByteArray &header, cons
 void RequestQueue::answerCommand(const Request &request, const QByteArray &answer, qint64 now)
 {
     respond(request, commandResponse(answer), false, now);
+}
+
+void RequestQueue::answerOtherMethod(const Request &request, qint64 now)
+{
+    respond(request, otherMethodResponse(request.kind != RequestCutter::HeadMethod), false, now);
 }
 
 void RequestQueue::fail(const Request &request, const QByteArray &errorText, bool closes, qint64 now)
@@ -174,12 +240,10 @@ void RequestQueue::respond(const Request &request, const QByteArray &bytes, bool
     connection.serving = 0;
     connection.lastActivity = now;
     if (closes || connection.servingCloses) {
-        connection.cutter.end();
-        connection.waiting.clear();
-        responses.push_back({request.client, bytes, Afterwards::Ends});
+        end(connection, {request.number, request.client, bytes, Afterwards::Ends});
         return;
     }
-    responses.push_back({request.client, bytes, Afterwards::Goes});
+    responses.push_back({request.number, request.client, bytes, Afterwards::Goes});
     cut(request.client, connection);
 }
 
@@ -241,13 +305,11 @@ void RequestQueue::expire(Client client, Connection &connection)
     RequestCutter &cutter = connection.cutter;
     RequestCutter::Piece piece;
     if (!connection.fetching || !(cutter.waitsForQuiet() || cutter.isIncomplete())) {
-        cutter.end();
-        connection.waiting.clear();
         connection.fetching = true;
-        responses.push_back({client, QByteArray(), Afterwards::Ends});
+        end(connection, {0, client, QByteArray(), Afterwards::Aborts});
     } else if (!cutter.waitsForQuiet()) {
         connection.waiting.push_back(cutter.refuse(HttpStatus::requestTimeout));
-        passRefusal(client, connection);
+        answerDirectly(client, connection);
     } else if (cutter.endQuiet(piece)) {
         connection.waiting.push_back(piece);
     }

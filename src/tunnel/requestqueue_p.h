@@ -25,8 +25,9 @@ public:
     struct Request
     {
         quint64 number = 0;
-        Client client = nullptr;
+        Client client = nullptr; ///< null: it has left
         RequestCutter::Kind kind = RequestCutter::Get;
+        QByteArray method;
         QByteArray path;
         QByteArray entityTag;
         QByteArray text; ///< of a command
@@ -34,12 +35,14 @@ public:
 
     enum class Afterwards {
         Goes,    ///< the connection stays
-        Ends,    ///< the connection ends when the bytes are sent
+        Ends,    ///< the connection ends when all bytes are sent
         Refuses, ///< it ends too, and what the client is still sending is to be discarded
+        Aborts,  ///< the connection ends at once
     };
 
     struct Response
     {
+        quint64 number = 0; ///< of the request that it answers, 0: of none that was taken
         Client client = nullptr;
         QByteArray bytes;
         Afterwards afterwards = Afterwards::Goes;
@@ -53,7 +56,8 @@ public:
 
     /// A new connection. Unless \a welcome it is refused at once.
     void addClient(Client client, qint64 now, bool welcome = true);
-    /// Forgets the connection, its requests and what was to be sent to it.
+    /// The client has left: forgets the connection, its pages and what was to be sent to it. Commands that were
+    /// complete are given out all the same.
     void removeClient(Client client);
 
     /// How many connections may still ask for something.
@@ -61,6 +65,8 @@ public:
 
     /// \a bytes came from \a client.
     void feed(Client client, const QByteArray &bytes, qint64 now);
+    /// \a client sends nothing more, but reads on. Its connection ends when all that it asked for is answered.
+    void endInput(Client client, qint64 now);
     /// Whether bytes of \a client may be fed: not while enough of its requests wait.
     bool wantsBytes(Client client) const;
     /// Says whether \a client fetches its answers: while it does not, its requests wait.
@@ -80,6 +86,7 @@ public:
     /// \{
     void answer(const Request &request, const QByteArray &header, const QByteArray &body, qint64 now);
     void answerCommand(const Request &request, const QByteArray &answer, qint64 now);
+    void answerOtherMethod(const Request &request, qint64 now);
     /// \a errorText in Latin-1. The connection ends when it \a closes.
     void fail(const Request &request, const QByteArray &errorText, bool closes, qint64 now);
     /// \}
@@ -97,12 +104,16 @@ private:
         quint64 serving = 0; ///< the number of the request that was given out, 0: none
         bool servingCloses = false;
         bool fetching = true;
+        bool inputEnded = false;
+        bool over = false; ///< the response that ends the connection is under way
         qint64 lastActivity = 0;
     };
     using Connections = std::map<Client, Connection>;
 
     void cut(Client client, Connection &connection);
-    void passRefusal(Client client, Connection &connection);
+    void answerDirectly(Client client, Connection &connection);
+    void end(Connection &connection, const Response &response);
+    bool takeLeft(Request &request);
     void respond(const Request &request, const QByteArray &bytes, bool closes, qint64 now);
     static bool isServable(const Connection &connection);
     static bool isFull(const Connection &connection);
@@ -114,6 +125,7 @@ private:
     Connections connections;
     Client lastServed = nullptr;
     quint64 lastNumber = 0;
+    std::deque<RequestCutter::Piece> left; ///< commands of clients that have left
     std::deque<Response> responses;
     int dropped = 0;
 };

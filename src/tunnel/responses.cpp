@@ -23,6 +23,7 @@ constexpr Refusal refusals[] = {
     {HttpStatus::badRequest,           "Bad Request"_latin1,                      "The request cannot be understood."_latin1},
     {HttpStatus::forbidden,            "Forbidden"_latin1,                        "The sensor's pages serve requests of their own and of this computer only."_latin1},
     {HttpStatus::requestTimeout,       "Request Timeout"_latin1,                  "The rest of the request did not come."_latin1},
+    {HttpStatus::lengthRequired,       "Length Required"_latin1,                  "Announce the length of the body with Content-Length."_latin1},
     {HttpStatus::contentTooLarge,      "Content Too Large"_latin1,                "A command has at most 1 MiB."_latin1},
     {HttpStatus::uriTooLong,           "URI Too Long"_latin1,                     "The first line of a request has at most 8 KiB."_latin1},
     {HttpStatus::headerFieldsTooLarge, "Request Header Fields Too Large"_latin1,  "The head of a request has at most 32 KiB."_latin1},
@@ -124,6 +125,19 @@ QByteArray badGatewayResponse(const QByteArray &path, const QByteArray &errorTex
             .arg(QString::fromLatin1(path).toHtmlEscaped(), QString::fromLatin1(errorText).toHtmlEscaped());
     return composed(HttpStatus::badGateway, "Bad Gateway"_latin1, "keep-alive",
                     page(QStringLiteral("502 Bad Gateway"), text));
+}
+
+QByteArray otherMethodResponse(bool withBody)
+{
+    const QByteArray response =
+        composed(HttpStatus::notImplemented, "Not Implemented"_latin1, "keep-alive",
+                 page(QStringLiteral("501 Not Implemented"), QStringLiteral("Unknown HTTP request")));
+    return withBody ? response : response.left(response.indexOf(blankLine) + blankLine.size());
+}
+
+QByteArray continueResponse()
+{
+    return "HTTP/1.1 100 Continue" + blankLine;
 }
 
 QByteArray refusalResponse(int status)

@@ -22,6 +22,12 @@ QByteArray commandResponse(const QByteArray &answer);
 /// The page that says that the sensor did not serve \a path, both taken as Latin-1.
 QByteArray badGatewayResponse(const QByteArray &path, const QByteArray &errorText);
 
+/// The answer to a request that is neither GET nor POST. The connection goes on.
+QByteArray otherMethodResponse(bool withBody);
+
+/// Tells a client to send the body that it has announced.
+QByteArray continueResponse();
+
 /// The page with which a request is refused. The client is told that the connection ends.
 QByteArray refusalResponse(int status);
 

@@ -27,20 +27,27 @@ class SensorInstance;
 /// The sensor may be open already; otherwise the tunnel opens it with
 /// SensorInstance::storedInterfaceParameters() and closes it again. While the tunnel is open, the
 /// sensor's RS422 output is off, since the web interface shares the line with it: no measured values
-/// arrive over that line meanwhile. A sensor that the
-/// application lent open gets it back when the tunnel closes. A command from the browser that changes
+/// arrive over that line meanwhile. If the tunnel switched it off, it switches it on again when it closes, provided
+/// that the sensor is still open. A command from the browser that changes
 /// the baud rate closes the sensor and opens it at the new one. When the application closes the sensor,
 /// the next connection of a browser opens it again.
 ///
 /// \par Who may use it
-/// Every program on this computer can reach the port, and so could every web page that its user visits. Commands of
-/// pages of other origins, and everything that is asked for under another host name, are refused and never reach the
-/// sensor. Of what such pages fetch only a link that the user follows passes; of a browser so old that it does not say
-/// for whom it asks, whatever a page fetches without a command.
+/// Every program on this computer can reach the port, and so could every web page that its user visits. Requests under
+/// another host name, and commands from pages of another origin, are refused with 403 and never reach the sensor. A
+/// page of another origin can still make the browser leave for a page of the sensor, with or without a click: by a
+/// link, a form, a script or a refresh header. The sensor then sends that page (a GET, which commands nothing) and the
+/// browser shows it; the other page cannot read it. Everything else that a page fetches from the sensor is refused
+/// when the browser says where the request comes from (Sec-Fetch-Site or Origin), as are WebSockets and pages that a
+/// browser fetches in advance. A browser older than these headers can be made to fetch pages, though not to command.
+///
+/// \par What is carried out
+/// A command that has arrived whole is carried out, also when its client has left meanwhile. A client that has only
+/// ended sending gets its answer. Requests other than GET and POST get 501.
 ///
 /// \par What it logs
-/// With the logging category "SondixQt.RS232Tunnel.Requests" switched on: a line for each request that was answered or
-/// refused. "SondixQt.RS232Tunnel" tells what went wrong.
+/// With the logging category "SondixQt.RS232Tunnel.Requests" switched on: a line for each request that was refused,
+/// or answered, with the bytes that were written. "SondixQt.RS232Tunnel" tells what went wrong.
 ///
 /// \par Threads
 /// All network and sensor traffic of the tunnel runs in a thread of its own. The functions may be called from any
@@ -79,7 +86,8 @@ public:
     Q_INVOKABLE void closeTunnel();
 
 Q_SIGNALS:
-    /// The sensor was closed by the tunnel, or the tunnel was closed on a sensor that stays open.
+    /// The tunnel has closed the sensor, or was closed on a sensor that the application had opened. Not emitted when
+    /// the sensor could not be closed.
     void forwardTunnelClosed();
     /// The sensor is open for the tunnel; its server may not listen yet.
     void forwardTunnelOpened();

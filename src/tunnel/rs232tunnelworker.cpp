@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "rs232tunnelworker_p.h"
 
-#include "halfclose_p.h"
+#include "httpstatus_p.h"
 #include "instance/sensorinstance.h"
+#include "loopbackserver_p.h"
+#include "peersocket_p.h"
 #include "threadhandover_p.h"
 #include "tunnellimits_p.h"
 #include "tunnellog_p.h"
 
+#include <QAbstractSocket>
 #include <QHostAddress>
-#include <QTcpServer>
-#include <QTcpSocket>
 
 #include <algorithm>
 #include <utility>
@@ -73,7 +74,7 @@ ErrorCode RS232TunnelWorker::openTunnel(QUrl &outUrl)
     Q_EMIT tunnelOpened();
 
     if (!server)
-        server = new QTcpServer(this);
+        server = new LoopbackServer(this);
     if (!requests)
         requests = std::make_unique<RequestQueue>(TunnelLimits::incompleteRequestSeconds);
     server->close();
@@ -131,10 +132,12 @@ void RS232TunnelWorker::dropClients()
     const Lock lock(clientsMutex);
     for (auto it = clients.keyBegin(); it != clients.keyEnd(); ++it) {
         (*it)->disconnect();
+        requestLog.left(*it, now());
         delete *it;
     }
     clients.clear();
     finishing.clear();
+    lingering.clear();
 }
 
 void RS232TunnelWorker::onNewConnection()
@@ -142,7 +145,7 @@ void RS232TunnelWorker::onNewConnection()
     if (nextAccept.isActive() || !server || !server->hasPendingConnections())
         return;
     nextAccept.start();
-    QTcpSocket *const socket = server->nextPendingConnection();
+    QAbstractSocket *const socket = server->takeConnection();
     if (!socket)
         return;
 
@@ -157,11 +160,11 @@ void RS232TunnelWorker::onNewConnection()
         const Lock lock(clientsMutex);
         clients.insert(socket, true);
     }
-    socket->setReadBufferSize(TunnelLimits::readChunk);
+    requestLog.connected(socket);
     requests->addClient(socket, now(), welcome);
-    connect(socket, &QTcpSocket::readyRead, this, [this, socket] { onSocketDataAvailable(*socket); });
-    connect(socket, &QTcpSocket::disconnected, this, [this, socket] { onSocketDisconnected(*socket); });
-    connect(socket, &QTcpSocket::bytesWritten, this, [this, socket] { onBytesWritten(*socket); });
+    connect(socket, &QAbstractSocket::readyRead, this, [this, socket] { onSocketDataAvailable(*socket); });
+    connect(socket, &QAbstractSocket::disconnected, this, [this, socket] { onSocketDisconnected(*socket); });
+    connect(socket, &QAbstractSocket::bytesWritten, this, [this, socket] { onBytesWritten(*socket); });
     if (socket->state() != QAbstractSocket::ConnectedState)
         onSocketDisconnected(*socket);
     else
@@ -181,24 +184,28 @@ int RS232TunnelWorker::socketCount()
     return clients.size();
 }
 
-bool RS232TunnelWorker::isActive(QTcpSocket *socket)
+bool RS232TunnelWorker::isActive(QAbstractSocket *socket)
 {
     const Lock lock(clientsMutex);
     return clients.value(socket, false);
 }
 
-void RS232TunnelWorker::onSocketDataAvailable(QTcpSocket &socket)
+void RS232TunnelWorker::onSocketDataAvailable(QAbstractSocket &socket)
 {
     handleRequestFromSocket(socket);
     serveNext();
 }
 
-void RS232TunnelWorker::onSocketDisconnected(QTcpSocket &socket)
+void RS232TunnelWorker::onSocketDisconnected(QAbstractSocket &socket)
 {
+    if (!isActive(&socket))
+        return;
     finishing.remove(&socket);
+    lingering.remove(&socket);
+    requestLog.left(&socket, now());
+    requests->removeClient(&socket);
     const Lock lock(clientsMutex);
     clients[&socket] = false;
-    requests->removeClient(&socket);
     QTimer::singleShot(0, this, &RS232TunnelWorker::removeInactiveClients);
 }
 
@@ -216,18 +223,42 @@ void RS232TunnelWorker::removeInactiveClients()
     }
 }
 
-void RS232TunnelWorker::onBytesWritten(QTcpSocket &socket)
+void RS232TunnelWorker::onBytesWritten(QAbstractSocket &socket)
 {
     watchSending(socket);
     update();
 }
 
-void RS232TunnelWorker::handleRequestFromSocket(QTcpSocket &socket)
+/// Takes what has come. A client that goes on sending is heard again by its next readyRead().
+void RS232TunnelWorker::handleRequestFromSocket(QAbstractSocket &socket)
 {
-    while (socket.bytesAvailable() > 0 && requests->wantsBytes(&socket))
-        requests->feed(&socket, socket.read(TunnelLimits::readChunk), now());
-    if (requests->takeDropped() > 0)
-        log("handleRequestFromSocket", QStringLiteral("Unknown HTTP request"));
+    if (requests->wantsBytes(&socket))
+        receive(socket);
+}
+
+/// Takes one chunk, or notes that there will be none. False when there is nothing more for now.
+bool RS232TunnelWorker::receive(QAbstractSocket &socket)
+{
+    switch (pendingInput(socket)) {
+    case SocketInput::Data:
+    case SocketInput::Nothing: {
+        // Also when there is nothing: reading is what makes the socket tell of the next bytes.
+        const QByteArray bytes = socket.read(TunnelLimits::readChunk);
+        if (!bytes.isEmpty())
+            requests->feed(&socket, bytes, now());
+        return !bytes.isEmpty();
+    }
+    case SocketInput::Ended:
+        if (lingering.contains(&socket))
+            socket.abort();
+        else
+            requests->endInput(&socket, now());
+        return false;
+    case SocketInput::Failed:
+        onSocketDisconnected(socket);
+        return false;
+    }
+    return false;
 }
 
 /// Serves one request. The next one has to wait for its turn: a slow sensor must hold up neither the calls of the
@@ -237,16 +268,30 @@ void RS232TunnelWorker::serveNext()
     RequestQueue::Request request;
     if (!isTurnDue() && requests->takeRequest(request)) {
         nextTurn.start();
-        if (request.kind == RequestCutter::Get)
-            relay(request);
-        else
-            handleSensorCommandFromProxy(request);
+        serve(request);
         // Bytes that had to wait while enough of its requests did.
-        auto *const socket = static_cast<QTcpSocket *>(request.client);
+        auto *const socket = static_cast<QAbstractSocket *>(request.client);
         if (isActive(socket))
             handleRequestFromSocket(*socket);
     }
     update();
+}
+
+void RS232TunnelWorker::serve(const RequestQueue::Request &request)
+{
+    switch (request.kind) {
+    case RequestCutter::Import:
+    case RequestCutter::Command:
+        handleSensorCommandFromProxy(request);
+        break;
+    case RequestCutter::OtherMethod:
+    case RequestCutter::HeadMethod:
+        requests->answerOtherMethod(request, now());
+        logAnswer(request, HttpStatus::notImplemented, now());
+        break;
+    default:
+        relay(request);
+    }
 }
 
 void RS232TunnelWorker::expireQuietClients()
@@ -264,6 +309,8 @@ bool RS232TunnelWorker::isTurnDue() const
 void RS232TunnelWorker::update()
 {
     writeResponses();
+    if (requests->takeDropped() > 0)
+        log("handleRequestFromSocket", QStringLiteral("Unknown HTTP request"));
     if (requests->hasRequest() && !isTurnDue())
         nextTurn.start();
     const qint64 deadline = requests->nextDeadline();
@@ -278,48 +325,58 @@ qint64 RS232TunnelWorker::now() const
     return uptime.elapsed();
 }
 
-bool RS232TunnelWorker::getHTTPResponse(QByteArray &bytes, QTcpSocket *&socket,
-                                        RequestQueue::Afterwards &afterwards)
+bool RS232TunnelWorker::getHTTPResponse(RequestQueue::Response &response, QAbstractSocket *&socket)
 {
-    RequestQueue::Response response;
     if (!requests->takeResponse(response))
         return false;
-    bytes = response.bytes;
-    socket = static_cast<QTcpSocket *>(response.client);
-    afterwards = response.afterwards;
+    socket = static_cast<QAbstractSocket *>(response.client);
     return true;
 }
 
 void RS232TunnelWorker::writeResponses()
 {
-    QByteArray bytes;
-    QTcpSocket *socket = nullptr;
-    auto afterwards = RequestQueue::Afterwards::Goes;
-    while (getHTTPResponse(bytes, socket, afterwards)) {
+    RequestQueue::Response response;
+    QAbstractSocket *socket = nullptr;
+    while (getHTTPResponse(response, socket)) {
         if (isActive(socket))
-            write(*socket, bytes, afterwards);
+            write(*socket, response);
     }
 }
 
-void RS232TunnelWorker::write(QTcpSocket &socket, const QByteArray &bytes, RequestQueue::Afterwards afterwards)
+void RS232TunnelWorker::write(QAbstractSocket &socket, const RequestQueue::Response &response)
 {
-    if (afterwards != RequestQueue::Afterwards::Goes && bytes.isEmpty()) {
+    using Afterwards = RequestQueue::Afterwards;
+    if (response.afterwards == Afterwards::Aborts) {
         socket.abort();
         return;
     }
-    if (afterwards == RequestQueue::Afterwards::Refuses)
+    const QByteArray &bytes = response.bytes;
+    if (response.afterwards == Afterwards::Refuses)
         qCInfo(tunnelRequestLog).noquote()
             << "refused:" << bytes.mid(bytes.indexOf(' ') + 1, bytes.indexOf('\r') - bytes.indexOf(' ') - 1);
-    socket.write(bytes);
-    if (afterwards != RequestQueue::Afterwards::Goes)
+    requestLog.writes(&socket, response.number, bytes);
+    // A client that has left answers what is written with a reset, and what it had sent before would be lost.
+    const bool mayHaveLeft = hasPeerEndedSending(socket);
+    while (mayHaveLeft && isActive(&socket) && receive(socket)) {
+    }
+    if (!isActive(&socket))
+        return;
+    if (!bytes.isEmpty() && socket.write(bytes) < 0) {
+        onSocketDisconnected(socket);
+        return;
+    }
+    if (response.afterwards != Afterwards::Goes)
         finishing.insert(&socket);
     watchSending(socket);
+    if (mayHaveLeft && isActive(&socket))
+        receive(socket); // notes the reset, so that no further page is fetched for it
 }
 
-void RS232TunnelWorker::watchSending(QTcpSocket &socket)
+void RS232TunnelWorker::watchSending(QAbstractSocket &socket)
 {
     const bool ends = finishing.contains(&socket);
     const qint64 unsent = socket.bytesToWrite();
+    requestLog.wrote(&socket, unsent, now());
     requests->setFetching(&socket, unsent <= (ends ? 0 : TunnelLimits::unsentAnswers), now());
     if (ends && unsent == 0)
         finish(socket);
@@ -327,11 +384,13 @@ void RS232TunnelWorker::watchSending(QTcpSocket &socket)
 
 /// Ends the connection of a client that has got its last answer. It is told at once that no more comes, but what it
 /// is still sending is read for a while: a socket that is closed with unread bytes takes the answer along.
-void RS232TunnelWorker::finish(QTcpSocket &socket)
+void RS232TunnelWorker::finish(QAbstractSocket &socket)
 {
     finishing.remove(&socket);
+    lingering.insert(&socket);
     endSending(socket);
-    QTimer::singleShot(TunnelLimits::lingerMs, &socket, &QTcpSocket::abort);
+    receive(socket);
+    QTimer::singleShot(TunnelLimits::lingerMs, &socket, &QAbstractSocket::abort);
 }
 
 } // namespace SondixQt

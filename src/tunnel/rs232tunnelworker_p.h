@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "requestlog_p.h"
 #include "requestqueue_p.h"
 
 #include <SondixQt/errorcode.h>
@@ -17,12 +18,12 @@
 #include <mutex>
 
 QT_BEGIN_NAMESPACE
-class QTcpServer;
-class QTcpSocket;
+class QAbstractSocket;
 QT_END_NAMESPACE
 
 namespace SondixQt {
 
+class LoopbackServer;
 class SensorInstance;
 
 /// Does the tunnel's work in the tunnel's thread: serves the browser's connections out of the sensor. Exported for
@@ -58,27 +59,29 @@ private:
     // Connections.
     void onNewConnection();
     void onAcceptError();
-    void onSocketDataAvailable(QTcpSocket &socket);
-    void onSocketDisconnected(QTcpSocket &socket);
-    void onBytesWritten(QTcpSocket &socket);
+    void onSocketDataAvailable(QAbstractSocket &socket);
+    void onSocketDisconnected(QAbstractSocket &socket);
+    void onBytesWritten(QAbstractSocket &socket);
     void dropClients();
     void removeInactiveClients();
-    bool isActive(QTcpSocket *socket);
+    bool isActive(QAbstractSocket *socket);
     int socketCount();
     std::array<QTimer *, 5> timers();
 
     // Requests.
-    void handleRequestFromSocket(QTcpSocket &socket);
+    void handleRequestFromSocket(QAbstractSocket &socket);
+    bool receive(QAbstractSocket &socket);
+    void serve(const RequestQueue::Request &request);
     void handleSensorCommandFromProxy(const RequestQueue::Request &request);
     void relay(const RequestQueue::Request &request);
     void serveNext();
     bool isTurnDue() const;
     void expireQuietClients();
-    bool getHTTPResponse(QByteArray &bytes, QTcpSocket *&socket, RequestQueue::Afterwards &afterwards);
+    bool getHTTPResponse(RequestQueue::Response &response, QAbstractSocket *&socket);
     void writeResponses();
-    void watchSending(QTcpSocket &socket);
-    void finish(QTcpSocket &socket);
-    void write(QTcpSocket &socket, const QByteArray &bytes, RequestQueue::Afterwards afterwards);
+    void watchSending(QAbstractSocket &socket);
+    void finish(QAbstractSocket &socket);
+    void write(QAbstractSocket &socket, const RequestQueue::Response &response);
     void update();
     qint64 now() const;
 
@@ -89,16 +92,18 @@ private:
     void enableRS422Output();
     ErrorCode switchRS422Output(bool on, QString *errorText);
     void startSensorLog();
-    void logAnswer(const RequestQueue::Request &request, int status, int bytes, qint64 begin,
+    void logAnswer(const RequestQueue::Request &request, int status, qint64 begun,
                    const QString &problem = QString());
     void log(const char *function, const QString &text);
 
     bool listening = false;
-    QTcpServer *server = nullptr;
+    LoopbackServer *server = nullptr;
     std::unique_ptr<RequestQueue> requests;
     SensorInstance *sensor;
-    QMap<QTcpSocket *, bool> clients; ///< and whether answers still reach them
-    QSet<QTcpSocket *> finishing;     ///< clients whose last answer is on its way
+    QMap<QAbstractSocket *, bool> clients; ///< and whether answers still reach them
+    QSet<QAbstractSocket *> finishing;     ///< clients whose last answer is on its way
+    QSet<QAbstractSocket *> lingering;     ///< clients that have got it
+    RequestLog requestLog;
     std::mutex clientsMutex;
     bool loggingEnabled = false;
     bool logBegun = false;

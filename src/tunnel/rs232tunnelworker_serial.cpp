@@ -45,19 +45,6 @@ QString logFileName(QString shortName)
            QStringLiteral("%[%1].log").arg(logFileCount);
 }
 
-/// \a path without what could do harm or be taken for something else where a log is shown.
-QByteArray printable(const QByteArray &path)
-{
-    QByteArray shown;
-    for (const char byte : path) {
-        if (byte > ' ' && byte < '\x7f')
-            shown += byte;
-        else
-            shown += '%' + QByteArray(1, byte).toHex().toUpper();
-    }
-    return shown;
-}
-
 /// The status of a sensor's answer; an empty header is replaced by one that says 200.
 int statusOf(const QByteArray &header)
 {
@@ -91,7 +78,7 @@ void RS232TunnelWorker::relay(const RequestQueue::Request &request)
                             &errorText, SensorInstance::ReadAfterSuccess);
     if (result == NoError) {
         requests->answer(request, header, body, now());
-        logAnswer(request, statusOf(header), body.size(), begin);
+        logAnswer(request, statusOf(header), begin);
         return;
     }
     log("handleRequestFromSocket",
@@ -100,7 +87,7 @@ void RS232TunnelWorker::relay(const RequestQueue::Request &request)
             .arg(errorText, path, tag));
     // The browser's next connection opens the sensor again.
     requests->fail(request, errorText.toLatin1(), !sensor->isOpen(), now());
-    logAnswer(request, HttpStatus::badGateway, 0, begin, errorText);
+    logAnswer(request, HttpStatus::badGateway, begin, errorText);
 }
 
 void RS232TunnelWorker::handleSensorCommandFromProxy(const RequestQueue::Request &request)
@@ -129,12 +116,12 @@ void RS232TunnelWorker::handleSensorCommandFromProxy(const RequestQueue::Request
     }
     if (result == NoError) {
         requests->answerCommand(request, answer, now());
-        logAnswer(request, HttpStatus::ok, answer.size(), begin);
+        logAnswer(request, HttpStatus::ok, begin);
         return;
     }
     log("handleSensorCommandFromProxy", QStringLiteral("Cmd_Generic error:'%1'").arg(errorText));
     requests->fail(request, errorText.toLatin1(), !sensor->isOpen(), now());
-    logAnswer(request, HttpStatus::badGateway, 0, begin, errorText);
+    logAnswer(request, HttpStatus::badGateway, begin, errorText);
 }
 
 ErrorCode RS232TunnelWorker::openSerialCommunication()
@@ -167,6 +154,11 @@ void RS232TunnelWorker::closeSerialCommunicationPrivate()
     };
     bool announced = false;
     bool isOpen = sensor->isOpen();
+    // The sensor keeps this setting: whoever opens it next would get no values.
+    if (rs422SwitchedOff && isOpen)
+        enableRS422Output();
+    else if (rs422SwitchedOff)
+        log("closeSerialCommunicationPrivate", QStringLiteral("The RS422 output stays off: the sensor is closed"));
     for (int attempt = 0; attempt < closeAttempts && isOpen && serialOpenedByTunnel; ++attempt) {
         if (closeOnce()) {
             announced = true;
@@ -174,12 +166,10 @@ void RS232TunnelWorker::closeSerialCommunicationPrivate()
         }
         isOpen = sensor->isOpen();
     }
+    const bool closingFailed = isOpen && serialOpenedByTunnel;
     if (!isOpen)
         serialOpenedByTunnel = false;
-    else if (rs422SwitchedOff && !serialOpenedByTunnel)
-        enableRS422Output();
-    rs422SwitchedOff = false;
-    if (listening && !announced)
+    if (listening && !announced && !closingFailed)
         Q_EMIT tunnelClosed();
 }
 
@@ -218,7 +208,9 @@ void RS232TunnelWorker::disableRS422Output()
 void RS232TunnelWorker::enableRS422Output()
 {
     QString errorText;
-    if (switchRS422Output(true, &errorText) != NoError)
+    if (switchRS422Output(true, &errorText) == NoError)
+        rs422SwitchedOff = false;
+    else
         log("enableRS422Output", errorText);
 }
 
@@ -272,19 +264,11 @@ void RS232TunnelWorker::startSensorLog()
         qCWarning(tunnelLog).noquote() << "RS232TunnelWorker::startSensorLog:" << errorText;
 }
 
-/// One line for each request, such as "GET / 200, 1445 bytes in 23 ms".
-void RS232TunnelWorker::logAnswer(const RequestQueue::Request &request, int status, int bytes, qint64 begin,
+void RS232TunnelWorker::logAnswer(const RequestQueue::Request &request, int status, qint64 begun,
                                   const QString &problem)
 {
-    if (!tunnelRequestLog().isInfoEnabled())
-        return;
-    const QString result = problem.isEmpty() ? QStringLiteral("%1 bytes").arg(bytes) : problem.simplified();
-    qCInfo(tunnelRequestLog).noquote() << QStringLiteral("%1 %2 %3, %4 in %5 ms")
-                                              .arg(request.kind == RequestCutter::Get ? QStringLiteral("GET")
-                                                                                      : QStringLiteral("POST"),
-                                                   QString::fromLatin1(printable(request.path)),
-                                                   QString::number(status), result,
-                                                   QString::number(uptime.elapsed() - begin));
+    requestLog.answered(request.client, {request.number, request.method, request.path, status, problem, begun},
+                        now());
 }
 
 /// To the debug log, and to the sensor's where there is one.

@@ -8,16 +8,20 @@
 /// What clients send on one connection, and what the tunnel must make of it however the bytes arrive. It is shared
 /// by the tests of the queue and of the sockets.
 
+/// In place of a status: the connection ends without an answer.
+constexpr int hungUp = -1;
+
 struct RequestSequence
 {
     QByteArray name;
     QByteArray bytes;
     QList<QByteArray> requests; ///< in the order in which they are served, as describeRequest() says
     int refusal = 0;            ///< the HTTP status with which the connection ends, 0: it does not end so
+    int directAnswers = 0;      ///< besides those to the requests, such as 100
     bool pauses = false;        ///< the client has said all when it pauses after these bytes
 };
 
-/// "GET <path> <tag>", "IMPORT <text>" or "COMMAND <text>"; both the queue's requests and the cutter's have these.
+/// "GET <path> <tag>", "IMPORT <text>", "COMMAND <text>" or "OTHER <method>"; both the queue's requests and the cutter's have these.
 template<typename Request>
 QByteArray describeRequest(const Request &request)
 {
@@ -26,6 +30,9 @@ QByteArray describeRequest(const Request &request)
         return "IMPORT " + request.text;
     case 2:
         return "COMMAND " + request.text;
+    case 3:
+    case 4:
+        return "OTHER " + request.method;
     default:
         return "GET " + request.path + ' ' + request.entityTag;
     }
@@ -54,6 +61,14 @@ inline QByteArray blocksThatLookLikeCommands(int blocks)
         body += command + QByteArray(blockSize - command.size(), '\n');
     }
     return body;
+}
+
+/// A request of a foreign page that a browser would send, whose body is a command.
+inline QByteArray foreignRequestOf(const QByteArray &method, const QByteArray &target, const QByteArray &headers)
+{
+    const QByteArray body = commandRequest("SETDEFAULT ALL", "");
+    return method + ' ' + target + " HTTP/1.1\r\n" + headers +
+           "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
 }
 
 /// The greeting of an encrypted connection to a host whose name a stranger has chosen.
@@ -90,6 +105,9 @@ inline QList<RequestSequence> pageSequences()
          pageRequest("/a", "Host: localhost\r\nConnection: close\r\n") + pageRequest("/b"),
          {"GET /a "}},
         {"a page of an old client", "GET /a HTTP/1.0\r\n\r\n" + commandRequest("SETRESET"), {"GET /a "}},
+        {"tabs as white space", "GET /a HTTP/1.1\r\nHost:\tlocalhost\t\r\nAccept: a\tb\r\n\r\n", {"GET /a "}},
+        {"an absolute target", pageRequest("http://localhost:8080/a?b"), {"GET /a "}},
+        {"an absolute target without a path", pageRequest("HTTP://127.0.0.1?b"), {"GET / "}},
         {"line ends before pages",
          "\r\n\r\n" + pageRequest("/a") + "\r\n" + pageRequest("/b"),
          {"GET /a ", "GET /b "}},
@@ -114,9 +132,6 @@ inline QList<RequestSequence> commandSequences()
         {"an import of one line", commandRequest("IMPORT all"), {"IMPORT "}},
         {"an import in small letters", commandRequest("import all\nA 1"), {"COMMAND import all\nA 1"}},
         {"an empty command", commandRequest(""), {"COMMAND "}},
-        {"a browser's command without a length",
-         "POST / HTTP/1.1\r\nHost: localhost\r\n\r\n" + pageRequest("/a"),
-         {"COMMAND ", "GET /a "}},
         {"commands among pages",
          pageRequest("/a") + commandRequest("ONE") + pageRequest("/b") + commandRequest("TWO"),
          {"GET /a ", "COMMAND ONE", "GET /b ", "COMMAND TWO"}},
@@ -136,7 +151,13 @@ inline QList<RequestSequence> commandSequences()
         {"a zero byte in a command", commandRequest(QByteArray("ONE\0TWO", 7)) + commandRequest("THREE"), {}, 400},
         {"POST in small letters",
          "post / HTTP/1.1\r\nContent-Length: 3\r\n\r\nONE" + commandRequest("TWO"),
-         {"COMMAND TWO"}},
+         {"OTHER post", "COMMAND TWO"}},
+        {"a command that waits for its go-ahead",
+         pageRequest("/a") + commandRequest("ONE", "Host: localhost\r\nExpect: 100-continue\r\n") +
+             commandRequest("TWO"),
+         {"GET /a ", "COMMAND ONE", "COMMAND TWO"},
+         0,
+         1},
     };
 }
 
@@ -159,6 +180,27 @@ inline QList<RequestSequence> refusedSequences()
              after,
          {},
          403},
+        {"a browser's command without a length", "POST / HTTP/1.1\r\nHost: localhost\r\n\r\n" + after, {}, 411},
+        {"a foreign page's command that waits",
+         commandRequest("ONE", foreign + "Expect: 100-continue\r\n") + after,
+         {},
+         403},
+        {"a foreign page's web socket",
+         pageRequest("/a", "Host: localhost\r\nOrigin: http://example.com\r\nUpgrade: websocket\r\n") + after,
+         {},
+         403},
+        {"an own page's web socket",
+         pageRequest("/a", "Host: localhost\r\nUpgrade: websocket\r\n") + after,
+         {},
+         403},
+        {"a foreign origin", pageRequest("/a", foreign) + after, {}, 403},
+        {"a page fetched in advance",
+         pageRequest("/a", "Host: localhost\r\nSec-Fetch-Site: none\r\nSec-Purpose: prefetch;prerender\r\n") +
+             after,
+         {},
+         403},
+        {"an absolute target elsewhere", pageRequest("http://example.com/a") + after, {}, 403},
+        {"a tag with a tab", pageRequest("/a", "Host: localhost\r\nIf-None-Match: a\tb\r\n") + after, {}, 400},
         {"a foreign page's question", "OPTIONS / HTTP/1.1\r\n" + foreign + "\r\n" + after, {}, 403},
         {"a name that vanishes", pageRequest("/a") + commandRequest("ONE", "") + after, {"GET /a "}, 400},
         {"a control byte", pageRequest("/a\x01") + after, {}, 400},
@@ -187,19 +229,36 @@ inline QList<RequestSequence> foreignSequences()
     const QByteArray after = pageRequest("/after");
     const QByteArray command = "POST / HTTP/1.1\r\nContent-Length: 8\r\n\r\nSETRESET";
     return {
-        {"lines of text", "hello\r\nGETTING up\r\nPOSTS\r\n" + after, {"GET /after "}},
+        {"lines of text", "hello\r\nGetting up\r\nPOSTS\r\n" + after, {"GET /after "}},
         {"another method",
          "PUT /a HTTP/1.1\r\nHost: localhost\r\nContent-Length: " + QByteArray::number(command.size()) +
              "\r\n\r\n" + command + after,
-         {"GET /after "}},
-        {"another method of an old client", "HEAD /a HTTP/1.0\r\n\r\n" + after, {"GET /after "}},
+         {"OTHER PUT", "GET /after "}},
+        {"HEAD", "HEAD /a HTTP/1.1\r\nHost: localhost\r\n\r\n" + after, {"OTHER HEAD", "GET /after "}},
+        {"another method of an old client", "HEAD /a HTTP/1.0\r\n\r\n" + after, {"OTHER HEAD"}},
         {"another method's last request",
          "HEAD /a HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n" + after,
-         {"GET /after "}},
-        {"another method's long line", "PUT /" + QByteArray(9000, 'a') + " HTTP/1.1\r\n\r\n" + command, {}},
+         {"OTHER HEAD"}},
+        {"another method that waits for its go-ahead",
+         "PUT /a HTTP/1.1\r\nContent-Length: 1\r\nExpect: 100-continue\r\n\r\nA" + pageRequest("/after", ""),
+         {"OTHER PUT", "GET /after "},
+         0,
+         1},
+        {"a foreign page's other method", "DELETE / HTTP/1.1\r\nHost: example.com\r\n\r\n" + command, {}, 403},
+        {"another method's long line", "PUT /" + QByteArray(9000, 'a') + " HTTP/1.1\r\n\r\n" + command, {}, 414},
+        {"another method without an end", "PUT /" + QByteArray(9000, 'a'), {}, 414},
+        {"capital letters without an end", QByteArray(9000, 'A'), {}, 414},
+        {"another version", "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n" + command, {}, 400},
+        {"another method without a version", "PUT /a\r\n\r\n" + command, {}, 400},
+        {"a control byte in another method", "PUT /\x02 HTTP/1.1\r\n\r\n" + command, {}, 400},
+        {"a word in capital letters", "HELLO\r\n" + after, {"GET /after "}},
+        {"words in capital letters", "HELLO THERE\r\n\r\n" + command, {}, 400},
         {"a long line of text", QByteArray(9000, 'a') + "\r\n" + command, {}},
-        {"an encrypted greeting", encryptedGreeting("a.localhost") + command, {}},
-        {"an encrypted greeting with lines", encryptedGreeting("\r\n\r\n" + command) + command + after, {}},
+        {"an encrypted greeting", encryptedGreeting("a.localhost") + command, {}, hungUp},
+        {"an encrypted greeting with lines",
+         after + encryptedGreeting("\r\n\r\n" + command) + command + after,
+         {"GET /after "},
+         hungUp},
         {"text, then binary", "hello\r\n\x01\r\n" + command, {}},
     };
 }
@@ -207,24 +266,32 @@ inline QList<RequestSequence> foreignSequences()
 inline QList<RequestSequence> pausedSequences()
 {
     return {
-        {"a raw page", "GET /a", {"GET /a "}, 0, true},
-        {"a raw page with a version", "GET /a HTTP/1.1\r\n", {"GET /a "}, 0, true},
-        {"a raw page with a tag", "GET /a\r\nIf-None-Match: \"1\"", {"GET /a 1"}, 0, true},
-        {"a raw page after another", pageRequest("/a", "") + "GET /b", {"GET /a ", "GET /b "}, 0, true},
-        {"a raw command", "POST / HTTP/1.1\r\n\r\nMEASRATE 1\r\n", {"COMMAND MEASRATE 1"}, 0, true},
-        {"a raw import", "POST /\r\n\r\nIMPORT all\nA 1\n", {"IMPORT A 1\n"}, 0, true},
+        {"a raw page", "GET /a", {"GET /a "}, 0, 0, true},
+        {"a raw page with a version", "GET /a HTTP/1.1\r\n", {"GET /a "}, 0, 0, true},
+        {"a raw page with a tag", "GET /a\r\nIf-None-Match: \"1\"", {"GET /a 1"}, 0, 0, true},
+        {"a raw page after another", pageRequest("/a", "") + "GET /b", {"GET /a ", "GET /b "}, 0, 0, true},
+        {"a raw command", "POST / HTTP/1.1\r\n\r\nMEASRATE 1\r\n", {"COMMAND MEASRATE 1"}, 0, 0, true},
+        {"a raw import", "POST /\r\n\r\nIMPORT all\nA 1\n", {"IMPORT A 1\n"}, 0, 0, true},
         {"a raw command with requests in it",
          "POST /\r\n\r\nONE\r\nGET / HTTP/1.1\r\n\r\n",
          {"COMMAND ONE\r\nGET / HTTP/1.1"},
          0,
+         0,
          true},
-        {"a raw command with a zero byte", QByteArray("POST /\r\n\r\nO\0NE", 13), {}, 400, true},
-        {"a browser's half head", "POST / HTTP/1.1\r\nHost: localhost", {}, 0, true},
-        {"a browser's half head with a line end", "GET / HTTP/1.1\r\nOrigin: http://example.com\r\n", {}, 0, true},
-        {"half a name of a header", "GET / HTTP/1.1\r\nHos", {}, 0, true},
-        {"half a head that announces a body", "POST / HTTP/1.1\r\nContent-Length: 3\r\n", {}, 0, true},
-        {"half a word", "GE", {}, 0, true},
-        {"half a line of text", "hello", {}, 0, true},
+        {"a raw command with a zero byte", QByteArray("POST /\r\n\r\nO\0NE", 13), {}, 400, 0, true},
+        {"a browser's half head", "POST / HTTP/1.1\r\nHost: localhost", {}, 0, 0, true},
+        {"a browser's half head with a line end",
+         "GET / HTTP/1.1\r\nOrigin: http://example.com\r\n",
+         {},
+         0,
+         0,
+         true},
+        {"half a name of a header", "GET / HTTP/1.1\r\nHos", {}, 0, 0, true},
+        {"half a head that announces a body", "POST / HTTP/1.1\r\nContent-Length: 3\r\n", {}, 0, 0, true},
+        {"half a word", "GE", {}, 0, 0, true},
+        {"half a line of another method", "PUT /a", {}, 0, 0, true},
+        {"another method without its blank line", "PUT /a HTTP/1.1\r\n", {}, 0, 0, true},
+        {"half a line of text", "hello", {}, 0, 0, true},
     };
 }
 

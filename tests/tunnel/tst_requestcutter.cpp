@@ -14,7 +14,16 @@ using Pieces = QList<QByteArray>;
 
 QByteArray describe(const RequestCutter::Piece &piece)
 {
-    return piece.refusal != 0 ? QByteArray::number(piece.refusal) : describeRequest(piece);
+    switch (piece.kind) {
+    case RequestCutter::Refusal:
+        return QByteArray::number(piece.status);
+    case RequestCutter::Continue:
+        return "100";
+    case RequestCutter::Hangup:
+        return "end";
+    default:
+        return describeRequest(piece);
+    }
 }
 
 Pieces takeAll(RequestCutter &cutter)
@@ -87,7 +96,9 @@ private Q_SLOTS:
     void unknownBytesAreDroppedAndCounted();
     void binaryGarbageNeverBecomesACommand_data();
     void binaryGarbageNeverBecomesACommand();
+    void encryptedConnectionsEndAtOnce();
     void otherMethodsLeaveTheConnectionUsable();
+    void bodiesThatWaitAreAskedFor();
     void firstLinesHaveALimit_data();
     void firstLinesHaveALimit();
     void endlessFirstLinesEndAtTheLimit();
@@ -105,7 +116,13 @@ private Q_SLOTS:
     void commandsNeedTheirBlankLine();
     void unfinishedRequestsGoOnAfterAPause();
     void outstandingBodiesDoNotEndByAPause();
-    void aPauseEndsOtherMethodsWithoutATrace();
+    void aPauseEndsText();
+    void aPauseEndsNoRequestOfAnotherMethod_data();
+    void aPauseEndsNoRequestOfAnotherMethod();
+    void theRestOfAPageThatAPauseHasCutIsRefused_data();
+    void theRestOfAPageThatAPauseHasCutIsRefused();
+    void theEndOfTheInputEndsLikeAPause_data();
+    void theEndOfTheInputEndsLikeAPause();
     void pausesEndOnlyWhatHasBegun();
     void nothingIsParsedAfterARefusal_data();
     void nothingIsParsedAfterARefusal();
@@ -238,8 +255,9 @@ void TestRequestCutter::unknownBytesAreDroppedAndCounted_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<int>("dropped");
-    const auto row = [](const char *name, const QByteArray &bytes, int dropped) {
-        QTest::newRow(name) << bytes << dropped;
+    QTest::addColumn<Pieces>("pieces");
+    const auto row = [](const char *name, const QByteArray &bytes, int dropped, const Pieces &pieces = {}) {
+        QTest::newRow(name) << bytes << dropped << pieces;
     };
     row("a line", "hello\r\n", 1);
     row("two lines", "hello\r\nthere\r\n", 2);
@@ -249,17 +267,20 @@ void TestRequestCutter::unknownBytesAreDroppedAndCounted_data()
     row("no blank behind GET", "GET/a HTTP/1.1\r\n", 1);
     row("no blank behind POST", "POST\r\n", 1);
     row("a blank before GET", " GET /a HTTP/1.1\r\n", 1);
-    row("another method", "DELETE /a HTTP/1.1\r\nHost: localhost\r\n\r\n", 1);
-    row("another method with a body", "PUT /a HTTP/1.1\r\nContent-Length: 19\r\n\r\nPOST / HTTP/1.1\r\n\r\n", 1);
-    row("POST in small letters, whole", "post /a HTTP/1.1\r\nHost: localhost\r\nContent-Length: 3\r\n\r\nONE", 1);
+    row("another method", "DELETE /a HTTP/1.1\r\nHost: localhost\r\n\r\n", 1, {"OTHER DELETE"});
+    row("another method with a body", "PUT /a HTTP/1.1\r\nContent-Length: 19\r\n\r\nPOST / HTTP/1.1\r\n\r\n", 1,
+        {"OTHER PUT"});
+    row("POST in small letters, whole", "post /a HTTP/1.1\r\nHost: localhost\r\nContent-Length: 3\r\n\r\nONE", 1,
+        {"OTHER post"});
 }
 
 void TestRequestCutter::unknownBytesAreDroppedAndCounted()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(int, dropped);
+    QFETCH(Pieces, pieces);
     RequestCutter cutter;
-    QCOMPARE(cut(cutter, bytes), Pieces());
+    QCOMPARE(cut(cutter, bytes), pieces);
     QCOMPARE(cutter.takeDropped(), dropped);
     QCOMPARE(cutter.takeDropped(), 0);
     QVERIFY(!cutter.isIncomplete());
@@ -271,13 +292,12 @@ void TestRequestCutter::binaryGarbageNeverBecomesACommand_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     const QByteArray smuggled = "\r\n\r\nPOST / HTTP/1.1\r\nContent-Length: 8\r\n\r\nSETRESET";
-    QTest::newRow("encrypted greeting") << encryptedGreeting("a.localhost" + smuggled) + smuggled;
     QTest::newRow("zero byte") << QByteArray(1, '\0') + smuggled;
     QTest::newRow("bare line end") << "\n" + smuggled.mid(4);
     QTest::newRow("after a word") << "GE\x01" + smuggled;
+    QTest::newRow("encrypted greeting after text") << "hello\r\na" + encryptedGreeting("a.localhost" + smuggled);
     QTest::newRow("after text") << "hello\r\n\x7f" + smuggled;
     QTest::newRow("tab in text") << "hello\tthere" + smuggled;
-    QTest::newRow("control in a first line") << "PUT /\x02 HTTP/1.1" + smuggled;
     QTest::newRow("line without an end") << QByteArray(TunnelLimits::requestLine + 1, 'a') + smuggled;
 }
 
@@ -300,16 +320,43 @@ void TestRequestCutter::binaryGarbageNeverBecomesACommand()
     }
 }
 
+void TestRequestCutter::encryptedConnectionsEndAtOnce()
+{
+    RequestCutter cutter;
+    QCOMPARE(cut(cutter, pageRequest("/a") + QByteArray(1, '\x16')), (Pieces{"GET /a ", "end"}));
+    QVERIFY(cutter.isEnded());
+    QCOMPARE(cutter.takeDropped(), 1);
+    QCOMPARE(cut(cutter, encryptedGreeting("a.localhost").mid(1) + commandRequest("ONE")), Pieces());
+}
+
 void TestRequestCutter::otherMethodsLeaveTheConnectionUsable()
 {
     RequestCutter cutter;
-    QCOMPARE(cut(cutter, "HEAD / HTTP/1.0\r\n\r\n"), Pieces());
-    QCOMPARE(cut(cutter, "HEAD / HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n"), Pieces());
-    QCOMPARE(cutter.takeDropped(), 2);
+    QCOMPARE(cut(cutter, "HEAD / HTTP/1.1\r\nHost: localhost\r\n\r\n"), Pieces{"OTHER HEAD"});
+    QCOMPARE(cutter.takeDropped(), 1);
     QVERIFY(!cutter.isEnded());
     QCOMPARE(cut(cutter, pageRequest("/a")), pageA);
     // The name that it has sent counts all the same.
     QCOMPARE(cut(cutter, pageRequest("/a", "")), Pieces{"400"});
+
+    RequestCutter old;
+    QCOMPARE(cut(old, "HEAD / HTTP/1.0\r\n\r\n" + pageRequest("/a")), Pieces{"OTHER HEAD"});
+    QVERIFY(old.isEnded());
+}
+
+void TestRequestCutter::bodiesThatWaitAreAskedFor()
+{
+    RequestCutter cutter;
+    const QByteArray expect = "Host: localhost\r\nExpect: 100-continue\r\n";
+    const QByteArray request = commandRequest("ONE", expect);
+    QCOMPARE(cut(cutter, request.left(request.size() - 5)), Pieces());
+    QCOMPARE(cut(cutter, request.mid(request.size() - 5, 2)), Pieces{"100"});
+    QCOMPARE(cut(cutter, "ONE"), Pieces{"COMMAND ONE"});
+    // Nothing is asked for that does not come, or is refused.
+    QCOMPARE(cut(cutter, commandRequest("", expect)), Pieces{"COMMAND "});
+    QCOMPARE(cut(cutter, "GET /a HTTP/1.0\r\nContent-Length: 1\r\n" + expect + "\r\nA"), pageA);
+    QCOMPARE(cut(commandRequest("ONE", "Host: example.com\r\nExpect: 100-continue\r\n")), Pieces{"403"});
+    QCOMPARE(cut("POST / HTTP/1.1\r\nContent-Length: 1048577\r\n" + expect + "\r\n"), Pieces{"413"});
 }
 
 void TestRequestCutter::firstLinesHaveALimit_data()
@@ -318,7 +365,7 @@ void TestRequestCutter::firstLinesHaveALimit_data()
     QTest::addColumn<int>("size");
     QTest::addColumn<bool>("fits");
     constexpr int limit = 8 * 1024;
-    for (const char *method : {"GET", "get", "POST"}) {
+    for (const char *method : {"GET", "get", "POST", "PUT", "OPTIONS"}) {
         for (const int size : {limit - 1, limit, limit + 1})
             QTest::addRow("%s %d", method, size) << QByteArray(method) << size << (size <= limit);
     }
@@ -330,7 +377,8 @@ void TestRequestCutter::firstLinesHaveALimit()
     QFETCH(int, size);
     QFETCH(bool, fits);
     RequestCutter cutter;
-    const Pieces pieces = cut(cutter, line(method, size) + "\r\nHost: localhost\r\n\r\n" + pageRequest("/b"));
+    const Pieces pieces =
+        cut(cutter, line(method, size) + "\r\nHost: localhost\r\nContent-Length: 0\r\n\r\n" + pageRequest("/b"));
     QCOMPARE(pieces.size(), fits ? 2 : 1);
     QCOMPARE(pieces.first() == "414", !fits);
     QCOMPARE(cutter.isEnded(), !fits);
@@ -472,7 +520,7 @@ void TestRequestCutter::halfHeadsOfBrowsersAreNeverServed()
     QFETCH(QByteArray, head);
     RequestCutter cutter;
     QCOMPARE(cut(cutter, head), Pieces());
-    QVERIFY(cutter.waitsForQuiet());
+    QCOMPARE(cutter.waitsForQuiet(), head.startsWith("GET"));
     QCOMPARE(pause(cutter), Pieces());
     QVERIFY(cutter.isIncomplete());
     QVERIFY(!cutter.waitsForQuiet());
@@ -506,7 +554,6 @@ void TestRequestCutter::unfinishedRequestsGoOnAfterAPause()
     QCOMPARE(cut(cutter, "POST / HTTP/1.1\r\nHost: local"), Pieces());
     QCOMPARE(pause(cutter), Pieces());
     QCOMPARE(cut(cutter, "host\r\nContent-Length: 3\r"), Pieces());
-    QVERIFY(cutter.waitsForQuiet());
     QCOMPARE(pause(cutter), Pieces());
     QCOMPARE(cut(cutter, "\n\r\nONE"), Pieces{"COMMAND ONE"});
 
@@ -529,17 +576,94 @@ void TestRequestCutter::outstandingBodiesDoNotEndByAPause()
     QCOMPARE(cut(cutter, "\r\nONETWO"), Pieces{"COMMAND ONETWO"});
 }
 
-void TestRequestCutter::aPauseEndsOtherMethodsWithoutATrace()
+void TestRequestCutter::aPauseEndsText()
 {
-    for (const QByteArray &bytes : {QByteArray("PUT / HTTP/1.1"), QByteArray("PUT / HTTP/1.1\r\n"),
-                                    QByteArray("PUT / HTTP/1.1\r\nAccept: a"), QByteArray("hello"),
-                                    QByteArray("\r"), QByteArray("GE"), QByteArray("POST")}) {
+    for (const QByteArray &bytes : {QByteArray("hello"), QByteArray("Hello there"), QByteArray("\r")}) {
         RequestCutter cutter;
         QCOMPARE(cut(cutter, bytes), Pieces());
         QCOMPARE(pause(cutter), Pieces());
         QCOMPARE(cutter.takeDropped(), 1);
         QVERIFY(!cutter.isIncomplete());
         QCOMPARE(cut(cutter, "GET /\r\n\r\nGET /a HTTP/1.1\r\n\r\n"), (Pieces{"GET / ", "GET /a "}));
+    }
+}
+
+void TestRequestCutter::aPauseEndsNoRequestOfAnotherMethod_data()
+{
+    QTest::addColumn<QByteArray>("request");
+    for (const char *method : {"PUT", "OPTIONS", "HEAD", "POST"})
+        QTest::newRow(method) << foreignRequestOf(method, "/a", "Host: evil.example\r\n");
+    QTest::newRow("small letters") << foreignRequestOf("patch", "/a", "Host: evil.example\r\n");
+}
+
+void TestRequestCutter::aPauseEndsNoRequestOfAnotherMethod()
+{
+    QFETCH(QByteArray, request);
+    // Small letters are text until the first line is there.
+    const int first = request.at(0) >= 'a' ? request.indexOf("\r\n") : 1;
+    for (int size = first; size < request.indexOf("\r\n\r\n") + 4; ++size) {
+        RequestCutter cutter;
+        QCOMPARE(cut(cutter, request.left(size)), Pieces());
+        QVERIFY(!cutter.waitsForQuiet());
+        QVERIFY(cutter.isIncomplete());
+        QCOMPARE(pause(cutter), Pieces());
+        QCOMPARE(cut(cutter, request.mid(size)), Pieces{"403"});
+    }
+}
+
+void TestRequestCutter::theRestOfAPageThatAPauseHasCutIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("rest");
+    const QByteArray body = "\r\n\r\n" + commandRequest("SETDEFAULT ALL", "");
+    QTest::newRow("the target") << "bc HTTP/1.1\r\nHost: evil.example" + body;
+    QTest::newRow("the version") << " HTTP/1.1\r\nHost: evil.example" + body;
+    QTest::newRow("headers") << "\r\nHost: evil.example" + body;
+    QTest::newRow("binary") << "\x01" + body;
+}
+
+void TestRequestCutter::theRestOfAPageThatAPauseHasCutIsRefused()
+{
+    QFETCH(QByteArray, rest);
+    RequestCutter cutter;
+    QCOMPARE(cut(cutter, "GET /a"), Pieces());
+    QCOMPARE(pause(cutter), pageA);
+    QCOMPARE(cut(cutter, rest), Pieces{"400"});
+    // What is a request of its own goes on.
+    RequestCutter raw;
+    QCOMPARE(cut(raw, "GET /a"), Pieces());
+    QCOMPARE(pause(raw), pageA);
+    QCOMPARE(cut(raw, "\r\nGET /a\r\n\r\nhello\r\n" + pageRequest("/a")), pageA + pageA);
+}
+
+void TestRequestCutter::theEndOfTheInputEndsLikeAPause_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<Pieces>("pieces");
+    QTest::newRow("nothing") << QByteArray() << Pieces();
+    QTest::newRow("a raw page") << QByteArray("GET /a") << pageA;
+    QTest::newRow("a raw command") << QByteArray(rawPost + "ONE\n") << Pieces{"COMMAND ONE"};
+    QTest::newRow("half a head") << QByteArray("GET /a HTTP/1.1\r\nHost: localhost\r\n") << Pieces();
+    QTest::newRow("half a body") << QByteArray("POST / HTTP/1.1\r\nContent-Length: 4\r\n\r\nONE") << Pieces();
+    QTest::newRow("another method") << QByteArray("PUT / HTTP/1.1\r\n") << Pieces();
+    QTest::newRow("text") << QByteArray("hello") << Pieces();
+}
+
+void TestRequestCutter::theEndOfTheInputEndsLikeAPause()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(Pieces, pieces);
+    for (const bool paused : {false, true}) {
+        RequestCutter cutter;
+        Pieces seen = cut(cutter, bytes);
+        if (paused)
+            seen += pause(cutter);
+        RequestCutter::Piece piece;
+        if (cutter.endInput(piece))
+            seen += describe(piece);
+        QCOMPARE(seen, pieces);
+        QVERIFY(cutter.isEnded());
+        QVERIFY(!cutter.endInput(piece));
+        QCOMPARE(cut(cutter, pageRequest("/b")), Pieces());
     }
 }
 

@@ -44,6 +44,10 @@ void TestRequestDeadlines::deadlinesFollowWhatIsOutstanding_data()
     row("raw page", "GET /a", quiet, never);
     row("raw command", "POST / HTTP/1.1\r\n\r\nONE", quiet, never);
     row("half a head of a browser", halfHead, quiet, 5000);
+    row("half a head of another method", "PUT /a HTTP/1.1\r\n", 5000, 5000);
+    row("half a line of another method", "PUT /a", 5000, 5000);
+    row("half a method", "PU", 5000, 5000);
+    row("half a command", "POST /a", 5000, 5000);
     row("half a body", halfBody, 5000, 5000);
     row("half a line of text", "hello", quiet, idle);
     row("text", "hello\r\n", idle, idle);
@@ -163,7 +167,7 @@ void TestRequestDeadlines::idleConnectionsEnd()
     const RequestQueue::Response end = response();
     QCOMPARE(end.client, first);
     QCOMPARE(end.bytes, QByteArray());
-    QVERIFY(end.afterwards == RequestQueue::Afterwards::Ends);
+    QVERIFY(end.afterwards == RequestQueue::Afterwards::Aborts);
     QCOMPARE(response().client, Client());
     queue->expire(2 * idle);
     QCOMPARE(response().client, Client());
@@ -222,7 +226,7 @@ void TestRequestDeadlines::clientsThatNeverFetchEnd()
     const RequestQueue::Response end = response();
     QCOMPARE(end.client, first);
     QCOMPARE(end.bytes, QByteArray());
-    QVERIFY(end.afterwards == RequestQueue::Afterwards::Ends);
+    QVERIFY(end.afterwards == RequestQueue::Afterwards::Aborts);
     QVERIFY(!queue->hasRequest());
     queue->setFetching(first, true, 50000 + idle);
     QVERIFY(!queue->hasRequest());

@@ -23,8 +23,12 @@ RequestHead readGet(const QList<QByteArray> &headers, bool hostSeen = false)
     return readRequestHead(headOf("GET /page HTTP/1.1", headers), hostSeen);
 }
 
-RequestHead readPost(const QList<QByteArray> &headers, bool hostSeen = false)
+/// With a length, unless \a headers announce one.
+RequestHead readPost(QList<QByteArray> headers, bool hostSeen = false)
 {
+    const auto isLength = [](const QByteArray &header) { return header.toLower().startsWith("content-length"); };
+    if (std::none_of(headers.cbegin(), headers.cend(), isLength))
+        headers.append("Content-Length: 0");
     return readRequestHead(headOf("POST /command HTTP/1.1", headers), hostSeen);
 }
 
@@ -62,6 +66,11 @@ private Q_SLOTS:
     void headersThatDecideMayNotComeTwice();
     void contentLengthIsADecimalNumber_data();
     void contentLengthIsADecimalNumber();
+    void commandsOfBrowsersNeedALength();
+    void clientsMayWaitForAGoAhead();
+    void absoluteTargetsNameThisComputer_data();
+    void absoluteTargetsNameThisComputer();
+    void tabsAreWhiteSpace();
     void bodiesInPiecesAreNotImplemented_data();
     void bodiesInPiecesAreNotImplemented();
     void clientsMayWantNoFurtherRequest_data();
@@ -84,7 +93,7 @@ void TestRequestHead::theMethodIsReadFromTheFirstWord_data()
         QTest::newRow(word) << QByteArray(word) + " / HTTP/1.1" << int(RequestHead::Get);
     QTest::newRow("POST") << QByteArrayLiteral("POST / HTTP/1.1") << int(RequestHead::Post);
     for (const char *word : {"post", "Post", "POSt", "HEAD", "PUT", "OPTIONS", "GETS", "POSTS"})
-        QTest::newRow(word) << QByteArray(word) + " / HTTP/1.1" << int(RequestHead::Unserved);
+        QTest::newRow(word) << QByteArray(word) + " / HTTP/1.1" << int(RequestHead::Other);
 }
 
 void TestRequestHead::theMethodIsReadFromTheFirstWord()
@@ -246,7 +255,15 @@ void TestRequestHead::getFromForeignPagesPassesOnlyAsNavigation_data()
     const QByteArray dest = QByteArrayLiteral("Sec-Fetch-Dest: ");
     using Headers = QList<QByteArray>;
     QTest::newRow("no metadata") << Headers() << ok;
-    QTest::newRow("no metadata, foreign origin") << Headers{"Origin: http://example.com"} << ok;
+    QTest::newRow("no metadata, foreign origin") << Headers{"Origin: http://example.com"} << 403;
+    QTest::newRow("no metadata, no origin") << Headers{"Origin: null"} << 403;
+    QTest::newRow("web socket") << Headers{"Upgrade: websocket", "Connection: Upgrade"} << 403;
+    QTest::newRow("own web socket") << Headers{site + "same-origin", "Upgrade: websocket"} << 403;
+    QTest::newRow("wish for encryption") << Headers{"Upgrade-Insecure-Requests: 1"} << ok;
+    QTest::newRow("in advance") << Headers{"Sec-Purpose: prefetch"} << 403;
+    QTest::newRow("in advance, own") << Headers{site + "same-origin", "Sec-Purpose: Prefetch;prerender"} << 403;
+    QTest::newRow("in advance, twice") << Headers{"Sec-Purpose: a", "Sec-Purpose: prefetch"} << 403;
+    QTest::newRow("for another purpose") << Headers{"Sec-Purpose: reload"} << ok;
     for (const QByteArray own : {"same-origin", "none"}) {
         QTest::newRow((own + " alone").constData()) << Headers{site + own} << ok;
         QTest::newRow((own + " image").constData()) << Headers{site + own, mode + "no-cors", dest + "image"} << ok;
@@ -359,7 +376,8 @@ void TestRequestHead::everyControlByteIsRefused_data()
 {
     QTest::addColumn<QByteArray>("control");
     for (int byte = 0; byte < 0x20; ++byte)
-        QTest::newRow(QByteArray::number(byte, 16).constData()) << QByteArray(1, char(byte));
+        if (byte != '\t')
+            QTest::newRow(QByteArray::number(byte, 16).constData()) << QByteArray(1, char(byte));
     QTest::newRow("7f") << QByteArray(1, '\x7f');
     QTest::newRow("line end the wrong way round") << QByteArrayLiteral("\n\r");
 }
@@ -453,7 +471,78 @@ void TestRequestHead::contentLengthIsADecimalNumber()
         QCOMPARE(head.refusal, refusal);
         QCOMPARE(head.contentLength, length);
     }
-    QCOMPARE(readPost({}).contentLength, -1);
+    QCOMPARE(readRequestHead("POST /command HTTP/1.1", false).contentLength, -1);
+}
+
+void TestRequestHead::commandsOfBrowsersNeedALength()
+{
+    const auto refusalOf = [](const QByteArray &method, const QList<QByteArray> &headers) {
+        return readRequestHead(headOf(method + " / HTTP/1.1", headers), false).refusal;
+    };
+    QCOMPARE(refusalOf("POST", {}), ok);
+    QCOMPARE(refusalOf("POST", {"Host: localhost"}), 411);
+    QCOMPARE(refusalOf("POST", {"Sec-Fetch-Site: none"}), 411);
+    QCOMPARE(refusalOf("POST", {"Host: localhost", "Content-Length: 0"}), ok);
+    // Who is refused anyway learns nothing else.
+    QCOMPARE(refusalOf("POST", {"Host: example.com"}), 403);
+    QCOMPARE(refusalOf("POST", {"Host: localhost", "Origin: http://example.com"}), 403);
+    QCOMPARE(refusalOf("GET", {"Host: localhost"}), ok);
+    QCOMPARE(refusalOf("PUT", {"Host: localhost"}), ok);
+}
+
+void TestRequestHead::clientsMayWaitForAGoAhead()
+{
+    QVERIFY(readPost({"Host: localhost", "Expect: 100-continue"}).expectsContinue);
+    QVERIFY(readPost({"expect: 100-Continue"}).expectsContinue);
+    QVERIFY(!readPost({"Expect: something"}).expectsContinue);
+    QVERIFY(!readPost({}).expectsContinue);
+    QVERIFY(!readRequestHead("POST / HTTP/1.0\r\nExpect: 100-continue", false).expectsContinue);
+}
+
+void TestRequestHead::absoluteTargetsNameThisComputer_data()
+{
+    QTest::addColumn<QByteArray>("target");
+    QTest::addColumn<QByteArray>("path");
+    QTest::addColumn<int>("refusal");
+    const auto row = [](const QByteArray &target, const QByteArray &path, int refusal) {
+        QTest::newRow(target.constData()) << target << path << refusal;
+    };
+    row("http://localhost/a", "/a", ok);
+    row("HTTP://LOCALHOST:80/a?b", "/a", ok);
+    row("http://127.0.0.1:8080", "/", ok);
+    row("http://[::1]:1?b/c", "/", ok);
+    row("http://example.com/a", "/a", 403);
+    row("http://localhost.example.com/", "/", 403);
+    row("http://user@localhost/", "/", 403);
+    row("http:///a", "/a", 403);
+    row("http://example.com?/localhost", "/", 403);
+    row("/http://example.com/", "/http://example.com/", ok);
+}
+
+void TestRequestHead::absoluteTargetsNameThisComputer()
+{
+    QFETCH(QByteArray, target);
+    QFETCH(QByteArray, path);
+    QFETCH(int, refusal);
+    for (const QByteArray &method : {QByteArray("GET "), QByteArray("POST "), QByteArray("HEAD ")}) {
+        const QByteArray rest = target + " HTTP/1.1\r\nHost: localhost\r\nContent-Length: 0";
+        const RequestHead head = readRequestHead(method + rest, false);
+        QCOMPARE(head.path, path);
+        QCOMPARE(head.refusal, refusal);
+    }
+}
+
+void TestRequestHead::tabsAreWhiteSpace()
+{
+    const RequestHead head = readGet({"Host:\tlocalhost", "If-None-Match: \t\"a\"\t", "Accept: a,\tb"});
+    QCOMPARE(head.refusal, ok);
+    QCOMPARE(head.entityTag, QByteArrayLiteral("a"));
+    QCOMPARE(readPost({"Content-Length:\t12\t"}).contentLength, 12);
+    // Not where they would become part of something.
+    for (const char *text : {"GET\t/a HTTP/1.1", "GET /a\tb HTTP/1.1", "GET /a HTTP/1.1\r\nAccept\t: a",
+                             "GET /a HTTP/1.1\r\n\tAccept: a", "GET /a HTTP/1.1\r\nIf-None-Match: \"a\tb\""})
+        QCOMPARE(readRequestHead(text, false).refusal, 400);
+    QCOMPARE(readGet({"Host: local\thost"}).refusal, 403);
 }
 
 void TestRequestHead::bodiesInPiecesAreNotImplemented_data()

@@ -28,6 +28,13 @@ private Q_SLOTS:
     void answersGoOutOnce();
     void strangersHaveNoEffect();
     void droppedBytesAreCounted();
+    void otherMethodsAreAnsweredInTheirOrder();
+    void bodiesAreAskedForWhenEverythingBeforeIsAnswered();
+    void commandsOfClientsThatLeftAreCarriedOut();
+    void refusedCommandsOfClientsThatLeftAreNot();
+    void clientsThatSendNothingMoreAreAnswered_data();
+    void clientsThatSendNothingMoreAreAnswered();
+    void encryptedConnectionsEndAtOnce();
 };
 
 void TestRequestQueue::requestsCarryWhatTheClientAskedFor()
@@ -330,7 +337,131 @@ void TestRequestQueue::droppedBytesAreCounted()
     queue->feed(second, "half", 0);
     queue->expire(quiet);
     QCOMPARE(queue->takeDropped(), 1);
+    QCOMPARE(serveAll().size(), 2);
+}
+
+void TestRequestQueue::otherMethodsAreAnsweredInTheirOrder()
+{
+    queue->feed(first,
+                pageRequests(0, 1) + "PUT / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 3\r\n\r\nGET" +
+                    "HEAD / HTTP/1.1\r\nHost: localhost\r\n\r\n" + pageRequests(1, 1),
+                0);
+    serve(take());
+    for (int i = 0; i < 2; ++i) {
+        const RequestQueue::Request request = take();
+        QCOMPARE(request.method, QByteArray(i == 0 ? "PUT" : "HEAD"));
+        queue->answerOtherMethod(request, 0);
+    }
+    QVERIFY(response().bytes.startsWith("HTTP/1.1 200 "));
+    const QByteArray put = response().bytes;
+    QVERIFY(put.startsWith("HTTP/1.1 501 "));
+    QVERIFY(put.contains("Unknown HTTP request"));
+    const RequestQueue::Response head = response();
+    QVERIFY(head.bytes.startsWith("HTTP/1.1 501 "));
+    QVERIFY(head.bytes.endsWith("\r\n\r\n"));
+    QVERIFY(head.afterwards == RequestQueue::Afterwards::Goes);
+    QCOMPARE(serveAll(), Texts{"GET /1 "});
+}
+
+void TestRequestQueue::bodiesAreAskedForWhenEverythingBeforeIsAnswered()
+{
+    const QByteArray command = commandRequest("ONE", "Host: localhost\r\nExpect: 100-continue\r\n");
+    queue->feed(first, pageRequests(0, 1) + command.chopped(3), 0);
+    const RequestQueue::Request page = take();
+    QCOMPARE(response().client, Client());
+    serve(page);
+    QVERIFY(response().bytes.startsWith("HTTP/1.1 200 "));
+    const RequestQueue::Response goAhead = response();
+    QCOMPARE(goAhead.bytes, QByteArray("HTTP/1.1 100 Continue\r\n\r\n"));
+    QVERIFY(goAhead.afterwards == RequestQueue::Afterwards::Goes);
+    queue->feed(first, "ONE", 0);
+    QCOMPARE(serveAll(), Texts{"COMMAND ONE"});
+}
+
+void TestRequestQueue::commandsOfClientsThatLeftAreCarriedOut()
+{
+    QByteArray commands;
+    Texts expected;
+    for (int i = 0; i < 40; ++i) {
+        commands += commandRequest(QByteArray::number(i)) + pageRequests(i, 1);
+        expected += "COMMAND " + QByteArray::number(i);
+    }
+    queue->feed(first, commands + halfBody, 0);
+    const RequestQueue::Request serving = take();
+    queue->removeClient(first);
+    queue->addClient(first, 0);
+    serve(serving);
+    queue->feed(first, pageRequests(99, 1), 0);
+    // They come first, and nobody gets their answers.
+    QCOMPARE(describeRequest(serving), expected.takeFirst());
+    for (const QByteArray &command : qAsConst(expected)) {
+        const RequestQueue::Request request = take();
+        QCOMPARE(describeRequest(request), command);
+        QCOMPARE(request.client, Client());
+        serve(request);
+        QCOMPARE(response().client, Client());
+    }
+    QCOMPARE(serveAll(), Texts{"GET /99 "});
+}
+
+void TestRequestQueue::refusedCommandsOfClientsThatLeftAreNot()
+{
+    queue->feed(first,
+                commandRequest("ONE") + commandRequest("TWO", "Host: example.com\r\n") + commandRequest("THREE"),
+                0);
+    queue->removeClient(first);
+    QCOMPARE(serveAll(), Texts{"COMMAND ONE"});
+}
+
+void TestRequestQueue::clientsThatSendNothingMoreAreAnswered_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<Texts>("requests");
+    QTest::newRow("nothing") << QByteArray() << Texts();
+    QTest::newRow("a page and a command")
+        << pageRequests(0, 1) + commandRequest("ONE") << Texts{"GET /0 ", "COMMAND ONE"};
+    QTest::newRow("a raw page") << QByteArray("GET /a") << Texts{"GET /a "};
+    QTest::newRow("a raw command") << QByteArray("POST /\r\n\r\nONE") << Texts{"COMMAND ONE"};
+    QTest::newRow("a page and half a command") << pageRequests(0, 1) + halfBody << Texts{"GET /0 "};
+    Texts many;
+    for (int i = 0; i < 20; ++i)
+        many += "GET /" + QByteArray::number(i) + ' ';
+    QTest::newRow("more than may wait") << pageRequests(0, 20) << many;
+    QTest::newRow("more than may wait, and a raw page")
+        << pageRequests(0, 20, "") + "GET /a" << many + Texts{"GET /a "};
+}
+
+void TestRequestQueue::clientsThatSendNothingMoreAreAnswered()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(Texts, requests);
+    queue->feed(first, bytes, 0);
+    queue->endInput(first, 0);
+    QCOMPARE(serveAll(), requests);
+    for (int i = 0; i < requests.size(); ++i) {
+        const RequestQueue::Response answer = response();
+        QVERIFY(answer.bytes.startsWith("HTTP/1.1 200 "));
+        QVERIFY(answer.afterwards == RequestQueue::Afterwards::Goes);
+    }
+    const RequestQueue::Response end = response();
+    QCOMPARE(end.client, first);
+    QCOMPARE(end.bytes, QByteArray());
+    QVERIFY(end.afterwards == RequestQueue::Afterwards::Ends);
+    queue->endInput(first, 0);
+    queue->feed(first, pageRequests(1, 1), 0);
+    QVERIFY(!queue->hasRequest());
+    QCOMPARE(response().client, Client());
+}
+
+void TestRequestQueue::encryptedConnectionsEndAtOnce()
+{
+    queue->feed(first, pageRequests(0, 1) + encryptedGreeting("localhost"), 0);
+    QCOMPARE(response().client, Client());
     QCOMPARE(serveAll(), Texts{"GET /0 "});
+    QVERIFY(response().bytes.startsWith("HTTP/1.1 200 "));
+    const RequestQueue::Response end = response();
+    QCOMPARE(end.bytes, QByteArray());
+    QVERIFY(end.afterwards == RequestQueue::Afterwards::Aborts);
 }
 
 QTEST_APPLESS_MAIN(TestRequestQueue)

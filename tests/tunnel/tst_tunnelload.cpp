@@ -149,7 +149,7 @@ void TunnelLoadTest::endlessHeadsAreRefused()
 void TunnelLoadTest::endlessGarbageEndsTheConnection()
 {
     TunnelClient garbage(url);
-    garbage.send(QByteArray("\x16\x03\x01\r\n\r\nPOST / HTTP/1.1\r\n\r\nSETDEFAULT").repeated(50000));
+    garbage.send(QByteArray("\x17\x03\x01\r\n\r\nPOST / HTTP/1.1\r\n\r\nSETDEFAULT").repeated(50000));
     QCOMPARE(statusOf(garbage.response()), 400);
     verifyHonestRequestIsServed();
     QCOMPARE(timesSent("Cmd_Generic"), 0);

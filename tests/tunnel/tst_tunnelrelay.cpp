@@ -443,6 +443,13 @@ void TunnelRelayTest::strangersReachNothing_data()
     QTest::newRow("two lengths") << "POST / HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 0\r\n" + command << 400;
     QTest::newRow("a long target") << getRequest(QByteArray(9000, 'x')) << 414;
     QTest::newRow("a long head") << getRequest("/", "X: " + QByteArray(33000, 'x') + "\r\n") << 431;
+    QTest::newRow("a command of unknown length")
+        << QByteArray("POST / HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\nSETDEFAULT") << 411;
+    QTest::newRow("a web socket") << getRequest("/", "Origin: http://evil.example\r\nUpgrade: websocket\r\n")
+                                  << 403;
+    QTest::newRow("a page in advance") << getRequest("/", "Sec-Purpose: prefetch\r\n") << 403;
+    QTest::newRow("an absolute target") << getRequest("http://evil.example/") << 403;
+    QTest::newRow("another method's long line") << "PUT /" + QByteArray(9000, 'x') + " HTTP/1.1\r\n\r\n" << 414;
     QTest::newRow("a huge body") << QByteArray(
                                         "POST / HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 1048577\r\n\r\n")
                                  << 413;
@@ -495,6 +502,9 @@ void TunnelRelayTest::unknownBytesAreDropped()
     QCOMPARE(client.response(), QByteArray(pageHeader) + pageBody);
     QTest::ignoreMessage(QtDebugMsg, "Unknown HTTP request");
     client.send("DELETE /settings HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 3\r\n\r\nabc" + getRequest("/x"));
+    const QByteArray refusal = client.response();
+    QCOMPARE(statusOf(refusal), 501);
+    QVERIFY(refusal.contains("Unknown HTTP request"));
     QCOMPARE(client.response(), QByteArray(pageHeader) + pageBody);
     QCOMPARE(reached(*recorder), names({" \"/\" \"\"", " \"/x\" \"\""}));
 }

@@ -65,10 +65,15 @@ private Q_SLOTS:
     void outputsThatCannotBeSwitchedDoNotFailTheOpening();
     void lentSensorGetsItsOutputBack();
     void lentSensorWithoutOutputStaysWithoutIt();
-    void ownLinkIsJustClosed();
+    void ownLinkGetsItsOutputBackBeforeItIsClosed();
+    void ownLinkWithoutOutputIsJustClosed();
+    void outputComesBackAfterFailingClosesToo();
+    void aFailureToGiveTheOutputBackIsLogged();
+    void anOutputThatCannotComeBackIsLogged();
 
     void failingCloseIsRepeated_data();
     void failingCloseIsRepeated();
+    void closingOnALentSensorIsAnnouncedOnce();
     void aLinkThatOpensWithAnErrorIsClosedAgain();
     void nextConnectionOpensAClosedSensor();
     void connectionIsServedThoughTheSensorStaysClosed();
@@ -199,12 +204,66 @@ void TunnelSerialTest::lentSensorWithoutOutputStaysWithoutIt()
     QVERIFY(sensor->isOpen());
 }
 
-void TunnelSerialTest::ownLinkIsJustClosed()
+void TunnelSerialTest::ownLinkGetsItsOutputBackBeforeItIsClosed()
 {
-    scriptOutputs(1, 1, 1, 1);
+    scriptOutputs(1, 0, 1, 1);
+    begin();
+    sondixsim::clearFaults();
+    scriptOutputs(0, 1, 0, 1);
+    tunnel->closeTunnel();
+    QCOMPARE(linkCalls(*recorder),
+             QStringList(sent("Get_DataOutInterface")) + outputs(1, 1, 0, 1) + QStringList(closeCall));
+    QVERIFY(!sensor->isOpen());
+}
+
+void TunnelSerialTest::ownLinkWithoutOutputIsJustClosed()
+{
+    scriptOutputs(0, 1, 1, 1);
     begin();
     tunnel->closeTunnel();
     QCOMPARE(linkCalls(*recorder), QStringList(closeCall));
+}
+
+void TunnelSerialTest::outputComesBackAfterFailingClosesToo()
+{
+    scriptOutputs(1, 1, 1, 1);
+    begin();
+    sondixsim::clearFaults();
+    scriptOutputs(0, 1, 1, 1);
+    scriptFailure("CloseSensor", -8);
+    tunnel->closeTunnel();
+    const QStringList calls = linkCalls(*recorder);
+    QCOMPARE(calls.mid(0, 6), QStringList(sent("Get_DataOutInterface")) + outputs(1, 1, 1, 1));
+    QCOMPARE(calls.count(closeCall), 6);
+    sondixsim::clearFaults();
+}
+
+void TunnelSerialTest::aFailureToGiveTheOutputBackIsLogged()
+{
+    scriptOutputs(1, 1, 1, 1);
+    begin();
+    sondixsim::clearFaults();
+    scriptCommandFailure("Set_DataOutInterface", -5);
+    scriptOutputs(0, 1, 1, 1);
+    QTest::ignoreMessage(QtDebugMsg, scriptedFailure);
+    tunnel->closeTunnel();
+    QVERIFY(!sensor->isOpen());
+    // The next tunnel of the same object gives it back.
+    sondixsim::clearFaults();
+    scriptOutputs(0, 1, 1, 1);
+    begin();
+    tunnel->closeTunnel();
+    QCOMPARE(linkCalls(*recorder),
+             QStringList(sent("Get_DataOutInterface")) + outputs(1, 1, 1, 1) + QStringList(closeCall));
+}
+
+void TunnelSerialTest::anOutputThatCannotComeBackIsLogged()
+{
+    scriptOutputs(1, 1, 1, 1);
+    begin();
+    QCOMPARE(sensor->close(), NoError);
+    QTest::ignoreMessage(QtDebugMsg, "The RS422 output stays off: the sensor is closed");
+    tunnel->closeTunnel();
 }
 
 void TunnelSerialTest::failingCloseIsRepeated_data()
@@ -224,6 +283,7 @@ void TunnelSerialTest::failingCloseIsRepeated()
     QFETCH(int, failures);
     QFETCH(int, attempts);
     QFETCH(bool, open);
+    scriptOutputs(0, 1, 1, 1);
     begin();
     sondixsim::Fault fault;
     fault.function = "CloseSensor";
@@ -236,10 +296,22 @@ void TunnelSerialTest::failingCloseIsRepeated()
     QCOMPARE(linkCalls(*recorder).count(closeCall), attempts);
     QCOMPARE(sensor->isOpen(), open);
     QVERIFY(!tunnel->isTunnelOpen());
-    QTRY_COMPARE(closed.count(), 1);
+    // What the worker has emitted is in this thread's queue when closeTunnel() returns.
+    QCoreApplication::sendPostedEvents();
+    QCOMPARE(closed.count(), open ? 0 : 1);
+    sondixsim::clearFaults();
+}
+
+void TunnelSerialTest::closingOnALentSensorIsAnnouncedOnce()
+{
+    QCOMPARE(sensor->open(sensor->storedInterfaceParameters()), NoError);
+    begin();
+    QSignalSpy closed(tunnel.get(), &RS232Tunnel::forwardTunnelClosed);
+    tunnel->closeTunnel();
+    tunnel->closeTunnel();
+    QVERIFY(sensor->isOpen());
     QCoreApplication::sendPostedEvents();
     QCOMPARE(closed.count(), 1);
-    sondixsim::clearFaults();
 }
 
 void TunnelSerialTest::aLinkThatOpensWithAnErrorIsClosedAgain()

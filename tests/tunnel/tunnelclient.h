@@ -7,6 +7,12 @@
 #include <QTcpSocket>
 #include <QUrl>
 
+#if defined(Q_OS_WIN)
+#    include <winsock2.h>
+#else
+#    include <sys/socket.h>
+#endif
+
 /// A client of the tunnel that says exactly what it is told to.
 class TunnelClient
 {
@@ -54,7 +60,20 @@ public:
     void fetchNothing() { socket.setReadBufferSize(1); }
     void fetchEverything() { socket.setReadBufferSize(0); }
 
+    /// Waits until the tunnel has sent something.
+    bool waitForInput() { return socket.bytesAvailable() > 0 || socket.waitForReadyRead(timeLimitMs); }
+
     void hangUp() { socket.abort(); }
+
+    /// Sends nothing more, but goes on reading.
+    void endSending()
+    {
+#if defined(Q_OS_WIN)
+        ::shutdown(static_cast<SOCKET>(socket.socketDescriptor()), SD_SEND);
+#else
+        ::shutdown(static_cast<int>(socket.socketDescriptor()), SHUT_WR);
+#endif
+    }
 
     static constexpr int timeLimitMs = 20000;
 
