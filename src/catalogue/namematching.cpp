@@ -117,4 +117,22 @@ SensorType NameMatcher::match(const QString &text) const
     return noType;
 }
 
+bool confirmsModel(QString catalogueName, QString reportedName)
+{
+    const Qt::CaseSensitivity anyCase = Qt::CaseInsensitive;
+    if (reportedName.size() >= 3 && catalogueName.contains(reportedName, anyCase))
+        return true;
+    for (const char superfluous : {'x', '0', '/'}) {
+        catalogueName.remove(QLatin1Char(superfluous), anyCase);
+        if (reportedName.contains(catalogueName, anyCase))
+            return true;
+    }
+    for (const char superfluous : {'_', '-', ' '}) {
+        reportedName.remove(QLatin1Char(superfluous), anyCase);
+        if (reportedName.contains(catalogueName, anyCase))
+            return true;
+    }
+    return false;
+}
+
 } // namespace SondixQt

@@ -56,4 +56,9 @@ private:
     Needles m_reducedLong;
 };
 
+/// Whether the name that a sensor reports, \a reportedName, means the catalogue's \a catalogueName:
+/// the one contains the other once more and more of the characters are left out in which the two
+/// customarily differ.
+bool confirmsModel(QString catalogueName, QString reportedName);
+
 } // namespace SondixQt

@@ -2,6 +2,7 @@
 #include "sensorfinder_p.h"
 
 #include "../answervalue_p.h"
+#include "catalogue/searchtables_p.h"
 
 #include <QStringList>
 
@@ -67,7 +68,7 @@ SensorInfo SensorFinderPrivate::getResultInfo(int index)
 
 QList<SensorInfo> SensorFinderPrivate::AnalyseScanResult(const SensorInfo &result) const
 {
-    if (sensorInstance.sensorType() != HV2)
+    if (!searchRow(sensorInstance.sensorType()).addressList)
         return {result};
 
     const QMap<QString, QVariant> parameters = result.getParameters(QStringList());

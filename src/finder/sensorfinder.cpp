@@ -2,6 +2,8 @@
 #include "sensorfinder_p.h"
 
 #include "../latin1literal_p.h"
+#include "catalogue/basetype_p.h"
+#include "catalogue/searchtables_p.h"
 
 #include <QSet>
 
@@ -27,11 +29,6 @@ constexpr int maxResultCount = 10000;
 constexpr QLatin1String progressCommand = "Get_FindSensorProgress"_latin1;
 constexpr QLatin1String progressAnswer = "IA_Progress"_latin1;
 
-int baseType(SensorType type)
-{
-    return type % 10000;
-}
-
 /// A percentage that can be computed with, whatever the library answered.
 double saneProgress(double progress)
 {
@@ -41,22 +38,13 @@ double saneProgress(double progress)
 /// The types that are always searched together with \a type, itself first; empty for most types.
 QList<SensorType> typesSearchedTogether(SensorType type)
 {
-    // clang-format off
-    static const QMap<SensorType, QList<SensorType>> table = {
-        {MV4xx,     {MV4xx, MV410, MV420, MV430, MV4xx_XA300ETH, MV410_XA300ETH, MV420_XA300ETH, MV430_XA300ETH}},
-        {GY310,     {GY310, GY310_XA300ETH}},
-        {GY330,     {GY330, GY330_XA300ETH}},
-        {DVxxx,     {DVxxx, DVxxx_XA300ETH}},
-        {CP740,     {CP740, CP740_XA300ETH}},
-        {EC82x_ETH, {EC82x_ETH, EC82x}},
-    };
-    // clang-format on
-    return table.value(type);
+    const ConstantList<SensorType> types = searchRow(type).companions;
+    return QList<SensorType>(types.begin(), types.end());
 }
 
 double shareOfOneBaseType(const QList<SensorType> &types)
 {
-    QSet<int> baseTypes;
+    QSet<SensorType> baseTypes;
     for (SensorType type : types)
         baseTypes.insert(baseType(type));
     return 1.0 / baseTypes.size();
@@ -126,10 +114,7 @@ bool SensorFinder::quickScanRS485() const
 
 bool SensorFinder::quickScanRS485Supported(SensorType type) const
 {
-    static const QList<SensorType> types = {
-        GenericKVBus, DVxxx, MV4xx, MV410, MV420, MV430, CP740, EC82x_ETH, GY310, GY330, EC830, EC840, EC850,
-    };
-    return types.contains(type);
+    return searchRow(type).quickScan;
 }
 
 void SensorFinder::setSearchSimilarSensors(bool enable)
@@ -330,9 +315,9 @@ void SensorFinderPrivate::skipType(const QString &name)
 
 ErrorCode SensorFinderPrivate::sendStartCommand(SensorType type)
 {
-    const bool isCard = type == XA100PCI || type == XA200PCI || type == XA100USB || type == XA200ETH;
-    const auto scans = [this](SensorInterface iface) { return searchInterfaces.testFlag(iface); };
-    const bool findSimilar = sensorInstance.sensorTypeFull() > 10000 || searchSimilarSensors;
+    const SensorInterface card = searchRow(type).card;
+    const auto scans = [&](SensorInterface iface) { return searchInterfaces.testFlag(iface) || card == iface; };
+    const bool findSimilar = isVariant(sensorInstance.sensorTypeFull()) || searchSimilarSensors;
 
     // Ethernet and USB devices answer at once and are looked for whatever interfaces are selected.
     const QMap<QString, QVariant> parameters = {
@@ -340,11 +325,11 @@ ErrorCode SensorFinderPrivate::sendStartCommand(SensorType type)
         {QStringLiteral("IP_FindSimilarSensors"), findSimilar},
         {QStringLiteral("IP_ForceScanUsedChannel"), forceScanXA200ETH},
         {QStringLiteral("IP_ScanHWTCPIP"), true},
-        {QStringLiteral("IP_ScanHWRS232"), scans(RS232) && !isCard},
-        {QStringLiteral("IP_ScanHWXA100_USB"), scans(XA100_USB) || type == XA100USB},
-        {QStringLiteral("IP_ScanHWXA100"), scans(XA100) || type == XA100PCI},
-        {QStringLiteral("IP_ScanHWXA200"), scans(XA200) || type == XA200PCI},
-        {QStringLiteral("IP_ScanHWXA200_ETH"), scans(XA200_ETH) || type == XA200ETH},
+        {QStringLiteral("IP_ScanHWRS232"), scans(RS232) && card == NoInterface},
+        {QStringLiteral("IP_ScanHWXA100_USB"), scans(XA100_USB)},
+        {QStringLiteral("IP_ScanHWXA100"), scans(XA100)},
+        {QStringLiteral("IP_ScanHWXA200"), scans(XA200)},
+        {QStringLiteral("IP_ScanHWXA200_ETH"), scans(XA200_ETH)},
         {QStringLiteral("IP_ScanHWDriverX_USB"), true},
         {QStringLiteral("IP_ScanHWUSBIO"), true},
         {QStringLiteral("IP_ScanHWWinUSB"), true},
@@ -430,8 +415,7 @@ void SensorFinderPrivate::updateResults(int found)
 bool SensorFinderPrivate::isWanted(SensorType found) const
 {
     return found % 1000 == currentSearchType || pendingTypes.contains(found) || found == currentSearchType ||
-           (found == CP740 && currentSearchType == GenericKVBus) ||
-           (found == GenericKVBus && currentSearchType == EC82x_ETH) || searchSimilarSensors;
+           (found != NoSensor && found == searchRow(currentSearchType).alsoFinds) || searchSimilarSensors;
 }
 
 /// One finished search covers all queued types of the same base type.

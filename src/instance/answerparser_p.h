@@ -16,9 +16,4 @@ namespace SondixQt {
 /// key; one that cannot be converted removes it.
 QMap<QString, QVariant> parseAllParameters(const QString &answer);
 
-/// Whether the name that a sensor reports, \a reportedName, means the catalogue's \a catalogueName:
-/// the one contains the other once more and more of the characters are left out in which the two
-/// customarily differ.
-bool confirmsModel(QString catalogueName, QString reportedName);
-
 } // namespace SondixQt

@@ -2,6 +2,7 @@
 #include "sensorinstance.h"
 
 #include "../answervalue_p.h"
+#include "catalogue/basetype_p.h"
 #include "instancelog_p.h"
 #include "sensorinstance_p.h"
 #include "sondixapi_p.h"
@@ -14,11 +15,6 @@ namespace {
 using Lock = std::lock_guard<std::recursive_mutex>;
 
 constexpr int errorTextSize = 4096;
-
-SensorType baseTypeOf(SensorType type)
-{
-    return type == File ? File : SensorType(type % 10000);
-}
 
 int sensorCount(const QMap<QString, QVariant> &parameters)
 {
@@ -73,7 +69,7 @@ void SensorInstancePrivate::init(SensorInstance *q, SensorType type, unsigned lo
     sensorType = type;
     handle = quint32(adoptedHandle);
     if (type != NoSensor && type != File && handle == 0)
-        handle = CreateSensorInstance(type % 10000);
+        handle = CreateSensorInstance(SondixQt::baseType(type));
     if (q->isOpen()) {
         fillCommandTables();
         checkTriggerAndSync(nullptr);
@@ -82,7 +78,7 @@ void SensorInstancePrivate::init(SensorInstance *q, SensorType type, unsigned lo
 
 SensorType SensorInstancePrivate::baseType() const
 {
-    return baseTypeOf(sensorType);
+    return sensorType == File ? File : SondixQt::baseType(sensorType);
 }
 
 ErrorCode SensorInstance::release()

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "../answervalue_p.h"
+#include "catalogue/datatables_p.h"
+#include "catalogue/ratetables_p.h"
 #include "datablock_p.h"
 #include "samplerate_p.h"
 #include "sensorinstance_p.h"
@@ -57,33 +59,21 @@ void cutAtParenthesis(QString &name)
         name.truncate(parenthesis);
 }
 
-/// The first two signals of a GY310 have fixed meanings that the sensor does not name well.
-void completeGY310Signal(SignalInfo &signal, int number)
-{
-    if (namesSwitchedOff(signal.scaledName))
-        signal.scaledUnit = QStringLiteral("OFF");
-    else if (namesSwitch(signal.scaledName))
-        signal.scaledUnit = QStringLiteral("SWITCH");
-
-    if (number == 1)
-        signal.scaledName = QStringLiteral("Signal1 Low-pass filter");
-    else if (number == 2)
-        signal.scaledName = QStringLiteral("Signal2 SensorFUSION");
-    cutAtParenthesis(signal.scaledName);
-}
-
-/// A GY330 names the acceleration that it switches on a switch.
-void completeGY330Signal(SignalInfo &signal)
+/// Names \a signal, the one with \a number in the frame, as \a row says.
+void completeSignal(SignalInfo &signal, int number, const SignalNamingRow &row)
 {
     if (namesSwitchedOff(signal.scaledName)) {
         signal.scaledUnit = QStringLiteral("OFF");
     } else if (namesSwitch(signal.scaledName)) {
-        signal.scaledName.replace(QLatin1String("Switch"), QLatin1String("Acceleration"));
+        if (row.switchName)
+            signal.scaledName.replace(QLatin1String("Switch"), QLatin1String(row.switchName));
         signal.scaledUnit = QStringLiteral("SWITCH");
     }
+    if (const char *fixedName = row.fixedNames.value(number - 1))
+        signal.scaledName = QString::fromLatin1(fixedName);
     cutAtParenthesis(signal.scaledName);
-    if (signal.scaledName.contains(QLatin1String("Off")))
-        signal.scaledName = QStringLiteral("OFF");
+    if (row.offName && signal.scaledName.contains(QLatin1String("Off")))
+        signal.scaledName = QString::fromLatin1(row.offName);
 }
 
 QVector<SignalInfo> signalsFromAnswer(const Answer &answer, int valuesPerFrame, SensorType type)
@@ -91,12 +81,11 @@ QVector<SignalInfo> signalsFromAnswer(const Answer &answer, int valuesPerFrame, 
     const int count = qBound(0, valuesPerFrame, maxSignalsPerFrame);
     QVector<SignalInfo> infos;
     infos.reserve(count);
+    const SignalNamingRow *naming = signalNamingRow(type);
     for (int number = 1; number <= count; ++number) {
         SignalInfo signal = signalFromAnswer(answer, number);
-        if (type == SensorType::GY310)
-            completeGY310Signal(signal, number);
-        else if (type == SensorType::GY330)
-            completeGY330Signal(signal);
+        if (naming)
+            completeSignal(signal, number, *naming);
         infos.append(std::move(signal));
     }
     return infos;
@@ -129,19 +118,29 @@ ErrorCode SensorInstance::transmittedDataInfo(TransmittedDataInfo &info, QString
 
 namespace {
 
+QString commandOf(const SampleRateRow &row)
+{
+    return QString::fromLatin1(row.command);
+}
+
+QString answerOf(const SampleRateRow &row)
+{
+    return QString::fromLatin1(row.answer);
+}
+
 ErrorCode readIndexedRate(SensorInstance &instance, const SampleRateRow &row, double &rate, QString *errorText)
 {
     int index = -1;
-    const ErrorCode result = instance.sendCommandGetInt(row.command, row.answer, index, errorText);
+    const ErrorCode result = instance.sendCommandGetInt(commandOf(row), answerOf(row), index, errorText);
     if (result == NoError)
-        rate = row.rates.at(index);
+        rate = row.rates.value(index);
     return result;
 }
 
 ErrorCode readSampleTime(SensorInstance &instance, const SampleRateRow &row, double &rate, QString *errorText)
 {
     double microseconds = 0.0;
-    const ErrorCode result = instance.sendCommandGetDouble(row.command, row.answer, microseconds, errorText);
+    const ErrorCode result = instance.sendCommandGetDouble(commandOf(row), answerOf(row), microseconds, errorText);
     if (result == NoError)
         rate = rateOfSampleTime(microseconds);
     return result;
@@ -172,12 +171,12 @@ double averagedRate(SensorInstance &instance, const SampleRateRow &row)
     int rateIndex = -1;
     int averageType = -1;
     int averageNumber = -1;
-    instance.sendCommand(row.command, {},
+    instance.sendCommand(commandOf(row), {},
                          {{QStringLiteral("SA_SRIndex"), SensorInstance::resultPointer(&rateIndex)},
                           {QStringLiteral("SA_AvrType"), SensorInstance::resultPointer(&averageType)},
                           {QStringLiteral("SA_AvrNbr"), SensorInstance::resultPointer(&averageNumber)}},
                          nullptr, SensorInstance::ReadAfterSuccess);
-    return rateOfIndexAndAverage(rateIndex, averageType, averageNumber);
+    return rateOfIndexAndAverage(row.rates, rateIndex, averageType, averageNumber);
 }
 
 ErrorCode readRate(SensorInstance &instance, const SampleRateRow &row, double &rate, QString *errorText)
@@ -189,9 +188,9 @@ ErrorCode readRate(SensorInstance &instance, const SampleRateRow &row, double &r
     case SampleRateRule::IndexTable:
         return readIndexedRate(instance, row, rate, errorText);
     case SampleRateRule::KilohertzAnswer:
-        return instance.sendCommandGetDouble(row.command, row.answer, rate, errorText);
+        return instance.sendCommandGetDouble(commandOf(row), answerOf(row), rate, errorText);
     case SampleRateRule::HertzAnswer:
-        result = instance.sendCommandGetDouble(row.command, row.answer, rate, errorText);
+        result = instance.sendCommandGetDouble(commandOf(row), answerOf(row), rate, errorText);
         rate /= 1000.0;
         break;
     case SampleRateRule::MicrosecondsAnswer:
@@ -240,16 +239,10 @@ bool SensorInstance::isGetMeasureNeeded() const
 ErrorCode SensorInstancePrivate::determineGetMeasureSensorNumbers()
 {
     Q_Q(SensorInstance);
-    switch (baseType()) {
-    case SensorType::GenericKVBus:
-    case SensorType::CP740:
+    if (isPolled(baseType()))
         getMeasureNeeded = true;
+    if (baseType() != MultiSensor)
         return NoError;
-    case SensorType::MultiSensor:
-        break;
-    default:
-        return NoError;
-    }
 
     getMeasureSensorNumbers.clear();
     Answer answer;
@@ -257,8 +250,7 @@ ErrorCode SensorInstancePrivate::determineGetMeasureSensorNumbers()
                                                   SensorInstance::ReadAfterSuccess);
     const int count = qMin(intAnswer(answer.value(QStringLiteral("IA_SensorCount"))), maxSensorCount);
     for (int number = 1; number <= count; ++number) {
-        const int type = intAnswer(answer.value(QStringLiteral("IA_SensorType#%1").arg(number)));
-        if (type == SensorType::GenericKVBus || type == SensorType::CP740) {
+        if (isPolled(SensorType(intAnswer(answer.value(QStringLiteral("IA_SensorType#%1").arg(number)))))) {
             getMeasureSensorNumbers.append(number);
             getMeasureNeeded = true;
         }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "catalogue/modetables_p.h"
 #include "instancelog_p.h"
-#include "modetables_p.h"
 #include "sensorinstance_p.h"
 #include "sondixapi_p.h"
 

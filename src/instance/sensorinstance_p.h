@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "catalogue/videotables_p.h"
 #include "sensorinstance.h"
-#include "videotables_p.h"
 
 #include <QHash>
 

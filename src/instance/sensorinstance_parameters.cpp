@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "answerparser_p.h"
+#include "catalogue/basetype_p.h"
 #include "catalogue/busnames_p.h"
+#include "catalogue/namematching_p.h"
 #include "sensorinstance_p.h"
 #include "sondixapi_p.h"
 #include "textcodec_p.h"
@@ -219,7 +221,7 @@ ErrorCode SensorInstancePrivate::getAllParameters(QMap<QString, QVariant> &out, 
         if (model != reported)
             *controller = model;
     }
-    if (sensorType > 10000 &&
+    if (isVariant(sensorType) &&
         confirmsModel(sensorName(sensorType, true), out.value(QStringLiteral("SA_Sensor")).toString()))
         out.insert(QStringLiteral("IP_SensorType"), int(sensorType));
     return NoError;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "modetables_p.h"
+#include "catalogue/modetables_p.h"
+#include "catalogue/videotables_p.h"
 #include "sensorinstance_p.h"
 #include "sondixapi_p.h"
-#include "videotables_p.h"
 
 #include <algorithm>
 
@@ -260,7 +260,8 @@ int SensorInstance::getEnabledVideoSignalCount() const
 ErrorCode SensorInstance::enableVideoSignal(int position, int value, QString *errorText)
 {
     Q_D(SensorInstance);
-    if (d->baseType() == SensorType::TX240)
+    const VideoRow *row = videoRow(d->baseType());
+    if (row && row->modeRule == VideoModeRule::TransmittedFlag)
         return NoError;
     const Lock lock(d->mutex);
     QString name;

@@ -2,60 +2,35 @@
 #include "sensorinfo.h"
 
 #include "../answervalue_p.h"
+#include "../catalogue/basetype_p.h"
 #include "../catalogue/busnames_p.h"
 #include "../catalogue/sensorfeatures_p.h"
 #include "../catalogue/sensortypes_p.h"
 
 #include <algorithm>
-#include <array>
 #include <vector>
 
 namespace SondixQt {
 
 namespace {
 
-constexpr int variantStep = 10000;
-
-/// A part of a reported model name and the type that it means.
-struct NamePart
-{
-    const char *text;
-    SensorType type;
-};
-
-// Of each list the first text that the name contains decides: "MV410" must come before "MV4".
-constexpr std::array<NamePart, 8> converterNames{{
-    {"XA300/ETH_MV410", MV410_XA300ETH},
-    {"XA300/ETH_MV420", MV420_XA300ETH},
-    {"XA300/ETH_MV430", MV430_XA300ETH},
-    {"XA300/ETH_MV4", MV4xx_XA300ETH},
-    {"XA300/ETH_GY330", GY330_XA300ETH},
-    {"XA300/ETH_GY310D", GY310_XA300ETH},
-    {"XA300/ETH_CP740", CP740_XA300ETH},
-    {"XA300/ETH_DV-", DVxxx_XA300ETH},
-}};
-
-constexpr std::array<NamePart, 3> morvikNames{{
-    {"MV410", MV410},
-    {"MV420", MV420},
-    {"MV430", MV430},
-}};
-
-constexpr std::array<NamePart, 4> otherBusNames{{
-    {"EC840", EC840},
-    {"EC830", EC830},
-    {"EC850", EC850},
-    {"DV-", DVxxx},
-}};
-
 /// The type of the first part that \a name contains, \a otherwise when it contains none.
-template<typename Parts>
-SensorType firstContained(const QString &name, const Parts &parts, SensorType otherwise)
+SensorType firstContained(const QString &name, ConstantList<NamePart> parts, SensorType otherwise)
 {
     const auto part = std::find_if(parts.begin(), parts.end(), [&name](const NamePart &candidate) {
         return name.contains(QLatin1String(candidate.text));
     });
     return part == parts.end() ? otherwise : part->type;
+}
+
+/// The model that a part of \a name means, NoSensor when none does.
+SensorType busTypeByPart(const QString &name, SensorType reported)
+{
+    const ConstantList<BusFamily> families = busFamilies();
+    const auto family = std::find_if(families.begin(), families.end(), [&](const BusFamily &candidate) {
+        return candidate.type == reported || name.contains(QLatin1String(candidate.text));
+    });
+    return family == families.end() ? NoSensor : firstContained(name, family->models, NoSensor);
 }
 
 /// A reduced short name of a bus sensor and its type.
@@ -96,9 +71,8 @@ QStringList modelsCarriedByConverter()
 {
     const QLatin1String suffix("_XA300ETH");
     QStringList models;
-    for (const SensorType type : {CP740_XA300ETH, MV4xx_XA300ETH, MV410_XA300ETH, MV420_XA300ETH, MV430_XA300ETH,
-                                  GY310_XA300ETH, GY330_XA300ETH, DVxxx_XA300ETH}) {
-        QString model = sensorName(type, true);
+    for (const NamePart &carried : converterModels()) {
+        QString model = sensorName(carried.type, true);
         if (model.endsWith(suffix))
             model.chop(suffix.size());
         models.append(model);
@@ -224,15 +198,13 @@ SensorType SensorInfo::getRealSensorTypeFromParams(const QString &name) const
     const SensorType reported = getSensorTypeFromParams();
     if (name.isEmpty())
         return reported;
-    const int base = reported % variantStep;
+    const SensorType base = baseType(reported);
     if (base == XA300)
-        return firstContained(name, converterNames, reported);
+        return firstContained(name, converterModels(), reported);
     if (reported != NoSensor && base != GenericKVBus)
         return reported;
 
-    const bool isMorvik = reported == MV4xx || name.contains(QLatin1String("MV4"));
-    const SensorType specific =
-        isMorvik ? firstContained(name, morvikNames, NoSensor) : firstContained(name, otherBusNames, NoSensor);
+    const SensorType specific = busTypeByPart(name, reported);
     return specific != NoSensor ? specific : busTypeByName(name, reported);
 }
 

@@ -142,6 +142,8 @@ private Q_SLOTS:
     void catalogueTextsAgreeWithTheDescription();
     void anyCandidatesAgreeWithTheDescription();
     void everyCharacterFoldsAsInAQtSearch();
+    void modelIsConfirmed_data();
+    void modelIsConfirmed();
 };
 
 void TestNameMatching::exactShortNameGivesItsType_data()
@@ -306,6 +308,35 @@ void TestNameMatching::everyCharacterFoldsAsInAQtSearch()
         QVERIFY2(matcher.match(text) == matchedStepByStep(candidates, text),
                  qPrintable(QString::number(code, 16)));
     }
+}
+
+void TestNameMatching::modelIsConfirmed_data()
+{
+    QTest::addColumn<QString>("catalogueName");
+    QTest::addColumn<QString>("reportedName");
+    QTest::addColumn<bool>("confirmed");
+    const auto row = [](const char *title, const char *catalogueName, const char *reportedName, bool confirmed) {
+        QTest::newRow(title) << QString::fromLatin1(catalogueName) << QString::fromLatin1(reportedName)
+                             << confirmed;
+    };
+    row("catalogue name contains the reported", "EC82x_ETH", "ec82", true);
+    row("two characters are too few for that", "EC82x_ETH", "EC", false);
+    row("reported contains the name without x", "MV4xx", "Morvik mv4-10", true);
+    row("without zero", "EC830", "EC83-special", true);
+    row("without slash", "AB/12", "ab12", true);
+    row("reported without underscore", "GY330", "G_Y_3_3 GY_33", true);
+    row("reported without hyphen", "MV410", "MV-41", true);
+    row("reported without blank", "MV410", "MV 41", true);
+    row("removals add up", "MV/410x", "M_V-4 1", true);
+    row("another model", "MV410", "EC830", false);
+    row("nothing reported", "MV410", "", false);
+}
+
+void TestNameMatching::modelIsConfirmed()
+{
+    QFETCH(QString, catalogueName);
+    QFETCH(QString, reportedName);
+    QTEST(confirmsModel(catalogueName, reportedName), "confirmed");
 }
 
 QTEST_GUILESS_MAIN(TestNameMatching)

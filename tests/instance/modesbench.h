@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "catalogue/videoreference.h"
 #include "support/callrecorder.h"
-#include "videoreference.h"
 
 #include <SondixQt/SensorInstance>
 

@@ -86,8 +86,6 @@ private Q_SLOTS:
     void agreesWithThePatternOnAMillionAnswers();
     void parsesMegabyteAnswers_data();
     void parsesMegabyteAnswers();
-    void modelIsConfirmed_data();
-    void modelIsConfirmed();
 };
 
 void AnswerParserTest::valuesHaveTheDescribedTypes_data()
@@ -221,35 +219,6 @@ void AnswerParserTest::parsesMegabyteAnswers()
 
     const QString part = unit.repeated(20000 / unit.size()) + QStringLiteral(" last=2");
     QVERIFY(identical(parseAllParameters(part), parseByPattern(part)));
-}
-
-void AnswerParserTest::modelIsConfirmed_data()
-{
-    QTest::addColumn<QString>("catalogueName");
-    QTest::addColumn<QString>("reportedName");
-    QTest::addColumn<bool>("confirmed");
-    const auto row = [](const char *title, const char *catalogueName, const char *reportedName, bool confirmed) {
-        QTest::newRow(title) << QString::fromLatin1(catalogueName) << QString::fromLatin1(reportedName)
-                             << confirmed;
-    };
-    row("catalogue name contains the reported", "EC82x_ETH", "ec82", true);
-    row("two characters are too few for that", "EC82x_ETH", "EC", false);
-    row("reported contains the name without x", "MV4xx", "Morvik mv4-10", true);
-    row("without zero", "EC830", "EC83-special", true);
-    row("without slash", "AB/12", "ab12", true);
-    row("reported without underscore", "GY330", "G_Y_3_3 GY_33", true);
-    row("reported without hyphen", "MV410", "MV-41", true);
-    row("reported without blank", "MV410", "MV 41", true);
-    row("removals add up", "MV/410x", "M_V-4 1", true);
-    row("another model", "MV410", "EC830", false);
-    row("nothing reported", "MV410", "", false);
-}
-
-void AnswerParserTest::modelIsConfirmed()
-{
-    QFETCH(QString, catalogueName);
-    QFETCH(QString, reportedName);
-    QTEST(confirmsModel(catalogueName, reportedName), "confirmed");
 }
 
 QTEST_GUILESS_MAIN(AnswerParserTest)

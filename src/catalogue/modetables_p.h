@@ -19,7 +19,7 @@ struct SettingCommands
 /// The trigger of one model.
 struct TriggerRow
 {
-    qint32 type;
+    SensorType type;
     SettingCommands commands;
     int offValue; ///< every other value means that the sensor waits for a trigger
 };
@@ -27,7 +27,7 @@ struct TriggerRow
 /// The synchronisation of one model; 0 means off.
 struct SyncRow
 {
-    qint32 type;
+    SensorType type;
     SettingCommands commands;
     bool sharedWithTrigger; ///< one setting serves sync and trigger
     bool hasTermination;    ///< the line's termination is switched off along with it
@@ -43,14 +43,14 @@ struct MeasuringMode
 /// The modes of one model.
 struct MeasuringModesRow
 {
-    qint32 type;
+    SensorType type;
     ConstantList<MeasuringMode> modes;
 };
 
 /// The modes between which a model and all bus variants of it are switched to measure or to send video.
 struct SwitchedModesRow
 {
-    qint32 model;
+    SensorType model; ///< a base type
     int measuringMode;
     int videoMode;
 };

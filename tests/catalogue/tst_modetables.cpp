@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <SondixQt/SensorFeatures>
 
-#include "instance/modetables_p.h"
+#include "catalogue/modetables_p.h"
 
 #include <QtTest>
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <SondixQt/sensortypes.h>
+
 namespace SondixQt {
 
 /// A view of a constant array, for the columns of a table that hold several entries.
@@ -19,15 +21,19 @@ public:
     constexpr const Entry *begin() const { return entries; }
     constexpr const Entry *end() const { return entries + count; }
     constexpr int size() const { return count; }
+    constexpr bool isEmpty() const { return count == 0; }
+
+    /// The entry at \a index, a default-constructed one outside the list.
+    constexpr Entry value(int index) const { return index >= 0 && index < count ? entries[index] : Entry(); }
 
 private:
     const Entry *entries = nullptr;
     int count = 0;
 };
 
-/// Whether the rows of \a table stand in ascending order of their \a key member, each key once.
+/// Whether the rows of \a table are in ascending order of \a key, each type once.
 template<typename Row, int Count>
-constexpr bool isAscending(const Row (&table)[Count], int Row::*key)
+constexpr bool isAscending(const Row (&table)[Count], SensorType Row::*key)
 {
     for (int position = 1; position < Count; ++position) {
         if (table[position - 1].*key >= table[position].*key)
@@ -36,12 +42,12 @@ constexpr bool isAscending(const Row (&table)[Count], int Row::*key)
     return true;
 }
 
-/// The entry of \a table whose \a key member is \a value, or null.
+/// The row of \a table whose \a key is \a type, or null.
 template<typename Row, int Count>
-const Row *findRow(const Row (&table)[Count], int Row::*key, int value)
+const Row *findRow(const Row (&table)[Count], SensorType Row::*key, SensorType type)
 {
     for (const Row &row : table) {
-        if (row.*key == value)
+        if (row.*key == type)
             return &row;
     }
     return nullptr;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <SondixQt/SensorFeatures>
 
-#include "instance/videotables_p.h"
+#include "catalogue/videotables_p.h"
 #include "videoreference.h"
 
 #include <QtTest>

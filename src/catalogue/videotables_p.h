@@ -27,7 +27,7 @@ struct VideoSignal
 /// The video of one model. A name that is null stays what it was.
 struct VideoRow
 {
-    qint32 type;
+    SensorType type;
     VideoModeRule modeRule;
     int pixels; ///< of one line; 0: they follow from the measuring range
     ConstantList<VideoSignal> videoSignals;

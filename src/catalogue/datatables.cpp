@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#include "datatables_p.h"
+
+namespace SondixQt {
+
+namespace {
+
+constexpr const char *unchanged = nullptr;
+constexpr const char *namesGY310[] = {"Signal1 Low-pass filter", "Signal2 SensorFUSION"};
+constexpr ConstantList<const char *> own = {};
+
+struct PolledRow
+{
+    SensorType type;
+};
+
+// clang-format off
+
+constexpr SignalNamingRow signalNamingRows[] = {
+    // type              first signals  "Switch"        off
+    {SensorType::GY310,  namesGY310,    unchanged,      unchanged},
+    {SensorType::GY330,  own,           "Acceleration", "OFF"},
+};
+
+constexpr PolledRow polledRows[] = {
+    {SensorType::CP740},
+    {SensorType::GenericKVBus},
+};
+
+// clang-format on
+
+static_assert(isAscending(signalNamingRows, &SignalNamingRow::type));
+static_assert(isAscending(polledRows, &PolledRow::type));
+
+} // namespace
+
+const SignalNamingRow *signalNamingRow(SensorType type)
+{
+    return findRow(signalNamingRows, &SignalNamingRow::type, type);
+}
+
+bool isPolled(SensorType type)
+{
+    return findRow(polledRows, &PolledRow::type, type) != nullptr;
+}
+
+} // namespace SondixQt
