@@ -27,7 +27,7 @@ const QString &speedTracking()
 
 ErrorCode SpecialSensorInstancePrivate::readAutostartMode(int &mode, QString *errorText)
 {
-    const std::lock_guard<std::recursive_mutex> lock(mutex);
+    const InstanceLock lock(this);
     const QScopedValueRollback<bool> guard(inAction, true);
     return q_func()->SensorInstance::sendCommandGetInt(QStringLiteral("Get_Autostart"),
                                                        QStringLiteral("SA_AutostartCommand"), mode, errorText);

@@ -12,8 +12,6 @@ namespace SondixQt {
 
 namespace {
 
-using Lock = std::lock_guard<std::recursive_mutex>;
-
 constexpr int errorTextSize = 4096;
 
 int sensorCount(const QMap<QString, QVariant> &parameters)
@@ -125,7 +123,7 @@ quint32 SensorInstance::handle() const
 ErrorCode SensorInstance::open(const QMap<QString, QVariant> &parameters, QString *errorText)
 {
     Q_D(SensorInstance);
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     if (!parameters.isEmpty())
         storeInterfaceParameters(parameters);
 
@@ -182,7 +180,7 @@ ErrorCode SensorInstance::close(QString *errorText)
 ErrorCode SensorInstance::clearAllParameters(QString *errorText)
 {
     Q_D(SensorInstance);
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     return d->check(ClearAllParameters(d->handle), errorText);
 }
 

@@ -6,8 +6,6 @@ namespace SondixQt {
 
 namespace {
 
-using Lock = std::lock_guard<std::recursive_mutex>;
-
 // Failures after which the sensor-access library may still hold results.
 constexpr ErrorCode partialFail1 = ErrorCode(-27);
 constexpr ErrorCode partialFail2 = ErrorCode(-26);
@@ -26,7 +24,7 @@ ErrorCode SensorInstance::sendCommand(const QString &command, const QMap<QString
                                       ErrorHandling errorHandling)
 {
     Q_D(SensorInstance);
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     ErrorCode result = d->setParameters(parameters, errorText);
     if (result != NoError)
         return result;
@@ -38,7 +36,7 @@ ErrorCode SensorInstance::sendCommand(const QString &command, const QMap<QString
                                       QString *errorText)
 {
     Q_D(SensorInstance);
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     const ErrorCode result = d->setParameters(parameters, errorText);
     return result == NoError ? sendCommand(command, errorText) : result;
 }
@@ -46,7 +44,7 @@ ErrorCode SensorInstance::sendCommand(const QString &command, const QMap<QString
 ErrorCode SensorInstance::sendCommand(const QString &command, QString *errorText)
 {
     Q_D(SensorInstance);
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     const ErrorCode result =
         d->check(SetParameterString(d->handle, "S_Command", command.toLatin1().constData()), errorText);
     return result == NoError ? d->check(SensorCommand(d->handle), errorText) : result;
@@ -57,7 +55,7 @@ ErrorCode SensorInstance::sendCommandGetAll(const QString &command, const QMap<Q
                                             ErrorHandling errorHandling)
 {
     Q_D(SensorInstance);
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     ErrorCode result = d->setParameters(parameters, errorText);
     if (result != NoError)
         return result;
@@ -69,7 +67,7 @@ template<typename Value>
 ErrorCode SensorInstancePrivate::sendCommandGet(const QString &command, const QString &resultName, Value &value,
                                                 QString *errorText)
 {
-    const Lock lock(mutex);
+    const InstanceLock lock(this);
     const ErrorCode result = q_func()->sendCommand(command, errorText);
     return result == NoError ? getParameter(resultName, value, errorText) : result;
 }
@@ -99,7 +97,7 @@ template<typename Value>
 ErrorCode SensorInstancePrivate::sendCommandWith(const QString &command, const QString &parameterName,
                                                  const Value &value, QString *errorText)
 {
-    const Lock lock(mutex);
+    const InstanceLock lock(this);
     const ErrorCode result = setParameter(parameterName, value, errorText);
     return result == NoError ? q_func()->sendCommand(command, errorText) : result;
 }

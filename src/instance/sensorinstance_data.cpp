@@ -105,7 +105,7 @@ ErrorCode SensorInstance::transmittedDataInfo(TransmittedDataInfo &info, QString
     const int valuesPerFrame = intAnswer(answer.value(QStringLiteral("IA_ValuesPerFrame")));
     const QVector<SignalInfo> signalInfos = signalsFromAnswer(answer, valuesPerFrame, d->sensorType);
 
-    const std::lock_guard<std::recursive_mutex> lock(d->mutex);
+    const InstanceLock lock(d);
     d->frameValueCount = valuesPerFrame;
     if (d->video.capable)
         d->getVideoInformationFromSensor();

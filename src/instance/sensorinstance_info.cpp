@@ -54,7 +54,7 @@ const QVector<QMap<QString, QVariant>> &SensorInstance::getInfoParameters() cons
 void SensorInstance::storeInterfaceParameters(const QMap<QString, QVariant> &parameters)
 {
     Q_D(SensorInstance);
-    const std::lock_guard<std::recursive_mutex> lock(d->mutex);
+    const InstanceLock lock(d);
     d->interfaceParameters = parameters;
     d->tcpInterface =
         parameters.value(QStringLiteral("IP_Interface")).toString().contains(interfaceName(TCPIP, true));
@@ -63,7 +63,7 @@ void SensorInstance::storeInterfaceParameters(const QMap<QString, QVariant> &par
 QMap<QString, QVariant> SensorInstance::storedInterfaceParameters() const
 {
     Q_D(const SensorInstance);
-    const std::lock_guard<std::recursive_mutex> lock(d->mutex);
+    const InstanceLock lock(d);
     return d->interfaceParameters;
 }
 

@@ -11,13 +11,11 @@ namespace SondixQt {
 
 Q_LOGGING_CATEGORY(instanceLog, "SondixQt.SensorInstance")
 
-using Lock = std::lock_guard<std::recursive_mutex>;
-
 ErrorCode SensorInstance::enableLogging(const QString &fileName, LogLevel level, LogType type, bool flag1,
                                         bool flag2, int count, QString *errorText)
 {
     Q_D(SensorInstance);
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     d->loggingEnabled = true;
     const qint32 result =
         EnableLogging(d->handle, 1, type, level, QFile::encodeName(fileName).constData(), flag1, flag2, count);
@@ -37,7 +35,7 @@ ErrorCode SensorInstance::enableLogging(const QString &fileName, int count, QStr
 ErrorCode SensorInstance::disableLogging(QString *errorText)
 {
     Q_D(SensorInstance);
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     d->loggingEnabled = false;
     const ErrorCode result = d->setParameter(QStringLiteral("IP_EnableLogging"), 0, errorText);
     return result == NoError ? sendCommand(QStringLiteral("Enable_Logging"), errorText) : result;

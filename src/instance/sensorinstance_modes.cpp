@@ -146,7 +146,7 @@ bool SensorInstance::isSyncEnabled() const
 ErrorCode SensorInstance::disableSync(QString *errorText)
 {
     Q_D(SensorInstance);
-    const std::lock_guard<std::recursive_mutex> lock(d->mutex);
+    const InstanceLock lock(d);
     const SyncRow *row = syncRow(d->sensorType);
     if (row && row->hasTermination)
         d->check(SetParameterInt(d->handle, "SP_SyncTermination", 0), errorText);

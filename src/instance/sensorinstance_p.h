@@ -2,11 +2,10 @@
 #pragma once
 
 #include "catalogue/videotables_p.h"
+#include "instanceaccess_p.h"
 #include "sensorinstance.h"
 
 #include <QHash>
-
-#include <mutex>
 
 namespace SondixQt {
 
@@ -156,5 +155,10 @@ public:
 
     Q_DECLARE_PUBLIC(SensorInstance)
 };
+
+inline InstanceLock::InstanceLock(const SensorInstancePrivate *d)
+    : guard(d->mutex)
+{
+}
 
 } // namespace SondixQt

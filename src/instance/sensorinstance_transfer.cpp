@@ -49,7 +49,7 @@ ErrorCode SensorInstancePrivate::announcedValues(int frameValues, int &count, QS
 ErrorCode SensorInstance::dataAvail(int &available, QString *errorText)
 {
     Q_D(SensorInstance);
-    const std::lock_guard<std::recursive_mutex> lock(d->mutex);
+    const InstanceLock lock(d);
     const ErrorCode result = d->check(::DataAvail(d->handle, &available), errorText);
     available = qMax(available, 0);
     return result;
@@ -58,7 +58,7 @@ ErrorCode SensorInstance::dataAvail(int &available, QString *errorText)
 ErrorCode SensorInstance::transferData(QVector<double> &values, QString *errorText)
 {
     Q_D(SensorInstance);
-    const std::lock_guard<std::recursive_mutex> lock(d->mutex);
+    const InstanceLock lock(d);
     int frameValues = 0;
     ErrorCode result = d->pollMeasures(frameValues, errorText);
     if (result != NoError)
@@ -79,7 +79,7 @@ ErrorCode SensorInstance::transferData(QVector<double> &values, QString *errorTe
 ErrorCode SensorInstance::transferData(double *scaled, int *raw, double *timestamp, int &count, QString *errorText)
 {
     Q_D(SensorInstance);
-    const std::lock_guard<std::recursive_mutex> lock(d->mutex);
+    const InstanceLock lock(d);
     int frameValues = 0;
     const ErrorCode polled = d->pollMeasures(frameValues, errorText);
     if (polled != NoError)
@@ -97,7 +97,7 @@ ErrorCode SensorInstance::transferData(double *scaled, int *raw, double *timesta
 ErrorCode SensorInstance::transferDataRaw(QVector<int> &values, double &timestamp, QString *errorText)
 {
     Q_D(SensorInstance);
-    const std::lock_guard<std::recursive_mutex> lock(d->mutex);
+    const InstanceLock lock(d);
     int frameValues = 0;
     ErrorCode result = d->pollMeasures(frameValues, errorText);
     if (result != NoError)
@@ -120,7 +120,7 @@ ErrorCode SensorInstance::transferDataRaw(QVector<int> &values, double &timestam
 ErrorCode SensorInstance::transferDataScaled(QVector<double> &values, double &timestamp, QString *errorText)
 {
     Q_D(SensorInstance);
-    const std::lock_guard<std::recursive_mutex> lock(d->mutex);
+    const InstanceLock lock(d);
     int frameValues = 0;
     ErrorCode result = d->pollMeasures(frameValues, errorText);
     if (result != NoError)

@@ -10,8 +10,6 @@ namespace SondixQt {
 
 namespace {
 
-using Lock = std::lock_guard<std::recursive_mutex>;
-
 void replaceName(QString &name, const char *replacement)
 {
     if (replacement)
@@ -102,7 +100,7 @@ void SensorInstancePrivate::initializeVideoInfos(QVector<VideoInfo> &list, int p
 
 int SensorInstancePrivate::getVideoInformationFromSensor()
 {
-    const Lock lock(mutex);
+    const InstanceLock lock(this);
     for (VideoInfo &info : video.infos)
         info.enabled = false;
     const VideoRow *const row = videoRow(sensorType);
@@ -212,7 +210,7 @@ ErrorCode SensorInstance::enableVideoMode(QString *errorText)
     const SwitchedModesRow *row = switchedModesRow(d->baseType());
     if (!row)
         return NoError;
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     const ErrorCode result = sendCommand(QStringLiteral("Set_MeasureMode"), QStringLiteral("SP_MeasureMode"),
                                          row->videoMode, errorText);
     if (result == NoError)
@@ -263,7 +261,7 @@ ErrorCode SensorInstance::enableVideoSignal(int position, int value, QString *er
     const VideoRow *row = videoRow(d->baseType());
     if (row && row->modeRule == VideoModeRule::TransmittedFlag)
         return NoError;
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     QString name;
     if (!d->makeVideoParamName(name, position, d->video.infos, false))
         return NoError;
@@ -295,7 +293,7 @@ int SensorInstance::getVideoSignalPixelCount() const
 void SensorInstance::SetVideoPixelCount(int pixels)
 {
     Q_D(SensorInstance);
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     d->video.signalPixelCount = pixels;
     for (VideoInfo &info : d->video.infos)
         info.pixelCount = pixels;
@@ -316,7 +314,7 @@ bool SensorInstance::isVideoTransmitted() const
 void SensorInstance::setVideoTransmitted(bool transmitted)
 {
     Q_D(SensorInstance);
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     d->video.transmitted = transmitted;
 }
 

@@ -8,8 +8,6 @@
 namespace SondixQt {
 
 using Action = SpecialSensorInstance::ExecSpecialAction;
-using Lock = std::lock_guard<std::recursive_mutex>;
-
 SpecialSensorInstance::SpecialSensorInstance(SensorType type, unsigned long handle)
     : SpecialSensorInstance(*new SpecialSensorInstancePrivate, type, handle)
 {
@@ -64,7 +62,7 @@ ErrorCode SpecialSensorInstancePrivate::sendBetweenActions(const QString &comman
                                                            QString *errorText, Send send)
 {
     Q_Q(SpecialSensorInstance);
-    const Lock lock(mutex);
+    const InstanceLock lock(this);
     if (executeActionBefore(command, action)) {
         const ErrorCode result = q->actionBeforeSendCommand(command, errorText);
         if (result != NoError)
@@ -143,7 +141,7 @@ ErrorCode SpecialSensorInstance::sendCommand(const QString &command, const QMap<
 ErrorCode SpecialSensorInstance::sendCommand(const QString &command, ExecSpecialAction action, QString *errorText)
 {
     Q_D(SpecialSensorInstance);
-    const Lock lock(d->mutex);
+    const InstanceLock lock(d);
     if (d->executeActionBefore(command, action)) {
         const ErrorCode result = actionBeforeSendCommand(command, errorText);
         if (result != NoError)
