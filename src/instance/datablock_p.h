@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QByteArray>
-#include <QVector>
+#include <QtGlobal>
 
 namespace SondixQt {
 
@@ -16,8 +15,5 @@ int blockValues(int available, int frameValues);
 
 /// The count that the library wrote back for a buffer of \a capacity values, kept inside that buffer.
 int transferredValues(int written, int capacity);
-
-/// The values of a frame together with what \a measures hold behind their leading byte.
-int outChannelCount(int frameValues, const QVector<QByteArray> &measures);
 
 } // namespace SondixQt

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "catalogue/trackingtables_p.h"
 #include "specialsensorinstance.h"
 #include "specialsensorinstance_p.h"
 
@@ -11,32 +12,64 @@ namespace {
 constexpr int unknownTrackingMode = -1;
 constexpr int speedTrackingMode = 5;
 
-const QString &distanceTracking()
-{
-    static const QString command = QStringLiteral("DistanceTracking");
-    return command;
-}
-
-const QString &speedTracking()
-{
-    static const QString command = QStringLiteral("SpeedTracking");
-    return command;
-}
-
 } // namespace
 
-ErrorCode SpecialSensorInstancePrivate::readAutostartMode(int &mode, QString *errorText)
+TrackingInstancePrivate::TrackingInstancePrivate(SensorType type)
+    : row(*trackingRow(type))
+{
+}
+
+QStringList TrackingInstancePrivate::commandsWithoutTracking() const
+{
+    QStringList commands;
+    for (const char *command : row.commandsWithoutTracking)
+        commands.append(QString::fromLatin1(command));
+    return commands;
+}
+
+QString TrackingInstancePrivate::commandOf(int mode) const
+{
+    return QString::fromLatin1(trackingCommand(row, mode));
+}
+
+ErrorCode TrackingInstancePrivate::learnTrackingMode(QString *errorText)
 {
     const InstanceLock lock(this);
     const QScopedValueRollback<bool> guard(inAction, true);
-    return q_func()->SensorInstance::sendCommandGetInt(QStringLiteral("Get_Autostart"),
-                                                       QStringLiteral("SA_AutostartCommand"), mode, errorText);
+    int answer = trackingMode;
+    const ErrorCode result = q_func()->SensorInstance::sendCommandGetInt(
+        QStringLiteral("Get_Autostart"), QStringLiteral("SA_AutostartCommand"), answer, errorText);
+    if (result == NoError)
+        trackingMode = autostartMode(row, answer);
+    return result;
+}
+
+ErrorCode TrackingInstancePrivate::restartTracking(QString *errorText)
+{
+    if (trackingMode == unknownTrackingMode) {
+        const ErrorCode result = learnTrackingMode(errorText);
+        if (result != NoError)
+            return result;
+    }
+    const ErrorCode result = q_func()->SensorInstance::sendCommand(commandOf(trackingMode), errorText);
+    return row.bestEffort ? NoError : result;
+}
+
+SpecialSensorInstanceRG52xPrivate::SpecialSensorInstanceRG52xPrivate()
+    : TrackingInstancePrivate(RG52x)
+{
+}
+
+QString SpecialSensorInstanceRG52xPrivate::distanceTrackingCommand() const
+{
+    return commandOf(trackingMode);
 }
 
 SpecialSensorInstanceRG52x::SpecialSensorInstanceRG52x(unsigned long handle)
     : SpecialSensorInstance(*new SpecialSensorInstanceRG52xPrivate, RG52x, handle)
 {
-    addToExcludedCommandList({distanceTracking(), QStringLiteral("Get_Samplerate")});
+    Q_D(SpecialSensorInstanceRG52x);
+    addToExcludedCommandList(d->commandsWithoutTracking());
 }
 
 SpecialSensorInstanceRG52x::~SpecialSensorInstanceRG52x() = default;
@@ -55,51 +88,31 @@ void SpecialSensorInstanceRG52x::setTrackingMode(int mode)
 
 QString SpecialSensorInstanceRG52x::convertMeasurementModeToCommand(int mode) const
 {
-    switch (mode) {
-    case 0:
-        return distanceTracking();
-    case 1:
-        return QStringLiteral("DistanceTracking7m");
-    case 2:
-    case 5:
-    case 6:
-    case 7:
-    case 8:
-        return QStringLiteral("DistanceTracking10Hz");
-    case 3:
-        return QStringLiteral("DistanceTracking50Hz");
-    case 4:
-        return QStringLiteral("DistanceTriggered");
-    default:
-        return {};
-    }
-}
-
-ErrorCode SpecialSensorInstanceRG52xPrivate::learnTrackingMode(QString *errorText)
-{
-    int mode = trackingMode;
-    const ErrorCode result = readAutostartMode(mode, errorText);
-    if (result == NoError)
-        trackingMode = mode >= 0 && mode <= 4 ? mode : 2;
-    return result;
+    Q_D(const SpecialSensorInstanceRG52x);
+    return d->commandOf(mode);
 }
 
 ErrorCode SpecialSensorInstanceRG52x::actionAfterSendCommand(const QString &, QString *errorText)
 {
     Q_D(SpecialSensorInstanceRG52x);
-    if (d->trackingMode == unknownTrackingMode) {
-        const ErrorCode result = d->learnTrackingMode(errorText);
-        if (result != NoError)
-            return result;
-    }
-    SensorInstance::sendCommand(convertMeasurementModeToCommand(d->trackingMode), errorText);
-    return NoError;
+    return d->restartTracking(errorText);
+}
+
+SpecialSensorInstanceRG531Private::SpecialSensorInstanceRG531Private()
+    : TrackingInstancePrivate(RG53x)
+{
+}
+
+bool SpecialSensorInstanceRG531Private::isSpeedTracking() const
+{
+    return trackingMode == speedTrackingMode;
 }
 
 SpecialSensorInstanceRG531::SpecialSensorInstanceRG531(unsigned long handle)
     : SpecialSensorInstance(*new SpecialSensorInstanceRG531Private, RG53x, handle)
 {
-    addToExcludedCommandList({speedTracking(), distanceTracking(), QStringLiteral("Get_Samplerate")});
+    Q_D(SpecialSensorInstanceRG531);
+    addToExcludedCommandList(d->commandsWithoutTracking());
 }
 
 SpecialSensorInstanceRG531::~SpecialSensorInstanceRG531() = default;
@@ -118,16 +131,8 @@ void SpecialSensorInstanceRG531::setTrackingMode(int mode)
 
 QString SpecialSensorInstanceRG531::convertMeasurementModeToCommand(int mode) const
 {
-    return mode == speedTrackingMode ? speedTracking() : distanceTracking();
-}
-
-ErrorCode SpecialSensorInstanceRG531Private::learnTrackingMode(QString *errorText)
-{
-    int mode = trackingMode;
-    const ErrorCode result = readAutostartMode(mode, errorText);
-    if (result == NoError && mode != unknownTrackingMode)
-        trackingMode = mode == speedTrackingMode ? speedTrackingMode : 2;
-    return result;
+    Q_D(const SpecialSensorInstanceRG531);
+    return d->commandOf(mode);
 }
 
 ErrorCode SpecialSensorInstanceRG531::actionBeforeSendCommand(const QString &, QString *errorText)
@@ -138,12 +143,7 @@ ErrorCode SpecialSensorInstanceRG531::actionBeforeSendCommand(const QString &, Q
 ErrorCode SpecialSensorInstanceRG531::actionAfterSendCommand(const QString &, QString *errorText)
 {
     Q_D(SpecialSensorInstanceRG531);
-    if (d->trackingMode == unknownTrackingMode) {
-        const ErrorCode result = d->learnTrackingMode(errorText);
-        if (result != NoError)
-            return result;
-    }
-    return SensorInstance::sendCommand(convertMeasurementModeToCommand(d->trackingMode), errorText);
+    return d->restartTracking(errorText);
 }
 
 } // namespace SondixQt

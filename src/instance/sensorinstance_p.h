@@ -31,7 +31,6 @@ struct VideoState
 {
     bool capable = false; ///< the model has video
     bool overAnyInterface = false;
-    bool useAnswerParameter = false; ///< else the name of the data follows from the signal's switch
     bool streamModeSupported = false;
     bool thresholdSupported = false;
     bool roiSupported = false;
@@ -87,6 +86,11 @@ public:
     ErrorCode sendCommandWith(const QString &command, const QString &parameterName, const Value &value,
                               QString *errorText);
 
+    // What the sample rate of a model that tracks depends on; the classes of these models know it.
+    /// The command that starts the present tracking of distances, empty if there is none.
+    virtual QString distanceTrackingCommand() const { return {}; }
+    virtual bool isSpeedTracking() const { return false; }
+
     /// Whether answers are read after a command that ended with \a code.
     static bool readsResults(ErrorCode code, SensorInstance::ErrorHandling errorHandling);
 
@@ -121,12 +125,12 @@ public:
     void addErrorValueTextsOfType(SensorType type);
 
     ErrorCode determineGetMeasureSensorNumbers();
-    ErrorCode getMeasureForKvBusSensors(QVector<QByteArray> &measures, QString *errorText);
-    int determineOutChannelCount(const QVector<QByteArray> &measures) const;
+    /// Asks for the values of these sensors, which come with the next transfer.
+    ErrorCode getMeasureForKvBusSensors(QString *errorText);
 
     // The steps that the transfers share; called with the mutex held.
-    ErrorCode pollMeasures(int &frameValues, QString *errorText);
-    ErrorCode announcedValues(int frameValues, int &count, QString *errorText);
+    ErrorCode pollMeasures(QString *errorText);
+    ErrorCode announcedValues(int &count, QString *errorText);
 
     SensorInstance *q_ptr = nullptr;
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "../answervalue_p.h"
+#include "catalogue/datatables_p.h"
 #include "datablock_p.h"
 #include "sensorinstance_p.h"
 #include "sondixapi_p.h"
@@ -27,22 +29,61 @@ void shrink(QVector<T> &values, int count)
 
 } // namespace
 
-ErrorCode SensorInstancePrivate::pollMeasures(int &frameValues, QString *errorText)
+bool SensorInstance::isGetMeasureNeeded() const
 {
-    frameValues = frameValueCount;
-    if (!getMeasureNeeded)
+    Q_D(const SensorInstance);
+    return d->getMeasureNeeded;
+}
+
+ErrorCode SensorInstancePrivate::determineGetMeasureSensorNumbers()
+{
+    Q_Q(SensorInstance);
+    if (isPolled(baseType()))
+        getMeasureNeeded = true;
+    if (baseType() != MultiSensor)
         return NoError;
-    QVector<QByteArray> measures;
-    const ErrorCode result = getMeasureForKvBusSensors(measures, errorText);
-    frameValues = determineOutChannelCount(measures);
+
+    getMeasureSensorNumbers.clear();
+    QMap<QString, QVariant> answer;
+    const ErrorCode result = q->sendCommandGetAll(QStringLiteral("Get_DrvSetting"), {}, answer, nullptr,
+                                                  SensorInstance::ReadAfterSuccess);
+    const int count = qMin(intAnswer(answer.value(QStringLiteral("IA_SensorCount"))), maxSensorCount);
+    for (int number = 1; number <= count; ++number) {
+        if (isPolled(SensorType(intAnswer(answer.value(QStringLiteral("IA_SensorType#%1").arg(number)))))) {
+            getMeasureSensorNumbers.append(number);
+            getMeasureNeeded = true;
+        }
+    }
     return result;
 }
 
-ErrorCode SensorInstancePrivate::announcedValues(int frameValues, int &count, QString *errorText)
+ErrorCode SensorInstancePrivate::getMeasureForKvBusSensors(QString *errorText)
+{
+    Q_Q(SensorInstance);
+    const QString command = QStringLiteral("Get_Measure");
+    if (baseType() != MultiSensor) {
+        const ErrorCode result = q->sendCommand(command, errorText);
+        return result == NoError ? NoError : check(result, errorText);
+    }
+    const QVector<int> numbers = getMeasureSensorNumbers; // a slot may re-open the setup meanwhile
+    for (const int number : numbers) {
+        const ErrorCode result = q->sendCommand(command, {{QStringLiteral("IP_SensorIndex"), number}}, errorText);
+        if (result != NoError)
+            return check(result, errorText);
+    }
+    return NoError;
+}
+
+ErrorCode SensorInstancePrivate::pollMeasures(QString *errorText)
+{
+    return getMeasureNeeded ? getMeasureForKvBusSensors(errorText) : NoError;
+}
+
+ErrorCode SensorInstancePrivate::announcedValues(int &count, QString *errorText)
 {
     int announced = 0;
     const ErrorCode result = check(::DataAvail(handle, &announced), errorText);
-    count = blockValues(announced, frameValues);
+    count = blockValues(announced, frameValueCount);
     return result;
 }
 
@@ -59,13 +100,12 @@ ErrorCode SensorInstance::transferData(QVector<double> &values, QString *errorTe
 {
     Q_D(SensorInstance);
     const InstanceLock lock(d);
-    int frameValues = 0;
-    ErrorCode result = d->pollMeasures(frameValues, errorText);
+    ErrorCode result = d->pollMeasures(errorText);
     if (result != NoError)
         return result;
 
     int count = 0;
-    result = d->announcedValues(frameValues, count, errorText);
+    result = d->announcedValues(count, errorText);
     if (result == NoError) {
         resizeForOverwriting(values, count);
         int read = 0;
@@ -80,8 +120,7 @@ ErrorCode SensorInstance::transferData(double *scaled, int *raw, double *timesta
 {
     Q_D(SensorInstance);
     const InstanceLock lock(d);
-    int frameValues = 0;
-    const ErrorCode polled = d->pollMeasures(frameValues, errorText);
+    const ErrorCode polled = d->pollMeasures(errorText);
     if (polled != NoError)
         return polled;
 
@@ -98,13 +137,12 @@ ErrorCode SensorInstance::transferDataRaw(QVector<int> &values, double &timestam
 {
     Q_D(SensorInstance);
     const InstanceLock lock(d);
-    int frameValues = 0;
-    ErrorCode result = d->pollMeasures(frameValues, errorText);
+    ErrorCode result = d->pollMeasures(errorText);
     if (result != NoError)
         return result;
 
     int count = 0;
-    result = d->announcedValues(frameValues, count, nullptr);
+    result = d->announcedValues(count, nullptr);
     if (result != NoError)
         return result;
     resizeForOverwriting(values, count);
@@ -121,13 +159,12 @@ ErrorCode SensorInstance::transferDataScaled(QVector<double> &values, double &ti
 {
     Q_D(SensorInstance);
     const InstanceLock lock(d);
-    int frameValues = 0;
-    ErrorCode result = d->pollMeasures(frameValues, errorText);
+    ErrorCode result = d->pollMeasures(errorText);
     if (result != NoError)
         return result;
 
     int count = 0;
-    result = d->announcedValues(frameValues, count, errorText);
+    result = d->announcedValues(count, errorText);
     if (d->loggingEnabled && d->rawBuffer.size() < count)
         d->rawBuffer.resize(count);
     if (result != NoError)

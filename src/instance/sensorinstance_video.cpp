@@ -28,7 +28,6 @@ void applyRow(VideoState &video, const VideoRow &row)
     video.overAnyInterface = row.overAnyInterface;
     video.transmitted = row.transmitted;
     video.modeEnabled = row.videoMode;
-    video.useAnswerParameter = true;
 }
 
 /// Names, signals and sizes stay what they were.
@@ -276,8 +275,6 @@ bool SensorInstance::getBinaryVideoParam(QString &name, int position) const
 {
     Q_D(const SensorInstance);
     const QVector<VideoInfo> &list = d->video.transmittedInfos;
-    if (!d->video.useAnswerParameter)
-        return d->makeVideoParamName(name, position, list, true);
     if (!isAt(position, list))
         return false;
     name = list.at(position).answerParameter;

@@ -8,6 +8,8 @@
 
 namespace SondixQt {
 
+struct TrackingRow;
+
 class SpecialSensorInstancePrivate : public SensorInstancePrivate
 {
 public:
@@ -19,9 +21,6 @@ public:
     ErrorCode sendBetweenActions(const QString &command, SpecialSensorInstance::ExecSpecialAction action,
                                  QString *errorText, Send send);
 
-    /// Reads the tracking mode that the sensor starts in by itself, without any action.
-    ErrorCode readAutostartMode(int &mode, QString *errorText);
-
     QSet<QString> excludedCommands{QStringLiteral("Enable_Logging"), QStringLiteral("Automatic_Setup"),
                                    QStringLiteral("Get_TransmittedDataInfo"), QStringLiteral("Clear_Buffers"),
                                    QStringLiteral("Get_OpenState")};
@@ -30,20 +29,38 @@ public:
     Q_DECLARE_PUBLIC(SpecialSensorInstance)
 };
 
-class SpecialSensorInstanceRG52xPrivate : public SpecialSensorInstancePrivate
+/// What the models that track have in common. What differs is in their rows.
+class TrackingInstancePrivate : public SpecialSensorInstancePrivate
 {
 public:
+    explicit TrackingInstancePrivate(SensorType type);
+
+    QStringList commandsWithoutTracking() const;
+    QString commandOf(int mode) const;
+
+    /// Starts tracking in the known mode; asks the sensor for its mode first if it is not known.
+    ErrorCode restartTracking(QString *errorText);
+
+    int trackingMode = -1; // unknown
+
+private:
     ErrorCode learnTrackingMode(QString *errorText);
 
-    int trackingMode = -1;
+    const TrackingRow &row;
 };
 
-class SpecialSensorInstanceRG531Private : public SpecialSensorInstancePrivate
+class SpecialSensorInstanceRG52xPrivate : public TrackingInstancePrivate
 {
 public:
-    ErrorCode learnTrackingMode(QString *errorText);
+    SpecialSensorInstanceRG52xPrivate();
+    QString distanceTrackingCommand() const override;
+};
 
-    int trackingMode = -1;
+class SpecialSensorInstanceRG531Private : public TrackingInstancePrivate
+{
+public:
+    SpecialSensorInstanceRG531Private();
+    bool isSpeedTracking() const override;
 };
 
 } // namespace SondixQt

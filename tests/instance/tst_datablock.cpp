@@ -23,7 +23,6 @@ private Q_SLOTS:
     void sizeOfABlock();
     void countWrittenBack_data();
     void countWrittenBack();
-    void outChannels();
     void integersOfAnswers_data();
     void integersOfAnswers();
 };
@@ -74,15 +73,6 @@ void TestDataBlock::countWrittenBack()
     QFETCH(int, capacity);
     QFETCH(int, count);
     QCOMPARE(transferredValues(written, capacity), count);
-}
-
-void TestDataBlock::outChannels()
-{
-    QCOMPARE(outChannelCount(-1, {}), -1);
-    QCOMPARE(outChannelCount(6, {}), 6);
-    QCOMPARE(outChannelCount(6, {QByteArray("xab"), QByteArray("x"), QByteArray("xabcd")}), 6 + 2 + 0 + 4);
-    QCOMPARE(outChannelCount(6, {QByteArray()}), 5);
-    QCOMPARE(outChannelCount(largest, {QByteArray("xab")}), largest);
 }
 
 void TestDataBlock::integersOfAnswers_data()
