@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "instance/answerparser_p.h"
 #include "report.h"
+#include "sondix/answerparser_p.h"
 
 #include <QRegularExpression>
 #include <QVector>

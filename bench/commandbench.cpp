@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "instance/sondixapi_p.h"
 #include "paired.h"
 #include "report.h"
+#include "sondix/sondixapi_p.h"
 
 #include <SondixQt/SensorInstance>
 

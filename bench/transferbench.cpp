@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cheapsensor.h"
-#include "instance/sondixapi_p.h"
 #include "paired.h"
 #include "report.h"
+#include "sondix/sondixapi_p.h"
 
 #include <SondixQt/SensorInstance>
 

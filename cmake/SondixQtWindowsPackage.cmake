@@ -21,11 +21,11 @@ install(FILES cmake/toolchain-package.cmake DESTINATION . RENAME toolchain-windo
 find_program(SONDIXQT_LLVM_DLLTOOL NAMES llvm-dlltool llvm-dlltool-14 REQUIRED)
 set(library ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/Sondix.lib)
 add_custom_command(OUTPUT ${library}
-    COMMAND ${SONDIXQT_LLVM_DLLTOOL} -m i386:x86-64 -d ${PROJECT_SOURCE_DIR}/src/instance/Sondix.def -l ${library}
-    DEPENDS ${PROJECT_SOURCE_DIR}/src/instance/Sondix.def
+    COMMAND ${SONDIXQT_LLVM_DLLTOOL} -m i386:x86-64 -d ${PROJECT_SOURCE_DIR}/src/sondix/Sondix.def -l ${library}
+    DEPENDS ${PROJECT_SOURCE_DIR}/src/sondix/Sondix.def
     COMMENT "Making the import library of Sondix.dll for Microsoft's linker" VERBATIM)
 add_custom_target(sondix_imports_msvc ALL DEPENDS ${library})
-install(FILES ${library} $<TARGET_FILE:sondix_imports> src/instance/Sondix.def DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES ${library} $<TARGET_FILE:sondix_imports> src/sondix/Sondix.def DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
 install(FILES CMakeLists.txt LICENSE DESTINATION source)
 install(DIRECTORY cmake src DESTINATION source)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "instance/answerparser_p.h"
-#include "instance/textcodec_p.h"
 #include "mismatch.h"
+#include "sondix/answerparser_p.h"
+#include "sondix/textcodec_p.h"
 #include "support/answerpattern.h"
 
 #include <cstddef>

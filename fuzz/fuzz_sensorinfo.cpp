@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "instance/textcodec_p.h"
 #include "mismatch.h"
+#include "sondix/textcodec_p.h"
 
 #include <SondixQt/ParameterPresentation>
 #include <SondixQt/SensorInfo>

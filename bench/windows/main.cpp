@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cheapsensor.h"
-#include "instance/sondixapi_p.h"
+#include "sondix/sondixapi_p.h"
 
 #include <SondixQt/SensorInstance>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sensorfinder_p.h"
 
-#include "../answervalue_p.h"
 #include "catalogue/searchtables_p.h"
+#include "sondix/answervalue_p.h"
 
 #include <QStringList>
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "sensorfinder_p.h"
 
-#include "../latin1literal_p.h"
 #include "catalogue/basetype_p.h"
 #include "catalogue/searchtables_p.h"
+#include "sondix/latin1literal_p.h"
 
 #include <QSet>
 

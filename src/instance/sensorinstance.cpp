@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "sensorinstance.h"
 
-#include "../answervalue_p.h"
 #include "catalogue/basetype_p.h"
 #include "instancelog_p.h"
 #include "sensorinstance_p.h"
-#include "sondixapi_p.h"
-#include "textcodec_p.h"
+#include "sondix/answervalue_p.h"
+#include "sondix/sondixapi_p.h"
+#include "sondix/textcodec_p.h"
 
 namespace SondixQt {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "sensorinstance_p.h"
-#include "sondixapi_p.h"
+#include "sondix/sondixapi_p.h"
 
 namespace SondixQt {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "../answervalue_p.h"
 #include "catalogue/datatables_p.h"
 #include "sensorinstance_p.h"
+#include "sondix/answervalue_p.h"
 
 namespace SondixQt {
 

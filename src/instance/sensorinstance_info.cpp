@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "answerparser_p.h"
 #include "sensorinstance_p.h"
+#include "sondix/answerparser_p.h"
 
 #include <QDateTime>
 

@@ -2,7 +2,7 @@
 #include "catalogue/modetables_p.h"
 #include "instancelog_p.h"
 #include "sensorinstance_p.h"
-#include "sondixapi_p.h"
+#include "sondix/sondixapi_p.h"
 
 namespace SondixQt {
 

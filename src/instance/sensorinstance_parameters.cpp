@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "answerparser_p.h"
 #include "catalogue/basetype_p.h"
 #include "catalogue/busnames_p.h"
 #include "catalogue/namematching_p.h"
 #include "sensorinstance_p.h"
-#include "sondixapi_p.h"
-#include "textcodec_p.h"
+#include "sondix/answerparser_p.h"
+#include "sondix/sondixapi_p.h"
+#include "sondix/textcodec_p.h"
 
 namespace SondixQt {
 

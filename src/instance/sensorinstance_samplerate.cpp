@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "../answervalue_p.h"
 #include "catalogue/ratetables_p.h"
 #include "samplerate_p.h"
 #include "sensorinstance_p.h"
+#include "sondix/answervalue_p.h"
 
 namespace SondixQt {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "../answervalue_p.h"
 #include "catalogue/datatables_p.h"
-#include "datablock_p.h"
 #include "sensorinstance_p.h"
-#include "sondixapi_p.h"
+#include "sondix/answervalue_p.h"
+#include "sondix/datablock_p.h"
+#include "sondix/sondixapi_p.h"
 
 namespace SondixQt {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "sensorinfo.h"
 
-#include "../answervalue_p.h"
-#include "../catalogue/basetype_p.h"
-#include "../catalogue/busnames_p.h"
-#include "../catalogue/sensorfeatures_p.h"
-#include "../catalogue/sensortypes_p.h"
+#include "catalogue/basetype_p.h"
+#include "catalogue/busnames_p.h"
+#include "catalogue/sensorfeatures_p.h"
+#include "catalogue/sensortypes_p.h"
+#include "sondix/answervalue_p.h"
 
 #include <algorithm>
 #include <vector>

@@ -2,7 +2,7 @@
 #include "responses_p.h"
 
 #include "httpstatus_p.h"
-#include "latin1literal_p.h"
+#include "sondix/latin1literal_p.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "instance/sondixapi_p.h"
+#include "sondix/sondixapi_p.h"
 
 #include <cstdint>
 #include <map>

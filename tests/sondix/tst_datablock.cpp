@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "answervalue_p.h"
-#include "instance/datablock_p.h"
+#include "sondix/answervalue_p.h"
+#include "sondix/datablock_p.h"
 
 #include <QtTest>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "instance/errorvalues_p.h"
+#include "sondix/errorvalues_p.h"
 
 #include <QtTest>
 

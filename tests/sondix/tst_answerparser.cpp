@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "instance/answerparser_p.h"
+#include "sondix/answerparser_p.h"
 #include "support/answerpattern.h"
 
 #include <QTextCodec>
