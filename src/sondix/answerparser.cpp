@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "answerparser_p.h"
 
-#include <QVarLengthArray>
-
-#include <algorithm>
-#include <cstring>
 #include <limits>
-#include <utility>
 
 namespace SondixQt {
 
@@ -20,12 +15,6 @@ struct Part
 
     std::ptrdiff_t size() const { return end - begin; }
     QString toString() const { return QString(reinterpret_cast<const QChar *>(begin), int(size())); }
-};
-
-struct Pair
-{
-    Part key;
-    Part text;
 };
 
 bool isSpace(ushort c)
@@ -46,7 +35,7 @@ const ushort *quotedEnd(const ushort *quote, const ushort *end)
     return nullptr;
 }
 
-/// Calls \a found with each pair of \a answer in turn.
+/// Calls \a found with the key and the value of each pair of \a answer in turn.
 template<typename Found>
 void splitPairs(Part answer, Found found)
 {
@@ -63,8 +52,6 @@ void splitPairs(Part answer, Found found)
         const ushort *last = nullptr;
         const ushort *inner = nullptr; // the "=" before the last
         for (; p < end; ++p) {
-            if (*p > '=') // letters, above all: nothing below this line can be one
-                continue;
             if (isSpace(*p) || *p == '"')
                 break;
             if (*p == '=' && p > run) {
@@ -75,60 +62,14 @@ void splitPairs(Part answer, Found found)
         const bool endsOpen = last && last + 1 == p;
         if (endsOpen && p < end && *p == '"') {
             if (const ushort *close = quotedEnd(p, end)) {
-                found(Pair{{run, last}, {p, close}});
+                found(Part{run, last}, Part{p, close});
                 p = close;
                 continue;
             }
         }
         if (const ushort *const separator = endsOpen ? inner : last)
-            found(Pair{{run, separator}, {separator + 1, p}});
+            found(Part{run, separator}, Part{separator + 1, p});
     }
-}
-
-/// Where \a a and \a b, of which the shorter has \a common characters, first differ; \a common when
-/// they do not.
-std::ptrdiff_t firstDifference(const ushort *a, const ushort *b, std::ptrdiff_t common)
-{
-    // The names of parameters begin alike, so most of them is skipped four characters at a time.
-    constexpr std::ptrdiff_t chunk = sizeof(quint64) / sizeof(ushort);
-    std::ptrdiff_t i = 0;
-    for (; i + chunk <= common && std::memcmp(a + i, b + i, sizeof(quint64)) == 0; i += chunk) {
-    }
-    while (i < common && a[i] == b[i])
-        ++i;
-    return i;
-}
-
-/// The order of QString, and for equal keys that of the answer.
-inline bool comesBefore(const Pair &a, const Pair &b)
-{
-    const std::ptrdiff_t common = std::min(a.key.size(), b.key.size());
-    const std::ptrdiff_t i = firstDifference(a.key.begin, b.key.begin, common);
-    if (i != common)
-        return a.key.begin[i] < b.key.begin[i];
-    if (a.key.size() != b.key.size())
-        return a.key.size() < b.key.size();
-    return a.key.begin < b.key.begin;
-}
-
-bool equalKeys(const Pair &a, const Pair &b)
-{
-    return std::equal(a.key.begin, a.key.end, b.key.begin, b.key.end);
-}
-
-/// Moves \a text into \a value, which can only copy.
-void setText(QVariant &value, QString text)
-{
-    value = QString();
-    static_cast<QString *>(value.data())->swap(text);
-}
-
-QString withoutQuotes(Part text)
-{
-    QString result(int(text.size()), Qt::Uninitialized);
-    auto *const begin = reinterpret_cast<ushort *>(result.data());
-    result.truncate(int(std::remove_copy(text.begin, text.end, begin, ushort('"')) - begin));
-    return result;
 }
 
 /// Sets \a value if \a text is a plain decimal number such as -12 or 3.25. Up to 15 digits, these and
@@ -167,18 +108,18 @@ bool setPlainNumber(QVariant &value, Part text)
 bool setValue(QVariant &value, Part text)
 {
     if (*text.begin == '"') {
-        setText(value, withoutQuotes(text));
+        value = text.toString().remove(QLatin1Char('"'));
         return true;
     }
     if (setPlainNumber(value, text))
         return true;
 
-    QString word = text.toString();
+    const QString word = text.toString();
     bool ok = true;
     if (word.contains(QLatin1Char('.')))
         value = word.toDouble(&ok);
     else if (word.contains(QLatin1String("0x")))
-        setText(value, std::move(word));
+        value = word;
     else
         value = word.toInt(&ok, 10);
     return ok;
@@ -188,22 +129,13 @@ bool setValue(QVariant &value, Part text)
 
 QMap<QString, QVariant> parseAllParameters(const QString &answer)
 {
-    QVarLengthArray<Pair, 256> pairs;
-    const ushort *const text = answer.utf16();
-    splitPairs({text, text + answer.size()}, [&](const Pair &pair) { pairs.append(pair); });
-
-    // In ascending order every entry is hung in at the map's end, without a search for its place.
-    std::sort(pairs.begin(), pairs.end(), [](const Pair &a, const Pair &b) { return comesBefore(a, b); });
-
     QMap<QString, QVariant> result;
-    for (auto pair = pairs.cbegin(); pair != pairs.cend(); ++pair) {
-        const auto next = pair + 1;
-        if (next != pairs.cend() && equalKeys(*next, *pair))
-            continue;
-        const auto entry = result.insert(result.constEnd(), pair->key.toString(), QVariant());
-        if (!setValue(*entry, pair->text))
+    const ushort *const text = answer.utf16();
+    splitPairs({text, text + answer.size()}, [&result](Part key, Part value) {
+        const auto entry = result.insert(key.toString(), QVariant());
+        if (!setValue(*entry, value))
             result.erase(entry);
-    }
+    });
     return result;
 }
 

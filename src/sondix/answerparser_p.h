@@ -7,7 +7,7 @@
 
 namespace SondixQt {
 
-/// Parses the "key=value" pairs of a sensor's complete answer, in time linear in its length.
+/// Parses the "key=value" pairs of a sensor's complete answer in one pass.
 ///
 /// Agrees with matching `([^\s"]+)=("(?:[^"\\]++|\\.)*+"|[^"\s]+)` globally: a key is a run of
 /// characters that are neither white space nor a double quote and reaches to the last "=" that a
