@@ -24,8 +24,8 @@ char16_t folded(QChar character)
     return character.toCaseFolded().unicode();
 }
 
-/// A set of pairs of neighbouring characters, many pairs to a bit: a name whose set is not within the text's
-/// cannot be in the text.
+/// 64-bit Bloom filter of character pairs: a name can only occur in the text if its bits are a subset. Searching the
+/// text for every name instead takes more than ten times as long.
 quint64 pairsOf(std::u16string_view text)
 {
     quint64 set = 0;
