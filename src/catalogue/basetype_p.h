@@ -8,8 +8,8 @@ namespace SondixQt {
 /// The step between the variants of a model in the numbers of the sensor types.
 constexpr qint32 variantStep = 10000;
 
-/// The type whose variant \a type is: itself for a model that is none. File, which is no model, has no base type:
-/// whoever may hold it must ask for it first.
+/// The type of which \a type is a variant; \a type itself if it is none. Not for File, which is no model: check for
+/// it first.
 constexpr SensorType baseType(SensorType type)
 {
     return SensorType(type % variantStep);
