@@ -69,7 +69,7 @@ void SensorInstancePrivate::init(SensorInstance *q, SensorType type, unsigned lo
     if (type != NoSensor && type != File && handle == 0)
         handle = CreateSensorInstance(SondixQt::baseType(type));
     if (q->isOpen()) {
-        fillCommandTables();
+        fillCommandTables(nullptr);
         checkTriggerAndSync(nullptr);
     }
 }
@@ -143,7 +143,7 @@ ErrorCode SensorInstance::open(const QMap<QString, QVariant> &parameters, QStrin
     }
 
     d->readSensorInformation(parameters, errorText);
-    result = d->fillCommandTables();
+    result = d->fillCommandTables(errorText);
     if (result == NoError)
         d->checkTriggerAndSync(errorText);
     d->determineGetMeasureSensorNumbers();
@@ -186,7 +186,7 @@ ErrorCode SensorInstance::clearAllParameters(QString *errorText)
 
 ErrorCode SensorInstancePrivate::check(qint32 code, QString *errorText) const
 {
-    // A success that nobody wants to read of is what a transfer has thousands of times a second.
+    // Fast path: transfers succeed thousands of times a second and there is no text to clear.
     if (code != NoError || errorText)
         q_func()->checkError(ErrorCode(code), errorText, true);
     return ErrorCode(code);

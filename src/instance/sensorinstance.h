@@ -162,10 +162,10 @@ public:
     /// SensorInfo::getInterfaceParameters) and reads its information. A map that is not empty is kept
     /// with storeInterfaceParameters. When the sensor cannot be opened, one info map a sensor
     /// ("IP_SensorCount", else 1) holds its number as "ST_Empty".
-    /// Then what depends on the model is filled, which takes a question to some models: where that
-    /// fails, its error is returned although the sensor is open. Whether trigger and synchronisation
-    /// are on is asked last; a failure there is not in the result. \a errorText is that of the last
-    /// question that was asked with it: errorMessage() tells of each.
+    /// Then what depends on the model is filled. For an MC340 that takes "Get_Info": if it fails, its error
+    /// and text are returned although the sensor is open. Otherwise it is asked whether trigger and
+    /// synchronisation are on; a failure there is not in the result. \a errorText is that of the last
+    /// question: errorMessage() reports each failure.
     ErrorCode open(const QMap<QString, QVariant> &parameters, QString *errorText = nullptr);
     /// Opens the sensor with the parameters that are staged already.
     ErrorCode open(QString *errorText = nullptr);

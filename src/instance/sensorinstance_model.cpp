@@ -3,9 +3,9 @@
 
 namespace SondixQt {
 
-ErrorCode SensorInstancePrivate::fillCommandTables()
+ErrorCode SensorInstancePrivate::fillCommandTables(QString *errorText)
 {
-    const ErrorCode result = fillVideoCommandsForSensor(video.infos);
+    const ErrorCode result = fillVideoCommandsForSensor(video.infos, errorText);
     fillTriggerCommandsForSensor();
     fillSyncCommandsForSensor();
     fillAvailableMeasModiForSensor();

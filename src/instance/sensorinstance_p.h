@@ -101,7 +101,7 @@ public:
 
     /// Fills what depends on the model: video, trigger, sync and measuring modes. The result is that
     /// of the questions to the sensor that this takes.
-    ErrorCode fillCommandTables();
+    ErrorCode fillCommandTables(QString *errorText);
     void fillTriggerCommandsForSensor();
     void fillSyncCommandsForSensor();
     void fillAvailableMeasModiForSensor();
@@ -110,7 +110,7 @@ public:
     ErrorCode checkIfTriggerIsEnabled(QString *errorText);
     ErrorCode checkIfSyncIsEnabled(QString *errorText);
 
-    ErrorCode fillVideoCommandsForSensor(QVector<VideoInfo> &list);
+    ErrorCode fillVideoCommandsForSensor(QVector<VideoInfo> &list, QString *errorText);
     void initializeVideoInfos(QVector<VideoInfo> &list, int pixels, int count);
     /// Asks the sensor whether it sends video and which of its video signals are switched into the
     /// output. -1 for a type without video, else 0.

@@ -102,12 +102,16 @@ ErrorCode SensorInstance::getSampleRateInKhz(double *rate, QString *errorText)
     double unwanted = 0.0;
     double &result = rate ? *rate : unwanted;
     result = 0.0;
-    d->check(NoError, errorText);
     if (const std::optional<double> fixed = fixedSampleRate(d->sensorType)) {
         result = *fixed;
-        return NoError;
+        return d->check(NoError, errorText);
     }
-    return readRate(*d, sampleRateRow(d->sensorType), result, errorText);
+    // Each step that succeeds clears its text (a null QString). A text of the library is never null.
+    QString text;
+    const ErrorCode code = readRate(*d, sampleRateRow(d->sensorType), result, errorText ? &text : nullptr);
+    if (errorText && (code == NoError || !text.isNull()))
+        *errorText = text;
+    return code;
 }
 
 } // namespace SondixQt

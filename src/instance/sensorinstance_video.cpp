@@ -49,14 +49,14 @@ bool isAt(int position, const QVector<VideoInfo> &list)
 
 } // namespace
 
-ErrorCode SensorInstancePrivate::fillVideoCommandsForSensor(QVector<VideoInfo> &list)
+ErrorCode SensorInstancePrivate::fillVideoCommandsForSensor(QVector<VideoInfo> &list, QString *errorText)
 {
     const VideoRow *row = videoRow(sensorType);
     if (!row) {
         clearFlags(video);
         return NoError;
     }
-    // What holds for the row is set after the sensor's answer: these stay when it does not come.
+    // Defaults that remain if Get_Info fails below; applyRow() sets the model's own values.
     video.streamModeSupported = true;
     video.capable = true;
     video.overAnyInterface = true;
@@ -66,8 +66,8 @@ ErrorCode SensorInstancePrivate::fillVideoCommandsForSensor(QVector<VideoInfo> &
     int pixels = row->pixels;
     if (pixels == 0) {
         double range = 0.0;
-        const ErrorCode result =
-            q_func()->sendCommandGetDouble(QStringLiteral("Get_Info"), QStringLiteral("SA_Range"), range, nullptr);
+        const ErrorCode result = q_func()->sendCommandGetDouble(QStringLiteral("Get_Info"),
+                                                                QStringLiteral("SA_Range"), range, errorText);
         if (result != NoError)
             return result;
         pixels = pixelsOfRange(range);

@@ -55,6 +55,7 @@ private Q_SLOTS:
     void adopts_data();
     void adopts();
     void unansweredRangeFailsTheOpenAfterFillingTheTables();
+    void missingRangeFailsTheOpenWithItsText();
     void unansweredRangeDoesNotKeepAnAdoptedSensorFromItsChecks();
     void failedOpenFillsNothing();
     void reopeningFillsAgain();
@@ -109,7 +110,7 @@ void OpenOrderTest::unansweredRangeFailsTheOpenAfterFillingTheTables()
     QCOMPARE(int(sensor.open(parameters(37, Ethernet), &errorText)), -51);
     QCOMPARE(withoutSizes(recorder.take()),
              opening(37) + commandCalls(name("Get_Info")) + QStringList(name("GetError(4096)")));
-    QCOMPARE(errorText, QString());
+    QCOMPARE(errorText, name("no information"));
     QVERIFY(sensor.isOpen());
 
     recorder.take();
@@ -117,6 +118,16 @@ void OpenOrderTest::unansweredRangeFailsTheOpenAfterFillingTheTables()
     QCOMPARE(sensor.disableSync(), NoError);
     QCOMPARE(recorder.take(),
              tellInt("Update_TriggerMode", "SP_TriggerMode", 0) + tellInt("Set_SyncMode", "SP_SyncMode", 0));
+}
+
+void OpenOrderTest::missingRangeFailsTheOpenWithItsText()
+{
+    failParameter("SA_Range", -54, "no range");
+    SensorInstance sensor(MC340);
+    QString errorText;
+    QCOMPARE(int(sensor.open(parameters(37, Ethernet), &errorText)), -54);
+    QCOMPARE(errorText, name("no range"));
+    QVERIFY(sensor.isOpen());
 }
 
 void OpenOrderTest::unansweredRangeDoesNotKeepAnAdoptedSensorFromItsChecks()

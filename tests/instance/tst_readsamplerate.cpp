@@ -23,7 +23,10 @@ private Q_SLOTS:
     void rateOfEveryModel();
     void failingCommandGivesItsError_data();
     void failingCommandGivesItsError();
+    void failureWithoutAnErrorLeavesTheText_data();
+    void failureWithoutAnErrorLeavesTheText();
     void missingAnswerGivesItsError();
+    void callersTextIsClearedOnSuccess_data();
     void callersTextIsClearedOnSuccess();
     void unwantedRateMayBeNull_data();
     void unwantedRateMayBeNull();
@@ -167,6 +170,35 @@ void TestReadSampleRate::failingCommandGivesItsError()
     QCOMPARE(recorder.take(), commandCalls(command) + QStringList(name("GetError(4096)")));
 }
 
+void TestReadSampleRate::failureWithoutAnErrorLeavesTheText_data()
+{
+    QTest::addColumn<QByteArray>("function");
+    QTest::addColumn<bool>("silent");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("staging the command") << QByteArray("SetParameterString") << true << name("old");
+    QTest::newRow("the command") << QByteArray("SensorCommand") << true << name("old");
+    QTest::newRow("reading the answer") << QByteArray("GetParameterDouble") << true << name("old");
+    QTest::newRow("an error with an empty text") << QByteArray("SensorCommand") << false << QString();
+}
+
+void TestReadSampleRate::failureWithoutAnErrorLeavesTheText()
+{
+    QFETCH(QByteArray, function);
+    QFETCH(bool, silent);
+    SensorInstance instance(SensorType::TX270);
+    scriptAnswer("Get_Samplerate", "SA_Measrate=2.0");
+    sondixsim::Fault fault;
+    fault.function = function.toStdString();
+    fault.code = -815;
+    fault.silent = silent;
+    sondixsim::inject(fault);
+    double rate = stale;
+    QString errorText = name("old");
+    QCOMPARE(instance.getSampleRateInKhz(&rate, &errorText), ErrorCode(-815));
+    QVERIFY(rate == 0.0);
+    QTEST(errorText, "text");
+}
+
 void TestReadSampleRate::missingAnswerGivesItsError()
 {
     SensorInstance instance(SensorType::TX220);
@@ -178,14 +210,24 @@ void TestReadSampleRate::missingAnswerGivesItsError()
     QVERIFY(!errorText.isEmpty());
 }
 
+void TestReadSampleRate::callersTextIsClearedOnSuccess_data()
+{
+    QTest::addColumn<int>("code");
+    QTest::newRow("answer") << int(SensorType::TX220);
+    QTest::newRow("constant") << int(SensorType::TX210);
+    QTest::newRow("averaging, without an answer") << int(SensorType::EC810);
+    QTest::newRow("unknown") << int(SensorType::XA100PCI);
+}
+
 void TestReadSampleRate::callersTextIsClearedOnSuccess()
 {
-    SensorInstance instance(SensorType::TX220);
+    QFETCH(int, code);
+    SensorInstance instance{SensorType(code)};
     scriptAnswer("Get_Settings", "SA_Speed=1");
     double rate = stale;
     QString errorText = name("old");
     QCOMPARE(instance.getSampleRateInKhz(&rate, &errorText), NoError);
-    QVERIFY(rate == 1.25);
+    QVERIFY(rate != stale);
     QCOMPARE(errorText, QString());
 }
 
