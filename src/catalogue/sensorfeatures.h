@@ -1,18 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <SondixQt/sensortypes.h>
+#include <SondixQt/sondixqtnamespace.h>
 
 #include <QMap>
+#include <QString>
 
 namespace SondixQt {
-
-/// The kind of web interface that a model offers.
-enum WebInterface : qint32 {
-    NoWebInterface = 0,     ///< none
-    NativeWebInterface = 1, ///< the device serves its pages itself over the network
-    SerialWebInterface = 2, ///< the pages are reached over the sensor's serial line
-};
 
 /// What the library knows of one model. A plain record: copy and move it freely.
 struct SONDIXQT_EXPORT SensorFeatures

@@ -80,8 +80,14 @@ void registerMetaTypes()
     qRegisterMetaType<SensorType>("SensorType");
     qRegisterMetaType<SensorGroup>();
     qRegisterMetaType<SensorGroup>("SensorGroup");
+    qRegisterMetaType<SensorGroups>();
+    qRegisterMetaType<SensorGroups>("SensorGroups");
     qRegisterMetaType<SensorInterface>();
     qRegisterMetaType<SensorInterface>("SensorInterface");
+    qRegisterMetaType<SensorInterfaces>();
+    qRegisterMetaType<SensorInterfaces>("SensorInterfaces");
+    qRegisterMetaType<WebInterface>();
+    qRegisterMetaType<WebInterface>("WebInterface");
     qRegisterMetaType<QList<SensorType>>();
     qRegisterMetaType<QList<SensorType>>("QList<SensorType>");
 }

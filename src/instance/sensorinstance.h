@@ -62,11 +62,13 @@ public:
         LogInformation = 32,
         LogAllLevels = 0x7fffffff,
     };
+    Q_ENUM(LogLevel)
 
     /// Kinds of entries in the sensor-access library's log; its documentation defines further ones.
     enum LogType : qint32 {
         LogAllTypes = 0x7fffffff,
     };
+    Q_ENUM(LogType)
 
     /// Creates the library instance for \a type, or adopts \a handle when it is not 0. For NoSensor
     /// and File no library instance is created. On a library instance that is already open the

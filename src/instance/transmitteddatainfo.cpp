@@ -3,6 +3,26 @@
 
 namespace SondixQt {
 
+namespace {
+
+/// The ways in which callers write the types in queued calls.
+void registerMetaTypes()
+{
+    qRegisterMetaType<SignalInfo>();
+    qRegisterMetaType<SignalInfo>("SignalInfo");
+    qRegisterMetaType<VideoInfo>();
+    qRegisterMetaType<VideoInfo>("VideoInfo");
+    qRegisterMetaType<TransmittedDataInfo>();
+    qRegisterMetaType<TransmittedDataInfo>("TransmittedDataInfo");
+    // Without these a QVariant compares the addresses of two descriptions.
+    QMetaType::registerEqualsComparator<SignalInfo>();
+    QMetaType::registerEqualsComparator<VideoInfo>();
+    QMetaType::registerEqualsComparator<TransmittedDataInfo>();
+}
+Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
+
+} // namespace
+
 bool SignalInfo::operator!=(const SignalInfo &other) const
 {
     return index != other.index || rawName != other.rawName || scaledName != other.scaledName ||

@@ -3,6 +3,7 @@
 
 #include <SondixQt/sondixqtglobal.h>
 
+#include <QMetaType>
 #include <QString>
 #include <QVector>
 
@@ -74,5 +75,9 @@ struct SONDIXQT_EXPORT TransmittedDataInfo
 };
 
 } // namespace SondixQt
+
+Q_DECLARE_METATYPE(SondixQt::SignalInfo)
+Q_DECLARE_METATYPE(SondixQt::VideoInfo)
+Q_DECLARE_METATYPE(SondixQt::TransmittedDataInfo)
 
 #pragma pop_macro("signals")

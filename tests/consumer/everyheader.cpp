@@ -10,6 +10,7 @@
 #include <SondixQt/sensorinstance.h>
 #include <SondixQt/sensortypes.h>
 #include <SondixQt/sondixqtglobal.h>
+#include <SondixQt/sondixqtnamespace.h>
 #include <SondixQt/specialsensorinstance.h>
 #include <SondixQt/transmitteddatainfo.h>
 

@@ -17,6 +17,13 @@ private Q_SLOTS:
         QCOMPARE(signalNamesWithoutKeywords(),
                  QStringList({QStringLiteral("Distance"), QStringLiteral("Intensity")}));
     }
+    void bothPrintNames()
+    {
+        const QString names = QStringLiteral("SondixQt::TX270 QFlags<SondixQt::SensorInterface>(RS232) "
+                                             "SondixQt::TransmittedDataInfo");
+        QCOMPARE(printedWithKeywords().trimmed(), names);
+        QCOMPARE(printedWithoutKeywords().trimmed(), names);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestKeywords)

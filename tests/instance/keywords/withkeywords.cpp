@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "consumer.h"
 
-#include <SondixQt/TransmittedDataInfo>
+#include <SondixQt/SondixQt>
 
+#include <QDebug>
 #include <QObject>
 
 #ifndef signals
@@ -36,6 +37,14 @@ bool keywordStillDeclaresSignals()
     QObject::connect(&announcer, &Announcer::announced, &announcer, [&heard] { heard = true; });
     announcer.announce();
     return heard;
+}
+
+QString printedWithKeywords()
+{
+    QString text;
+    QDebug(&text) << SondixQt::TX270 << SondixQt::SensorInterfaces(SondixQt::RS232)
+                  << QVariant::fromValue(SondixQt::TransmittedDataInfo()).typeName();
+    return text;
 }
 
 #include "withkeywords.moc"

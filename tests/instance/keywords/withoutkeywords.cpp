@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "consumer.h"
 
-#include <SondixQt/TransmittedDataInfo>
+#include <SondixQt/SondixQt>
+
+#include <QDebug>
 
 #if defined(signals) || !defined(QT_NO_KEYWORDS)
 #    error "This file is to be compiled without Qt's keywords"
@@ -17,4 +19,12 @@ QStringList signalNamesWithoutKeywords()
     for (const SondixQt::SignalInfo &signal : info.signalList())
         names.append(signal.scaledName);
     return names;
+}
+
+QString printedWithoutKeywords()
+{
+    QString text;
+    QDebug(&text) << SondixQt::TX270 << SondixQt::SensorInterfaces(SondixQt::RS232)
+                  << QVariant::fromValue(SondixQt::TransmittedDataInfo()).typeName();
+    return text;
 }
