@@ -22,9 +22,15 @@ Q_NAMESPACE_EXPORT(SONDIXQT_EXPORT)
 /// The result of a sensor operation: 0 is success, every other value is a failure code of the
 /// sensor-access library, passed through unchanged (its documentation lists them).
 ///
-/// Values beyond the enumerators are normal: any code of the sensor-access library may occur.
+/// Values beyond the enumerators are normal: any code of the sensor-access library may occur. The enumerators
+/// are the codes that this library treats differently from other failures.
 enum ErrorCode : qint32 {
-    NoError = 0,
+    NoError = 0, ///< success
+    /// A command failed, but may have left result parameters: SensorInstance::ReadAfterPartialFail reads them.
+    /// What distinguishes it from PartialFailure27 is in the documentation of the sensor-access library.
+    PartialFailure26 = -26,
+    /// As PartialFailure26.
+    PartialFailure27 = -27,
 };
 Q_ENUM_NS(ErrorCode)
 

@@ -52,7 +52,7 @@ public:
     enum ErrorHandling : qint32 {
         NoErrorHandling = 0,      ///< after success only
         ReadAfterSuccess = 1,     ///< after success only
-        ReadAfterPartialFail = 2, ///< also after the failures -27 and -26, which may leave results
+        ReadAfterPartialFail = 2, ///< also after PartialFailure26 and PartialFailure27
         ReadAlways = 3,           ///< always: whatever the sensor did answer
     };
     Q_ENUM(ErrorHandling)

@@ -4,19 +4,12 @@
 
 namespace SondixQt {
 
-namespace {
-
-// Failures after which the sensor-access library may still hold results.
-constexpr ErrorCode partialFail1 = ErrorCode(-27);
-constexpr ErrorCode partialFail2 = ErrorCode(-26);
-
-} // namespace
-
 bool SensorInstancePrivate::readsResults(ErrorCode code, SensorInstance::ErrorHandling errorHandling)
 {
     if (code == NoError || errorHandling == SensorInstance::ReadAlways)
         return true;
-    return errorHandling == SensorInstance::ReadAfterPartialFail && (code == partialFail1 || code == partialFail2);
+    return errorHandling == SensorInstance::ReadAfterPartialFail &&
+           (code == PartialFailure26 || code == PartialFailure27);
 }
 
 ErrorCode SensorInstance::sendCommand(const QString &command, const QMap<QString, QVariant> &parameters,

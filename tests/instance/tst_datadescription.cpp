@@ -148,8 +148,8 @@ void TestDataDescription::failureLeavesTheDescription()
     TransmittedDataInfo info = before;
     QSignalSpy messages(&instance, &SensorInstance::errorMessage);
     QString errorText;
-    scriptCommandFailure(command, -26);
-    QCOMPARE(instance.transmittedDataInfo(info, &errorText), ErrorCode(-26));
+    scriptCommandFailure(command, PartialFailure26);
+    QCOMPARE(instance.transmittedDataInfo(info, &errorText), PartialFailure26);
     QCOMPARE(errorText, name(scriptedFailure));
     QCOMPARE(messages.size(), 1);
     QCOMPARE(info, before);

@@ -183,8 +183,8 @@ void ErrorReportingTest::everyThreadGetsItsOwnText()
 void ErrorReportingTest::codesPassUnchanged_data()
 {
     QTest::addColumn<int>("code");
-    for (const int code :
-         {-1, -26, -27, -1000, 1, 12345, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()})
+    for (const int code : {-1, int(PartialFailure26), int(PartialFailure27), -1000, 1, 12345,
+                           std::numeric_limits<int>::min(), std::numeric_limits<int>::max()})
         QTest::addRow("%d", code) << code;
 }
 

@@ -106,6 +106,8 @@ void TestMetaTypes::enumerationsPrintTheirNames_data()
         QTest::newRow(expected) << text << QString::fromLatin1(expected);
     };
     row("SondixQt::NoError", printed(NoError));
+    row("SondixQt::PartialFailure26", printed(ErrorCode(-26)));
+    row("SondixQt::PartialFailure27", printed(ErrorCode(-27)));
     row("SondixQt::ErrorCode(-33)", printed(ErrorCode(-33)));
     row("SondixQt::ErrorCode(-2147483648)", printed(ErrorCode(std::numeric_limits<qint32>::min())));
     row("SondixQt::TX270", printed(TX270));

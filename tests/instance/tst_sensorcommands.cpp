@@ -282,10 +282,10 @@ void SensorCommandsTest::errorHandlingDecidesWhetherResultsAreRead_data()
     QTest::addColumn<int>("code");
     QTest::addColumn<int>("errorHandling");
     QTest::addColumn<bool>("read");
-    const int codes[] = {0, -1, -26, -27, -28};
+    const int codes[] = {NoError, -1, PartialFailure26, PartialFailure27, -28};
     for (const int code : codes) {
         for (int handling = 0; handling <= 3; ++handling) {
-            const bool partial = code == -26 || code == -27;
+            const bool partial = code == PartialFailure26 || code == PartialFailure27;
             QTest::addRow("code %d, handling %d", code, handling)
                 << code << handling << (code == 0 || handling == 3 || (handling == 2 && partial));
         }
@@ -315,12 +315,12 @@ void SensorCommandsTest::errorHandlingDecidesWhetherResultsAreRead()
 void SensorCommandsTest::readReplacesTheResultOfTheCommand()
 {
     OpenSensorInstance sensor(TX270);
-    answer("Get_X", "SA_X=5", -26);
+    answer("Get_X", "SA_X=5", PartialFailure26);
     int y = 0;
     const ErrorCode result =
         sensor->sendCommand(name("Get_X"), {}, {{name("SA_Y"), SensorInstance::resultPointer(&y)}}, nullptr,
                             SensorInstance::ReadAfterPartialFail);
-    QVERIFY(result != NoError && result != -26);
+    QVERIFY(result != NoError && result != PartialFailure26);
 }
 
 void SensorCommandsTest::singleResults()
@@ -348,10 +348,10 @@ void SensorCommandsTest::singleResults()
 void SensorCommandsTest::singleResultIsNotReadAfterAFailure()
 {
     OpenSensorInstance sensor(TX270);
-    answer("Get_X", "SA_X=12", -26);
+    answer("Get_X", "SA_X=12", PartialFailure26);
     int value = 3;
     CallRecorder recorder;
-    QCOMPARE(int(sensor->sendCommandGetInt(name("Get_X"), name("SA_X"), value)), -26);
+    QCOMPARE(sensor->sendCommandGetInt(name("Get_X"), name("SA_X"), value), PartialFailure26);
     QCOMPARE(value, 3);
     QCOMPARE(recorder.take(), commandCalls(name("Get_X")) + QStringList(name("GetError(4096)")));
 }
