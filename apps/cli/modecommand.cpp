@@ -73,9 +73,11 @@ private:
 
     static void switchTo(SensorInstance &instance, int mode)
     {
+        // Not setMeasurementMode(): models that are stopped before each command would lose the number to that.
         QString text;
-        Answer::check(instance.setMeasurementMode(mode, &text), QStringLiteral("the measuring mode %1").arg(mode),
-                      text);
+        Answer::check(instance.sendCommand(QStringLiteral("Set_MeasureMode"),
+                                           {{QStringLiteral("SP_MeasureMode"), mode}}, &text),
+                      QStringLiteral("the measuring mode %1").arg(mode), text);
     }
 
     static std::optional<int> currentMode(Console &console, SensorInstance &instance)

@@ -1,19 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "sensoropener.h"
 
-#include <SondixQt/specialsensorinstance.h>
+#include "trackinginstance.h"
 
 using namespace SondixQt;
 
 namespace SondixApp {
 
+Q_LOGGING_CATEGORY(trackingLog, "SondixQt.Application.Tracking")
+
 std::unique_ptr<SensorInstance> createInstance(SensorType type)
 {
     switch (type) {
     case RG52x:
-        return std::make_unique<SpecialSensorInstanceRG52x>();
+        return std::make_unique<TrackingInstance<SpecialSensorInstanceRG52x>>();
     case RG53x:
-        return std::make_unique<SpecialSensorInstanceRG531>();
+        return std::make_unique<TrackingInstance<SpecialSensorInstanceRG531>>();
     default:
         return std::make_unique<SensorInstance>(type);
     }

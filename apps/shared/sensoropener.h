@@ -7,7 +7,7 @@
 
 namespace SondixApp {
 
-/// An instance of the class that the model needs.
+/// An instance of the class that the model needs. Its commands return their own result, whatever the model.
 std::unique_ptr<SondixQt::SensorInstance> createInstance(SondixQt::SensorType type);
 
 /// Opens the sensor of \a instance and has the models that measure on their own tell in which mode they

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <SondixQt/specialsensorinstance.h>
+
+#include <QLoggingCategory>
+#include <QScopedValueRollback>
+
+namespace SondixApp {
+
+Q_DECLARE_LOGGING_CATEGORY(trackingLog)
+
+/// A special instance, \a Base, whose commands return their own result.
+///
+/// The library's classes return what became of the restart of tracking, also when the command before it was
+/// refused. Here the restart follows each command that stopped tracking, and its failure is only logged as a
+/// warning of the category "SondixQt.Application.Tracking": the sensor also starts again when it is next opened.
+/// Threads: one thread at a time, as the class that it is made of.
+template<typename Base>
+class TrackingInstance final : public Base
+{
+    static_assert(std::is_base_of_v<SondixQt::SpecialSensorInstance, Base>);
+    using ErrorCode = SondixQt::ErrorCode;
+    using Parameters = QMap<QString, QVariant>;
+    using ErrorHandling = SondixQt::SensorInstance::ErrorHandling;
+
+public:
+    using Base::Base;
+    using Base::sendCommand;
+    using Base::sendCommandGetAll;
+    using Base::sendCommandGetDouble;
+    using Base::sendCommandGetInt;
+    using Base::sendCommandGetString;
+
+    ErrorCode sendCommand(const QString &command, const Parameters &parameters, const Parameters &results,
+                          QString *errorText, ErrorHandling errorHandling) override
+    {
+        return send(command, [&] {
+            return Base::sendCommand(command, parameters, results, Base::ActionBefore, errorText, errorHandling);
+        });
+    }
+    ErrorCode sendCommand(const QString &command, const Parameters &parameters, QString *errorText) override
+    {
+        return send(command,
+                    [&] { return Base::sendCommand(command, parameters, Base::ActionBefore, errorText); });
+    }
+    ErrorCode sendCommand(const QString &command, QString *errorText) override
+    {
+        return send(command, [&] { return Base::sendCommand(command, Base::ActionBefore, errorText); });
+    }
+    ErrorCode sendCommandGetAll(const QString &command, const Parameters &parameters, Parameters &results,
+                                QString *errorText, ErrorHandling errorHandling) override
+    {
+        return send(command, [&] {
+            return Base::sendCommandGetAll(command, parameters, results, Base::ActionBefore, errorText,
+                                           errorHandling);
+        });
+    }
+    ErrorCode sendCommandGetInt(const QString &command, const QString &resultName, int &value,
+                                QString *errorText) override
+    {
+        return send(command, [&] {
+            return Base::sendCommandGetInt(command, resultName, value, Base::ActionBefore, errorText);
+        });
+    }
+    ErrorCode sendCommandGetDouble(const QString &command, const QString &resultName, double &value,
+                                   QString *errorText) override
+    {
+        return send(command, [&] {
+            return Base::sendCommandGetDouble(command, resultName, value, Base::ActionBefore, errorText);
+        });
+    }
+    ErrorCode sendCommandGetString(const QString &command, const QString &resultName, QString &value,
+                                   QString *errorText) override
+    {
+        return send(command, [&] {
+            return Base::sendCommandGetString(command, resultName, value, Base::ActionBefore, errorText);
+        });
+    }
+
+protected:
+    // Called for the commands that stop tracking only: there are some that do not, and commands within commands.
+    ErrorCode actionBeforeSendCommand(const QString &command, QString *errorText) override
+    {
+        const ErrorCode code = Base::actionBeforeSendCommand(command, errorText);
+        m_stopped = code == SondixQt::NoError;
+        return code;
+    }
+
+private:
+    template<typename Send>
+    ErrorCode send(const QString &command, Send sendIt)
+    {
+        const QScopedValueRollback<bool> outer(m_stopped, false);
+        const ErrorCode code = sendIt();
+        if (m_stopped) {
+            QString text;
+            const ErrorCode restarted = Base::actionAfterSendCommand(command, &text);
+            if (restarted != SondixQt::NoError || !text.isEmpty())
+                qCWarning(trackingLog).noquote()
+                    << QStringLiteral("the sensor did not start to measure again after %1: %2")
+                           .arg(command, text.isEmpty() ? QStringLiteral("error %1").arg(restarted) : text);
+        }
+        return code;
+    }
+
+    bool m_stopped = false;
+};
+
+} // namespace SondixApp
