@@ -51,7 +51,7 @@ public:
             return announce(console, info);
         };
         const SearchOutcome outcome = runSearch(plan, console, interrupt, onFound, m_timeout);
-        return conclude(console, outcome, found);
+        return conclude(console, plan, outcome, found);
     }
 
 private:
@@ -67,7 +67,8 @@ private:
                console.flush();
     }
 
-    static ExitCode conclude(Console &console, const SearchOutcome &outcome, int found)
+    static ExitCode conclude(Console &console, const SearchRun::Plan &plan, const SearchOutcome &outcome,
+                             int found)
     {
         const QString count =
             found == 1 ? QStringLiteral("1 sensor found") : QStringLiteral("%1 sensors found").arg(found);
@@ -78,7 +79,10 @@ private:
         if (outcome.timedOut)
             throw Failure{ExitCode::TimedOut,
                           QStringLiteral("the search did not end in time, %1 until then").arg(count)};
-        console.note(count);
+        const bool oneForSeveral = plan.similar && !plan.announced.isEmpty();
+        console.note(found == 0 && oneForSeveral
+                         ? count + QStringLiteral("; --thorough searches each family for itself")
+                         : count);
         return found > 0 ? ExitCode::Done : ExitCode::NothingFound;
     }
 

@@ -4,6 +4,7 @@
 #include "exitcode.h"
 
 #include "shared/catalognames.h"
+#include "shared/searchplan.h"
 
 #include <CLI/CLI.hpp>
 
@@ -14,6 +15,11 @@ void SearchOptions::addModelOptions(CLI::App &app)
 {
     auto *type = app.add_option("-t,--type", m_type, "Model, by name or number (see 'sondixqt models')");
     app.add_option("-g,--group", m_group, "All models of this group, by name or number")->excludes(type);
+    app.add_flag(
+           "--thorough", m_thorough,
+           "Search each family for itself, which takes many times as long, for sensors that do not answer the "
+           "search for a similar model")
+        ->excludes(type);
 }
 
 void SearchOptions::addScanOptions(CLI::App &app)
@@ -48,8 +54,13 @@ SearchRun::Plan SearchOptions::plan() const
                                            : findGroup(QString::fromStdString(m_group));
         if (!group.value)
             throw Failure{ExitCode::Usage, group.problem};
-        // Variants that lists leave out are found only by a search for them.
-        plan.types = sensorsInGroup(*group.value, true);
+        const QList<SensorType> wanted =
+            *group.value == AllGroups ? allSearchedTypes() : sensorsInGroup(*group.value, true);
+        const Searches searches = m_thorough ? Searches{wanted} : fewestSearches(wanted);
+        plan.types = searches.types;
+        plan.similar = searches.similar;
+        if (!m_similar)
+            plan.announced = wanted;
     }
     for (const std::string &name : m_interfaces) {
         const auto named = findInterface(QString::fromStdString(name));
@@ -61,7 +72,7 @@ SearchRun::Plan SearchOptions::plan() const
         for (const SensorInterface iface : allInterfaces())
             plan.interfaces |= iface;
     plan.baudrates = QString::fromStdString(m_baudrates);
-    plan.similar = m_similar;
+    plan.similar = plan.similar || m_similar;
     plan.quick = m_quick;
     return plan;
 }

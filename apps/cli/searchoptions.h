@@ -32,5 +32,6 @@ private:
     std::vector<std::string> m_interfaces;
     std::string m_baudrates;
     bool m_similar = false;
+    bool m_thorough = false;
     bool m_quick = true;
 };

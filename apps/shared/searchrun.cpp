@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "searchrun.h"
 
-#include "catalognames.h"
+#include "sensoraddress.h"
 #include "sensoropener.h"
 
 #include <QTimer>
@@ -64,8 +64,17 @@ void SearchRun::onStatusChanged(SensorFinder::Status status)
 void SearchRun::onSensorFound(const SensorInfo &info)
 {
     // Ethernet and USB are scanned whether they are asked for or not.
-    if (m_plan.interfaces.testFlag(info.interfaceType()))
-        Q_EMIT sensorFound(info);
+    if (!m_plan.interfaces.testFlag(info.interfaceType()))
+        return;
+    if (!m_plan.announced.isEmpty() && !m_plan.announced.contains(info.sensorType()))
+        return;
+    // Searches for different families may tell different details of the same sensor, which the finder takes for two.
+    const QString sensor = SensorAddress::of(info).toString() + QLatin1Char(' ') +
+                           info.getParameter(QStringLiteral("SA_SerialNumber")).toString();
+    if (m_announced.contains(sensor))
+        return;
+    m_announced += sensor;
+    Q_EMIT sensorFound(info);
 }
 
 void SearchRun::end(End end, const QString &problem)

@@ -5,6 +5,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QString>
 
 namespace SondixApp {
@@ -26,6 +27,7 @@ public:
     struct Plan
     {
         QList<SondixQt::SensorType> types;
+        QList<SondixQt::SensorType> announced; ///< only sensors of these models; empty: all that answer
         SondixQt::SensorInterfaces interfaces;
         QString baudrates; ///< as the sensor-access library takes them; empty: its own choice
         bool similar = false;
@@ -54,6 +56,7 @@ private:
 
     Plan m_plan;
     SondixQt::SensorFinder m_finder;
+    QSet<QString> m_announced;
     QString m_problem;
     bool m_running = false;
     bool m_stopping = false;

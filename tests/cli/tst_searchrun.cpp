@@ -36,6 +36,8 @@ private Q_SLOTS:
     void cleanup() { sondixsim::clearFaults(); }
 
     void announcesWhatIsOnTheInterfacesAskedFor();
+    void announcesTheModelsAskedForOnly();
+    void announcesASensorThatSeveralSearchesFindOnce();
     void endsOnceAlthoughSeveralTypesAreSearched();
     void stoppingAbortsTheSearchInTheLibrary();
     void aRefusedStartEndsTheRun();
@@ -73,6 +75,39 @@ void TestSearchRun::announcesWhatIsOnTheInterfacesAskedFor()
     QCOMPARE(endOf(finished), SearchRun::Completed);
     QCOMPARE(found.size(), 1);
     QCOMPARE(found.first().first().value<SensorInfo>().interfaceType(), RS232);
+}
+
+void TestSearchRun::announcesTheModelsAskedForOnly()
+{
+    load(Benches::of(Benches::laser(100) + "," + Benches::controller));
+    SearchRun::Plan plan = planFor({TX270});
+    plan.similar = true;
+    plan.announced = {CC480, MC340};
+    SearchRun run(plan);
+    QSignalSpy found(&run, &SearchRun::sensorFound);
+    QSignalSpy finished(&run, &SearchRun::finished);
+    run.start();
+    QVERIFY(finished.wait(longest));
+    QCOMPARE(found.size(), 1);
+    QCOMPARE(found.first().first().value<SensorInfo>().sensorType(), CC480);
+}
+
+void TestSearchRun::announcesASensorThatSeveralSearchesFindOnce()
+{
+    load(Benches::of(R"({ "model": "HV210", "serialNumber": "5",
+                          "place": { "interface": "TCP/IP", "ip": [ "10.0.0.1", "10.0.0.2" ] } })"));
+    SearchRun::Plan plan = planFor({HV2, TX270});
+    plan.similar = true;
+    SearchRun run(plan);
+    QSignalSpy found(&run, &SearchRun::sensorFound);
+    QSignalSpy finished(&run, &SearchRun::finished);
+    run.start();
+    QVERIFY(finished.wait(longest));
+    QStringList addresses;
+    for (const QList<QVariant> &one : qAsConst(found))
+        addresses += one.first().value<SensorInfo>().getParameter(QStringLiteral("IP_RemoteAddr")).toString();
+    addresses.sort();
+    QCOMPARE(addresses, QStringList({QStringLiteral("10.0.0.1"), QStringLiteral("10.0.0.2")}));
 }
 
 void TestSearchRun::endsOnceAlthoughSeveralTypesAreSearched()

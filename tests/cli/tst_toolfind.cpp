@@ -3,6 +3,11 @@
 #include "interruptible.h"
 #include "toolrunner.h"
 
+#include <QElapsedTimer>
+#include <QRegularExpression>
+
+#include <algorithm>
+
 namespace {
 
 const QByteArray twoLasersAndAController =
@@ -17,6 +22,12 @@ QStringList serialNumbers(const ToolResult &result)
     return numbers;
 }
 
+QString builtInBench()
+{
+    QFile file(QStringLiteral(SONDIXQT_BUILTIN_BENCH));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
 } // namespace
 
 class TestToolFind : public QObject
@@ -28,6 +39,9 @@ private Q_SLOTS:
     void findsWhatIsAskedFor();
     void tellsEverythingAsJson();
     void findsTheHiddenVariantsOfAGroup();
+    void findsTheWholeBuiltInBenchQuickly();
+    void findsTheSameWhenItSearchesEachFamily();
+    void pointsToTheThoroughSearch();
     void endsWithCode3WhenThereIsNothing();
     void announcesASensorBeforeTheSearchEnds();
     void givesUpInTime();
@@ -67,6 +81,10 @@ void TestToolFind::findsWhatIsAskedFor_data()
     row("find --type CC480 --json", "2002");
     row("find --type CC480 --similar --json", "1001 1003 2002");
     row("find --group Wavlen --similar --json", "1001 1003 2002");
+    row("find --json", "1001 1003 2002");
+    row("find --group Tavrin --json", "1001 1003");
+    row("find --group Oscura --json", "2002");
+    row("find --group Oscura --thorough --json", "2002");
 }
 
 void TestToolFind::findsWhatIsAskedFor()
@@ -102,6 +120,51 @@ void TestToolFind::findsTheHiddenVariantsOfAGroup()
     const ToolResult result = runner.run(words("find --group Morvik --json"));
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(jsonLines(result.out).value(0).value(QStringLiteral("model")).toString(), QStringLiteral("MV420"));
+}
+
+void TestToolFind::findsTheWholeBuiltInBenchQuickly()
+{
+    QStringList expected;
+    QRegularExpressionMatchIterator it =
+        QRegularExpression(QStringLiteral("\"serialNumber\": \"(\\w+)\"")).globalMatch(builtInBench());
+    while (it.hasNext())
+        expected += it.next().captured(1);
+    expected += QStringLiteral("1032101"); // the one with two addresses
+    expected.sort();
+    QCOMPARE(expected.size(), 25);
+
+    QElapsedTimer clock;
+    clock.start();
+    const ToolResult result = ToolRunner().run(words("find --json"));
+    QVERIFY2(clock.elapsed() < 20000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(result.code == 0, result.err.constData());
+    QCOMPARE(serialNumbers(result), expected);
+}
+
+void TestToolFind::findsTheSameWhenItSearchesEachFamily()
+{
+    QString bench = builtInBench();
+    bench.insert(bench.indexOf(QLatin1Char('{')) + 1, QStringLiteral("\"clock\": { \"speed\": 1000 },"));
+    const ToolRunner runner(bench.toUtf8());
+    const ToolResult thorough = runner.run(words("find --thorough"));
+    const ToolResult quick = runner.run(words("find"));
+    QVERIFY2(thorough.code == 0, thorough.err.constData());
+    QCOMPARE(quick.code, 0);
+    QList<QByteArray> each = linesOf(thorough.out);
+    QList<QByteArray> atOnce = linesOf(quick.out);
+    std::sort(each.begin(), each.end());
+    std::sort(atOnce.begin(), atOnce.end());
+    QCOMPARE(atOnce, each);
+}
+
+void TestToolFind::pointsToTheThoroughSearch()
+{
+    const ToolRunner runner(Benches::of(""));
+    const ToolResult all = runner.run(words("find"));
+    QCOMPARE(all.code, 3);
+    QCOMPARE(all.err, QByteArray("0 sensors found; --thorough searches each family for itself\n"));
+    // One model alone is searched for itself anyway.
+    QCOMPARE(runner.run(words("find --group Profax")).err, QByteArray("0 sensors found\n"));
 }
 
 void TestToolFind::endsWithCode3WhenThereIsNothing()
