@@ -4,6 +4,7 @@
 #include "exitcode.h"
 #include "texttable.h"
 
+#include "shared/binaryanswers.h"
 #include "shared/commandparameters.h"
 
 #include <QJsonDocument>
@@ -41,9 +42,15 @@ Parameters checkedParameters(const QStringList &words)
 
 Parameters ask(SensorInstance &instance, const QString &command, const Parameters &parameters)
 {
+    const QStringList binary = binaryAnswers(instance, command);
     Parameters answer;
     QString text;
     check(instance.sendCommandGetAll(command, parameters, answer, &text), command, text);
+    if (!binary.isEmpty()) {
+        const Parameters bytes = askBinary(instance, command, parameters, binary);
+        for (auto it = bytes.cbegin(); it != bytes.cend(); ++it)
+            answer.insert(it.key(), it.value());
+    }
     return withoutInternals(answer);
 }
 
@@ -61,11 +68,19 @@ Parameters withoutInternals(Parameters parameters)
     return parameters;
 }
 
+QString textOf(const QVariant &value)
+{
+    if (value.type() != QVariant::ByteArray)
+        return onOneLine(value.toString());
+    const int size = value.toByteArray().size();
+    return size == 1 ? QStringLiteral("1 byte") : QStringLiteral("%1 bytes").arg(size);
+}
+
 void print(Console &console, const Parameters &parameters, int indent)
 {
     TextTable table({});
     for (auto it = parameters.cbegin(); it != parameters.cend(); ++it)
-        table.addRow({it.key(), onOneLine(it.value().toString())});
+        table.addRow({it.key(), textOf(it.value())});
     for (const QString &line : table.lines(indent))
         console.print(line);
 }

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "console.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
@@ -11,6 +13,8 @@
 #    include <io.h>
 #    include <windows.h>
 #else
+#    include <csignal>
+#    include <sys/ioctl.h>
 #    include <unistd.h>
 #endif
 
@@ -29,6 +33,19 @@ bool isTerminal(FILE *stream)
     DWORD mode = 0;
     return GetConsoleMode(handleOf(stream), &mode) &&
            SetConsoleMode(handleOf(stream), mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
+
+int terminalWidth(FILE *stream)
+{
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    return GetConsoleScreenBufferInfo(handleOf(stream), &info) ? info.srWindow.Right - info.srWindow.Left + 1 : 0;
+}
+
+// The runtime does not tell the ends of a pipe apart from other mistakes.
+bool isReaderGone(int error)
+{
+    const unsigned long systemError = _doserrno;
+    return error == EPIPE || systemError == ERROR_NO_DATA || systemError == ERROR_BROKEN_PIPE;
 }
 
 // A console keeps what is set after the program has ended, so its next user gets it back.
@@ -99,13 +116,29 @@ bool isTerminal(FILE *stream)
     return isatty(fileno(stream)) != 0;
 }
 
+int terminalWidth(FILE *stream)
+{
+    winsize size = {};
+    return ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+bool isReaderGone(int error)
+{
+    return error == EPIPE;
+}
+
 bool put(const QByteArray &data, FILE *stream)
 {
     return std::fwrite(data.constData(), 1, static_cast<size_t>(data.size()), stream) ==
            static_cast<size_t>(data.size());
 }
 
-void prepareStreams() {}
+void prepareStreams()
+{
+    // A reader that leaves shows as a failing write, after which the sensor is still closed.
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
 void restoreConsole() {}
 
 #endif
@@ -142,22 +175,30 @@ bool Console::write(const QByteArray &data)
     // Both streams may end on the same terminal, also through a pipe.
     status(QString());
     if (!put(data, stdout))
-        m_outputProblem = QString::fromLocal8Bit(std::strerror(errno));
+        failOutput();
     return m_outputProblem.isEmpty();
 }
 
 bool Console::flush()
 {
     if (m_outputProblem.isEmpty() && std::fflush(stdout) != 0)
-        m_outputProblem = QString::fromLocal8Bit(std::strerror(errno));
+        failOutput();
     return m_outputProblem.isEmpty();
+}
+
+void Console::failOutput()
+{
+    const int error = errno;
+    m_readerLeft = isReaderGone(error);
+    m_outputProblem = QString::fromLocal8Bit(std::strerror(error));
 }
 
 void Console::note(const QString &line)
 {
     status(QString());
     flush();
-    toStderr(line.toUtf8() + '\n');
+    if (!m_readerLeft)
+        toStderr(line.toUtf8() + '\n');
 }
 
 void Console::error(const QString &sentence)
@@ -170,9 +211,17 @@ void Console::status(const QString &line)
 {
     if (!m_stderrIsTerminal || (line.isEmpty() && !m_statusShown))
         return;
-    constexpr int width = 79; // a longer line would wrap and could not be taken back
-    toStderr("\r\x1b[K" + line.left(width).toUtf8());
+    // A longer line would wrap and could not be taken back.
+    toStderr("\r\x1b[K" + line.left(statusWidth()).toUtf8());
     m_statusShown = !line.isEmpty();
+}
+
+int Console::statusWidth() const
+{
+    constexpr int usualWidth = 80;
+    const int told = terminalWidth(stderr);
+    // Some terminals go on to the next line with a character in their last column.
+    return std::max(1, (told > 0 ? told : usualWidth) - 1);
 }
 
 QString Console::styled(const QString &text, Style style) const

@@ -24,13 +24,16 @@ public:
     /// Why stdout cannot be written to; empty while it can.
     QString outputProblem() const { return m_outputProblem; }
 
-    /// Writes one line to stderr.
+    /// Writes one line to stderr. Nothing more is said once the reader of stdout has left, as 'head' does when it has
+    /// enough: that is no failure that its user must hear of.
     void note(const QString &line);
     /// Writes the one sentence that says what went wrong.
     void error(const QString &sentence);
     /// Shows \a line on stderr in place of the last one shown so; a note or an empty line removes it.
-    /// Without effect where stderr is no terminal.
+    /// Without effect where stderr is no terminal. What does not fit into the terminal's width is left out.
     void status(const QString &line);
+    /// How many characters of a status are shown.
+    int statusWidth() const;
 
     /// \a text as stdout shows it: with its style where that is wanted.
     QString styled(const QString &text, Style style) const;
@@ -41,10 +44,13 @@ public:
     static void restore();
 
 private:
+    void failOutput();
+
     bool m_stdoutIsTerminal = false;
     bool m_stderrIsTerminal = false;
     bool m_stdoutColours = false;
     bool m_stderrColours = false;
     bool m_statusShown = false;
+    bool m_readerLeft = false;
     QString m_outputProblem;
 };

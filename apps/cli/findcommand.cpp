@@ -3,6 +3,7 @@
 #include "json.h"
 #include "searchloop.h"
 #include "searchoptions.h"
+#include "validators.h"
 
 #include "shared/sensoraddress.h"
 
@@ -31,7 +32,9 @@ public:
     {
         m_options.addModelOptions(app);
         m_options.addScanOptions(app);
-        app.add_option("--timeout", m_timeout, "Give up after this many seconds")->check(CLI::PositiveNumber);
+        constexpr double longestTimeout = 24 * 3600;
+        app.add_option("--timeout", m_timeout, "Give up after this many seconds, at most a day")
+            ->check(Validators::seconds(longestTimeout));
         app.add_flag("--json", m_json, "One JSON object a line, written as soon as a sensor is found");
         app.footer("Each sensor is printed when it is found, with the address that 'info' and 'read' take.\n\n"
                    "Example:\n  sondixqt find --group Tavrin --interface RS232 --baudrates 115200,921600");

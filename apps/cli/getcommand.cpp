@@ -4,6 +4,7 @@
 #include "json.h"
 #include "sensoroptions.h"
 
+#include "shared/binaryanswers.h"
 #include "shared/catalognames.h"
 
 #include <CLI/CLI.hpp>
@@ -41,6 +42,8 @@ public:
         const SensorAddress address = m_sensor.resolve(console, interrupt);
         const auto instance = openSensor(address);
         Answer::Parameters answer = Answer::ask(*instance, command, {});
+        if (words.size() == 2 && !answer.contains(words[1]))
+            answer.insert(askBinary(*instance, command, {}, {words[1]}));
         instance->close();
         if (words.size() == 2)
             answer = {{words[1], valueOf(answer, command, words[1])}};
@@ -49,7 +52,8 @@ public:
                 console, address,
                 {{QStringLiteral("command"), command}, {QStringLiteral("answer"), Json::ofParameters(answer)}});
         else if (words.size() == 2)
-            console.print(answer.first().toString());
+            console.print(answer.first().type() == QVariant::ByteArray ? Answer::textOf(answer.first())
+                                                                       : answer.first().toString());
         else
             Answer::print(console, answer);
         return ExitCode::Done;

@@ -110,8 +110,6 @@ InterruptWatcher::InterruptWatcher(QObject *parent)
     });
     setHandler(SIGINT, onSignal);
     setHandler(SIGTERM, onSignal);
-    // A reader that leaves shows as a failing write, after which the sensor is still closed.
-    std::signal(SIGPIPE, SIG_IGN);
 }
 
 InterruptWatcher::~InterruptWatcher()

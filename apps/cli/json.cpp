@@ -22,7 +22,11 @@ QJsonObject ofParameters(const QMap<QString, QVariant> &parameters)
 {
     QJsonObject object;
     for (auto it = parameters.cbegin(); it != parameters.cend(); ++it)
-        object.insert(it.key(), QJsonValue::fromVariant(it.value()));
+        if (it.value().type() == QVariant::ByteArray)
+            object.insert(it.key(), QJsonObject{{QStringLiteral("base64"),
+                                                 QString::fromLatin1(it.value().toByteArray().toBase64())}});
+        else
+            object.insert(it.key(), QJsonValue::fromVariant(it.value()));
     return object;
 }
 

@@ -14,6 +14,7 @@ namespace Json {
 /// One object on one line, with the line's end.
 QByteArray line(const QJsonObject &object);
 
+/// Bytes stand as an object whose "base64" holds them.
 QJsonObject ofParameters(const QMap<QString, QVariant> &parameters);
 QJsonObject ofModel(SondixQt::SensorType type);
 QJsonObject ofFoundSensor(const SondixQt::SensorInfo &info);

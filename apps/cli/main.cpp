@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "command.h"
+#include "librarylog.h"
+#include "validators.h"
 
 #include "shared/catalognames.h"
 #include "shared/simulatedbench.h"
@@ -15,6 +17,8 @@
 #include <clocale>
 #include <cstdio>
 #include <exception>
+#include <optional>
+#include <sstream>
 #include <vector>
 
 namespace {
@@ -73,6 +77,15 @@ ExitCode refuse(Console &console, const QString &problem)
     return ExitCode::Usage;
 }
 
+// \a code, unless what was written to stdout does not reach anybody.
+ExitCode concluded(Console &console, ExitCode code)
+{
+    if (console.flush())
+        return code;
+    console.error(QStringLiteral("cannot write to standard output: %1").arg(console.outputProblem()));
+    return ExitCode::Failed;
+}
+
 ExitCode run(Console &console, const std::vector<Subcommand> &subcommands)
 {
     InterruptWatcher interrupt;
@@ -80,14 +93,22 @@ ExitCode run(Console &console, const std::vector<Subcommand> &subcommands)
                                      [](const Subcommand &candidate) { return candidate.app->parsed(); });
     try {
         const ExitCode code = chosen->command->run(console, interrupt);
-        if (console.flush())
-            return code;
-        console.error(QStringLiteral("cannot write to standard output: %1").arg(console.outputProblem()));
-        return ExitCode::Failed;
+        LibraryLog::show();
+        return concluded(console, code);
     } catch (const Failure &failure) {
+        LibraryLog::show();
         console.error(failure.text);
         return failure.code;
     }
+}
+
+// Prints the help or the version that was asked for.
+ExitCode inform(Console &console, const CLI::App &app, const CLI::ParseError &request)
+{
+    std::ostringstream text;
+    app.exit(request, text, text);
+    console.write(QByteArray::fromStdString(text.str()));
+    return concluded(console, ExitCode::Done);
 }
 
 int runTool(int argc, char *argv[])
@@ -103,12 +124,15 @@ int runTool(int argc, char *argv[])
     CLI::App app("Finds, describes, configures and reads measuring sensors through the sensor-access library.",
                  "sondixqt");
     std::string bench;
-    app.add_option("--bench", bench, "Bench file for the simulator, instead of SONDIX_BENCH");
-    app.add_flag("-v,--verbose", verbose, "Also show what the library logs");
+    app.add_option("--bench", bench, "Bench file for the simulator, instead of SONDIX_BENCH")
+        ->check(Validators::notEmpty());
+    app.add_flag("-v,--verbose", verbose, "Also show what the library and the sensor-access library do");
     app.set_version_flag("--version", "sondixqt " SONDIXQT_VERSION);
     app.require_subcommand(0, 1);
     app.allow_extras(); // to name the command that there is not
-    app.footer("Data go to stdout, everything else to stderr.\n"
+    app.footer("To begin with:\n"
+               "  sondixqt find\n\n"
+               "Data go to stdout, everything else to stderr.\n"
                "Exit codes: 0 done, 1 failed, 2 usage, 3 nothing found, 4 cannot open, 5 timed out,\n"
                "6 the sensor refused, 7 data lost, 130 interrupted (files that were begun are whole).");
     const std::vector<Subcommand> subcommands = addSubcommands(app);
@@ -122,13 +146,18 @@ int runTool(int argc, char *argv[])
         app.parse(arguments);
     } catch (const CLI::ParseError &error) {
         if (error.get_exit_code() == 0)
-            return app.exit(error);
+            return static_cast<int>(inform(console, app, error));
         return static_cast<int>(refuse(console, QString::fromStdString(error.what())));
     }
     if (app.get_subcommands().empty() || app.remaining_size() > 0)
         return static_cast<int>(refuse(console, missingCommand(app)));
     if (!bench.empty())
         SondixApp::useBench(QString::fromStdString(bench));
+    std::optional<LibraryLog> log;
+    if (verbose) {
+        QLoggingCategory::setFilterRules(QStringLiteral("SondixQt.*=true"));
+        log.emplace();
+    }
     return static_cast<int>(run(console, subcommands));
 }
 

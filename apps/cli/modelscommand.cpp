@@ -2,6 +2,7 @@
 #include "command.h"
 #include "json.h"
 #include "texttable.h"
+#include "validators.h"
 
 #include "shared/catalognames.h"
 
@@ -22,7 +23,8 @@ class ModelsCommand : public Command
 public:
     explicit ModelsCommand(CLI::App &app)
     {
-        app.add_option("-g,--group", m_group, "Only the models of this group, by name or number");
+        app.add_option("-g,--group", m_group, "Only the models of this group, by name or number")
+            ->check(Validators::notEmpty());
         app.add_flag("-a,--all", m_all, "Also the variants that lists leave out");
         app.add_flag("--json", m_json, "One JSON array of objects");
         app.footer("Example:\n  sondixqt models --group Tavrin");

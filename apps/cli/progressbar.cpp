@@ -17,7 +17,9 @@ void ProgressBar::setText(const QString &text)
 
 void ProgressBar::show()
 {
-    constexpr int width = 24;
+    constexpr int widest = 24;
+    constexpr int besidesTheBar = 8; // brackets, blank, percentage
+    const int width = std::clamp(m_console.statusWidth() - besidesTheBar, 0, widest);
     const int filled = m_percent * width / 100;
     m_console.status(QStringLiteral("[%1%2] %3 %  %4")
                          .arg(QString(filled, QLatin1Char('#')), QString(width - filled, QLatin1Char('.')))

@@ -2,6 +2,7 @@
 #include "command.h"
 #include "json.h"
 #include "sensoroptions.h"
+#include "validators.h"
 #include "valuewriter.h"
 
 #include "shared/framereader.h"
@@ -19,6 +20,10 @@ using namespace SondixQt;
 using namespace SondixApp;
 
 namespace {
+
+constexpr long long mostFrames = 1'000'000'000'000;
+constexpr double longestDuration = 365.0 * 24 * 3600;
+constexpr double longestSilence = 24 * 3600;
 
 QString counted(qint64 number, const char *word)
 {
@@ -94,16 +99,22 @@ public:
     explicit ReadCommand(CLI::App &app)
     {
         m_sensor.addTo(app);
-        app.add_option("-n,--frames", m_plan.frames, "Stop after this many frames")->check(CLI::PositiveNumber);
-        app.add_option("-d,--duration", m_plan.seconds, "Stop after this many seconds")
-            ->check(CLI::PositiveNumber);
-        app.add_option("--silence", m_plan.silence, "Give up when no frame came for this many seconds")
-            ->check(CLI::PositiveNumber)
+        app.add_option("-n,--frames", m_plan.frames, "Stop after this many frames, at most 10^12")
+            ->check(Validators::count(mostFrames));
+        app.add_option("-d,--duration", m_plan.seconds, "Stop after this many seconds, at most a year")
+            ->check(Validators::seconds(longestDuration));
+        app.add_option("--silence", m_plan.silence,
+                       "Give up when no frame came for this many seconds, at most a day")
+            ->check(Validators::seconds(longestSilence))
             ->capture_default_str();
         app.add_flag("--raw", m_raw, "Raw values, as the sensor sends them; with --scaled both");
         app.add_flag("--scaled", m_scaled, "Scaled values, in their units (default)");
-        auto *csv = app.add_option("--csv", m_csv, "Write CSV to this file, or to stdout with -");
+        auto *csv = app.add_option("--csv", m_csv, "Write CSV to this file, or to stdout with -")
+                        ->check(Validators::notEmpty());
         app.add_flag("--json", m_json, "One JSON object a line, one line a frame")->excludes(csv);
+        app.footer(app.get_footer() + "\nExamples (the second one until Ctrl-C):\n"
+                                      "  sondixqt read TX270@RS232,port=COM3 --duration 2 --csv values.csv\n"
+                                      "  sondixqt read TX270@RS232,port=COM3");
     }
 
     ExitCode run(Console &console, InterruptWatcher &interrupt) override

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "searchloop.h"
 
+#include "librarylog.h"
 #include "progressbar.h"
 
 #include <QEventLoop>
@@ -13,6 +14,7 @@ SearchOutcome runSearch(const SearchRun::Plan &plan, Console &console, Interrupt
                         const std::function<bool(const SensorInfo &)> &onFound, double seconds)
 {
     SearchRun search(plan);
+    search.setLogFile(LibraryLog::fileName());
     ProgressBar bar(console);
     QEventLoop loop;
     SearchOutcome outcome;

@@ -2,9 +2,11 @@
 #include "searchoptions.h"
 
 #include "exitcode.h"
+#include "validators.h"
 
 #include "shared/catalognames.h"
 #include "shared/searchplan.h"
+#include "shared/sensoraddress.h"
 
 #include <CLI/CLI.hpp>
 
@@ -13,12 +15,12 @@ using namespace SondixApp;
 
 void SearchOptions::addModelOptions(CLI::App &app)
 {
-    auto *type = app.add_option("-t,--type", m_type, "Model, by name or number (see 'sondixqt models')");
-    app.add_option("-g,--group", m_group, "All models of this group, by name or number")->excludes(type);
-    app.add_flag(
-           "--thorough", m_thorough,
-           "Search each family for itself, which takes many times as long, for sensors that do not answer the "
-           "search for a similar model")
+    auto *type = app.add_option("-t,--type", m_type, "Model, by name or number (see 'sondixqt models')")
+                     ->check(Validators::notEmpty());
+    app.add_option("-g,--group", m_group, "All models of this group, by name or number")
+        ->check(Validators::notEmpty())
+        ->excludes(type);
+    app.add_flag("--thorough", m_thorough, "Search each family of models for itself, which takes much longer")
         ->excludes(type);
 }
 
@@ -27,8 +29,14 @@ void SearchOptions::addScanOptions(CLI::App &app)
     app.add_option("-i,--interface", m_interfaces,
                    "Only sensors on this interface, by name or number; may be repeated (default: all)")
         ->delimiter(',')
+        ->check(Validators::notEmpty())
         ->allow_extra_args(false);
-    app.add_option("--baudrates", m_baudrates, "Baud rates to try on serial lines, such as 9600,115200");
+    app.add_option("--baudrates", m_baudrates, "Baud rates to try on serial lines, such as 9600,115200")
+        ->check([](const std::string &text) {
+            return isBaudRateList(QString::fromStdString(text))
+                       ? std::string()
+                       : "'" + text + "' is no list of baud rates, such as 9600,115200";
+        });
     app.add_flag("--similar", m_similar, "Also announce sensors of other models that answer the search");
     app.add_flag("--quick,!--no-quick", m_quick,
                  "Search RS485 buses quickly (default), or thoroughly with --no-quick");

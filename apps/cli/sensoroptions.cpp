@@ -2,7 +2,9 @@
 #include "sensoroptions.h"
 
 #include "exitcode.h"
+#include "librarylog.h"
 #include "searchloop.h"
+#include "validators.h"
 
 #include "shared/catalognames.h"
 #include "shared/sensoropener.h"
@@ -43,21 +45,23 @@ void SensorOptions::addTo(CLI::App &app)
     app.add_option("SENSOR", m_address,
                    "Address of the sensor as 'find' prints it, such as TX270@RS232,port=COM3,baudrate=115200");
     m_search.addModelOptions(app);
-    app.add_option("-s,--serial", m_serial, "Search for the sensor with this serial number");
+    app.add_option("-s,--serial", m_serial, "Search for the sensor with this serial number")
+        ->check(Validators::notEmpty());
     auto *iface = app.add_option("-i,--interface", m_interface, "Interface that the sensor hangs on")
                       ->group("Interface parameters");
-    iface->allow_extra_args(false);
+    iface->check(Validators::notEmpty())->allow_extra_args(false);
     for (const AddressKey &key : addressKeys())
         app.add_option("--" + key.name.toStdString(), m_values[key.parameter], key.help.toStdString())
+            ->check(Validators::notEmpty())
             ->group("Interface parameters");
     app.add_option("--param", m_parameters, "Any other interface parameter, as NAME=VALUE; may be repeated")
         ->group("Interface parameters")
         ->allow_extra_args(false);
     app.footer("The sensor is named by its address, or by its model and interface parameters:\n"
                "  --type TX270 --port COM3 --baudrate 115200\n"
-               "  --type CC480 --address 192.168.0.10\n"
+               "  --type CC430 --address 169.254.168.150\n"
                "or it is searched for, by its serial number, its model or its group:\n"
-               "  --serial 12345 --type TX270");
+               "  --serial 1018001 --type TX270");
 }
 
 QStringList SensorOptions::wordsAfterSensor(const std::vector<std::string> &following)
@@ -107,15 +111,20 @@ SensorAddress SensorOptions::direct() const
         throw usage(QStringLiteral("--type is needed to open a sensor by its interface parameters"));
     if (!m_serial.empty())
         throw usage(QStringLiteral("--serial searches for the sensor and goes with no interface parameter"));
+    const auto insert = [&address](const QString &parameter, const QString &value) {
+        const QString problem = valueProblem(parameter, value);
+        if (!problem.isEmpty())
+            throw usage(problem);
+        address.parameters.insert(parameter, parameterValue(parameter, value));
+    };
     for (const auto &[parameter, value] : m_values)
         if (!value.empty())
-            address.parameters.insert(parameter, parameterValue(parameter, QString::fromStdString(value)));
+            insert(parameter, QString::fromStdString(value));
     for (const std::string &text : m_parameters) {
         const QString parameter = QString::fromStdString(text).section(QLatin1Char('='), 0, 0);
         if (parameter.isEmpty() || parameter.size() >= static_cast<int>(text.size()))
             throw usage(QStringLiteral("--param takes NAME=VALUE, not '%1'").arg(QString::fromStdString(text)));
-        const QString value = QString::fromStdString(text).section(QLatin1Char('='), 1);
-        address.parameters.insert(parameter, parameterValue(parameter, value));
+        insert(parameter, QString::fromStdString(text).section(QLatin1Char('='), 1));
     }
     if (!m_interface.empty()) {
         const auto iface = findInterface(QString::fromStdString(m_interface));
@@ -162,6 +171,7 @@ std::unique_ptr<SensorInstance> openSensor(const SensorAddress &address, QString
     auto instance = createInstance(address.type);
     if (!instance->isValid())
         throw Failure{ExitCode::Failed, creationProblem(*instance)};
+    LibraryLog::attach(*instance);
     QString text;
     const ErrorCode code = openInstance(*instance, address.parameters, &text);
     if (InterruptWatcher::isInterrupted())
@@ -170,6 +180,10 @@ std::unique_ptr<SensorInstance> openSensor(const SensorAddress &address, QString
         throw Failure{ExitCode::CannotOpen,
                       QStringLiteral("cannot open %1: %2")
                           .arg(address.toString(), text.isEmpty() ? QStringLiteral("error %1").arg(code) : text)};
+    if (const SensorAddress actual = answeringSensor(*instance, address); actual.type != address.type)
+        Console::toStderr(QStringLiteral("the sensor at %1 says that it is another model: %2\n")
+                              .arg(address.toString(), actual.toString())
+                              .toUtf8());
     if (warning)
         *warning = text;
     return instance;

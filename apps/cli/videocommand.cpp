@@ -3,6 +3,7 @@
 #include "command.h"
 #include "sensoroptions.h"
 #include "texttable.h"
+#include "validators.h"
 
 #include "shared/catalognames.h"
 #include "shared/outputfile.h"
@@ -58,17 +59,20 @@ public:
     explicit VideoCommand(CLI::App &app)
     {
         m_sensor.addTo(app);
-        app.add_option("--on", m_on, "Switch this video signal on, by position or name; changes the sensor");
+        app.add_option("--on", m_on, "Switch this video signal on, by position or name; changes the sensor")
+            ->check(Validators::notEmpty());
         app.add_flag("--video-mode", m_videoMode,
                      "Switch a sensor that sends measured values or video to video; changes the sensor");
         app.add_option("--line", m_target,
-                       "Fetch one line of a signal that is on and draw it into this PNG file, or as text with -");
+                       "Fetch one line of a signal that is on and draw it into this PNG file, or as text with -")
+            ->check(Validators::notEmpty());
         app.add_option(
-            "--signal", m_signal,
-            "The signal for --line, by position or name; otherwise that of --on or the first that is on");
+               "--signal", m_signal,
+               "The signal for --line, by position or name; otherwise that of --on or the first that is on")
+            ->check(Validators::notEmpty());
         app.add_flag("--json", m_json, "One JSON object, with --line also its pixels");
-        app.footer(app.get_footer() +
-                   "\nExample:\n  sondixqt video CC480@TCP/IP,address=192.168.0.10 --on 0 --line video.png");
+        app.footer(app.get_footer() + "\nExample:\n  sondixqt video CC430@TCP/IP,address=169.254.168.150 "
+                                      "--video-mode --on 0 --line video.png");
     }
 
     ExitCode run(Console &console, InterruptWatcher &interrupt) override

@@ -27,6 +27,12 @@ SearchRun::SearchRun(const Plan &plan, QObject *parent)
     connect(&m_finder, &SensorFinder::searchFinished, this, [this] { end(m_stopping ? Stopped : Completed); });
 }
 
+void SearchRun::setLogFile(const QString &file)
+{
+    if (!file.isEmpty())
+        m_finder.enableLogging(file);
+}
+
 void SearchRun::start()
 {
     m_running = true;

@@ -36,6 +36,8 @@ public:
 
     explicit SearchRun(const Plan &plan, QObject *parent = nullptr);
 
+    /// Has the sensor-access library log the search into \a file; without effect when that is empty.
+    void setLogFile(const QString &file);
     void start();
     /// Aborts the search in the sensor-access library.
     void stop();

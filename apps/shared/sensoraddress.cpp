@@ -5,6 +5,9 @@
 
 #include <QStringList>
 
+#include <algorithm>
+#include <climits>
+
 using namespace SondixQt;
 
 namespace SondixApp {
@@ -12,6 +15,8 @@ namespace SondixApp {
 namespace {
 
 const QString interfaceParameter = QStringLiteral("IP_Interface");
+constexpr int greatestBaudRate = 100'000'000;
+constexpr int greatestTcpPort = 65535;
 
 QString encode(const QString &text)
 {
@@ -96,6 +101,9 @@ bool parsePart(const QString &part, SensorAddress &address, QString &problem)
     }
     const QString parameter = key ? key->parameter : decode(name);
     const bool marked = value.contains(QLatin1Char('%'));
+    problem = valueProblem(parameter, decode(value));
+    if (!problem.isEmpty())
+        return false;
     address.parameters.insert(parameter, marked ? QVariant(decode(value)) : parameterValue(parameter, value));
     return true;
 }
@@ -104,25 +112,30 @@ bool parsePart(const QString &part, SensorAddress &address, QString &problem)
 
 const QVector<AddressKey> &addressKeys()
 {
-    const auto key = [](const char *name, const char *parameter, bool isText, const char *help) {
-        return AddressKey{QString::fromLatin1(name), QString::fromLatin1(parameter), isText,
+    const auto text = [](const char *name, const char *parameter, const char *help) {
+        return AddressKey{QString::fromLatin1(name), QString::fromLatin1(parameter), true, 0, 0,
+                          QString::fromLatin1(help)};
+    };
+    const auto number = [](const char *name, const char *parameter, const char *help, int least = INT_MIN,
+                           int greatest = INT_MAX) {
+        return AddressKey{QString::fromLatin1(name), QString::fromLatin1(parameter), false, least, greatest,
                           QString::fromLatin1(help)};
     };
     static const QVector<AddressKey> keys{
-        key("port", "IP_Port", true, "Serial port, such as COM3"),
-        key("baudrate", "IP_Baudrate", false, "Baud rate of the serial line"),
-        key("stopbits", "IP_Stopbits", false, "Stop bits of the serial line"),
-        key("bytesize", "IP_ByteSize", false, "Data bits of the serial line"),
-        key("parity", "IP_Parity", false, "Parity of the serial line, as a number"),
-        key("sensor-address", "IP_SensorAddress", false, "The sensor's address on a bus"),
-        key("address", "IP_RemoteAddr", true, "IP address"),
-        key("remote-port", "IP_RemotePort", false, "TCP port for commands"),
-        key("data-port", "IP_DataPort", false, "TCP port for measured values"),
-        key("address-family", "IP_AddressFamily", false, "IP version, as a number"),
-        key("card", "IP_CardInstance", false, "Number of the interface card"),
-        key("device", "IP_DeviceInstance", false, "Number of the USB device"),
-        key("channel", "IP_ChannelNumber", false, "Channel of the interface card or converter"),
-        key("serial-number", "SA_SerialNumber", true, "Serial number of the device"),
+        text("port", "IP_Port", "Serial port, such as COM3"),
+        number("baudrate", "IP_Baudrate", "Baud rate of the serial line", 1, greatestBaudRate),
+        number("stopbits", "IP_Stopbits", "Stop bits of the serial line"),
+        number("bytesize", "IP_ByteSize", "Data bits of the serial line"),
+        number("parity", "IP_Parity", "Parity of the serial line, as a number"),
+        number("sensor-address", "IP_SensorAddress", "The sensor's address on a bus"),
+        text("address", "IP_RemoteAddr", "IP address"),
+        number("remote-port", "IP_RemotePort", "TCP port for commands", 0, greatestTcpPort),
+        number("data-port", "IP_DataPort", "TCP port for measured values", 0, greatestTcpPort),
+        number("address-family", "IP_AddressFamily", "IP version, as a number"),
+        number("card", "IP_CardInstance", "Number of the interface card"),
+        number("device", "IP_DeviceInstance", "Number of the USB device"),
+        number("channel", "IP_ChannelNumber", "Channel of the interface card or converter"),
+        text("serial-number", "SA_SerialNumber", "Serial number of the device"),
     };
     return keys;
 }
@@ -170,6 +183,33 @@ QString SensorAddress::toString() const
         parts += encode(it.key()) + QLatin1Char('=') + encodedValue(it.key(), it.value());
     }
     return parts.join(QLatin1Char(','));
+}
+
+QString valueProblem(const QString &parameter, const QString &text)
+{
+    const AddressKey *key = keyOfParameter(parameter);
+    if (!key || key->isText)
+        return {};
+    bool isNumber = false;
+    const int number = text.toInt(&isNumber);
+    if (!isNumber)
+        return QStringLiteral("the %1 '%2' is no whole number").arg(key->name, text);
+    if (number < key->least || number > key->greatest)
+        return QStringLiteral("the %1 %2 is not from %3 to %4")
+            .arg(key->name, text)
+            .arg(key->least)
+            .arg(key->greatest);
+    return {};
+}
+
+bool isBaudRateList(const QString &text)
+{
+    const QStringList rates = text.split(QLatin1Char(','));
+    return std::all_of(rates.cbegin(), rates.cend(), [](const QString &rate) {
+        bool isNumber = false;
+        const int number = rate.trimmed().toInt(&isNumber);
+        return isNumber && number >= 1 && number <= greatestBaudRate;
+    });
 }
 
 QVariant parameterValue(const QString &parameter, const QString &text)

@@ -17,7 +17,9 @@ struct AddressKey
 {
     QString name;      ///< such as "port"
     QString parameter; ///< such as "IP_Port"
-    bool isText;       ///< whether its value is a text although it may look like a number
+    bool isText;       ///< whether its value is a text although it may look like a number; else it is an integer
+    int least;         ///< the least value of an integer ...
+    int greatest;      ///< ... and the greatest one
     QString help;      ///< what it means
 };
 
@@ -46,6 +48,12 @@ struct SensorAddress
 /// The value of the interface parameter \a parameter that \a text means: a number where it reads as one,
 /// unless the parameter is known to be a text.
 QVariant parameterValue(const QString &parameter, const QString &text);
+
+/// What is wrong with \a text as the value of the interface parameter \a parameter; empty when nothing is.
+QString valueProblem(const QString &parameter, const QString &text);
+
+/// Whether \a text is a list of baud rates to search at: whole numbers with commas between them.
+bool isBaudRateList(const QString &text);
 
 /// The interface that \a parameters name in "IP_Interface"; NoInterface when they name none.
 SondixQt::SensorInterface interfaceOf(const QMap<QString, QVariant> &parameters);

@@ -3,11 +3,30 @@
 
 #include "trackinginstance.h"
 
+#include <algorithm>
+#include <initializer_list>
+
 using namespace SondixQt;
 
 namespace SondixApp {
 
 Q_LOGGING_CATEGORY(trackingLog, "SondixQt.Application.Tracking")
+
+namespace {
+
+// Whether \a general names a family that \a type belongs to, or \a type itself.
+bool isGeneral(SensorType general, SensorType type)
+{
+    constexpr int variantStep = 10000;
+    const auto isOneOf = [type](std::initializer_list<SensorType> types) {
+        return std::find(types.begin(), types.end(), type) != types.end();
+    };
+    return general == type || general == type % variantStep ||
+           (general == MV4xx && isOneOf({MV410, MV420, MV430})) ||
+           (general == MV4xx_XA300ETH && isOneOf({MV410_XA300ETH, MV420_XA300ETH, MV430_XA300ETH}));
+}
+
+} // namespace
 
 std::unique_ptr<SensorInstance> createInstance(SensorType type)
 {
@@ -30,6 +49,17 @@ ErrorCode openInstance(SensorInstance &instance, const QMap<QString, QVariant> &
         instance.sendCommandGetInt(QStringLiteral("Get_Autostart"), QStringLiteral("SA_AutostartCommand"), mode);
     }
     return code;
+}
+
+SensorAddress answeringSensor(const SensorInstance &instance, const SensorAddress &address)
+{
+    // The members of a multi-sensor tell of themselves.
+    if (address.type == MultiSensor || instance.getInfoParameters().isEmpty())
+        return address;
+    const SensorType told = SensorInfo(instance.getInfoParameters().first(), NoSensor).sensorType();
+    if (told == NoSensor || isGeneral(told, address.type) || isGeneral(address.type, told))
+        return address;
+    return {told, address.parameters};
 }
 
 QString creationProblem(const SensorInstance &instance)

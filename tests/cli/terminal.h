@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 /// A terminal for a program that behaves differently on one.
@@ -31,6 +32,15 @@ public:
     Terminal &operator=(const Terminal &) = delete;
 
     int descriptor() const { return m_slave; }
+
+    void setColumns(unsigned short columns) const
+    {
+        winsize size = {};
+        size.ws_row = 24;
+        size.ws_col = columns;
+        if (::ioctl(m_slave, TIOCSWINSZ, &size) != 0)
+            qFatal("the terminal cannot be given a size");
+    }
 
     /// All that was written to it so far.
     QByteArray text()

@@ -371,7 +371,7 @@ void TestToolRead::stopsWhenItsReaderLeaves()
     process.leave();
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 1);
-    QVERIFY2(result.err.contains("sondixqt: cannot write to standard output: "), result.err.constData());
+    QCOMPARE(result.err, QByteArray());
 }
 
 QTEST_GUILESS_MAIN(TestToolRead)

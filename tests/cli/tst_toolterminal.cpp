@@ -3,6 +3,8 @@
 #include "terminal.h"
 #include "toolrunner.h"
 
+#include <algorithm>
+
 class TestToolTerminal : public QObject
 {
     Q_OBJECT
@@ -12,6 +14,8 @@ private Q_SLOTS:
     void aSearchShowsItsProgress();
     void aReadIntoAFileShowsItsProgress();
     void progressIsNotMixedIntoTheData();
+    void progressFitsTheWidthOfTheTerminal_data();
+    void progressFitsTheWidthOfTheTerminal();
 
 private:
     static QByteArray run(const ToolRunner &runner, const char *line, bool withStdout, QByteArray *out = nullptr)
@@ -84,6 +88,37 @@ void TestToolTerminal::progressIsNotMixedIntoTheData()
     const QByteArray shown = run(runner, "find --type TX270", true);
     // The line of the bar is empty again before a sensor is printed on it.
     QVERIFY2(shown.contains("\r\x1b[KRS232 "), shown.constData());
+}
+
+void TestToolTerminal::progressFitsTheWidthOfTheTerminal_data()
+{
+    QTest::addColumn<int>("columns");
+    QTest::addColumn<int>("longest"); // of all that is shown
+    // Brackets, a bar of 24, "100 %" and the model that is searched take 72 characters.
+    QTest::newRow("wide") << 200 << 72;
+    QTest::newRow("usual") << 80 << 72;
+    QTest::newRow("narrow") << 40 << 39;
+    QTest::newRow("the bar alone") << 20 << 19;
+    QTest::newRow("hardly any") << 5 << 4;
+    QTest::newRow("not told") << 0 << 72;
+}
+
+void TestToolTerminal::progressFitsTheWidthOfTheTerminal()
+{
+    QFETCH(int, columns);
+    QFETCH(int, longest);
+    ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.5, "XA200_ETH": 0.5)"));
+    runner.setEnvironment("TERM", QStringLiteral("xterm"));
+    Terminal terminal;
+    terminal.setColumns(static_cast<unsigned short>(columns));
+    ProcessOnTerminal process(terminal, false);
+    runner.start(process, words("find --type TX270"));
+    QCOMPARE(ToolRunner::finish(process).code, 0);
+    int longestShown = 0;
+    for (const QByteArray &shown : terminal.text().split('\r'))
+        if (shown.startsWith("\x1b[K[")) // the start of the progress
+            longestShown = std::max(longestShown, shown.size() - 3);
+    QCOMPARE(longestShown, longest);
 }
 
 QTEST_GUILESS_MAIN(TestToolTerminal)

@@ -13,6 +13,8 @@ private Q_SLOTS:
     void tellsItsVersion();
     void refusesWrongUse_data();
     void refusesWrongUse();
+    void refusesEmptyValues_data();
+    void refusesEmptyValues();
     void namesTheLineOfABrokenBench_data();
     void namesTheLineOfABrokenBench();
     void namesABenchThatCannotBeRead();
@@ -109,6 +111,31 @@ void TestToolUsage::refusesWrongUse_data()
     row("read", "no sensor is named");
     row("read TX270@RS232,port=COM3 -n 0", "--frames");
     row("read TX270@RS232,port=COM3 -n many", "--frames");
+    row("read TX270@RS232,port=COM3 -n 1.5", "--frames: '1.5' is no whole number from 1 to 1000000000000");
+    row("read TX270@RS232,port=COM3 -n 1000000000001", "--frames");
+    row("read TX270@RS232,port=COM3 -d nan", "'nan' is no number of seconds above 0 and up to 31536000");
+    row("read TX270@RS232,port=COM3 -d inf", "--duration: 'inf'");
+    row("read TX270@RS232,port=COM3 -d 0", "--duration: '0'");
+    row("read TX270@RS232,port=COM3 -d 31536001", "--duration: '31536001'");
+    row("read TX270@RS232,port=COM3 --silence nan", "--silence: 'nan'");
+    row("read TX270@RS232,port=COM3 --silence 86401", "and up to 86400");
+    row("find --timeout nan", "--timeout: 'nan'");
+    row("find --timeout 1e300", "and up to 86400");
+    row("find --timeout 0", "--timeout: '0'");
+    row("find --baudrates abc", "--baudrates: 'abc' is no list of baud rates, such as 9600,115200");
+    row("find --baudrates 9600,", "--baudrates");
+    row("find --baudrates 9600;115200", "--baudrates");
+    row("find --baudrates 0", "--baudrates");
+    row("find --baudrates -9600", "--baudrates");
+    row("find --thorough --type TX270", "--thorough");
+    row("info TX270@RS232,port=COM3,baudrate=abc", "the baudrate 'abc' is no whole number");
+    row("info TX270@RS232,port=COM3,baudrate=", "the baudrate '' is no whole number");
+    row("info TX270@RS232,port=COM3,baudrate=9600.5", "the baudrate '9600.5' is no whole number");
+    row("info TX270@RS232,port=COM3,baudrate=0", "the baudrate 0 is not from 1 to 100000000");
+    row("info TX270@RS232,port=COM3,IP_Baudrate=abc", "the baudrate 'abc' is no whole number");
+    row("info CC480@TCP/IP,address=10.0.0.1,remote-port=65536", "the remote-port 65536 is not from 0 to 65535");
+    row("info --type TX270 --port COM3 --baudrate abc", "the baudrate 'abc' is no whole number");
+    row("info --type TX270 --port COM3 --param IP_Stopbits=two", "the stopbits 'two' is no whole number");
     row("read TX270@RS232,port=COM3 --duration -1", "--duration");
     row("read TX270@RS232,port=COM3 --csv - --json", "excludes");
     for (const char *line : {"params", "mode", "trigger", "sync", "video", "video --line -"})
@@ -146,6 +173,30 @@ void TestToolUsage::refusesWrongUse()
     QCOMPARE(result.out, QByteArray());
     QVERIFY2(result.err.startsWith("sondixqt: "), result.err.constData());
     QVERIFY2(linesOf(result.err).first().contains(sentence.toUtf8()), result.err.constData());
+}
+
+void TestToolUsage::refusesEmptyValues_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    for (const char *line :
+         {"find --type", "find --group", "find --interface", "find --baudrates", "models --group", "info --serial",
+          "info --type TX270 --port", "info --type TX270 --port COM3 --baudrate",
+          "read TX270@RS232,port=COM3 --csv", "read TX270@RS232,port=COM3 -d", "read TX270@RS232,port=COM3 -n",
+          "video TX270@RS232,port=COM3 --line", "video TX270@RS232,port=COM3 --on", "find --timeout",
+          "info --type", "models --bench"})
+        QTest::newRow(line) << (words(line) << QString());
+}
+
+void TestToolUsage::refusesEmptyValues()
+{
+    QFETCH(QStringList, arguments);
+    const QString option = arguments.at(arguments.size() - 2);
+    const ToolResult result = ToolRunner().run(arguments);
+    QCOMPARE(result.code, 2);
+    QCOMPARE(result.out, QByteArray());
+    const QByteArray line = linesOf(result.err).first();
+    QVERIFY2(line.startsWith("sondixqt: --"), line.constData());
+    QVERIFY2(option.size() == 2 || line.contains(option.toUtf8() + ": "), line.constData());
 }
 
 void TestToolUsage::namesTheLineOfABrokenBench_data()
