@@ -27,14 +27,13 @@ model::CallFacts factsOf(const char *function, const Observed &observed)
     const LockedInstance instance = simulator.instances.lock(observed.handle);
     if (!instance)
         return facts;
-    facts.sensorType = instance->sensorType;
+    facts.sensorType = instance->session.sensorType;
     const model::Value *const command = instance->staged.find("S_Command");
     facts.command = command != nullptr ? model::toText(*command) : instance->lastCommand;
-    auto sensor = instance->sensor;
+    auto sensor = instance->session.sensor;
     if (!sensor && facts.function == string_view("OpenSensor")) {
         model::Outcome ignored;
-        if (const auto bench = simulator.bench())
-            sensor = findSensor(*bench, instance->sensorType, instance->staged, ignored);
+        sensor = model::findSensor(*simulator.bench(), facts.sensorType, instance->staged, ignored);
     }
     if (sensor)
         facts.sensor = sensor->spec().serialNumber;

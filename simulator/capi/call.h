@@ -49,11 +49,4 @@ inline std::string quoted(const char *text)
     return text == nullptr ? std::string("null") : '"' + std::string(text) + '"';
 }
 
-/// The sensor that \a staged interface parameters lead to; the failure when there is none.
-std::shared_ptr<model::Sensor> findSensor(const model::Bench &bench, std::int32_t sensorType,
-                                          const model::ParameterList &staged, model::Outcome &failure);
-
-/// Executes the command of one instance, whose mutex is held.
-std::int32_t runCommand(Instance &instance);
-
 } // namespace sondixsim::capi

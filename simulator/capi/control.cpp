@@ -76,7 +76,7 @@ void setLineSpeedEffect(bool on)
 
 double lineTime(const std::string &serialNumber)
 {
-    return sensorOf(serialNumber)->lineTime();
+    return sensorOf(serialNumber)->line().usedSeconds();
 }
 
 void recordCalls(bool on)

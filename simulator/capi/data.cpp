@@ -14,9 +14,9 @@ std::int32_t withSensor(std::uint32_t handle, bool argumentsGiven, Body &&body)
     return withInstance(handle, [&](Instance &instance) -> std::int32_t {
         if (!argumentsGiven)
             return instance.fail(model::failure(model::InvalidArgument, "Room for the result is missing"));
-        if (!instance.sensor)
+        if (!instance.session.sensor)
             return instance.fail(model::failure(model::NotOpen, "The sensor is not open"));
-        const model::Outcome outcome = body(*instance.sensor, Simulator::get().clock.now());
+        const model::Outcome outcome = body(*instance.session.sensor, Simulator::get().clock.now());
         return outcome.ok() ? outcome.code : instance.fail(outcome);
     });
 }

@@ -64,16 +64,16 @@ std::int32_t EnableLogging(std::uint32_t handle, std::int32_t enable, std::int32
     };
     return invoke("EnableLogging", describe, [&] {
         return withInstance(handle, [&](Instance &instance) -> std::int32_t {
-            instance.log.reset();
+            instance.session.log.reset();
             if (enable == 0)
                 return model::Success;
             if (fileName != nullptr && *fileName != '\0')
-                instance.log = model::LogFile::open(fileName, type, level, flag1 != 0, flag2 != 0, count);
-            if (!instance.log) {
+                instance.session.log = model::LogFile::open(fileName, type, level, flag1 != 0, flag2 != 0, count);
+            if (!instance.session.log) {
                 return instance.fail(model::failure(model::LogFileUnusable,
                                                     "The log file " + quoted(fileName) + " cannot be written"));
             }
-            instance.logName = fileName;
+            instance.session.logName = fileName;
             return model::Success;
         });
     });
@@ -89,9 +89,9 @@ std::int32_t LogToFile(std::uint32_t handle, std::int32_t level, const char *sou
     };
     return invoke("LogToFile", describe, [&] {
         return withInstance(handle, [&](Instance &instance) -> std::int32_t {
-            if (instance.log)
-                instance.log->writeLevel(level, source != nullptr ? source : "",
-                                         message != nullptr ? message : "");
+            if (instance.session.log)
+                instance.session.log->writeLevel(level, source != nullptr ? source : "",
+                                                 message != nullptr ? message : "");
             return model::Success;
         });
     });

@@ -9,8 +9,8 @@ std::int32_t Instance::fail(const model::Outcome &outcome)
 {
     errorCode = outcome.code;
     errorText = model::toWindows1250Lossy(outcome.text);
-    if (log)
-        log->write(model::LogErrors, "error " + std::to_string(errorCode) + ": " + errorText);
+    if (session.log)
+        session.log->write(model::LogErrors, "error " + std::to_string(errorCode) + ": " + errorText);
     return outcome.code;
 }
 
@@ -23,23 +23,14 @@ model::ParameterList Instance::takeStaged()
     return taken;
 }
 
-void Instance::close()
+void Instance::reset()
 {
-    if (sensor)
-        sensor->close();
-    sensor.reset();
-}
-
-void Instance::forget()
-{
-    close();
+    session.closeSensor();
+    session = {};
     takeStaged();
     lastCommand.clear();
     errorCode = 0;
     errorText.clear();
-    search.reset();
-    log.reset();
-    logName.clear();
 }
 
 std::uint32_t Instances::create(std::int32_t sensorType)
@@ -57,7 +48,8 @@ std::uint32_t Instances::create(std::int32_t sensorType)
     }
     Instance *const instance = m_instances[handle % slots].load(std::memory_order_acquire);
     const std::lock_guard<std::mutex> instanceLock(instance->mutex);
-    instance->sensorType = sensorType;
+    instance->session.handle = handle;
+    instance->session.sensorType = sensorType;
     instance->handle.store(handle, std::memory_order_release);
     return handle;
 }
@@ -79,7 +71,7 @@ bool Instances::release(std::uint32_t handle)
         const LockedInstance instance = lock(handle);
         if (!instance)
             return false;
-        instance->forget();
+        instance->reset();
         instance->handle.store(0, std::memory_order_release);
     }
     const std::lock_guard<std::mutex> lock(m_mutex);

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "model/bench.h"
-#include "model/errors.h"
-#include "model/logfile.h"
-#include "model/search.h"
-#include "model/sensor.h"
+#include "model/session.h"
 
 #include <array>
 #include <atomic>
@@ -22,23 +18,18 @@ struct Instance
 {
     std::mutex mutex;
     std::atomic<std::uint32_t> handle{0}; ///< 0 while nobody has it
-    std::int32_t sensorType = 0;
+    model::Session session;
     model::ParameterList staged;
     model::ParameterList answers;
     std::string answerText; ///< what GetParameters tells instead of the answers, unless empty
     std::string lastCommand;
     std::int32_t errorCode = 0;
-    std::string errorText;                 ///< windows-1250
-    std::shared_ptr<model::Sensor> sensor; ///< null while closed
-    std::unique_ptr<model::Search> search;
-    std::shared_ptr<model::LogFile> log;
-    std::string logName;
-    double takes = 0.0; ///< bench seconds that pass before the call under way returns
+    std::string errorText; ///< windows-1250
+    double duration = 0.0; ///< bench seconds that pass before the call under way returns
 
     std::int32_t fail(const model::Outcome &outcome);
     model::ParameterList takeStaged(); ///< for an open or a command, which also forgets the last answers
-    void close();
-    void forget(); ///< back to how a new one is
+    void reset();                      ///< back to how a new one is
 };
 
 /// An instance with its mutex held; empty when the handle is nobody's.

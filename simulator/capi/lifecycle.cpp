@@ -33,64 +33,55 @@ std::uint32_t create(std::int32_t sensorType)
     return handle;
 }
 
+/// The outcome of a call becomes its result, and its failure the error of the instance.
+std::int32_t finish(Instance &instance, const model::Outcome &outcome)
+{
+    instance.duration = outcome.duration;
+    return outcome.ok() ? outcome.code : instance.fail(outcome);
+}
+
 std::int32_t open(Instance &instance)
 {
     Simulator &simulator = Simulator::get();
     const model::ParameterList staged = instance.takeStaged();
-    const auto bench = simulator.bench();
-    if (!bench)
-        return instance.fail(model::failure(model::BenchUnusable, "There is no bench"));
-    model::Outcome outcome;
-    const auto sensor = findSensor(*bench, instance.sensorType, staged, outcome);
-    instance.takes = outcome.takes;
-    if (!sensor)
-        return instance.fail(outcome);
-    if (instance.sensor != sensor) {
-        if (!sensor->claim(instance.handle.load())) {
-            return instance.fail(
-                model::failure(model::SensorInUse, "The sensor at " + sensor->spec().place.text() + " is in use"));
-        }
-        instance.close();
-        instance.sensor = sensor;
-    }
-    sensor->open(simulator.clock.now(), sensor->rateIn(staged));
-    const auto &members = sensor->members();
-    instance.answers.set("SA_SensorInformation",
-                         members.empty() ? sensor->information() : members.front()->information());
-    for (std::size_t i = 0; i < members.size(); ++i)
-        instance.answers.set("SA_SensorInformation#S" + std::to_string(i + 1), members[i]->information());
-    if (instance.log)
-        instance.log->write(model::LogConnections, "opened the simulated sensor " + sensor->spec().serialNumber);
-    return model::Success;
+    return finish(instance,
+                  instance.session.open(*simulator.bench(), staged, simulator.clock.now(), instance.answers));
 }
 
 std::int32_t close(Instance &instance)
 {
-    if (!instance.sensor)
-        return instance.fail(model::failure(model::NotOpen, "The sensor is not open"));
-    instance.close();
-    if (instance.log)
-        instance.log->write(model::LogConnections, "closed");
-    return model::Success;
+    return finish(instance, instance.session.close());
 }
 
-/// Makes a call that may take its time, during which the instance is free for other threads.
+std::int32_t command(Instance &instance)
+{
+    Simulator &simulator = Simulator::get();
+    const model::ParameterList staged = instance.takeStaged();
+    const model::Value *const name = staged.find("S_Command");
+    if (name == nullptr)
+        return finish(instance, model::failure(model::NoCommand, "There is no S_Command"));
+    instance.lastCommand = model::toText(*name);
+    return finish(instance, instance.session.command({instance.lastCommand, staged, simulator.clock.now(),
+                                                      instance.answers, simulator.bench()}));
+}
+
+/// Makes a call and waits as long as it takes on the bench. The instance is not locked meanwhile.
 std::int32_t timed(std::uint32_t handle, std::int32_t (*body)(Instance &))
 {
-    double takes = 0.0;
+    double duration = 0.0;
     std::shared_ptr<model::Sensor> sensor;
     const std::int32_t result = withInstance(handle, [&](Instance &instance) {
         const std::int32_t code = body(instance);
-        takes = std::exchange(instance.takes, 0.0);
-        if (takes > 0.0)
-            sensor = instance.sensor;
+        duration = std::exchange(instance.duration, 0.0);
+        if (duration > 0.0)
+            sensor = instance.session.sensor;
         return code;
     });
     Simulator &simulator = Simulator::get();
-    if (!(takes > 0.0) || !simulator.lineSpeed.load() || simulator.clock.isVirtual())
+    if (!(duration > 0.0) || !simulator.lineSpeed.load() || simulator.clock.isVirtual())
         return result;
     const double now = simulator.clock.now();
-    simulator.clock.waitUntil(sensor ? sensor->reserveLine(now, takes) : now + takes, now);
+    simulator.clock.waitUntil(sensor ? sensor->line().reserve(now, duration) : now + duration, now);
     if (result != model::Success || !sensor || sensor->isPlugged())
         return result;
     return withInstance(handle, [](Instance &instance) {
@@ -101,43 +92,6 @@ std::int32_t timed(std::uint32_t handle, std::int32_t (*body)(Instance &))
 }
 
 } // namespace
-
-namespace sondixsim::capi {
-
-std::shared_ptr<model::Sensor> findSensor(const model::Bench &bench, std::int32_t sensorType,
-                                          const model::ParameterList &staged, model::Outcome &failure)
-{
-    const model::Value *const serialNumber = staged.find("SA_SerialNumber");
-    const auto isMeant = [&](const model::SensorSpec &spec) {
-        return spec.place.agreesWith(staged) &&
-               (serialNumber == nullptr || model::toText(*serialNumber) == spec.serialNumber);
-    };
-    std::string others;
-    const model::Sensor *deaf = nullptr;
-    for (const auto &sensor : bench.sensors) {
-        if (!sensor->isPlugged() || !isMeant(sensor->spec()))
-            continue;
-        const bool hears = sensor->rateIn(staged) == sensor->baudrate();
-        const bool isRightType = sensor->spec().baseType() == sensorType;
-        if (isRightType && hears)
-            return sensor;
-        if (isRightType && deaf == nullptr)
-            deaf = sensor.get();
-        if (!isRightType && hears && others.empty())
-            others = "At " + sensor->spec().place.text() + " is a " + sensor->spec().model + ", not a ";
-    }
-    if (deaf != nullptr) {
-        failure = model::noAnswerAt(deaf->spec(), deaf->rateIn(staged));
-        return nullptr;
-    }
-    const model::SensorSpec *const wanted = model::modelOfBaseType(sensorType);
-    const std::string name = wanted != nullptr ? wanted->model : std::to_string(sensorType);
-    failure = model::failure(model::NoSensorAnswers,
-                             !others.empty() && !staged.empty() ? others + name : "No " + name + " answers there");
-    return nullptr;
-}
-
-} // namespace sondixsim::capi
 
 extern "C" {
 
@@ -188,6 +142,6 @@ std::int32_t CloseSensor(std::uint32_t handle)
 std::int32_t SensorCommand(std::uint32_t handle)
 {
     return invoke(
-        "SensorCommand", [&] { return plain(handle); }, [&] { return timed(handle, runCommand); });
+        "SensorCommand", [&] { return plain(handle); }, [&] { return timed(handle, command); });
 }
 }

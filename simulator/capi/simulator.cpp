@@ -78,8 +78,8 @@ void Simulator::use(const std::shared_ptr<const model::Bench> &bench)
     }
     // From here on nothing of the bench before can be opened any more.
     instances.forEach([](Instance &instance) {
-        instance.close();
-        instance.search.reset();
+        instance.session.closeSensor();
+        instance.session.search.reset();
     });
     faults.reset(bench->seed);
     for (const auto &sensor : bench->sensors) {

@@ -40,7 +40,7 @@ struct Outcome
 {
     std::int32_t code = Success;
     std::string text;
-    double takes = 0.0; ///< seconds of bench time that pass before the call returns
+    double duration = 0.0; ///< seconds of bench time that pass before the call returns
 
     bool ok() const { return code == Success; }
 };

@@ -127,7 +127,7 @@ bool Search::isWanted(const Sensor &sensor, const Request &request) const
     if (!sharesLine && heldByOther)
         return false;
     if (hardware == ScanHardware::Rs232 && !request.baudrates.empty()) {
-        const std::int32_t own = sensor.baudrate();
+        const std::int32_t own = sensor.line().baudrate();
         return std::find(request.baudrates.begin(), request.baudrates.end(), own) != request.baudrates.end();
     }
     return true;

@@ -1,188 +1,177 @@
 // SPDX-License-Identifier: MIT
+#include "command.h"
 #include "sensor.h"
 
 #include <algorithm>
-#include <cmath>
 
-namespace sondixsim::model {
+namespace sondixsim::model::commands {
 
 namespace {
 
-/// Commands that the library answers itself; the sensor goes on measuring undisturbed.
-bool isAnsweredByLibrary(const std::string &name)
+/// "X" for "Get_X", "Set_X" or "Update_X".
+std::string targetOf(const std::string &name)
 {
-    static const char *const names[] = {"Get_TransmittedDataInfo", "Clear_Buffers",  "Automatic_Setup",
-                                        "Get_DrvSetting",          "Get_Samplerate", "Get_SensorErrorValueText"};
-    return std::find(std::begin(names), std::end(names), name) != std::end(names);
+    return name.substr(name.find('_') + 1);
 }
 
-/// What follows \a head in \a name; empty when it does not begin with it.
-std::string after(const std::string &name, const char *head)
+const TrackingCommand *trackingCommand(const SensorSpec &spec, const std::string &name)
 {
-    const std::string prefix = head;
-    return name.compare(0, prefix.size(), prefix) == 0 ? name.substr(prefix.size()) : std::string();
+    const auto isNamed = [&name](const TrackingCommand &command) { return command.command == name; };
+    const auto found = std::find_if(spec.tracking.begin(), spec.tracking.end(), isNamed);
+    return found != spec.tracking.end() ? &*found : nullptr;
 }
 
-std::string settingTarget(const std::string &name)
+void describeSignal(const Signal &signal, int number, double rate, ParameterList &answers)
 {
-    const std::string set = after(name, "Set_");
-    return set.empty() ? after(name, "Update_") : set;
+    const auto set = [&answers, suffix = std::to_string(number)](const char *key, Value value) {
+        answers.append("IA_" + std::string(key) + suffix, std::move(value));
+    };
+    set("Index", number);
+    set("Raw_Name", signal.rawName);
+    set("Scaled_Name", signal.scaledName);
+    set("Raw_RangeMin", signal.rawMin);
+    set("Raw_RangeMax", signal.rawMax);
+    set("Scaled_RangeMin", signal.scaledMin);
+    set("Scaled_RangeMax", signal.scaledMax);
+    set("ViewRange", signal.viewRange);
+    set("Raw_Unit", signal.rawUnit);
+    set("Scaled_Unit", signal.scaledUnit);
+    set("Raw_Datarate", rate);
+    set("Scaled_Datarate", rate);
+    set("MajorSignal", signal.major ? 1 : 0);
+    set("AdditionalInfo", signal.info);
 }
 
 } // namespace
 
-bool Sensor::commandKnown(const std::string &name) const
+bool readsGroup(const SensorParts &sensor, const std::string &name)
 {
-    if (isAnsweredByLibrary(name) || name == "Get_Info" || name == "Get_AllParameters" ||
-        name == m_spec.stopTracking)
-        return true;
-    if (name == "Get_Measure")
-        return m_spec.polled;
-    if (name == "Get_Video")
-        return !m_spec.video.lines.empty();
-    if (name == "Get_HTTP")
-        return m_spec.web.present && m_baudrate != 0;
-    if (name == "Cmd_Generic")
-        return m_spec.web.present;
-    const auto isName = [&name](const TrackingCommand &command) { return command.command == name; };
-    if (std::any_of(m_spec.tracking.begin(), m_spec.tracking.end(), isName))
-        return true;
-    const std::string target = settingTarget(name);
-    return m_spec.answers.count(name) > 0 || m_spec.groups.count(after(name, "Get_")) > 0 ||
-           m_spec.groups.count(target) > 0 || m_settings.find("SA_" + target) != nullptr;
+    return sensor.spec.groups.count(targetOf(name)) > 0;
 }
 
-Outcome Sensor::command(const std::string &name, const ParameterList &staged, double now, ParameterList &answers)
+bool writesSetting(const SensorParts &sensor, const std::string &name)
 {
-    if (!isPlugged())
-        return failure(ConnectionLost, "The connection to the sensor is lost");
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (!isHeard())
-        return noAnswerAt(m_spec, m_openBaudrate);
-    if (name.empty() || !commandKnown(name))
-        return failure(UnknownCommand, m_spec.model + " does not know the command \"" + name + '"');
+    const std::string target = targetOf(name);
+    return sensor.spec.groups.count(target) > 0 || sensor.settings.find("SA_" + target) != nullptr;
+}
 
-    for (std::size_t i = 0; i < m_spec.tracking.size(); ++i) {
-        if (m_spec.tracking[i].command == name) {
-            track(static_cast<int>(i), now);
-            return {};
-        }
-    }
-    // These sensors serve a command or measure, not both.
-    if (!m_spec.tracking.empty() && !isAnsweredByLibrary(name))
-        track(-1, now);
+bool hasFixedAnswer(const SensorParts &sensor, const std::string &name)
+{
+    return sensor.spec.answers.count(name) > 0;
+}
 
-    if (name == "Clear_Buffers") {
-        produce(now);
-        m_ring.clear();
-    } else if (name == "Get_Measure") {
-        return measure(staged, now);
-    } else if (name == "Get_Video") {
-        return video(now, answers);
-    } else if (name == "Get_HTTP") {
-        return http(staged, now, answers);
-    } else if (name == "Cmd_Generic") {
-        return generic(staged, now, answers);
-    } else if (name == "Get_TransmittedDataInfo") {
-        describeFrame(answers);
-    } else if (name == "Get_DrvSetting") {
-        describeDriver(answers);
-    } else if (name == "Get_SensorErrorValueText") {
-        answers.set("SA_SensorErrorValueText", errorTextLines(m_spec.errorTexts));
-    } else if (name == "Get_Info") {
-        answers.add(identity());
-        answers.add(m_spec.info);
-    } else if (name == "Get_AllParameters") {
-        answers.add(m_settings);
-    } else if (m_spec.groups.count(after(name, "Get_")) > 0) {
-        return readGroup(after(name, "Get_"), answers);
-    } else if (!settingTarget(name).empty() && m_spec.answers.count(name) == 0) {
-        return write(settingTarget(name), staged, now);
-    }
-    const auto answer = m_spec.answers.find(name);
-    if (answer != m_spec.answers.end())
-        answers.add(answer->second);
+bool startsTracking(const SensorParts &sensor, const std::string &name)
+{
+    return trackingCommand(sensor.spec, name) != nullptr;
+}
+
+bool stopsTracking(const SensorParts &sensor, const std::string &name)
+{
+    return name == sensor.spec.stopTracking;
+}
+
+/// Adds what the bench file says that the command answers, which may be nothing.
+Outcome fixedAnswer(SensorParts &sensor, const CommandCall &call)
+{
+    const auto answer = sensor.spec.answers.find(call.name);
+    if (answer != sensor.spec.answers.end())
+        call.answers.add(answer->second);
     return {};
 }
 
-Outcome Sensor::measure(const ParameterList &staged, double now)
+Outcome transmittedData(SensorParts &sensor, const CommandCall &call)
 {
-    if (m_spec.multi) {
-        const Value *const index = staged.find("IP_SensorIndex");
+    const std::vector<Signal> &frame = sensor.sampler.frame();
+    const double rate = sensor.sampler.frameRate();
+    std::size_t maximum = sensor.spec.signals.size();
+    for (const MeasuringMode &mode : sensor.spec.modes)
+        maximum = std::max(maximum, mode.signals.size());
+    call.answers.set("IA_Datarate", rate);
+    call.answers.set("IA_ValuesPerFrame", static_cast<std::int32_t>(frame.size()));
+    call.answers.set("IA_MaxValuesPerFrame", static_cast<std::int32_t>(maximum));
+    call.answers.set("IA_VideoSignalsPerFrame", videoSignalsPerFrame(sensor));
+    int number = 0;
+    for (const Signal &signal : frame)
+        describeSignal(signal, ++number, rate, call.answers);
+    return fixedAnswer(sensor, call);
+}
+
+Outcome clearBuffers(SensorParts &sensor, const CommandCall &call)
+{
+    sensor.sampler.discard(call.now);
+    return fixedAnswer(sensor, call);
+}
+
+Outcome driverSetting(SensorParts &sensor, const CommandCall &call)
+{
+    call.answers.set("IA_SensorCount", std::max(1, static_cast<std::int32_t>(sensor.members.size())));
+    if (sensor.members.empty())
+        call.answers.set("IA_SensorType#1", sensor.spec.reportedType());
+    int number = 0;
+    for (const auto &member : sensor.members)
+        call.answers.set("IA_SensorType#" + std::to_string(++number), member->spec().reportedType());
+    return fixedAnswer(sensor, call);
+}
+
+Outcome errorTexts(SensorParts &sensor, const CommandCall &call)
+{
+    call.answers.set("SA_SensorErrorValueText", sensor.spec.errorTextLines());
+    return fixedAnswer(sensor, call);
+}
+
+Outcome sampleRate(SensorParts &sensor, const CommandCall &call)
+{
+    return readsGroup(sensor, call.name) ? readGroup(sensor, call) : fixedAnswer(sensor, call);
+}
+
+Outcome info(SensorParts &sensor, const CommandCall &call)
+{
+    call.answers.add(sensor.spec.identity());
+    call.answers.add(sensor.spec.info);
+    return fixedAnswer(sensor, call);
+}
+
+Outcome allParameters(SensorParts &sensor, const CommandCall &call)
+{
+    call.answers.add(sensor.settings.all());
+    return fixedAnswer(sensor, call);
+}
+
+Outcome measure(SensorParts &sensor, const CommandCall &call)
+{
+    if (sensor.spec.multi) {
+        const Value *const index = call.staged.find("IP_SensorIndex");
         if (index == nullptr)
             return failure(ParameterMissing, "\"Get_Measure\" needs IP_SensorIndex");
         const std::int32_t number = toInt(*index).value_or(0);
-        if (number < 1 || number > static_cast<std::int32_t>(m_members.size()))
+        if (number < 1 || number > static_cast<std::int32_t>(sensor.members.size()))
             return failure(OutOfRange, "There is no sensor number " + std::to_string(number));
     }
-    produce(now);
+    sensor.sampler.catchUp(call.now);
     return {};
 }
 
-Outcome Sensor::readGroup(const std::string &group, ParameterList &answers) const
+Outcome readGroup(SensorParts &sensor, const CommandCall &call)
 {
-    for (const std::string &key : m_spec.groups.at(group))
-        answers.set(key, *m_settings.find(key));
+    for (const std::string &key : sensor.spec.groups.at(targetOf(call.name)))
+        call.answers.set(key, *sensor.settings.find(key));
     return {};
 }
 
-Outcome Sensor::checkSetting(const std::string &group, const Parameter &parameter, std::string &key,
-                             Value &value) const
-{
-    key = "SA_" + parameter.name.substr(3);
-    const Value *const before = m_settings.find(key);
-    const auto found = m_spec.groups.find(group);
-    const bool inGroup = found == m_spec.groups.end() ||
-                         std::find(found->second.begin(), found->second.end(), key) != found->second.end();
-    if (before == nullptr || !inGroup)
-        return failure(UnknownParameter, m_spec.model + " has no \"" + parameter.name + "\" in \"" + group + '"');
-    return checkValue(key, parameter.name, parameter.value, value);
-}
-
-Outcome Sensor::checkValue(const std::string &key, const std::string &shownName, const Value &wanted,
-                           Value &value) const
-{
-    const auto converted = convertedLike(wanted, *m_settings.find(key));
-    if (!converted)
-        return failure(WrongType, "\"" + shownName + "\" has the wrong type");
-    value = *converted;
-    const auto limits = m_spec.limits.find(key);
-    const auto number = toDouble(value);
-    if (number && !std::isfinite(*number))
-        return failure(OutOfRange, "\"" + shownName + "\" must be a finite number");
-    if (limits != m_spec.limits.end() && number &&
-        (*number < limits->second.first || *number > limits->second.second)) {
-        return failure(OutOfRange, "\"" + shownName + "\" must be from " + formatDouble(limits->second.first) +
-                                       " to " + formatDouble(limits->second.second));
-    }
-    return {};
-}
-
-void Sensor::apply(const ParameterList &changes, double now)
-{
-    produce(now);
-    m_settings.add(changes);
-    selectFrame();
-    restart(now);
-}
-
-Outcome Sensor::write(const std::string &group, const ParameterList &staged, double now)
+Outcome writeSetting(SensorParts &sensor, const CommandCall &call)
 {
     ParameterList changes;
-    for (const Parameter &parameter : staged) {
-        if (parameter.name.compare(0, 3, "SP_") != 0)
-            continue;
-        std::string key;
-        Value value;
-        Outcome outcome = checkSetting(group, parameter, key, value);
-        if (!outcome.ok())
-            return outcome;
-        changes.set(key, std::move(value));
-    }
-    if (changes.empty())
-        return failure(ParameterMissing, "Nothing is given to be set in \"" + group + '"');
-    apply(changes, now);
+    Outcome outcome = sensor.settings.checkGroup(targetOf(call.name), call.staged, changes);
+    if (outcome.ok())
+        sensor.change(changes, call.now);
+    return outcome;
+}
+
+Outcome startTracking(SensorParts &sensor, const CommandCall &call)
+{
+    const TrackingCommand *const command = trackingCommand(sensor.spec, call.name);
+    sensor.sampler.track(static_cast<std::size_t>(command - sensor.spec.tracking.data()), call.now);
     return {};
 }
 
-} // namespace sondixsim::model
+} // namespace sondixsim::model::commands

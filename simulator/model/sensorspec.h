@@ -2,8 +2,8 @@
 #pragma once
 
 #include "framerate.h"
-#include "generator.h"
 #include "place.h"
+#include "sample.h"
 #include "value.h"
 #include "video.h"
 #include "webinterface.h"
@@ -14,24 +14,6 @@
 #include <vector>
 
 namespace sondixsim::model {
-
-/// One value of a frame. Texts are windows-1250.
-struct Signal
-{
-    std::string rawName;
-    std::string scaledName;
-    std::string rawUnit;
-    std::string scaledUnit;
-    std::string info;
-    double rawMin = 0.0;
-    double rawMax = 65535.0;
-    double scaledMin = 0.0;
-    double scaledMax = 10.0;
-    double viewRange = 10.0;
-    bool major = true;
-    std::vector<Generator> generators;
-    std::vector<ErrorValues> errors;
-};
 
 /// A command that starts continuous measuring, and the rate at which the sensor then sends.
 struct TrackingCommand
@@ -107,6 +89,10 @@ struct SensorSpec
     std::int32_t baseType() const { return type % 10000; }
     /// The number that the sensor is reported under: bus sensors only tell their family.
     std::int32_t reportedType() const { return baseType() == 43 || baseType() == 34 ? baseType() : type; }
+    bool listsAddresses() const { return baseType() == 53; } ///< in "SA_CurrentIPAddresses"
+
+    ParameterList identity() const;     ///< name, numbers and firmware, as "Get_Info" answers
+    std::string errorTextLines() const; ///< "<key>: <text>", as "Get_SensorErrorValueText" answers
 };
 
 } // namespace sondixsim::model

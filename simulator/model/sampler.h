@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "ring.h"
+#include "serialline.h"
+#include "settings.h"
+
+#include <optional>
+
+namespace sondixsim::model {
+
+/// Produces the frames of a sensor at its rate and keeps them until they are fetched. Frames are only computed when
+/// somebody asks for them: every function with a time first has to catch up with it. Has no lock of its own: the
+/// sensor's mutex guards it.
+class Sampler
+{
+public:
+    Sampler(const SensorSpec &spec, std::uint64_t seed, const Settings &settings, const SerialLine &line);
+
+    void start(double now); ///< when the sensor is opened
+    void stop();
+
+    void catchUp(double now);        ///< call this before a setting or the baud rate changes ...
+    void followSettings(double now); ///< ... and this afterwards
+    void discard(double now);        ///< what has arisen and was not fetched
+    void track(std::size_t command, double now);
+    void stopTracking(double now);
+    void trigger(double now); ///< one frame, if the sensor waits for a trigger
+
+    std::int32_t available(double now);
+    std::int32_t transfer(double now, std::int32_t *raw, double *scaled, std::int32_t maxCount, double *timestamp);
+    /// False when the sensor is not open. One of \a raw and \a scaled may be empty: it follows from the other.
+    bool push(double now, const std::vector<std::int32_t> &raw, const std::vector<double> &scaled,
+              double timestamp);
+    std::uint64_t lostFrames(double now);
+
+    const std::vector<Signal> &frame() const { return *m_frame; } ///< of the present measuring mode
+    double frameRate() const;                                     ///< Hz, without regard to triggers
+    bool usesSerialLine() const; ///< whether the output of values on the serial line is switched on
+    struct Frame
+    {
+        std::uint64_t number = 0;
+        std::vector<double> scaled;
+    };
+    Frame lastFrame(double now);                         ///< the last one that has arisen
+    std::vector<double> presentValues(double now) const; ///< what the sensor measures now; takes nothing
+
+private:
+    std::uint64_t seedOf(std::size_t signal) const;
+    bool sendsValues() const; ///< over the interface at which the sensor is open
+    double arisenFrames(double now) const;
+    double period() const; ///< seconds; 0 while no frames are sent
+    double timeOf(std::uint64_t frame, double period) const;
+    void catchUpUnlessPolled(double now);
+    void selectFrame();
+    void fillStanding();
+    void restart(double now);
+    void trackAtPowerUp(double now);
+    void generate(std::uint64_t first, std::size_t frames, std::int32_t *raw, double *scaled) const;
+
+    const SensorSpec &m_spec;
+    const std::uint64_t m_seed;
+    const Settings &m_settings;
+    const SerialLine &m_line;
+
+    bool m_running = false;
+    const std::vector<Signal> *m_frame = nullptr;
+    std::optional<std::size_t> m_tracking; ///< index of the tracking command that is active
+    Ring m_ring;
+    std::uint64_t m_lost = 0;
+    double m_rate = 0.0;       ///< Hz since m_anchorTime
+    double m_anchorTime = 0.0; ///< frame m_anchorFrame arises one period later
+    std::uint64_t m_anchorFrame = 0;
+    std::uint64_t m_nextFrame = 0;
+    std::uint64_t m_origin = 0; ///< changes wherever the frames in the ring have a gap or another period
+    std::vector<std::int32_t> m_standingRaw;
+    std::vector<double> m_standingScaled;
+};
+
+} // namespace sondixsim::model
