@@ -6,94 +6,86 @@
 
 namespace sondixsim::model {
 
-std::int64_t Clock::steadyNanoseconds()
+namespace {
+
+std::int64_t steadyNanoseconds()
 {
     return std::chrono::duration_cast<std::chrono::nanoseconds>(
                std::chrono::steady_clock::now().time_since_epoch())
         .count();
 }
 
-double Clock::timeOf(const State &state)
+} // namespace
+
+Clock::Clock()
+    : m_start(steadyNanoseconds())
 {
-    if (state.isVirtual)
-        return state.base;
-    return state.base + static_cast<double>(steadyNanoseconds() - state.start) * 1e-9 * state.speed;
 }
 
-Clock::State Clock::read() const
+double Clock::time() const
 {
-    while (true) {
-        const std::uint32_t before = m_sequence.load(std::memory_order_acquire);
-        State state;
-        state.isVirtual = m_virtual.load(std::memory_order_acquire);
-        state.base = m_base.load(std::memory_order_acquire);
-        state.speed = m_speed.load(std::memory_order_acquire);
-        state.start = m_start.load(std::memory_order_acquire);
-        if (before % 2 == 0 && m_sequence.load(std::memory_order_relaxed) == before)
-            return state;
-    }
+    if (m_virtual)
+        return m_base;
+    return m_base + static_cast<double>(steadyNanoseconds() - m_start) * 1e-9 * m_speed;
 }
 
-void Clock::write(const State &state)
+void Clock::setTime(double time)
 {
-    const std::uint32_t before = m_sequence.load(std::memory_order_relaxed);
-    m_sequence.store(before + 1, std::memory_order_relaxed);
-    m_virtual.store(state.isVirtual, std::memory_order_release);
-    m_base.store(state.base, std::memory_order_release);
-    m_speed.store(state.speed, std::memory_order_release);
-    m_start.store(state.start, std::memory_order_release);
-    m_sequence.store(before + 2, std::memory_order_release);
+    m_base = time;
+    m_start = steadyNanoseconds();
     m_changed.notify_all();
 }
 
 double Clock::now() const
 {
-    return timeOf(read());
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return time();
+}
+
+bool Clock::isVirtual() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_virtual;
 }
 
 void Clock::useReal(double speed)
 {
-    const std::lock_guard<std::mutex> lock(m_writer);
-    write({false, timeOf(read()), speed, steadyNanoseconds()});
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    setTime(time());
+    m_virtual = false;
+    m_speed = speed;
 }
 
 void Clock::useVirtual()
 {
-    const std::lock_guard<std::mutex> lock(m_writer);
-    State state = read();
-    state.base = timeOf(state);
-    state.isVirtual = true;
-    write(state);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    setTime(time());
+    m_virtual = true;
 }
 
 void Clock::advance(double seconds)
 {
-    const std::lock_guard<std::mutex> lock(m_writer);
-    State state = read();
-    state.base += seconds;
-    write(state);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_base += seconds;
+    m_changed.notify_all();
 }
 
 void Clock::reset()
 {
-    const std::lock_guard<std::mutex> lock(m_writer);
-    State state = read();
-    state.base = 0.0;
-    state.start = steadyNanoseconds();
-    write(state);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    setTime(0.0);
 }
 
 void Clock::waitUntil(double time, double start)
 {
-    constexpr double longest = 3600.0; // of one wait: a duration that every clock can express
-    std::unique_lock<std::mutex> lock(m_writer);
+    constexpr double maxWait = 3600.0; // seconds at a time: a duration that every clock can express
+    std::unique_lock<std::mutex> lock(m_mutex);
     while (true) {
-        const State state = read();
-        const double now = timeOf(state);
-        const double missing = (time - now) / state.speed;
-        if (state.isVirtual || now < start || !(missing > 0.0))
+        const double now = this->time();
+        const double missing = (time - now) / m_speed;
+        if (m_virtual || now < start || !(missing > 0.0))
             return;
-        const std::chrono::duration<double> wait(std::min(missing, longest));
+        const std::chrono::duration<double> wait(std::min(missing, maxWait));
         m_changed.wait_for(lock, std::chrono::ceil<std::chrono::nanoseconds>(wait));
     }
 }

@@ -1,49 +1,42 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
 
 namespace sondixsim::model {
 
-/// Seconds of bench time: real time at a stated speed, or standing still until it is stepped.
-/// Reading takes no lock: it stands on the path of every transfer.
+/// Bench time in seconds: real time at a given speed, or virtual time, which stands still until it is stepped. Every
+/// function may be called from any thread.
 class Clock
 {
 public:
+    Clock();
+
     double now() const;
-    bool isVirtual() const { return m_virtual.load(std::memory_order_acquire); }
+    bool isVirtual() const;
 
     void useReal(double speed);
     void useVirtual();
     void advance(double seconds);
-    void reset(); ///< back to 0, running on as before
+    void reset(); ///< to 0, at the present speed
 
-    /// Returns when it is \a time, or at once when the clock is virtual, becomes so or is set back before \a start.
+    /// Returns at the bench time \a time, or at once when the clock is or becomes virtual or is reset: it then shows
+    /// less than \a start.
     void waitUntil(double time, double start);
 
 private:
-    struct State
-    {
-        bool isVirtual = false;
-        double base = 0.0; ///< bench time at \a start, or the standing bench time
-        double speed = 1.0;
-        std::int64_t start = 0; ///< nanoseconds of the steady clock
-    };
-    State read() const;
-    void write(const State &state);
-    static std::int64_t steadyNanoseconds();
-    static double timeOf(const State &state);
+    // These expect the mutex to be locked.
+    double time() const;
+    void setTime(double time); ///< the clock goes on from there
 
-    std::mutex m_writer;
+    mutable std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::atomic<std::uint32_t> m_sequence{0}; ///< odd while the fields below change
-    std::atomic<bool> m_virtual{false};
-    std::atomic<double> m_base{0.0};
-    std::atomic<double> m_speed{1.0};
-    std::atomic<std::int64_t> m_start{steadyNanoseconds()};
+    bool m_virtual = false;
+    double m_base = 0.0;  ///< bench time at m_start; of a virtual clock the present time
+    double m_speed = 1.0; ///< bench seconds in one real second
+    std::int64_t m_start; ///< nanoseconds of the steady clock
 };
 
 } // namespace sondixsim::model
