@@ -88,7 +88,7 @@ void Sampler::trigger(double now)
 
 std::int32_t Sampler::available(double now)
 {
-    if (m_spec.standing > 0)
+    if (hasStandingValues())
         return m_spec.standing;
     catchUpUnlessPolled(now);
     return static_cast<std::int32_t>(std::min<std::size_t>(m_ring.size(), INT32_MAX));
@@ -100,7 +100,7 @@ std::int32_t Sampler::transfer(double now, std::int32_t *raw, double *scaled, st
     const auto wanted = static_cast<std::size_t>(std::max(maxCount, 0));
     if (timestamp != nullptr)
         *timestamp = now;
-    if (m_spec.standing > 0) {
+    if (hasStandingValues()) {
         const std::size_t count = std::min(wanted, static_cast<std::size_t>(m_spec.standing));
         if (raw != nullptr)
             std::copy_n(m_standingRaw.data(), count, raw);
@@ -136,7 +136,7 @@ bool Sampler::push(double now, const std::vector<std::int32_t> &raw, const std::
 
 std::uint64_t Sampler::lostFrames(double now)
 {
-    if (m_running && m_spec.standing == 0)
+    if (m_running && !hasStandingValues())
         catchUpUnlessPolled(now);
     return m_lost;
 }
@@ -211,6 +211,11 @@ double Sampler::timeOf(std::uint64_t frame, double period) const
     return m_anchorTime + static_cast<double>(frame - m_anchorFrame + 1) * period;
 }
 
+bool Sampler::hasStandingValues() const
+{
+    return m_spec.standing > 0 && !frame().empty();
+}
+
 void Sampler::catchUpUnlessPolled(double now)
 {
     if (!m_spec.polled)
@@ -234,7 +239,7 @@ void Sampler::selectFrame()
 
 void Sampler::fillStanding()
 {
-    if (m_spec.standing == 0 || frame().empty())
+    if (!hasStandingValues())
         return;
     const auto values = static_cast<std::size_t>(m_spec.standing);
     const std::size_t frames = values / frame().size() + 1;

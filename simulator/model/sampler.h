@@ -53,6 +53,7 @@ private:
     double timeOf(std::uint64_t frame, double period) const;
     void catchUpUnlessPolled(double now);
     void selectFrame();
+    bool hasStandingValues() const;
     void fillStanding();
     void restart(double now);
     void trackAtPowerUp(double now);

@@ -343,6 +343,17 @@ private Q_SLOTS:
         QCOMPARE(takeBlock(handle, 600).scaled, first.scaled);
     }
 
+    void sensorWithoutSignalsHasNoStandingValues()
+    {
+        sondixsim::loadBench(
+            R"({ "clock": { "virtual": true }, "sensors": [ { "model": "UC100", "serialNumber": "1",
+            "place": { "interface": "WinUSB" }, "standing": 1000 } ] })");
+        Handle handle(32);
+        QCOMPARE(handle.open(), 0);
+        QCOMPARE(handle.available(), 0);
+        QCOMPARE(takeBlock(handle, 10).raw.size(), std::size_t(0));
+    }
+
     void polledSensorGivesValuesOnlyWhenAsked()
     {
         sondixsim::loadBench(
