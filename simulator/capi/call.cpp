@@ -16,31 +16,31 @@ bool consumesParameters(string_view function)
     return function == "SensorCommand" || function == "OpenSensor";
 }
 
-model::CallFacts factsOf(const char *function, const Observed &observed)
+model::CallDetails detailsOf(const char *function, const Observed &observed)
 {
     Simulator &simulator = Simulator::get();
-    model::CallFacts facts;
-    facts.function = function;
-    facts.handle = observed.handle;
-    facts.parameter = observed.parameter;
-    facts.sensorType = observed.sensorType;
+    model::CallDetails details;
+    details.function = function;
+    details.handle = observed.handle;
+    details.parameter = observed.parameter;
+    details.sensorType = observed.sensorType;
     const LockedInstance instance = simulator.instances.lock(observed.handle);
     if (!instance)
-        return facts;
-    facts.sensorType = instance->session.sensorType;
+        return details;
+    details.sensorType = instance->session.sensorType;
     const model::Value *const command = instance->staged.find("S_Command");
-    facts.command = command != nullptr ? model::toText(*command) : instance->lastCommand;
+    details.command = command != nullptr ? model::toText(*command) : instance->lastCommand;
     auto sensor = instance->session.sensor;
-    if (!sensor && facts.function == string_view("OpenSensor")) {
+    if (!sensor && details.function == string_view("OpenSensor")) {
         model::Outcome ignored;
-        sensor = model::findSensor(*simulator.bench(), facts.sensorType, instance->staged, ignored);
+        sensor = model::findSensor(*simulator.bench(), details.sensorType, instance->staged, ignored);
     }
     if (sensor)
-        facts.sensor = sensor->spec().serialNumber;
-    return facts;
+        details.sensor = sensor->spec().serialNumber;
+    return details;
 }
 
-std::int32_t failInstead(const char *function, const Observed &observed, const model::FaultEffect &effect)
+std::int32_t applyFailure(const char *function, const Observed &observed, const model::FaultEffect &effect)
 {
     Simulator &simulator = Simulator::get();
     const LockedInstance instance = simulator.instances.lock(observed.handle);
@@ -58,7 +58,7 @@ std::int32_t failInstead(const char *function, const Observed &observed, const m
     return effect.code;
 }
 
-/// A command whose answer is given succeeds unless the fault has a code, whatever the sensor makes of it.
+/// Replaces the answer of a command or of an open. Without a code the command succeeds, even if it is unknown.
 std::int32_t replaceAnswer(const std::string &function, const Observed &observed, const model::FaultEffect &effect,
                            std::int32_t result)
 {
@@ -87,13 +87,13 @@ std::int32_t invokeObserved(const char *function, const Observed &observed,
 
     model::FaultEffect effect;
     if (simulator.faults.any())
-        effect = simulator.faults.match(factsOf(function, observed));
+        effect = simulator.faults.match(detailsOf(function, observed));
     if (effect.delay > 0.0)
         std::this_thread::sleep_for(std::chrono::duration<double>(effect.delay));
     if (effect.hang)
         simulator.faults.hang();
 
-    std::int32_t result = effect.code != 0 ? failInstead(function, observed, effect) : body();
+    std::int32_t result = effect.code != 0 ? applyFailure(function, observed, effect) : body();
     if (effect.answer && consumesParameters(function))
         result = replaceAnswer(function, observed, effect, result);
     if (effect.count && observed.setCount)

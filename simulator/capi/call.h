@@ -13,17 +13,17 @@ namespace sondixsim::capi {
 struct Observed
 {
     std::uint32_t handle = 0;
-    std::string parameter;                      ///< that the call names
+    std::string parameter;                      ///< name of the parameter in the arguments
     std::vector<std::string> arguments;         ///< as Call::text shows them
-    std::function<void(std::int32_t)> setCount; ///< puts another number into what the call reports
+    std::function<void(std::int32_t)> setCount; ///< overwrites the count that the call returns
     std::int32_t sensorType = 0;                ///< argument of CreateSensorInstance
-    const std::uint32_t *created = nullptr;     ///< where that puts the new handle
+    const std::uint32_t *created = nullptr;     ///< receives the handle that it creates
 };
 
 std::int32_t invokeObserved(const char *function, const Observed &observed,
                             const std::function<std::int32_t()> &body);
 
-/// Makes a call: \a body alone while nothing is recorded and no fault is set, which costs next to nothing.
+/// Runs a call of the C interface. Fast path: without recording and faults only \a body; \a describe allocates.
 template<typename Describe, typename Body>
 std::int32_t invoke(const char *function, Describe &&describe, Body &&body)
 {

@@ -5,10 +5,10 @@ namespace sondixsim {
 
 std::string Call::text() const
 {
-    std::string words = function + '(';
+    std::string text = function + '(';
     for (std::size_t i = 0; i < arguments.size(); ++i)
-        words += (i == 0 ? "" : ", ") + arguments[i];
-    return words + ')';
+        text += (i == 0 ? "" : ", ") + arguments[i];
+    return text + ')';
 }
 
 namespace capi {

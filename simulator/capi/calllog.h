@@ -31,7 +31,7 @@ private:
     mutable std::mutex m_mutex;
     std::atomic<bool> m_on{false};
     std::vector<Call> m_calls;
-    std::uint64_t m_generation = 1; ///< counts what clear() threw away; tickets from before do not count any more
+    std::uint64_t m_generation = 1; ///< incremented by clear(): older tickets are invalid
 };
 
 } // namespace sondixsim::capi

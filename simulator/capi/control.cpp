@@ -11,8 +11,8 @@ namespace {
 
 using capi::Simulator;
 
-/// With a bench loaded: the first load would undo what is set before it.
-Simulator &ready()
+/// Loads the first bench if necessary. Doing that later would reset what the caller is about to set.
+Simulator &loaded()
 {
     Simulator &simulator = Simulator::get();
     simulator.bench();
@@ -48,30 +48,30 @@ void loadBuiltInBench()
 void useRealClock(double speed)
 {
     if (!(speed > 0.0) || !std::isfinite(speed))
-        throw std::invalid_argument("a clock runs at a speed above 0");
-    ready().clock.useReal(speed);
+        throw std::invalid_argument("the speed of a clock must be greater than 0");
+    loaded().clock.useReal(speed);
 }
 
 void useVirtualClock()
 {
-    ready().clock.useVirtual();
+    loaded().clock.useVirtual();
 }
 
 void advance(double seconds)
 {
     if (!(seconds >= 0.0) || !std::isfinite(seconds))
-        throw std::invalid_argument("a clock only goes forward");
-    ready().clock.advance(seconds);
+        throw std::invalid_argument("a clock cannot be set back");
+    loaded().clock.advance(seconds);
 }
 
 double now()
 {
-    return ready().clock.now();
+    return loaded().clock.now();
 }
 
 void setLineSpeedEffect(bool on)
 {
-    ready().lineSpeed.store(on);
+    loaded().lineSpeed.store(on);
 }
 
 double lineTime(const std::string &serialNumber)
@@ -81,37 +81,37 @@ double lineTime(const std::string &serialNumber)
 
 void recordCalls(bool on)
 {
-    ready().callLog.record(on);
+    loaded().callLog.record(on);
 }
 
 std::vector<Call> calls()
 {
-    return ready().callLog.calls();
+    return loaded().callLog.calls();
 }
 
 void clearCalls()
 {
-    ready().callLog.clear();
+    loaded().callLog.clear();
 }
 
 int inject(const Fault &fault)
 {
-    return ready().faults.add(fault);
+    return loaded().faults.add(fault);
 }
 
 void removeFault(int number)
 {
-    ready().faults.remove(number);
+    loaded().faults.remove(number);
 }
 
 void clearFaults()
 {
-    ready().faults.clear();
+    loaded().faults.clear();
 }
 
 void releaseHangs()
 {
-    ready().faults.releaseHangs();
+    loaded().faults.releaseHangs();
 }
 
 void unplug(const std::string &serialNumber)
@@ -136,18 +136,18 @@ void pushData(const std::string &serialNumber, const std::vector<std::int32_t> &
 {
     if (!raw.empty() && !scaled.empty() && raw.size() != scaled.size())
         throw std::invalid_argument("raw and scaled values differ in number");
-    if (!sensorOf(serialNumber)->push(ready().clock.now(), raw, scaled, timestamp))
+    if (!sensorOf(serialNumber)->push(loaded().clock.now(), raw, scaled, timestamp))
         throw std::invalid_argument("the sensor \"" + serialNumber + "\" is not open");
 }
 
 void trigger(const std::string &serialNumber)
 {
-    sensorOf(serialNumber)->trigger(ready().clock.now());
+    sensorOf(serialNumber)->trigger(loaded().clock.now());
 }
 
 std::uint64_t lostFrames(const std::string &serialNumber)
 {
-    return sensorOf(serialNumber)->lostFrames(ready().clock.now());
+    return sensorOf(serialNumber)->lostFrames(loaded().clock.now());
 }
 
 } // namespace sondixsim

@@ -7,13 +7,13 @@ namespace model = sondixsim::model;
 
 namespace {
 
-/// Runs \a body with the open sensor of a handle and passes its outcome on.
+/// Runs \a body with the open sensor of a handle. Its failure becomes the error of the handle.
 template<typename Body>
 std::int32_t withSensor(std::uint32_t handle, bool argumentsGiven, Body &&body)
 {
     return withInstance(handle, [&](Instance &instance) -> std::int32_t {
         if (!argumentsGiven)
-            return instance.fail(model::failure(model::InvalidArgument, "Room for the result is missing"));
+            return instance.fail(model::failure(model::InvalidArgument, "The pointer to the result is null"));
         if (!instance.session.sensor)
             return instance.fail(model::failure(model::NotOpen, "The sensor is not open"));
         const model::Outcome outcome = body(*instance.session.sensor, Simulator::get().clock.now());

@@ -11,11 +11,11 @@ namespace model = sondixsim::model;
 
 namespace {
 
-std::int32_t tell(std::int32_t code, const std::string &words, char *text, std::uint32_t size)
+std::int32_t report(std::int32_t code, const std::string &message, char *text, std::uint32_t size)
 {
     if (text != nullptr && size > 0) {
-        const std::size_t length = std::min<std::size_t>(words.size(), size - 1);
-        std::memcpy(text, words.data(), length);
+        const std::size_t length = std::min<std::size_t>(message.size(), size - 1);
+        std::memcpy(text, message.data(), length);
         text[length] = '\0';
     }
     return code;
@@ -26,12 +26,12 @@ std::int32_t lastError(std::uint32_t handle, char *text, std::uint32_t size)
     Simulator &simulator = Simulator::get();
     if (handle == 0) {
         const model::Outcome outcome = simulator.lastFailure();
-        return tell(outcome.code, model::toWindows1250Lossy(outcome.text), text, size);
+        return report(outcome.code, model::toWindows1250Lossy(outcome.text), text, size);
     }
     const LockedInstance instance = simulator.instances.lock(handle);
     if (!instance)
-        return tell(model::UnknownHandle, "There is no instance with this handle", text, size);
-    return tell(instance->errorCode, instance->errorText, text, size);
+        return report(model::UnknownHandle, "There is no instance with this handle", text, size);
+    return report(instance->errorCode, instance->errorText, text, size);
 }
 
 } // namespace

@@ -75,7 +75,7 @@ bool Instances::release(std::uint32_t handle)
         instance->handle.store(0, std::memory_order_release);
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
-    // The same slot under another number, so that a stale handle is recognised.
+    // The slot is reused under another number, so that the released handle stays invalid.
     m_free.push_back(handle + slots);
     return true;
 }

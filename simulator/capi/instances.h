@@ -13,26 +13,26 @@
 
 namespace sondixsim::capi {
 
-/// What stands behind a handle. The mutex guards everything but the handle's own number.
+/// The state of a handle. The mutex guards everything except the number.
 struct Instance
 {
     std::mutex mutex;
-    std::atomic<std::uint32_t> handle{0}; ///< 0 while nobody has it
+    std::atomic<std::uint32_t> handle{0}; ///< 0 while unused
     model::Session session;
     model::ParameterList staged;
     model::ParameterList answers;
-    std::string answerText; ///< what GetParameters tells instead of the answers, unless empty
+    std::string answerText; ///< unless empty, GetParameters returns it instead of the answers
     std::string lastCommand;
     std::int32_t errorCode = 0;
     std::string errorText; ///< windows-1250
     double duration = 0.0; ///< bench seconds that pass before the call under way returns
 
     std::int32_t fail(const model::Outcome &outcome);
-    model::ParameterList takeStaged(); ///< for an open or a command, which also forgets the last answers
-    void reset();                      ///< back to how a new one is
+    model::ParameterList takeStaged(); ///< for an open or a command; also clears the last answers
+    void reset();                      ///< to the state of a new instance
 };
 
-/// An instance with its mutex held; empty when the handle is nobody's.
+/// An instance with its mutex locked; empty for an unknown handle.
 class LockedInstance
 {
 public:
@@ -51,14 +51,14 @@ private:
     std::unique_lock<std::mutex> m_lock;
 };
 
-/// All handles. Instances are used again, never deleted, so that looking one up needs no lock of its own.
+/// All handles. Instances are reused and never deleted, so that looking one up needs no lock.
 class Instances
 {
 public:
     std::uint32_t create(std::int32_t sensorType); ///< 0 when there are too many
     LockedInstance lock(std::uint32_t handle);
     bool release(std::uint32_t handle);
-    void forEach(const std::function<void(Instance &)> &action); ///< each with its mutex held
+    void forEach(const std::function<void(Instance &)> &action); ///< each with its mutex locked
 
 private:
     static constexpr std::uint32_t slotBits = 12;

@@ -11,7 +11,7 @@ namespace {
 
 std::int32_t failNull(Instance &instance, const char *what)
 {
-    return instance.fail(model::failure(model::InvalidArgument, std::string(what) + " is missing"));
+    return instance.fail(model::failure(model::InvalidArgument, std::string(what) + " is null"));
 }
 
 std::int32_t stage(std::uint32_t handle, const char *name, model::Value value)
@@ -24,7 +24,7 @@ std::int32_t stage(std::uint32_t handle, const char *name, model::Value value)
     });
 }
 
-/// Describes a call that names a parameter and has further arguments.
+/// Describes a call with a parameter name and, unless empty, one further argument.
 Observed named(std::uint32_t handle, const char *name, std::string further)
 {
     Observed observed;
@@ -48,11 +48,11 @@ std::function<void(std::int32_t)> lengthSetter(std::uint32_t *length)
     return [length](std::int32_t count) { *length = static_cast<std::uint32_t>(count); };
 }
 
-/// The answer \a name, or null with \a failed set.
+/// The answer \a name; null, with the result code in \a failed, when there is none.
 const model::Value *answer(Instance &instance, const char *name, const void *target, std::int32_t &failed)
 {
     if (name == nullptr || target == nullptr) {
-        failed = failNull(instance, name == nullptr ? "The parameter's name" : "Room for the result");
+        failed = failNull(instance, name == nullptr ? "The parameter's name" : "The pointer to the result");
         return nullptr;
     }
     const model::Value *const value = instance.answers.find(name);
@@ -199,7 +199,7 @@ std::int32_t GetParameters(std::uint32_t handle, char *buffer, std::uint32_t *le
     return invoke("GetParameters", describe, [&] {
         return withInstance(handle, [&](Instance &instance) -> std::int32_t {
             if (length == nullptr)
-                return failNull(instance, "Room for the length");
+                return failNull(instance, "The pointer to the length");
             const std::string text =
                 instance.answerText.empty() ? model::pairsText(instance.answers, "\r\n") : instance.answerText;
             return copyOut(instance, text.c_str(), text.size() + 1, buffer, length);

@@ -15,7 +15,7 @@ std::shared_ptr<const model::Bench> read(std::string_view text, const std::strin
 {
     try {
         return model::readBench(text, folder);
-    } catch (const model::Mistake &mistake) {
+    } catch (const model::ParseError &mistake) {
         throw BenchError(name + ':' + std::to_string(mistake.line) + ": " + mistake.what(), mistake.line);
     }
 }
@@ -76,7 +76,7 @@ void Simulator::use(const std::shared_ptr<const model::Bench> &bench)
         m_loaded = true;
         m_loadFailure = {};
     }
-    // From here on nothing of the bench before can be opened any more.
+    // Opening already uses the new bench: what is still open belongs to the old one.
     instances.forEach([](Instance &instance) {
         instance.session.closeSensor();
         instance.session.search.reset();

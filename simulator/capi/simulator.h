@@ -13,8 +13,7 @@
 
 namespace sondixsim::capi {
 
-/// Everything that there is once in a process. Never destroyed: an application's last objects call the
-/// library while the program ends.
+/// The state of the process. Never destroyed: applications may call the library from static destructors.
 class Simulator
 {
 public:
@@ -24,17 +23,17 @@ public:
     model::Faults faults;
     CallLog callLog;
     Instances instances;
-    std::atomic<bool> lineSpeed{true}; ///< serial lines take their time
+    std::atomic<bool> lineSpeed{true}; ///< whether calls last as long as their bytes on a serial line
 
-    /// The bench in use; loads the one that SONDIX_BENCH names, or the built-in one, when none is yet. Null
-    /// when that cannot be used.
+    /// The bench in use. The first call loads the one that SONDIX_BENCH names, else the built-in one. Null when that
+    /// file has an error.
     std::shared_ptr<const model::Bench> bench();
 
     void load(std::string_view text, const std::string &name, const std::string &folder); ///< throws BenchError
     void loadFile(const std::string &path);                                               ///< throws BenchError
     void loadBuiltIn();
 
-    /// The last failure that belongs to no handle.
+    /// Keeps a failure without a handle for lastFailure(); returns its code.
     std::int32_t fail(const model::Outcome &outcome);
     model::Outcome lastFailure();
 
@@ -42,7 +41,7 @@ private:
     void use(const std::shared_ptr<const model::Bench> &bench);
     void loadFirst();
 
-    std::mutex m_loading; ///< held while a bench is read and put in place
+    std::mutex m_loading; ///< locked while a bench is loaded
     std::mutex m_mutex;   ///< guards the members below
     std::shared_ptr<const model::Bench> m_bench;
     bool m_loaded = false;

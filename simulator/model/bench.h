@@ -11,7 +11,7 @@
 
 namespace sondixsim::model {
 
-/// What a bench file says about the clock.
+/// The clock that a bench file asks for.
 struct ClockSetting
 {
     bool isVirtual = false;
@@ -30,7 +30,7 @@ struct Bench
     std::shared_ptr<Sensor> find(const std::string &serialNumber) const; ///< null when there is none
 };
 
-/// Throws Mistake. Paths in the text are relative to \a folder.
+/// Throws ParseError. File names in the text are relative to \a folder.
 std::shared_ptr<const Bench> readBench(std::string_view text, const std::string &folder);
 
 } // namespace sondixsim::model

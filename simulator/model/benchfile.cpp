@@ -21,12 +21,12 @@ SensorSpec readModelName(const Node &node)
 {
     const auto found = models().find(readPlainText(node, "\"model\""));
     if (found == models().end())
-        throw Mistake(node.line, "there is no model \"" + node.text + '"');
+        throw ParseError(node.line, "there is no model \"" + node.text + '"');
     return found->second;
 }
 
-/// A locally administered address that follows from the serial number.
-std::string standardMacAddress(const std::string &serialNumber)
+/// A locally administered address, derived from the serial number.
+std::string defaultMacAddress(const std::string &serialNumber)
 {
     unsigned hash = 2166136261u;
     for (const char c : serialNumber)
@@ -39,38 +39,40 @@ std::string standardMacAddress(const std::string &serialNumber)
 
 void readSensorKeys(ObjectReader &reader, SensorSpec &spec)
 {
-    spec.serialNumber = readText(reader.need("serialNumber"), "\"serialNumber\"");
-    spec.place = readPlace(reader.need("place"), spec.bus);
+    spec.serialNumber = readText(reader.required("serialNumber"), "\"serialNumber\"");
+    spec.place = readPlace(reader.required("place"), spec.bus);
     if (spec.place.interface->network)
-        spec.macAddress = standardMacAddress(spec.serialNumber);
-    if (const Node *mac = reader.find("macAddress"))
+        spec.macAddress = defaultMacAddress(spec.serialNumber);
+    if (const Node *mac = reader.optional("macAddress"))
         spec.macAddress = readText(*mac, "\"macAddress\"");
-    if (const Node *answering = reader.find("answering"))
+    if (const Node *answering = reader.optional("answering"))
         spec.answering = readBool(*answering, "\"answering\"");
-    if (const Node *members = reader.find("members")) {
+    if (const Node *members = reader.optional("members")) {
         if (!spec.multi)
-            throw Mistake(members->line, spec.model + " does not stand for several sensors");
+            throw ParseError(members->line,
+                             spec.model + " cannot have members: it does not stand for several sensors");
         for (const Node &member : readArray(*members, "\"members\""))
             spec.members.push_back(readText(member, "a member"));
     }
-    if (const Node *faults = reader.find("faults")) {
+    if (const Node *faults = reader.optional("faults")) {
         for (const Node &fault : readArray(*faults, "\"faults\""))
             spec.faults.push_back(readFault(fault));
     }
-    if (const Node *rate = reader.find("rate")) {
+    if (const Node *rate = reader.optional("rate")) {
         const double hertz = readNumber(*rate, "\"rate\"", 0.0);
         if (!spec.tracking.empty())
-            throw Mistake(rate->line, "the rate of a " + spec.model + " follows from its tracking command");
+            throw ParseError(rate->line,
+                             "the rate of a " + spec.model + " cannot be set: its tracking command decides");
         const std::string reason = spec.rate.apply(hertz, spec.settings);
         if (!reason.empty())
-            throw Mistake(rate->line, reason);
+            throw ParseError(rate->line, reason);
     }
 }
 
 ReadSensor readSensor(const Node &node, const std::string &folder)
 {
     ObjectReader reader(node, "a sensor");
-    ReadSensor sensor{readModelName(reader.need("model")), node.line};
+    ReadSensor sensor{readModelName(reader.required("model")), node.line};
     readCommonKeys(reader, sensor.spec, folder);
     readSensorKeys(reader, sensor.spec);
     reader.finish();
@@ -78,8 +80,8 @@ ReadSensor readSensor(const Node &node, const std::string &folder)
         const Value *const value = sensor.spec.settings.find(key);
         const auto number = value != nullptr ? toDouble(*value) : std::nullopt;
         if (number && (*number < range.first || *number > range.second)) {
-            throw Mistake(node.line, '"' + key + "\" is " + formatDouble(*number) + ", it must be from " +
-                                         formatDouble(range.first) + " to " + formatDouble(range.second));
+            throw ParseError(node.line, '"' + key + "\" is " + formatDouble(*number) + ", it must be from " +
+                                            formatDouble(range.first) + " to " + formatDouble(range.second));
         }
     }
     return sensor;
@@ -89,14 +91,13 @@ void checkAgainst(const ReadSensor &sensor, const std::vector<ReadSensor> &other
 {
     for (const ReadSensor &other : others) {
         if (other.spec.serialNumber == sensor.spec.serialNumber) {
-            throw Mistake(sensor.line, "the serial number \"" + sensor.spec.serialNumber +
-                                           "\" is that of the sensor in line " + std::to_string(other.line) +
-                                           " already");
+            throw ParseError(sensor.line, "the serial number \"" + sensor.spec.serialNumber +
+                                              "\" is already used in line " + std::to_string(other.line));
         }
         if (other.spec.place.isSameAs(sensor.spec.place)) {
-            throw Mistake(sensor.line, "the place " + sensor.spec.place.text() +
-                                           " is taken by the sensor in line " + std::to_string(other.line) +
-                                           " already");
+            throw ParseError(sensor.line, "the place " + sensor.spec.place.text() +
+                                              " is already taken by the sensor in line " +
+                                              std::to_string(other.line));
         }
     }
 }
@@ -105,9 +106,9 @@ ClockSetting readClock(const Node &node)
 {
     ObjectReader reader(node, "\"clock\"");
     ClockSetting clock;
-    if (const Node *isVirtual = reader.find("virtual"))
+    if (const Node *isVirtual = reader.optional("virtual"))
         clock.isVirtual = readBool(*isVirtual, "\"virtual\"");
-    if (const Node *speed = reader.find("speed"))
+    if (const Node *speed = reader.optional("speed"))
         clock.speed = readNumber(*speed, "\"speed\"", 0.001, 1000.0);
     reader.finish();
     return clock;
@@ -124,14 +125,14 @@ SearchTimes readSearchTimes(const Node &node)
     };
     ObjectReader reader(node, "\"search\"");
     for (const auto &[key, target] : keys) {
-        if (const Node *seconds = reader.find(key))
+        if (const Node *seconds = reader.optional(key))
             *target = readNumber(*seconds, '"' + std::string(key) + '"', 0.0, 3600.0);
     }
     reader.finish();
     return times;
 }
 
-/// Sensors that stand for several come after those, and have their signals when the file gives them none.
+/// The members must exist already. Without signals of its own the sensor has those of its members.
 std::shared_ptr<Sensor> makeSensor(ReadSensor &sensor, const Bench &bench)
 {
     std::vector<std::shared_ptr<Sensor>> members;
@@ -139,7 +140,7 @@ std::shared_ptr<Sensor> makeSensor(ReadSensor &sensor, const Bench &bench)
     for (const std::string &serialNumber : sensor.spec.members) {
         auto member = bench.find(serialNumber);
         if (!member || member->spec().multi)
-            throw Mistake(sensor.line, "there is no sensor \"" + serialNumber + "\" that could be a member");
+            throw ParseError(sensor.line, "there is no sensor \"" + serialNumber + "\" that can be a member");
         const std::vector<Signal> &theirs = member->spec().signals;
         signals.insert(signals.end(), theirs.begin(), theirs.end());
         for (const auto &[key, text] : member->spec().errorTexts)
@@ -148,7 +149,7 @@ std::shared_ptr<Sensor> makeSensor(ReadSensor &sensor, const Bench &bench)
         members.push_back(std::move(member));
     }
     if (sensor.spec.multi && members.empty())
-        throw Mistake(sensor.line, "a " + sensor.spec.model + " needs \"members\"");
+        throw ParseError(sensor.line, "a " + sensor.spec.model + " needs \"members\"");
     if (sensor.spec.signals.empty())
         sensor.spec.signals = std::move(signals);
     return std::make_shared<Sensor>(std::move(sensor.spec), bench.seed, std::move(members));
@@ -173,25 +174,25 @@ std::shared_ptr<const Bench> readBench(std::string_view text, const std::string 
     const Node root = parseJson(text);
     ObjectReader reader(root, "the bench");
     auto bench = std::make_shared<Bench>();
-    if (const Node *name = reader.find("name"))
+    if (const Node *name = reader.optional("name"))
         bench->name = readText(*name, "\"name\"");
-    if (const Node *seed = reader.find("seed"))
+    if (const Node *seed = reader.optional("seed"))
         bench->seed = static_cast<std::uint64_t>(readInt(*seed, "\"seed\"", 0));
-    if (const Node *clock = reader.find("clock"))
+    if (const Node *clock = reader.optional("clock"))
         bench->clock = readClock(*clock);
-    if (const Node *times = reader.find("search"))
+    if (const Node *times = reader.optional("search"))
         bench->searchTimes = readSearchTimes(*times);
-    if (const Node *lineSpeed = reader.find("lineSpeed"))
+    if (const Node *lineSpeed = reader.optional("lineSpeed"))
         bench->lineSpeed = readBool(*lineSpeed, "\"lineSpeed\"");
     std::vector<ReadSensor> sensors;
-    for (const Node &node : readArray(reader.need("sensors"), "\"sensors\"")) {
+    for (const Node &node : readArray(reader.required("sensors"), "\"sensors\"")) {
         ReadSensor sensor = readSensor(node, folder);
         checkAgainst(sensor, sensors);
         sensors.push_back(std::move(sensor));
     }
     reader.finish();
 
-    // In the order of the file in the end; those with members are made last.
+    // Sensors with members are created last; the list keeps the order of the file.
     std::vector<std::shared_ptr<Sensor>> inOrder(sensors.size());
     for (const bool multi : {false, true}) {
         for (std::size_t i = 0; i < sensors.size(); ++i) {

@@ -35,8 +35,9 @@ bool hasGenericCommands(const SensorParts &sensor, const std::string & /*name*/)
     return sensor.spec.web.present;
 }
 
-// All commands. A full name decides; among the names with "*" the first that is offered does. What a single model
-// knows besides is data: groups of settings, fixed answers and tracking commands stand in the model's own file.
+// All commands. A row with the full name decides; otherwise the first row with "*" that matches and is offered. The
+// rows with "*" are for what the files of models and benches define: groups of settings, fixed answers and tracking
+// commands.
 // clang-format off
 constexpr Command commandTable[] = {
     // Name                      Answered by               Offered             Handler

@@ -7,8 +7,8 @@
 
 namespace sondixsim::model {
 
-/// Results of the C interface. -26 and -27 are kept free: a command that ends with one of them may have
-/// left results, which the simulator does only when a fault says so.
+/// Results of the C interface. -26 and -27 are not used: a command that fails with one of them may still have answers,
+/// which happens here only because of a fault.
 enum Code : std::int32_t {
     Success = 0,
     UnknownHandle = -1,
@@ -35,7 +35,7 @@ enum Code : std::int32_t {
     TimedOut = -22
 };
 
-/// How a call ended: 0 or a code with its text (UTF-8).
+/// The result of a call: Success, or a code with its text in UTF-8.
 struct Outcome
 {
     std::int32_t code = Success;

@@ -9,16 +9,16 @@ namespace sondixsim::model {
 
 namespace {
 
-bool fits(const Fault &fault, const CallFacts &facts)
+bool matches(const Fault &fault, const CallDetails &details)
 {
     const std::string function =
         fault.function.empty() && !fault.command.empty() ? "SensorCommand" : fault.function;
-    return (function.empty() || function == facts.function) &&
-           (fault.command.empty() || fault.command == facts.command) &&
-           (fault.parameter.empty() || fault.parameter == facts.parameter) &&
-           (fault.sensor.empty() || fault.sensor == facts.sensor) &&
-           (!fault.sensorType || *fault.sensorType == facts.sensorType) &&
-           (!fault.handle || *fault.handle == facts.handle);
+    return (function.empty() || function == details.function) &&
+           (fault.command.empty() || fault.command == details.command) &&
+           (fault.parameter.empty() || fault.parameter == details.parameter) &&
+           (fault.sensor.empty() || fault.sensor == details.sensor) &&
+           (!fault.sensorType || *fault.sensorType == details.sensorType) &&
+           (!fault.handle || *fault.handle == details.handle);
 }
 
 } // namespace
@@ -68,12 +68,12 @@ bool Faults::hits(Entry &entry)
     return true;
 }
 
-FaultEffect Faults::match(const CallFacts &facts)
+FaultEffect Faults::match(const CallDetails &details)
 {
     FaultEffect hit;
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (Entry &entry : m_entries) {
-        if (!fits(entry.fault, facts) || !hits(entry))
+        if (!matches(entry.fault, details) || !hits(entry))
             continue;
         const Fault &fault = entry.fault;
         if (hit.code == 0 && fault.code != 0) {

@@ -11,8 +11,8 @@
 
 namespace sondixsim::model {
 
-/// What a call is, as far as faults look at it.
-struct CallFacts
+/// The properties of a call that faults filter by.
+struct CallDetails
 {
     const char *function = "";
     std::uint32_t handle = 0;
@@ -22,7 +22,7 @@ struct CallFacts
     std::string sensor;
 };
 
-/// Everything that the faults that hit a call do to it.
+/// The combined effect of all faults that hit a call.
 struct FaultEffect
 {
     std::int32_t code = 0;
@@ -40,10 +40,10 @@ public:
     int add(const Fault &fault);
     void remove(int number);
     void clear();
-    void reset(std::uint64_t seed); ///< clears; what follows draws from this seed
+    void reset(std::uint64_t seed); ///< removes all faults and restarts the random numbers
 
     bool any() const { return m_any.load(std::memory_order_acquire); }
-    FaultEffect match(const CallFacts &facts); ///< counts the call for every fault that it matches
+    FaultEffect match(const CallDetails &details); ///< counts the call for every fault with matching filters
 
     void hang(); ///< returns after releaseHangs()
     void releaseHangs();
@@ -52,7 +52,7 @@ private:
     struct Entry
     {
         int number = 0;
-        std::uint64_t stream = 0; ///< of its random numbers, counted since reset()
+        std::uint64_t stream = 0; ///< selects its random numbers; counted from reset()
         Fault fault;
         int seen = 0;
         int hits = 0;

@@ -56,9 +56,9 @@ double FrameRate::of(const ParameterList &settings) const
 
 std::string FrameRate::apply(double wanted, ParameterList &settings)
 {
-    if (wanted < least || wanted > greatest) {
-        return "the rate " + formatDouble(wanted) + " Hz is out of range, this model goes from " +
-               formatDouble(least) + " to " + formatDouble(greatest) + " Hz";
+    if (wanted < minimum || wanted > maximum) {
+        return "the rate " + formatDouble(wanted) + " Hz is out of range: this model offers " +
+               formatDouble(minimum) + " to " + formatDouble(maximum) + " Hz";
     }
     if (unit == Unit::Fixed) {
         hertz = wanted;
@@ -85,8 +85,8 @@ std::string FrameRate::apply(double wanted, ParameterList &settings)
     const Value *const before = settings.find(parameter);
     settings.set(parameter, convertedLike(value, before != nullptr ? *before : Value(value)).value_or(value));
     if (!isClose(of(settings), wanted))
-        return "the model can only come near " + formatDouble(wanted) + " Hz: " + formatDouble(of(settings)) +
-               " Hz";
+        return "the model cannot send at exactly " + formatDouble(wanted) + " Hz; the nearest rate is " +
+               formatDouble(of(settings)) + " Hz";
     return {};
 }
 
@@ -95,11 +95,11 @@ FrameRate readFrameRate(const Node &node)
     FrameRate rate;
     ObjectReader reader(node, "a rate rule");
     const auto text = [&reader](const char *key, std::string &target) {
-        if (const Node *value = reader.find(key))
+        if (const Node *value = reader.optional(key))
             target = readPlainText(*value, '"' + std::string(key) + '"');
     };
     const auto number = [&reader](const char *key, double &target) {
-        if (const Node *value = reader.find(key))
+        if (const Node *value = reader.optional(key))
             target = readNumber(*value, '"' + std::string(key) + '"', 0.0);
     };
     std::string unit = "fixed";
@@ -110,9 +110,9 @@ FrameRate readFrameRate(const Node &node)
     text("averageNumber", rate.averageNumber);
     number("hertz", rate.hertz);
     number("factor", rate.factor);
-    number("least", rate.least);
-    number("greatest", rate.greatest);
-    if (const Node *table = reader.find("kHz")) {
+    number("least", rate.minimum);
+    number("greatest", rate.maximum);
+    if (const Node *table = reader.optional("kHz")) {
         for (const Node &entry : readArray(*table, "\"kHz\""))
             rate.table.push_back(readNumber(entry, "\"kHz\"", 0.0));
     }
@@ -129,7 +129,7 @@ FrameRate readFrameRate(const Node &node)
             return rate;
         }
     }
-    throw Mistake(node.line, "there is no rate unit \"" + unit + '"');
+    throw ParseError(node.line, "there is no rate unit \"" + unit + '"');
 }
 
 } // namespace sondixsim::model

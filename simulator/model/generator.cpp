@@ -31,9 +31,9 @@ double Generator::at(double time, std::uint64_t frame, std::uint64_t seed) const
     case Kind::Step:
         return partOfPeriod(time, period) < share ? low : high;
     case Kind::Noise:
-        return high * bell(mix(seed, frame));
+        return high * normal(mix(seed, frame));
     case Kind::Drift: {
-        // There and back again, so that a sensor left running for days stays in its range.
+        // Up and down, so that a sensor that runs for days stays in its range.
         const double part = partOfPeriod(time, 2.0 * period);
         return high * (part < 0.5 ? 2.0 * part : 2.0 - 2.0 * part);
     }

@@ -6,7 +6,7 @@
 
 namespace sondixsim::model {
 
-/// One contribution to a signal, a function of time, frame number and seed alone.
+/// One component of a signal. Its value depends on time, frame number and seed only.
 struct Generator
 {
     enum class Kind { Constant, Sine, Ramp, Step, Noise, Drift, Recorded };
@@ -16,7 +16,7 @@ struct Generator
     double high = 0.0;   ///< sine: amplitude; ramp, step: last level; noise: standard deviation; drift: limit
     double period = 1.0; ///< seconds; drift: time from 0 to the limit
     double share = 0.5;  ///< step: part of the period at the first level; sine: phase in periods
-    std::vector<double> record; ///< recorded: one value a frame, again from the start at the end
+    std::vector<double> record; ///< recorded: one value per frame, repeated from the start
 
     double at(double time, std::uint64_t frame, std::uint64_t seed) const;
 };
@@ -32,7 +32,7 @@ struct ErrorValues
     bool hits(std::uint64_t frame, std::uint64_t seed) const;
 };
 
-/// Scaled values at or below this stand for an error; what is added to it is the error's key.
+/// Scaled values up to this one are errors: this value plus the key, which is negative.
 constexpr double errorValueBase = -1.0e10;
 
 } // namespace sondixsim::model

@@ -16,7 +16,7 @@ std::string_view trimmed(std::string_view text)
     return text;
 }
 
-/// Whatever the language of the computer, these are the letters of commands.
+/// Not std::toupper(), whose result depends on the locale.
 std::string inCapitals(std::string_view text)
 {
     std::string capitals(text);

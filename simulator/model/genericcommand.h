@@ -12,11 +12,11 @@ namespace sondixsim::model {
 struct GenericLine
 {
     std::string name;                 ///< in capital letters
-    std::optional<std::string> value; ///< without blanks around it
-    int number = 1;                   ///< of the line in its text, from 1
+    std::optional<std::string> value; ///< without leading and trailing blanks
+    int number = 1;                   ///< line number in the text, from 1
 };
 
-/// The lines of a text without empty ones and comments, which begin with "#".
+/// Splits a text into lines and skips empty ones and comments, which begin with "#".
 std::vector<GenericLine> genericLines(std::string_view text);
 
 /// "MEASRATE" for the setting "SA_Measrate".

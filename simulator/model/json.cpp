@@ -9,8 +9,8 @@ namespace sondixsim::model {
 
 namespace {
 
-/// Counts the lines of what the parser has read. The parser reads one character beyond a number before it
-/// reports it, so the last character read does not count yet.
+/// Counts lines while the parser reads. The parser reads one character beyond a number before it reports the number:
+/// a line break counts only when the next character is read.
 struct LineCounter
 {
     int line = 1;
@@ -58,8 +58,8 @@ private:
     LineCounter *m_counter;
 };
 
-/// "[json.exception.parse_error.101] parse error at line 3, column 7: syntax error ..." without its head.
-std::string withoutHead(const std::string &message)
+/// "[json.exception.parse_error.101] parse error at line 3, column 7: syntax error ..." without the part before the colon.
+std::string withoutPrefix(const std::string &message)
 {
     const std::size_t colon = message.find(": ");
     return colon == std::string::npos ? message : message.substr(colon + 2);
@@ -118,13 +118,13 @@ public:
         std::vector<Member> &members = m_open.back()->members;
         const auto same = [&](const Member &member) { return member.key == value; };
         if (std::any_of(members.begin(), members.end(), same))
-            throw Mistake(m_counter.line, "the key \"" + value + "\" stands twice in one object");
+            throw ParseError(m_counter.line, "the key \"" + value + "\" is given twice in one object");
         members.push_back({std::move(value), m_counter.line, {}});
         return true;
     }
     bool parse_error(std::size_t /*position*/, const std::string & /*token*/, const nlohmann::detail::exception &e)
     {
-        throw Mistake(m_counter.line, withoutHead(e.what()));
+        throw ParseError(m_counter.line, withoutPrefix(e.what()));
     }
 
     Node takeRoot() { return std::move(m_root); }
@@ -145,9 +145,9 @@ private:
     }
     bool open(Node::Kind kind)
     {
-        constexpr std::size_t deepest = 32;
-        if (m_open.size() == deepest)
-            throw Mistake(m_counter.line, "nested too deeply");
+        constexpr std::size_t maxDepth = 32;
+        if (m_open.size() == maxDepth)
+            throw ParseError(m_counter.line, "nested too deeply");
         m_open.push_back(add(kind));
         return true;
     }
@@ -159,7 +159,8 @@ private:
 
     const LineCounter &m_counter;
     Node m_root;
-    std::vector<Node *> m_open; // only the innermost ones grow, so the pointers to the outer ones stay valid
+    std::vector<Node *>
+        m_open; // elements are appended to the innermost node only: pointers to the outer ones stay valid
 };
 
 } // namespace

@@ -9,11 +9,11 @@
 
 namespace sondixsim::model {
 
-/// Something wrong in a JSON text, with the line where it stands.
-class Mistake : public std::runtime_error
+/// An error in a JSON text or in what its values mean, with the line number.
+class ParseError : public std::runtime_error
 {
 public:
-    Mistake(int lineNumber, const std::string &reason)
+    ParseError(int lineNumber, const std::string &reason)
         : std::runtime_error(reason)
         , line(lineNumber)
     {
@@ -23,8 +23,7 @@ public:
 
 struct Member;
 
-/// A JSON value that knows its line, so that mistakes in what it means can be named as well as mistakes
-/// in how it is written.
+/// A JSON value with its line, for errors in its meaning, which are found after parsing.
 struct Node
 {
     enum class Kind { Null, Boolean, Integer, Real, Text, Array, Object };
@@ -33,7 +32,7 @@ struct Node
     int line = 0;
     bool boolean = false;
     std::int64_t integer = 0;
-    double real = 0.0; ///< of an integer as well
+    double real = 0.0; ///< set for an integer, too
     std::string text;  ///< UTF-8
     std::vector<Node> elements;
     std::vector<Member> members;
@@ -46,7 +45,7 @@ struct Member
     Node value;
 };
 
-/// Reads JSON with comments; throws Mistake.
+/// Reads JSON with comments; throws ParseError.
 Node parseJson(std::string_view text);
 
 } // namespace sondixsim::model

@@ -26,16 +26,16 @@ std::string timeOfDay()
     return std::string(text.data()) + '.' + fraction;
 }
 
-/// The name with its numbered placeholder filled in; \a greatest limits the number of files when not 0.
-std::string fileInTurn(const std::string &name, std::int32_t greatest)
+/// The name with "%[n]" replaced by a number. \a maxCount limits the number of files unless 0.
+std::string nextFile(const std::string &name, std::int32_t maxCount)
 {
     const std::size_t start = name.find("%[");
     const std::size_t end = start == std::string::npos ? start : name.find_first_not_of("0123456789", start + 2);
     if (end == std::string::npos || end == start + 2 || name[end] != ']')
         return name;
     long files = std::strtol(name.c_str() + start + 2, nullptr, 10);
-    if (greatest > 0 && greatest < files)
-        files = greatest;
+    if (maxCount > 0 && maxCount < files)
+        files = maxCount;
     std::string oldest;
     std::int64_t oldestTime = 0;
     for (long i = 0; i < files; ++i) {
@@ -58,9 +58,9 @@ std::shared_ptr<LogFile> LogFile::open(const std::string &name, std::int32_t typ
                                        bool flush, std::int32_t count)
 {
     auto log = std::make_shared<LogFile>();
-    // The same bytes on every system.
+    // Binary, so that lines end in the same way on every system.
     const std::ios::openmode mode = std::ios::out | std::ios::binary | (append ? std::ios::app : std::ios::trunc);
-    log->m_file.open(pathFromNative(fileInTurn(name, count)), mode);
+    log->m_file.open(pathFromNative(nextFile(name, count)), mode);
     if (!log->m_file)
         return nullptr;
     log->m_type = type;

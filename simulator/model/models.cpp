@@ -11,18 +11,18 @@ SensorSpec readModel(const Member &member, const std::map<std::string, SensorSpe
 {
     ObjectReader reader(member.value, "a model");
     SensorSpec spec;
-    if (const Node *base = reader.find("extends")) {
+    if (const Node *base = reader.optional("extends")) {
         const auto found = known.find(readPlainText(*base, "\"extends\""));
         if (found == known.end())
-            throw Mistake(base->line, "there is no model \"" + base->text + "\" to extend");
+            throw ParseError(base->line, "there is no model \"" + base->text + "\" to extend");
         spec = found->second;
     }
     spec.model = member.key;
     spec.type = 0;
-    if (const Node *type = reader.find("type"))
+    if (const Node *type = reader.optional("type"))
         spec.type = readInt(*type, "\"type\"", 1);
     const auto flag = [&reader](const char *key, bool &target) {
-        if (const Node *value = reader.find(key))
+        if (const Node *value = reader.optional(key))
             target = readBool(*value, '"' + std::string(key) + '"');
     };
     flag("bus", spec.bus);
@@ -33,7 +33,7 @@ SensorSpec readModel(const Member &member, const std::map<std::string, SensorSpe
     return spec;
 }
 
-/// Names that begin with "@" are only there to be extended.
+/// Models whose names begin with "@" only serve as a base for others.
 std::map<std::string, SensorSpec> readModels()
 {
     std::map<std::string, SensorSpec> all;
@@ -52,7 +52,7 @@ std::map<std::string, SensorSpec> readModels()
 
 const std::map<std::string, SensorSpec> &models()
 {
-    // Never destroyed: applications call the library until the very end.
+    // Never destroyed: applications may call the library from static destructors.
     static const auto *const all = new std::map<std::string, SensorSpec>(readModels());
     return *all;
 }

@@ -6,7 +6,7 @@
 
 namespace sondixsim::model {
 
-/// Reads what a model or a sensor says about its measuring modes, its trigger and its video.
+/// Reads the keys of a model or a sensor for measuring modes, trigger and video.
 void readModeKeys(ObjectReader &reader, SensorSpec &spec, const std::string &folder);
 
 } // namespace sondixsim::model

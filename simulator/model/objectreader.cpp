@@ -10,9 +10,9 @@ namespace sondixsim::model {
 
 namespace {
 
-[[noreturn]] void throwUnlike(const Node &node, const std::string &what, const char *wanted)
+[[noreturn]] void throwWrongKind(const Node &node, const std::string &what, const char *wanted)
 {
-    throw Mistake(node.line, what + " must be " + wanted);
+    throw ParseError(node.line, what + " must be " + wanted);
 }
 
 } // namespace
@@ -22,10 +22,10 @@ ObjectReader::ObjectReader(const Node &node, std::string what)
     , m_what(std::move(what))
 {
     if (node.kind != Node::Kind::Object)
-        throwUnlike(node, m_what, "an object");
+        throwWrongKind(node, m_what, "an object");
 }
 
-const Node *ObjectReader::find(const char *key)
+const Node *ObjectReader::optional(const char *key)
 {
     m_known.emplace_back(key);
     for (const Member &member : m_node.members) {
@@ -35,11 +35,11 @@ const Node *ObjectReader::find(const char *key)
     return nullptr;
 }
 
-const Node &ObjectReader::need(const char *key)
+const Node &ObjectReader::required(const char *key)
 {
-    const Node *node = find(key);
+    const Node *node = optional(key);
     if (node == nullptr)
-        throw Mistake(m_node.line, m_what + " needs \"" + key + '"');
+        throw ParseError(m_node.line, m_what + " needs \"" + key + '"');
     return *node;
 }
 
@@ -51,14 +51,14 @@ void ObjectReader::finish() const
         std::string known;
         for (const std::string &key : m_known)
             known += (known.empty() ? "" : ", ") + key;
-        throw Mistake(member.line, m_what + " has no \"" + member.key + "\"; it knows: " + known);
+        throw ParseError(member.line, m_what + " has no key \"" + member.key + "\"; its keys are: " + known);
     }
 }
 
 std::string readPlainText(const Node &node, const std::string &what)
 {
     if (node.kind != Node::Kind::Text)
-        throwUnlike(node, what, "a text");
+        throwWrongKind(node, what, "a text");
     return node.text;
 }
 
@@ -66,27 +66,27 @@ std::string readText(const Node &node, const std::string &what)
 {
     if (auto text = toWindows1250(readPlainText(node, what)))
         return *text;
-    throw Mistake(node.line, what + " has a character that windows-1250 does not have");
+    throw ParseError(node.line, what + " has a character that windows-1250 does not have");
 }
 
-double readNumber(const Node &node, const std::string &what, double least, double greatest)
+double readNumber(const Node &node, const std::string &what, double minimum, double maximum)
 {
     if (node.kind != Node::Kind::Integer && node.kind != Node::Kind::Real)
-        throwUnlike(node, what, "a number");
-    if (!(node.real >= least && node.real <= greatest)) {
-        throw Mistake(node.line, what + " is " + formatDouble(node.real) + ", it must be from " +
-                                     formatDouble(least) + " to " + formatDouble(greatest));
+        throwWrongKind(node, what, "a number");
+    if (!(node.real >= minimum && node.real <= maximum)) {
+        throw ParseError(node.line, what + " is " + formatDouble(node.real) + ", it must be from " +
+                                        formatDouble(minimum) + " to " + formatDouble(maximum));
     }
     return node.real;
 }
 
-std::int32_t readInt(const Node &node, const std::string &what, std::int32_t least, std::int32_t greatest)
+std::int32_t readInt(const Node &node, const std::string &what, std::int32_t minimum, std::int32_t maximum)
 {
     if (node.kind != Node::Kind::Integer)
-        throwUnlike(node, what, "a whole number");
-    if (node.integer < least || node.integer > greatest) {
-        throw Mistake(node.line, what + " is " + std::to_string(node.integer) + ", it must be from " +
-                                     std::to_string(least) + " to " + std::to_string(greatest));
+        throwWrongKind(node, what, "a whole number");
+    if (node.integer < minimum || node.integer > maximum) {
+        throw ParseError(node.line, what + " is " + std::to_string(node.integer) + ", it must be from " +
+                                        std::to_string(minimum) + " to " + std::to_string(maximum));
     }
     return static_cast<std::int32_t>(node.integer);
 }
@@ -94,21 +94,21 @@ std::int32_t readInt(const Node &node, const std::string &what, std::int32_t lea
 bool readBool(const Node &node, const std::string &what)
 {
     if (node.kind != Node::Kind::Boolean)
-        throwUnlike(node, what, "true or false");
+        throwWrongKind(node, what, "true or false");
     return node.boolean;
 }
 
 const std::vector<Node> &readArray(const Node &node, const std::string &what)
 {
     if (node.kind != Node::Kind::Array)
-        throwUnlike(node, what, "an array");
+        throwWrongKind(node, what, "an array");
     return node.elements;
 }
 
 const std::vector<Member> &readObject(const Node &node, const std::string &what)
 {
     if (node.kind != Node::Kind::Object)
-        throwUnlike(node, what, "an object");
+        throwWrongKind(node, what, "an object");
     return node.members;
 }
 
@@ -116,12 +116,12 @@ std::pair<double, double> readRange(const Node &node, const std::string &what)
 {
     const std::vector<Node> &limits = readArray(node, what);
     if (limits.size() != 2)
-        throwUnlike(node, what, "two numbers");
-    const double least = readNumber(limits[0], what);
-    const double greatest = readNumber(limits[1], what);
-    if (!(least < greatest))
-        throw Mistake(node.line, what + " must begin with the smaller number");
-    return {least, greatest};
+        throwWrongKind(node, what, "two numbers");
+    const double minimum = readNumber(limits[0], what);
+    const double maximum = readNumber(limits[1], what);
+    if (!(minimum < maximum))
+        throw ParseError(node.line, what + " must begin with the smaller number");
+    return {minimum, maximum};
 }
 
 Value readValue(const Node &node, const std::string &what)
@@ -136,7 +136,7 @@ Value readValue(const Node &node, const std::string &what)
     case Node::Kind::Text:
         return readText(node, what);
     default:
-        throwUnlike(node, what, "a text, a number, true or false");
+        throwWrongKind(node, what, "a text, a number, true or false");
     }
 }
 

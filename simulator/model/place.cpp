@@ -37,10 +37,10 @@ std::vector<std::string> readAddresses(const Node &node)
     }
     for (const std::string &address : addresses) {
         if (!isIpAddress(address))
-            throw Mistake(node.line, "\"" + address + "\" is no IP address");
+            throw ParseError(node.line, "\"" + address + "\" is not an IP address");
     }
     if (addresses.empty())
-        throw Mistake(node.line, "\"ip\" must name at least one address");
+        throw ParseError(node.line, "\"ip\" must name at least one address");
     return addresses;
 }
 
@@ -53,7 +53,7 @@ const InterfaceRow &readInterface(const Node &node)
             return row;
         known += (known.empty() ? "" : ", ") + std::string(row.name);
     }
-    throw Mistake(node.line, "there is no interface \"" + name + "\"; there are: " + known);
+    throw ParseError(node.line, "there is no interface \"" + name + "\"; there are: " + known);
 }
 
 } // namespace
@@ -93,17 +93,17 @@ const std::vector<InterfaceRow> &interfaceRows()
 std::string Place::text() const
 {
     if (!addresses.empty()) {
-        std::string words = bareAddress(addresses.front());
+        std::string text = bareAddress(addresses.front());
         if (const Value *channel = parameters.find("IP_ChannelNumber"))
-            words += ", channel " + toText(*channel);
-        return words;
+            text += ", channel " + toText(*channel);
+        return text;
     }
-    std::string words = interface->name;
+    std::string text = interface->name;
     for (const PlaceKey &key : interface->keys) {
         if (key.identifies)
-            words += std::string(", ") + key.fileKey + ' ' + toText(*parameters.find(key.parameter));
+            text += std::string(", ") + key.fileKey + ' ' + toText(*parameters.find(key.parameter));
     }
-    return words;
+    return text;
 }
 
 ParameterList Place::foundParameters() const
@@ -156,19 +156,19 @@ Place readPlace(const Node &node, bool busSensor)
 {
     ObjectReader reader(node, "a place");
     Place place;
-    place.interface = &readInterface(reader.need("interface"));
+    place.interface = &readInterface(reader.required("interface"));
     for (const PlaceKey &key : place.interface->keys) {
         const std::string what = '"' + std::string(key.fileKey) + '"';
-        if (key.standard == requiredText) {
-            place.parameters.set(key.parameter, readText(reader.need(key.fileKey), what));
+        if (key.defaultValue == requiredText) {
+            place.parameters.set(key.parameter, readText(reader.required(key.fileKey), what));
             continue;
         }
-        const Node *value = reader.find(key.fileKey);
-        place.parameters.set(key.parameter, value != nullptr ? readInt(*value, what, 0) : key.standard);
+        const Node *value = reader.optional(key.fileKey);
+        place.parameters.set(key.parameter, value != nullptr ? readInt(*value, what, 0) : key.defaultValue);
     }
     if (place.interface->network)
-        place.addresses = readAddresses(reader.need("ip"));
-    if (const Node *inUse = reader.find("inUse"))
+        place.addresses = readAddresses(reader.required("ip"));
+    if (const Node *inUse = reader.optional("inUse"))
         place.inUse = readBool(*inUse, "\"inUse\"");
     reader.finish();
     place.onBus = busSensor;

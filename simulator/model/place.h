@@ -9,15 +9,15 @@
 
 namespace sondixsim::model {
 
-/// What a search scans on its own, with a switch of its own.
+/// The interfaces that a search scans; each has a parameter "IP_ScanHW..." that switches it.
 enum class ScanHardware { Tcpip, WinUsb, DriverXUsb, UsbIo, Rs232, Xa100Usb, Xa100, Xa200, Xa200Eth };
 
 struct PlaceKey
 {
     const char *fileKey;
     const char *parameter;
-    int standard;    ///< -1: a text, which must be given
-    bool identifies; ///< two sensors that agree in these are at the same place
+    int defaultValue; ///< -1: a text, which is required
+    bool identifies;  ///< two sensors that have all of these in common are at the same place
 };
 
 struct InterfaceRow
@@ -25,26 +25,26 @@ struct InterfaceRow
     ScanHardware hardware;
     const char *name; ///< in "IP_Interface" and in bench files
     int index;        ///< in "IP_InterfaceIdx"
-    bool network;     ///< found under one or several addresses
+    bool network;     ///< has one or several IP addresses
     std::vector<PlaceKey> keys;
 };
 
 const std::vector<InterfaceRow> &interfaceRows();
 
-/// Where a sensor hangs.
+/// Where a sensor is connected.
 struct Place
 {
     const InterfaceRow *interface = nullptr;
     ParameterList parameters;           ///< the "IP_" parameters that describe it, without the address
     std::vector<std::string> addresses; ///< network only; a prefix length may follow after "/"
-    bool onBus = false;                 ///< shares its line with others
-    bool inUse = false;                 ///< another program holds it
+    bool onBus = false;                 ///< one of several sensors on a line
+    bool inUse = false;                 ///< by another program
 
     /// "COM3 at 115200 baud", "192.168.0.5", for error texts.
     std::string text() const;
-    /// All parameters as a search reports them.
+    /// The parameters that a search reports.
     ParameterList foundParameters() const;
-    /// Whether staged interface parameters lead here, at whatever baud rate. What they do not say does not matter.
+    /// Whether staged interface parameters fit this place. The baud rate and parameters that are not staged are ignored.
     bool agreesWith(const ParameterList &staged) const;
     bool isSameAs(const Place &other) const;
 };

@@ -18,7 +18,7 @@ namespace {
 std::wstring widened(const std::string &text, unsigned codePage)
 {
     const int length = static_cast<int>(text.size());
-    std::wstring wide(text.size(), L'\0'); // never more units than bytes
+    std::wstring wide(text.size(), L'\0'); // at most one UTF-16 unit per byte
     const int written = MultiByteToWideChar(codePage, 0, text.data(), length, wide.data(), length);
     wide.resize(static_cast<std::size_t>(written));
     return wide;
@@ -60,7 +60,7 @@ fs::path pathFromNative(const std::string &name)
     return widened(name, CP_ACP);
 }
 
-// The standard library's own function counts whole seconds here.
+// std::filesystem::last_write_time() has a resolution of one second here.
 std::int64_t lastWritten(const fs::path &file, std::error_code &error)
 {
     WIN32_FILE_ATTRIBUTE_DATA attributes{};

@@ -10,19 +10,18 @@
 
 namespace sondixsim::model {
 
-// Where operating systems differ.
+// Functions that differ between operating systems.
 
-/// An environment variable in UTF-8 (elsewhere than on Windows: its bytes); empty when it is not set.
+/// An environment variable in UTF-8 (elsewhere than on Windows: its bytes); nullopt when it is not set.
 std::optional<std::string> environmentVariable(const char *name);
 
 /// The path of a name in UTF-8 (elsewhere than on Windows: its bytes).
 std::filesystem::path pathFromUtf8(const std::string &name);
 
-/// The path of a name as the C interface takes it: on Windows in the system's 8-bit code page.
+/// The path of a name that is passed to the C interface: on Windows in the 8-bit code page of the system.
 std::filesystem::path pathFromNative(const std::string &name);
 
-/// When a file was written last, in units that are the same for all files of a system and fine enough to
-/// order files written one after the other.
+/// The time of the last write, for comparing files of one system. Its resolution is much better than a second.
 std::int64_t lastWritten(const std::filesystem::path &file, std::error_code &error);
 
 std::tm localTime(std::time_t seconds);

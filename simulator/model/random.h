@@ -6,8 +6,8 @@
 
 namespace sondixsim::model {
 
-// Random numbers are functions of what they are for (seed, sensor, signal, frame), not of what was drawn
-// before: the values of a sensor do not depend on how often or by how many threads it is read.
+// Random numbers are hashes of seed, sensor, signal and frame, not a sequence: the values of a sensor do not depend on
+// how often and by how many threads it is read.
 
 constexpr std::uint64_t mix(std::uint64_t x)
 {
@@ -30,14 +30,14 @@ constexpr std::uint64_t mix(std::uint64_t seed, std::string_view text)
     return mix(seed, hash);
 }
 
-/// From 0 up to, not including, 1.
+/// In the range [0, 1).
 constexpr double uniform(std::uint64_t bits)
 {
     return static_cast<double>(bits >> 11) * 0x1.0p-53;
 }
 
-/// Bell-shaped with mean 0 and standard deviation 1, within +-3.5: the sum of four uniform numbers.
-constexpr double bell(std::uint64_t bits)
+/// Approximately normal with mean 0 and standard deviation 1, within +-3.5: the sum of four uniform numbers.
+constexpr double normal(std::uint64_t bits)
 {
     const auto sum =
         static_cast<double>((bits & 0xFFFF) + ((bits >> 16) & 0xFFFF) + ((bits >> 32) & 0xFFFF) + (bits >> 48));

@@ -29,7 +29,7 @@ void Ring::skip(std::uint64_t values)
 }
 
 std::uint64_t Ring::append(const std::int32_t *raw, const double *scaled, std::size_t count, double timestamp,
-                           Origin origin)
+                           Timing timing)
 {
     const auto wholeFrames = [this](std::size_t values) {
         return (values + m_valuesPerFrame - 1) / m_valuesPerFrame;
@@ -42,8 +42,8 @@ std::uint64_t Ring::append(const std::int32_t *raw, const double *scaled, std::s
         raw += skipped;
         scaled += skipped;
         count -= skipped;
-        timestamp += static_cast<double>(frames) * origin.period;
-        origin.number = 0;
+        timestamp += static_cast<double>(frames) * timing.period;
+        timing.sequence = 0;
     }
     if (size() + count > capacity()) {
         const std::size_t frames = wholeFrames(size() + count - capacity());
@@ -53,9 +53,9 @@ std::uint64_t Ring::append(const std::int32_t *raw, const double *scaled, std::s
     if (count == 0)
         return lost;
     const bool continues =
-        !m_segments.empty() && origin.number != 0 && m_segments.back().origin.number == origin.number;
+        !m_segments.empty() && timing.sequence != 0 && m_segments.back().timing.sequence == timing.sequence;
     if (!continues)
-        m_segments.push_back({m_tail, timestamp, origin});
+        m_segments.push_back({m_tail, timestamp, timing});
     const std::size_t start = m_tail % capacity();
     const std::size_t first = std::min(count, capacity() - start);
     std::copy_n(raw, first, m_raw.data() + start);
@@ -66,15 +66,15 @@ std::uint64_t Ring::append(const std::int32_t *raw, const double *scaled, std::s
     return lost;
 }
 
-std::size_t Ring::take(std::int32_t *raw, double *scaled, std::size_t most, double *timestamp)
+std::size_t Ring::take(std::int32_t *raw, double *scaled, std::size_t maxCount, double *timestamp)
 {
-    const std::size_t count = std::min(most, size());
+    const std::size_t count = std::min(maxCount, size());
     if (count == 0)
         return 0;
     if (timestamp != nullptr) {
         const Segment &segment = m_segments.front();
         const std::uint64_t frames = (m_head - segment.first) / m_valuesPerFrame;
-        *timestamp = segment.timestamp + static_cast<double>(frames) * segment.origin.period;
+        *timestamp = segment.timestamp + static_cast<double>(frames) * segment.timing.period;
     }
     const std::size_t start = m_head % capacity();
     const std::size_t first = std::min(count, capacity() - start);

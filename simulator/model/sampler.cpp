@@ -81,7 +81,7 @@ void Sampler::trigger(double now)
     std::vector<std::int32_t> raw(frame().size());
     std::vector<double> scaled(frame().size());
     generate(m_nextFrame, 1, raw.data(), scaled.data());
-    m_lost += m_ring.append(raw.data(), scaled.data(), raw.size(), now, {m_origin, 0.0});
+    m_lost += m_ring.append(raw.data(), scaled.data(), raw.size(), now, {m_sequence, 0.0});
     ++m_nextFrame;
     restart(now);
 }
@@ -129,8 +129,8 @@ bool Sampler::push(double now, const std::vector<std::int32_t> &raw, const std::
         if (scaled.empty())
             allScaled.push_back(scaledOf(signal, raw[i]));
     }
-    m_lost += m_ring.append(allRaw.data(), allScaled.data(), count, timestamp, {++m_origin, period()});
-    ++m_origin; // the generated frames that follow do not continue this block
+    m_lost += m_ring.append(allRaw.data(), allScaled.data(), count, timestamp, {++m_sequence, period()});
+    ++m_sequence; // the generated frames that follow do not continue this block
     return true;
 }
 
@@ -256,7 +256,7 @@ void Sampler::restart(double now)
         m_rate = 0.0;
     else
         m_rate = m_settings.waitsForTrigger() ? std::min(m_spec.triggerRate, frameRate()) : frameRate();
-    ++m_origin;
+    ++m_sequence;
 }
 
 void Sampler::catchUp(double now)
@@ -272,7 +272,7 @@ void Sampler::catchUp(double now)
         // Frames that would be overwritten at once are only counted.
         m_lost += due - room + m_ring.size() / perFrame;
         m_ring.clear();
-        ++m_origin;
+        ++m_sequence;
         m_nextFrame += due - room;
         due = room;
     }
@@ -284,7 +284,7 @@ void Sampler::catchUp(double now)
         const auto frames = static_cast<std::size_t>(std::min(due, block));
         generate(m_nextFrame, frames, raw.data(), scaled.data());
         m_lost += m_ring.append(raw.data(), scaled.data(), frames * perFrame, timeOf(m_nextFrame, period),
-                                {m_origin, period});
+                                {m_sequence, period});
         m_nextFrame += frames;
         due -= frames;
     }

@@ -73,7 +73,7 @@ private:
     double m_anchorTime = 0.0; ///< frame m_anchorFrame arises one period later
     std::uint64_t m_anchorFrame = 0;
     std::uint64_t m_nextFrame = 0;
-    std::uint64_t m_origin = 0; ///< changes wherever the frames in the ring have a gap or another period
+    std::uint64_t m_sequence = 0; ///< changes wherever the frames in the ring have a gap or another period
     std::vector<std::int32_t> m_standingRaw;
     std::vector<double> m_standingScaled;
 };

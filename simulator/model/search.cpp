@@ -11,10 +11,10 @@ namespace sondixsim::model {
 
 namespace {
 
-bool flag(const ParameterList &staged, const char *name, bool standard)
+bool flag(const ParameterList &staged, const char *name, bool defaultValue)
 {
     const Value *const value = staged.find(name);
-    return value != nullptr ? toInt(*value).value_or(0) != 0 : standard;
+    return value != nullptr ? toInt(*value).value_or(0) != 0 : defaultValue;
 }
 
 std::vector<std::int32_t> numbersIn(const std::string &text)
@@ -37,7 +37,7 @@ struct Search::Request
     bool similar = false;
     bool usedChannels = false;
     bool quickBus = false;
-    bool onBus = false; ///< the wanted type hangs on a bus
+    bool onBus = false; ///< the wanted type is a bus sensor
     std::uint32_t handle = 0;
     std::vector<std::int32_t> baudrates; ///< empty: all
 };
@@ -65,8 +65,8 @@ Search::Search(std::shared_ptr<const Bench> bench, const ParameterList &staged, 
 {
     const Request request = readRequest(staged, handleType, handle);
     const SearchTimes &times = m_bench->searchTimes;
-    constexpr std::size_t usualBaudrates = 2; // what a scan tries when it is told none
-    const std::size_t baudrates = request.baudrates.empty() ? usualBaudrates : request.baudrates.size();
+    constexpr std::size_t defaultBaudrates = 2; // tried when the search names none
+    const std::size_t baudrates = request.baudrates.empty() ? defaultBaudrates : request.baudrates.size();
     const double bus = request.quickBus ? times.quickBus : times.bus;
     const struct
     {
@@ -109,7 +109,7 @@ bool Search::isWanted(const Sensor &sensor, const Request &request) const
 {
     const SensorSpec &spec = sensor.spec();
     const std::int32_t wantedBase = request.type % 10000;
-    // A converter or bus answers for everything that it carries: whoever asks for the family gets all of it.
+    // A search for the family of a bus or converter finds all sensors behind it.
     const bool isFamily = spec.baseType() == wantedBase;
     const bool isBusNeighbour =
         wantedBase == 43 && spec.bus && spec.place.interface->hardware == ScanHardware::Rs232;
@@ -123,8 +123,8 @@ bool Search::isWanted(const Sensor &sensor, const Request &request) const
     const bool heldByOther = spec.place.inUse || (sensor.owner() != 0 && sensor.owner() != request.handle);
     if (hardware == ScanHardware::Xa200Eth && heldByOther)
         return request.usedChannels;
-    const bool sharesLine = hardware == ScanHardware::Tcpip || hardware == ScanHardware::WinUsb;
-    if (!sharesLine && heldByOther)
+    const bool foundWhileHeld = hardware == ScanHardware::Tcpip || hardware == ScanHardware::WinUsb;
+    if (!foundWhileHeld && heldByOther)
         return false;
     if (hardware == ScanHardware::Rs232 && !request.baudrates.empty()) {
         const std::int32_t own = sensor.line().baudrate();

@@ -13,7 +13,7 @@ class Sensor;
 struct Bench;
 enum class ScanHardware;
 
-/// Seconds of bench time that scanning takes.
+/// Seconds of bench time for scanning each interface.
 struct SearchTimes
 {
     double tcpip = 0.35;
@@ -25,15 +25,15 @@ struct SearchTimes
     double xa100 = 0.1;
     double xa200 = 0.1;
     double xa200Eth = 0.15;
-    double bus = 0.4; ///< more for a type that hangs on a bus, when RS232 is scanned
-    double quickBus = 0.1;
+    double bus = 0.4;      ///< in addition, when RS232 is scanned for a bus type
+    double quickBus = 0.1; ///< the same with the quick scan
 };
 
-/// A search under way: sensors come one by one in the bench time that scanning their interface takes.
+/// A running search. The sensors of an interface are found one by one, spread over the bench time of its scan.
 class Search
 {
 public:
-    /// \a staged are the parameters of the command; \a handle is the one that searches.
+    /// \a staged are the parameters of the command; sensors that \a handle has open are found.
     Search(std::shared_ptr<const Bench> bench, const ParameterList &staged, std::int32_t handleType,
            std::uint32_t handle, double now);
 
@@ -50,7 +50,7 @@ private:
     };
     struct Request;
     static Request readRequest(const ParameterList &staged, std::int32_t handleType, std::uint32_t handle);
-    /// Appends what scanning one interface will find, spread over its time.
+    /// Appends the sensors that the scan of one interface will find.
     void plan(ScanHardware hardware, double duration, const Request &request);
     bool isWanted(const Sensor &sensor, const Request &request) const;
 

@@ -23,7 +23,7 @@ struct TrackingCommand
     FrameRate rate;
 };
 
-/// What is particular to a measuring mode.
+/// A measuring mode that differs from the others.
 struct MeasuringMode
 {
     std::int32_t number = 0;
@@ -31,7 +31,7 @@ struct MeasuringMode
     std::vector<Signal> signals; ///< empty: those of the sensor
 };
 
-/// A fault that a bench file gives a sensor.
+/// A fault of a sensor in a bench file.
 struct SpecFault
 {
     std::string function;
@@ -45,7 +45,7 @@ struct SpecFault
     double delay = 0.0;
 };
 
-/// Everything about a model or about one sensor that is data.
+/// The data that describe a model or one sensor.
 struct SensorSpec
 {
     std::int32_t type = 0;
@@ -53,10 +53,10 @@ struct SensorSpec
     std::string name;           ///< "SA_Sensor"; empty: the sensor names its controller only
     std::string controllerName; ///< "SA_ControllerName"
     bool bus = false;
-    bool polled = false; ///< values come when "Get_Measure" asks for them
+    bool polled = false; ///< values become available with "Get_Measure"
     bool multi = false;  ///< stands for several sensors
     std::int32_t ringFrames = 32768;
-    std::int32_t standing = 0; ///< values that are always there and are never used up
+    std::int32_t standing = 0; ///< values that are always available and never used up
 
     std::string serialNumber;
     std::string articleNumber;
@@ -73,10 +73,10 @@ struct SensorSpec
     FrameRate rate;
     std::vector<Signal> signals;
     std::string modeParameter;        ///< setting that names the measuring mode
-    std::vector<MeasuringMode> modes; ///< those that differ from the others
+    std::vector<MeasuringMode> modes; ///< only those that differ from the others
     std::string triggerParameter;     ///< setting that makes it wait for a trigger
-    std::int32_t triggerOff = 0;      ///< with any other value of that setting it does
-    double triggerRate = 0.0;         ///< triggers that come a second
+    std::int32_t triggerOff = 0;      ///< the value with which it does not wait
+    double triggerRate = 0.0;         ///< triggers per second
     Video video;
     std::map<std::int32_t, std::string> errorTexts;
     std::string autostart; ///< setting that names the tracking mode at power-up
@@ -87,7 +87,7 @@ struct SensorSpec
     bool answering = true;
 
     std::int32_t baseType() const { return type % 10000; }
-    /// The number that the sensor is reported under: bus sensors only tell their family.
+    /// The type that a search reports: for sensors on the bus or behind the converter only the family.
     std::int32_t reportedType() const { return baseType() == 43 || baseType() == 34 ? baseType() : type; }
     bool listsAddresses() const { return baseType() == 53; } ///< in "SA_CurrentIPAddresses"
 

@@ -86,7 +86,7 @@ Outcome noAnswerAt(const std::string &model, const Place &place, std::int32_t ba
     constexpr double timeout = 0.5;
     return {TimedOut,
             "The " + model + " at " + place.text() + " does not answer at " + std::to_string(baudrate) +
-                " baud: the time has run out",
+                " baud: timed out",
             timeout};
 }
 

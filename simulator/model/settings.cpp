@@ -72,7 +72,7 @@ Outcome Settings::checkGroup(const std::string &group, const ParameterList &stag
         changes.set(key, std::move(value));
     }
     if (changes.empty())
-        return failure(ParameterMissing, "Nothing is given to be set in \"" + group + '"');
+        return failure(ParameterMissing, "There is no parameter to set in \"" + group + '"');
     return {};
 }
 

@@ -12,16 +12,16 @@ namespace sondixsim::model {
 
 namespace {
 
-constexpr double longestPeriod = 1.0e9;
-constexpr double shortestPeriod = 1.0e-6;
+constexpr double maxPeriod = 1.0e9;
+constexpr double minPeriod = 1.0e-6;
 
-/// Numbers from one column of a text file; lines whose column is no number (a heading) are left out.
+/// The numbers in one column of a text file. Lines without a number there, such as headings, are skipped.
 std::vector<double> readRecord(const Node &node, const std::string &folder, int column)
 {
     const std::string name = readPlainText(node, "\"file\"");
     std::ifstream file(pathFromUtf8(folder) / pathFromUtf8(name));
     if (!file)
-        throw Mistake(node.line, "the recorded values in \"" + name + "\" cannot be read");
+        throw ParseError(node.line, "the recorded values in \"" + name + "\" cannot be read");
     std::vector<double> record;
     std::string line;
     while (std::getline(file, line)) {
@@ -39,7 +39,7 @@ std::vector<double> readRecord(const Node &node, const std::string &folder, int 
             record.push_back(value);
     }
     if (record.empty())
-        throw Mistake(node.line, "\"" + name + "\" has no number in column " + std::to_string(column));
+        throw ParseError(node.line, "\"" + name + "\" has no number in column " + std::to_string(column));
     return record;
 }
 
@@ -47,19 +47,21 @@ Generator readGenerator(const Node &node, const std::string &folder)
 {
     ObjectReader reader(node, "a generator");
     Generator generator;
-    const std::string kind = readPlainText(reader.need("kind"), "\"kind\"");
-    const auto need = [&](const char *key) { return readNumber(reader.need(key), '"' + std::string(key) + '"'); };
-    const auto period = [&](const char *key) {
-        return readNumber(reader.need(key), '"' + std::string(key) + '"', shortestPeriod, longestPeriod);
+    const std::string kind = readPlainText(reader.required("kind"), "\"kind\"");
+    const auto need = [&](const char *key) {
+        return readNumber(reader.required(key), '"' + std::string(key) + '"');
     };
-    const auto part = [&](const char *key, double standard) {
-        const Node *value = reader.find(key);
-        return value != nullptr ? readNumber(*value, '"' + std::string(key) + '"', 0.0, 1.0) : standard;
+    const auto period = [&](const char *key) {
+        return readNumber(reader.required(key), '"' + std::string(key) + '"', minPeriod, maxPeriod);
+    };
+    const auto part = [&](const char *key, double defaultValue) {
+        const Node *value = reader.optional(key);
+        return value != nullptr ? readNumber(*value, '"' + std::string(key) + '"', 0.0, 1.0) : defaultValue;
     };
     if (kind == "constant") {
         generator.low = need("value");
     } else if (kind == "sine") {
-        const Node *middle = reader.find("middle");
+        const Node *middle = reader.optional("middle");
         generator.kind = Generator::Kind::Sine;
         generator.low = middle != nullptr ? readNumber(*middle, "\"middle\"") : 0.0;
         generator.high = need("amplitude");
@@ -74,20 +76,20 @@ Generator readGenerator(const Node &node, const std::string &folder)
             generator.share = part("share", 0.5);
     } else if (kind == "noise") {
         generator.kind = Generator::Kind::Noise;
-        generator.high = readNumber(reader.need("sigma"), "\"sigma\"", 0.0);
+        generator.high = readNumber(reader.required("sigma"), "\"sigma\"", 0.0);
     } else if (kind == "drift") {
         generator.kind = Generator::Kind::Drift;
         generator.high = need("by");
         generator.period = period("in");
     } else if (kind == "csv") {
         generator.kind = Generator::Kind::Recorded;
-        const Node *column = reader.find("column");
-        generator.record = readRecord(reader.need("file"), folder,
+        const Node *column = reader.optional("column");
+        generator.record = readRecord(reader.required("file"), folder,
                                       column != nullptr ? readInt(*column, "\"column\"", 1, 1000) : 1);
     } else {
-        throw Mistake(reader.need("kind").line,
-                      "there is no generator \"" + kind +
-                          "\"; there are: constant, sine, ramp, step, noise, drift, csv");
+        throw ParseError(reader.required("kind").line,
+                         "there is no generator \"" + kind +
+                             "\"; there are: constant, sine, ramp, step, noise, drift, csv");
     }
     reader.finish();
     return generator;
@@ -109,23 +111,23 @@ ErrorValues readErrorValues(const Node &node)
 {
     ObjectReader reader(node, "an error value");
     ErrorValues errors;
-    errors.key = readInt(reader.need("key"), "\"key\"", -1000000, -1);
-    if (const Node *every = reader.find("every"))
+    errors.key = readInt(reader.required("key"), "\"key\"", -1000000, -1);
+    if (const Node *every = reader.optional("every"))
         errors.every = static_cast<std::uint64_t>(readInt(*every, "\"every\"", 1));
-    if (const Node *length = reader.find("length"))
+    if (const Node *length = reader.optional("length"))
         errors.length = static_cast<std::uint64_t>(readInt(*length, "\"length\"", 1));
-    if (const Node *probability = reader.find("probability"))
+    if (const Node *probability = reader.optional("probability"))
         errors.probability = readNumber(*probability, "\"probability\"", 0.0, 1.0);
     reader.finish();
     if ((errors.every > 0) == (errors.probability > 0.0))
-        throw Mistake(node.line, "an error value needs either \"every\" or \"probability\"");
+        throw ParseError(node.line, "an error value needs either \"every\" or \"probability\"");
     if (errors.every > 0 && errors.length > errors.every)
-        throw Mistake(node.line, "\"length\" must not be more than \"every\"");
+        throw ParseError(node.line, "\"length\" must not be more than \"every\"");
     return errors;
 }
 
-/// Slowly up and down in the middle of the range, with a little noise.
-std::vector<Generator> standardGenerators(const Signal &signal)
+/// A slow sine in the middle of the range with a little noise.
+std::vector<Generator> defaultGenerators(const Signal &signal)
 {
     const double span = signal.scaledMax - signal.scaledMin;
     Generator wave;
@@ -145,32 +147,32 @@ Signal readSignal(const Node &node, const std::string &folder)
     ObjectReader reader(node, "a signal");
     Signal signal;
     const auto text = [&reader](const char *key, std::string &target) {
-        if (const Node *value = reader.find(key))
+        if (const Node *value = reader.optional(key))
             target = readText(*value, '"' + std::string(key) + '"');
     };
-    signal.scaledName = readText(reader.need("name"), "\"name\"");
+    signal.scaledName = readText(reader.required("name"), "\"name\"");
     signal.rawName = signal.scaledName;
     signal.rawUnit = "Digits";
     text("rawName", signal.rawName);
     text("unit", signal.scaledUnit);
     text("rawUnit", signal.rawUnit);
     text("info", signal.info);
-    if (const Node *range = reader.find("range"))
+    if (const Node *range = reader.optional("range"))
         std::tie(signal.scaledMin, signal.scaledMax) = readRange(*range, "\"range\"");
-    if (const Node *range = reader.find("rawRange")) {
+    if (const Node *range = reader.optional("rawRange")) {
         std::tie(signal.rawMin, signal.rawMax) = readRange(*range, "\"rawRange\"");
-        // Raw error values lie above the range and must be whole 32-bit numbers as well.
-        constexpr double greatest = 2146000000.0;
-        if (signal.rawMin < -greatest || signal.rawMax > greatest)
-            throw Mistake(range->line, "\"rawRange\" must lie within 32 bits");
+        // Raw error values lie above the range and must fit 32 bits, too.
+        constexpr double limit = 2146000000.0;
+        if (signal.rawMin < -limit || signal.rawMax > limit)
+            throw ParseError(range->line, "\"rawRange\" must lie within 32 bits");
     }
-    const Node *view = reader.find("viewRange");
+    const Node *view = reader.optional("viewRange");
     signal.viewRange = view != nullptr ? readNumber(*view, "\"viewRange\"") : signal.scaledMax - signal.scaledMin;
-    if (const Node *major = reader.find("major"))
+    if (const Node *major = reader.optional("major"))
         signal.major = readBool(*major, "\"major\"");
-    const Node *generator = reader.find("generator");
-    signal.generators = generator != nullptr ? readGenerators(*generator, folder) : standardGenerators(signal);
-    if (const Node *errors = reader.find("errors")) {
+    const Node *generator = reader.optional("generator");
+    signal.generators = generator != nullptr ? readGenerators(*generator, folder) : defaultGenerators(signal);
+    if (const Node *errors = reader.optional("errors")) {
         for (const Node &element : readArray(*errors, "\"errors\""))
             signal.errors.push_back(readErrorValues(element));
     }
@@ -185,9 +187,9 @@ std::vector<Signal> readSignals(const Node &node, const std::string &folder)
     std::vector<Signal> signals;
     for (const Node &element : readArray(node, "\"signals\""))
         signals.push_back(readSignal(element, folder));
-    constexpr std::size_t most = 512;
-    if (signals.size() > most)
-        throw Mistake(node.line, "more than " + std::to_string(most) + " signals");
+    constexpr std::size_t maxSignals = 512;
+    if (signals.size() > maxSignals)
+        throw ParseError(node.line, "there are more than " + std::to_string(maxSignals) + " signals");
     return signals;
 }
 

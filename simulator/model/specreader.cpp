@@ -28,7 +28,7 @@ void readSettings(const Node &node, SensorSpec &spec)
 {
     for (const Member &group : readObject(node, "\"settings\"")) {
         std::vector<std::string> &keys = spec.groups[group.key];
-        if (group.value.kind == Node::Kind::Null) { // what a model has less than the one that it extends
+        if (group.value.kind == Node::Kind::Null) { // removes a group of the extended model
             for (const std::string &key : keys)
                 spec.settings.remove(key);
             spec.groups.erase(group.key);
@@ -36,14 +36,14 @@ void readSettings(const Node &node, SensorSpec &spec)
         }
         for (const Member &setting : readObject(group.value, "the group \"" + group.key + '"')) {
             if (!startsWith(setting.key, "SA_"))
-                throw Mistake(setting.line, "the setting \"" + setting.key + "\" must begin with SA_");
+                throw ParseError(setting.line, "the setting \"" + setting.key + "\" must begin with SA_");
             if (std::find(keys.begin(), keys.end(), setting.key) == keys.end())
                 keys.push_back(setting.key);
             Value value = readValue(setting.value, '"' + setting.key + '"');
             if (const Value *before = spec.settings.find(setting.key)) {
                 const auto converted = convertedLike(value, *before);
                 if (!converted)
-                    throw Mistake(setting.value.line, "\"" + setting.key + "\" must be a number");
+                    throw ParseError(setting.value.line, "\"" + setting.key + "\" must be a number");
                 value = *converted;
             }
             spec.settings.set(setting.key, value);
@@ -57,12 +57,12 @@ void readErrorTexts(const Node &node, SensorSpec &spec)
         std::int32_t key = 0;
         const char *const end = member.key.data() + member.key.size();
         if (std::from_chars(member.key.data(), end, key).ptr != end)
-            throw Mistake(member.line, "\"" + member.key + "\" is no whole number");
+            throw ParseError(member.line, "\"" + member.key + "\" is not a whole number");
         spec.errorTexts[key] = readText(member.value, "an error text");
     }
 }
 
-/// Every error value has a text, if only its number.
+/// Error values without a text get their number as text.
 void nameErrorValues(const std::vector<Signal> &signals, std::map<std::int32_t, std::string> &texts)
 {
     for (const Signal &signal : signals) {
@@ -74,16 +74,16 @@ void nameErrorValues(const std::vector<Signal> &signals, std::map<std::int32_t, 
 void readTracking(const Node &node, SensorSpec &spec)
 {
     ObjectReader reader(node, "\"tracking\"");
-    spec.autostart = readPlainText(reader.need("autostart"), "\"autostart\"");
-    if (const Node *stop = reader.find("stop"))
+    spec.autostart = readPlainText(reader.required("autostart"), "\"autostart\"");
+    if (const Node *stop = reader.optional("stop"))
         spec.stopTracking = readPlainText(*stop, "\"stop\"");
     spec.tracking.clear();
-    for (const Node &element : readArray(reader.need("commands"), "\"commands\"")) {
+    for (const Node &element : readArray(reader.required("commands"), "\"commands\"")) {
         ObjectReader commandReader(element, "a tracking command");
         TrackingCommand command;
-        command.command = readPlainText(commandReader.need("command"), "\"command\"");
-        command.mode = readInt(commandReader.need("mode"), "\"mode\"", 0);
-        command.rate = readFrameRate(commandReader.need("rate"));
+        command.command = readPlainText(commandReader.required("command"), "\"command\"");
+        command.mode = readInt(commandReader.required("mode"), "\"mode\"", 0);
+        command.rate = readFrameRate(commandReader.required("rate"));
         commandReader.finish();
         spec.tracking.push_back(std::move(command));
     }
@@ -95,36 +95,36 @@ void readTracking(const Node &node, SensorSpec &spec)
 void readCommonKeys(ObjectReader &reader, SensorSpec &spec, const std::string &folder)
 {
     const auto text = [&reader](const char *key, std::string &target) {
-        if (const Node *value = reader.find(key))
+        if (const Node *value = reader.optional(key))
             target = readText(*value, '"' + std::string(key) + '"');
     };
     text("name", spec.name);
     text("controllerName", spec.controllerName);
     text("articleNumber", spec.articleNumber);
     text("firmware", spec.firmware);
-    if (const Node *frames = reader.find("ring"))
+    if (const Node *frames = reader.optional("ring"))
         spec.ringFrames = readInt(*frames, "\"ring\"", 1, 10000000);
-    if (const Node *standing = reader.find("standing"))
+    if (const Node *standing = reader.optional("standing"))
         spec.standing = readInt(*standing, "\"standing\"", 0, 10000000);
-    if (const Node *info = reader.find("info"))
+    if (const Node *info = reader.optional("info"))
         spec.info.add(readParameters(*info, "\"info\""));
-    if (const Node *settings = reader.find("settings"))
+    if (const Node *settings = reader.optional("settings"))
         readSettings(*settings, spec);
-    if (const Node *limits = reader.find("limits")) {
+    if (const Node *limits = reader.optional("limits")) {
         for (const Member &member : readObject(*limits, "\"limits\""))
             spec.limits[member.key] = readRange(member.value, '"' + member.key + '"');
     }
-    if (const Node *answers = reader.find("answers")) {
+    if (const Node *answers = reader.optional("answers")) {
         for (const Member &member : readObject(*answers, "\"answers\""))
             spec.answers[member.key] = readParameters(member.value, "the answer of \"" + member.key + '"');
     }
-    if (const Node *signals = reader.find("signals"))
+    if (const Node *signals = reader.optional("signals"))
         spec.signals = readSignals(*signals, folder);
-    if (const Node *errorTexts = reader.find("errorTexts"))
+    if (const Node *errorTexts = reader.optional("errorTexts"))
         readErrorTexts(*errorTexts, spec);
-    if (const Node *rule = reader.find("rateRule"))
+    if (const Node *rule = reader.optional("rateRule"))
         spec.rate = readFrameRate(*rule);
-    if (const Node *tracking = reader.find("tracking"))
+    if (const Node *tracking = reader.optional("tracking"))
         readTracking(*tracking, spec);
     readModeKeys(reader, spec, folder);
     readWebKeys(reader, spec, folder);
@@ -138,29 +138,29 @@ SpecFault readFault(const Node &node)
     ObjectReader reader(node, "a fault");
     SpecFault fault;
     const auto text = [&reader](const char *key, std::string &target) {
-        if (const Node *value = reader.find(key))
+        if (const Node *value = reader.optional(key))
             target = readPlainText(*value, '"' + std::string(key) + '"');
     };
     text("function", fault.function);
     text("command", fault.command);
     text("parameter", fault.parameter);
-    if (const Node *words = reader.find("text"))
+    if (const Node *words = reader.optional("text"))
         fault.text = readText(*words, "\"text\"");
-    if (const Node *from = reader.find("from"))
+    if (const Node *from = reader.optional("from"))
         fault.from = readInt(*from, "\"from\"", 1);
-    if (const Node *times = reader.find("times"))
+    if (const Node *times = reader.optional("times"))
         fault.times = readInt(*times, "\"times\"", 1);
-    if (const Node *probability = reader.find("probability"))
+    if (const Node *probability = reader.optional("probability"))
         fault.probability = readNumber(*probability, "\"probability\"", 0.0, 1.0);
-    if (const Node *code = reader.find("code"))
+    if (const Node *code = reader.optional("code"))
         fault.code = readInt(*code, "\"code\"");
-    if (const Node *delay = reader.find("delay"))
+    if (const Node *delay = reader.optional("delay"))
         fault.delay = readNumber(*delay, "\"delay\"", 0.0, 3600.0);
     reader.finish();
     if (fault.function.empty() && fault.command.empty())
-        throw Mistake(node.line, "a fault needs a \"function\" or a \"command\"");
+        throw ParseError(node.line, "a fault needs a \"function\" or a \"command\"");
     if (fault.code == 0 && fault.delay == 0.0)
-        throw Mistake(node.line, "a fault needs a \"code\" other than 0 or a \"delay\"");
+        throw ParseError(node.line, "a fault needs a \"code\" other than 0 or a \"delay\"");
     return fault;
 }
 

@@ -6,8 +6,8 @@
 
 namespace sondixsim::model {
 
-/// Reads what models and sensors have in common on top of what \a spec holds already. Paths of recorded
-/// values are relative to \a folder.
+/// Reads the keys that models and sensors have in common; \a spec keeps the values of keys that are absent. File names
+/// are relative to \a folder.
 void readCommonKeys(ObjectReader &reader, SensorSpec &spec, const std::string &folder);
 
 std::vector<Signal> readSignals(const Node &node, const std::string &folder);

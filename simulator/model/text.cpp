@@ -52,7 +52,7 @@ std::optional<char> encoded(std::uint32_t character)
 {
     if (character < 0x80)
         return static_cast<char>(character);
-    // Keyboards and editors give the Greek mu where the micro sign is meant.
+    // Many keyboards enter the Greek mu instead of the micro sign.
     if (character == 0x03BC)
         character = 0x00B5;
     const auto *const found = std::find(upperHalf.begin(), upperHalf.end(), character);

@@ -7,13 +7,13 @@
 
 namespace sondixsim::model {
 
-/// Bench files are UTF-8, the C interface is windows-1250. Nothing when a character has no place there.
+/// Bench files are UTF-8, texts of the C interface windows-1250. nullopt when a character does not exist there.
 std::optional<std::string> toWindows1250(std::string_view utf8);
 
-/// The same with "?" for what has no place, for texts that must come through.
+/// The same with "?" for such characters.
 std::string toWindows1250Lossy(std::string_view utf8);
 
-/// Bytes that stand for no character become "?".
+/// Bytes without a character become "?".
 std::string fromWindows1250(std::string_view text);
 
 } // namespace sondixsim::model

@@ -94,7 +94,7 @@ std::string formatDouble(double value)
 
 namespace {
 
-std::optional<Value> numberIn(std::string_view text)
+std::optional<Value> parsedNumber(std::string_view text)
 {
     std::int32_t integer = 0;
     auto result = std::from_chars(text.data(), text.data() + text.size(), integer);
@@ -117,7 +117,7 @@ std::optional<Value> convertedLike(const Value &value, const Value &like)
         return std::holds_alternative<Bytes>(value) ? std::nullopt : std::optional<Value>(toText(value));
     Value number = value;
     if (const auto *text = std::get_if<std::string>(&value)) {
-        const auto parsed = numberIn(*text);
+        const auto parsed = parsedNumber(*text);
         if (!parsed)
             return std::nullopt;
         number = *parsed;
@@ -171,7 +171,7 @@ ParameterList parsePairs(std::string_view text)
         if (text.empty() || text.front() != '"') {
             const std::string_view word = text.substr(0, text.find_first_of(blanks));
             text.remove_prefix(word.size());
-            const auto number = numberIn(word);
+            const auto number = parsedNumber(word);
             parameters.set(name, number ? *number : Value(std::string(word)));
             continue;
         }

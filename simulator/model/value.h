@@ -19,13 +19,13 @@ struct Parameter
     Value value;
 };
 
-/// Named values in the order in which they were set first. Texts are windows-1250.
+/// Named values in the order in which they were first set. Texts are windows-1250.
 class ParameterList
 {
 public:
     const Value *find(std::string_view name) const;
     void set(std::string_view name, Value value); ///< replaces a value of that name
-    void append(std::string name, Value value);   ///< for a name that is known to be new
+    void append(std::string name, Value value);   ///< does not check whether the name exists already
     void add(const ParameterList &other);
     void remove(std::string_view name);
     void clear() { m_parameters.clear(); }
@@ -42,16 +42,16 @@ std::optional<std::int32_t> toInt(const Value &value);
 std::optional<double> toDouble(const Value &value);
 std::string toText(const Value &value); ///< empty for bytes
 
-/// Shortest text that reads back as the same number, always with a point.
+/// The shortest text that is parsed to the same number, always with a decimal point.
 std::string formatDouble(double value);
 
-/// The value converted to the kind that \a like has; nothing when it cannot be.
+/// \a value converted to the type of \a like; nullopt when that is not possible.
 std::optional<Value> convertedLike(const Value &value, const Value &like);
 
 /// "key=value" pairs; texts in double quotes, bytes left out.
 std::string pairsText(const ParameterList &parameters, std::string_view separator);
 
-/// The pairs of such a text; a value without quotes is a number when it reads as one.
+/// Parses such a text. A value without quotes is a number if it can be parsed as one.
 ParameterList parsePairs(std::string_view text);
 
 } // namespace sondixsim::model

@@ -10,9 +10,9 @@ namespace sondixsim::model {
 
 namespace {
 
-// Heights are shares of the resolution, widths shares of the line.
+// Heights are fractions of the resolution, widths fractions of the line.
 constexpr double floorHeight = 0.06;
-constexpr double floorPattern = 0.004; // pixels differ a little, always in the same way
+constexpr double floorPattern = 0.004; // fixed differences between pixels
 constexpr double lampHeight = 0.7;
 constexpr double lampDrop = 0.3; // from the middle to the ends
 constexpr double peakHeight = 0.6;
@@ -26,18 +26,18 @@ double lampAt(double x)
     return lampHeight * (1.0 - lampDrop * fromMiddle * fromMiddle);
 }
 
-double peaksAt(double x, const std::vector<double> &places)
+double peaksAt(double x, const std::vector<double> &positions)
 {
     double light = 0.0;
-    for (const double place : places) {
-        const double away = (x - place) / peakWidth;
+    for (const double position : positions) {
+        const double away = (x - position) / peakWidth;
         light += peakHeight * std::exp(-0.5 * away * away);
     }
     return light;
 }
 
-/// What is left of the light beside objects in the middle of the line, 0 to 1.
-double besides(double x, const std::vector<double> &widths)
+/// The fraction of the light that passes objects of these widths in the middle of the line, 0 to 1.
+double lightPast(double x, const std::vector<double> &widths)
 {
     double left = 1.0;
     for (const double width : widths)
@@ -75,13 +75,13 @@ unsigned partsOfLine(const std::string &kind)
 }
 
 Bytes drawLine(const VideoLine &line, std::int32_t pixels, std::int32_t resolution,
-               const std::vector<double> &places, std::uint64_t seed, std::uint64_t frame)
+               const std::vector<double> &positions, std::uint64_t seed, std::uint64_t frame)
 {
     Bytes bytes;
     bytes.reserve(2 * static_cast<std::size_t>(pixels));
     const std::uint64_t pattern = mix(seed, std::string_view("pixels"));
     const std::uint64_t noise = mix(mix(seed, std::string_view(line.answer)), frame);
-    const double greatest = std::min(resolution, 65536) - 1;
+    const double maximum = std::min(resolution, 65536) - 1;
     for (std::int32_t pixel = 0; pixel < pixels; ++pixel) {
         const auto number = static_cast<std::uint64_t>(pixel);
         const double x = pixels > 1 ? static_cast<double>(pixel) / (pixels - 1) : 0.0;
@@ -89,15 +89,15 @@ Bytes drawLine(const VideoLine &line, std::int32_t pixels, std::int32_t resoluti
         if ((line.parts & VideoLine::Lamp) != 0)
             light += lampAt(x);
         if ((line.parts & VideoLine::Shadow) != 0)
-            light *= besides(x, places);
+            light *= lightPast(x, positions);
         if ((line.parts & VideoLine::Peaks) != 0)
-            light += peaksAt(x, places);
+            light += peaksAt(x, positions);
         if ((line.parts & VideoLine::Floor) != 0)
-            light += floorHeight + floorPattern * bell(mix(pattern, number));
+            light += floorHeight + floorPattern * normal(mix(pattern, number));
         if ((line.parts & VideoLine::Noise) != 0)
-            light += noiseHeight * bell(mix(noise, number));
+            light += noiseHeight * normal(mix(noise, number));
         const auto value =
-            static_cast<std::uint32_t>(std::clamp(std::nearbyint(light * resolution), 0.0, greatest));
+            static_cast<std::uint32_t>(std::clamp(std::nearbyint(light * resolution), 0.0, maximum));
         bytes.push_back(static_cast<unsigned char>(value & 0xFF));
         bytes.push_back(static_cast<unsigned char>(value >> 8));
     }

@@ -9,43 +9,43 @@
 
 namespace sondixsim::model {
 
-/// One line that a model can send besides its measured values.
+/// A video line that a model can send in addition to its measured values.
 struct VideoLine
 {
-    /// What the line is made of.
+    /// The components of a line.
     enum Part : unsigned {
-        Floor = 1,  ///< what the receiver shows without light
+        Floor = 1,  ///< the signal of the receiver without light
         Lamp = 2,   ///< the light source over the whole line
-        Peaks = 4,  ///< light where the measured values are
+        Peaks = 4,  ///< light at the positions of the measured values
         Shadow = 8, ///< a gap in the light as wide as the measured value
         Noise = 16,
     };
 
-    std::string answer;     ///< answer that carries it
-    std::string switchName; ///< switch without "SA_" and the interface; empty: sent whenever it is asked for
+    std::string answer;     ///< name of the answer
+    std::string switchName; ///< setting without "SA_" and the interface; empty: always on
     unsigned parts = 0;
-    std::vector<std::int32_t> signals; ///< numbers, from 1, of the values that it shows
+    std::vector<std::int32_t> signals; ///< numbers, from 1, of the signals that it shows
 };
 
-/// What video a model has.
+/// The video of a model.
 struct Video
 {
     std::int32_t pixels = 512;
-    std::int32_t resolution = 1024; ///< pixels are below this
-    std::string rangeParameter;     ///< where this information ...
-    double range = 0.0;             ///< ... is this number,
-    std::int32_t pixelsAtRange = 0; ///< a line has so many pixels instead
+    std::int32_t resolution = 1024; ///< pixel values are less than this
+    std::string rangeParameter;     ///< a line has pixelsAtRange pixels when this information
+    double range = 0.0;             ///< has this value
+    std::int32_t pixelsAtRange = 0;
     std::vector<VideoLine> lines;
 
     std::int32_t pixelsOf(const ParameterList &info) const;
 };
 
-/// The parts of a kind of line, 0 for a name that is none.
+/// The components of a kind of line in bench files, 0 for an unknown kind.
 unsigned partsOfLine(const std::string &kind);
 
-/// One line as 16-bit pixels, the low byte first. \a places are the values shown, 0 to 1 for their range;
-/// \a seed is the sensor's, \a frame the number of the frame that it belongs to.
+/// One line as 16-bit pixels, little endian. \a positions are those of the values in their ranges, 0 to 1. The noise
+/// follows from the seed of the sensor and the number of the frame.
 Bytes drawLine(const VideoLine &line, std::int32_t pixels, std::int32_t resolution,
-               const std::vector<double> &places, std::uint64_t seed, std::uint64_t frame);
+               const std::vector<double> &positions, std::uint64_t seed, std::uint64_t frame);
 
 } // namespace sondixsim::model

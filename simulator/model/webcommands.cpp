@@ -48,13 +48,13 @@ Outcome checkLine(const SensorParts &sensor, const GenericLine &line, std::strin
         return {};
     if (std::holds_alternative<std::string>(setting->value)) {
         if (!isPlainText(*line.value))
-            return failure(OutOfRange, '"' + line.name + "\" takes up to 64 letters, digits and signs of ASCII");
+            return failure(OutOfRange, '"' + line.name + "\" must be up to 64 printable ASCII characters");
         value = *line.value;
         return {};
     }
     const auto number = convertedLike(*line.value, Value(0.0));
     if (!number)
-        return failure(WrongType, '"' + line.name + "\" needs a number, \"" + *line.value + "\" is none");
+        return failure(WrongType, '"' + line.name + "\" needs a number, not \"" + *line.value + '"');
     Outcome outcome = sensor.settings.check(key, line.name, *number, value);
     if (outcome.ok() && toDouble(value) != toDouble(*number))
         return failure(WrongType, '"' + line.name + "\" needs a whole number");
@@ -146,7 +146,7 @@ Outcome page(SensorParts &sensor, const CommandCall &call)
         return failure(ParameterMissing, "\"Get_HTTP\" needs SP_HTTPPath and SP_HTTPMaxLength");
     const std::int32_t length = toInt(*maxLength).value_or(-1);
     if (length < 0)
-        return failure(OutOfRange, "\"SP_HTTPMaxLength\" must be a number from 0");
+        return failure(OutOfRange, "\"SP_HTTPMaxLength\" must be 0 or more");
     const HttpRequest request{barePath(toText(*path)), tag != nullptr ? toText(*tag) : std::string(),
                               static_cast<std::size_t>(length)};
     const HttpAnswer answer = sensor.pages.answer(request, call.now);

@@ -62,17 +62,17 @@ std::string trimmed(std::string_view text)
     return std::string(text.substr(first, text.find_last_not_of(around) - first + 1));
 }
 
-/// Whether one of the tags asked for, which may be marked as weak, is \a tag.
-bool isAmong(std::string_view asked, const std::string &tag)
+/// Whether an If-None-Match list contains \a tag. Weak tags count as well.
+bool listContains(std::string_view list, const std::string &tag)
 {
-    while (!asked.empty()) {
-        const std::size_t end = std::min(asked.find(','), asked.size());
-        std::string one = trimmed(asked.substr(0, end));
+    while (!list.empty()) {
+        const std::size_t end = std::min(list.find(','), list.size());
+        std::string one = trimmed(list.substr(0, end));
         if (one.compare(0, 2, "W/") == 0)
             one = trimmed(one.substr(2));
         if (one == tag || one == "*")
             return true;
-        asked.remove_prefix(std::min(end + 1, asked.size()));
+        list.remove_prefix(std::min(end + 1, list.size()));
     }
     return false;
 }
@@ -80,7 +80,7 @@ bool isAmong(std::string_view asked, const std::string &tag)
 struct Status
 {
     const char *text;
-    bool lasting; ///< an answer that a browser may keep and ask about again
+    bool cacheable; ///< a browser may cache the answer and revalidate it
 };
 constexpr Status ok{"200 OK", true};
 constexpr Status notFound{"404 Not Found", false};
@@ -89,16 +89,17 @@ constexpr Status tooLong{"500 Internal Server Error", false};
 HttpAnswer compose(const Status &status, const Page &page, const std::string &tag, std::string body,
                    bool compressed)
 {
-    const bool kept = status.lasting && !page.live;
+    const bool cacheable = status.cacheable && !page.live;
     HttpAnswer answer;
     answer.header = "HTTP/1.1 " + std::string(status.text) + "\r\nContent-Type: " + page.type +
                     "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n";
     if (compressed)
         answer.header += "Content-Encoding: gzip\r\n";
-    if (kept)
+    if (cacheable)
         answer.header += "ETag: \"" + tag + "\"\r\n";
     answer.header +=
-        "Connection: keep-alive\r\nCache-Control: " + std::string(kept ? "no-cache" : "no-store") + "\r\n\r\n";
+        "Connection: keep-alive\r\nCache-Control: " + std::string(cacheable ? "no-cache" : "no-store") +
+        "\r\n\r\n";
     answer.body = std::move(body);
     return answer;
 }
@@ -112,16 +113,16 @@ HttpAnswer notModified(const std::string &tag)
 
 HttpAnswer answerWith(const Status &status, const HttpRequest &request, const Page &page)
 {
-    const bool compressed = page.content.size() > request.most;
+    const bool compressed = page.content.size() > request.maxLength;
     std::string body = compressed ? gzip(page.content) : page.content;
-    if (body.size() > request.most) {
-        if (status.text == tooLong.text) // there is no room for words either
+    if (body.size() > request.maxLength) {
+        if (status.text == tooLong.text) // not even the error page fits
             return compose(status, page, {}, {}, false);
         return answerWith(tooLong, request, *ownPage("/500.html"));
     }
-    // The compressed bytes are another representation, which must not be taken for the plain one.
+    // A cached plain body must not be taken for the compressed one: each has a tag of its own.
     const std::string tag = tagOf(page.content) + (compressed ? "-gz" : "");
-    if (status.lasting && !page.live && isAmong(request.tag, tag))
+    if (status.cacheable && !page.live && listContains(request.tag, tag))
         return notModified(tag);
     return compose(status, page, tag, std::move(body), compressed);
 }
@@ -137,7 +138,7 @@ std::size_t HttpRequest::size() const
 
 const Page *ownPage(const std::string &path)
 {
-    // Never destroyed: applications call the library until the very end.
+    // Never destroyed: applications may call the library from static destructors.
     static const auto *const pages = new std::map<std::string, Page>(readOwnPages());
     const auto found = pages->find(path);
     return found != pages->end() ? &found->second : nullptr;

@@ -9,38 +9,38 @@
 
 namespace sondixsim::model {
 
-/// Something that the web interface serves.
+/// A page of the web interface.
 struct Page
 {
-    std::string type; ///< of its content, as "Content-Type" tells it
+    std::string type; ///< "Content-Type"
     std::string content;
-    bool live = false; ///< made for this one request: neither kept nor compared
+    bool live = false; ///< generated for each request, never cached
 };
 
-/// What the web interface of a model is.
+/// The web interface of a model.
 struct WebInterface
 {
     bool present = false;
-    std::string output;                  ///< setting that sends measured values over the serial line
-    std::vector<std::int32_t> baudrates; ///< that the line can be set to
-    std::map<std::string, Page> pages;   ///< of a bench file, in place of or besides the sensor's own
+    std::string output;                  ///< setting that switches measured values on the serial line
+    std::vector<std::int32_t> baudrates; ///< that "BAUDRATE" accepts
+    std::map<std::string, Page> pages;   ///< from a bench file; they replace built-in ones with the same path
 };
 
 struct HttpRequest
 {
     std::string path;
-    std::string tag;          ///< of what the asking side has already; empty: nothing
-    std::size_t most = 0;     ///< bytes that the answer's body may have
-    std::size_t size() const; ///< bytes of it on a line
+    std::string tag;           ///< entity tag of the client's copy; empty without one
+    std::size_t maxLength = 0; ///< of the body of the answer, in bytes
+    std::size_t size() const;  ///< of the request on the line, in bytes
 };
 
 struct HttpAnswer
 {
-    std::string header; ///< with the blank line
+    std::string header; ///< including the blank line
     std::string body;
 };
 
-/// The page that every web interface has under \a path, null when there is none.
+/// The built-in page \a path of every web interface, null when there is none.
 const Page *ownPage(const std::string &path);
 
 /// "/a" for "/a?b#c".
@@ -49,7 +49,7 @@ std::string barePath(const std::string &target);
 /// "text/css; charset=utf-8" for "a.css".
 std::string typeOfFile(const std::string &name);
 
-/// The answer to a request for \a page, null when there is none under its path.
+/// The answer to a request for \a page; null is answered with 404.
 HttpAnswer answerTo(const HttpRequest &request, const Page *page);
 
 } // namespace sondixsim::model

@@ -21,7 +21,7 @@ std::string readContent(const Node &node, const std::string &folder)
     std::ifstream file(pathFromUtf8(folder) / pathFromUtf8(name), std::ios::binary);
     std::string content{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     if (!file)
-        throw Mistake(node.line, "the page in \"" + name + "\" cannot be read");
+        throw ParseError(node.line, "the page in \"" + name + "\" cannot be read");
     return content;
 }
 
@@ -29,18 +29,18 @@ Page readPage(const Node &node, const std::string &path, const std::string &fold
 {
     ObjectReader reader(node, "the page \"" + path + '"');
     Page page;
-    const Node *const text = reader.find("text");
-    const Node *const file = reader.find("file");
+    const Node *const text = reader.optional("text");
+    const Node *const file = reader.optional("file");
     if ((text == nullptr) == (file == nullptr))
-        throw Mistake(node.line, "the page \"" + path + "\" needs either a \"text\" or a \"file\"");
+        throw ParseError(node.line, "the page \"" + path + "\" needs either a \"text\" or a \"file\"");
     page.content = text != nullptr ? readPlainText(*text, "\"text\"") : readContent(*file, folder);
     page.type = typeOfFile(file != nullptr ? file->text : path);
-    if (const Node *type = reader.find("type")) {
+    if (const Node *type = reader.optional("type")) {
         page.type = readPlainText(*type, "\"type\"");
         const bool oneLine =
             std::none_of(page.type.begin(), page.type.end(), [](unsigned char c) { return c < ' ' || c > '~'; });
         if (!oneLine || page.type.find('/') == std::string::npos)
-            throw Mistake(type->line, "\"type\" must be such as \"text/html\"");
+            throw ParseError(type->line, "\"type\" must be a media type such as \"text/html\"");
     }
     reader.finish();
     return page;
@@ -49,12 +49,12 @@ Page readPage(const Node &node, const std::string &path, const std::string &fold
 void readPages(const Node &node, SensorSpec &spec, const std::string &folder)
 {
     if (!spec.web.present)
-        throw Mistake(node.line, spec.model + " has no web interface");
+        throw ParseError(node.line, spec.model + " has no web interface");
     for (const Member &member : readObject(node, "\"pages\"")) {
         const std::string &path = member.key;
         if (path.empty() || path.front() != '/' || !isPrintable(path) || barePath(path) != path) {
-            throw Mistake(member.line,
-                          "the path \"" + path + "\" must begin with \"/\" and have no blank, \"?\" or \"#\"");
+            throw ParseError(member.line,
+                             "the path \"" + path + "\" must begin with \"/\" and have no blank, \"?\" or \"#\"");
         }
         spec.web.pages[path] = readPage(member.value, path, folder);
     }
@@ -65,11 +65,11 @@ WebInterface readWebInterface(const Node &node, const SensorSpec &spec)
     ObjectReader reader(node, "\"webInterface\"");
     WebInterface web;
     web.present = true;
-    const Node &output = reader.need("output");
+    const Node &output = reader.required("output");
     web.output = readPlainText(output, "\"output\"");
     if (spec.settings.find(web.output) == nullptr)
-        throw Mistake(output.line, spec.model + " has no setting \"" + web.output + '"');
-    for (const Node &rate : readArray(reader.need("baudrates"), "\"baudrates\""))
+        throw ParseError(output.line, spec.model + " has no setting \"" + web.output + '"');
+    for (const Node &rate : readArray(reader.required("baudrates"), "\"baudrates\""))
         web.baudrates.push_back(readInt(rate, "a baud rate", 1));
     reader.finish();
     return web;
@@ -79,9 +79,9 @@ WebInterface readWebInterface(const Node &node, const SensorSpec &spec)
 
 void readWebKeys(ObjectReader &reader, SensorSpec &spec, const std::string &folder)
 {
-    if (const Node *web = reader.find("webInterface"))
+    if (const Node *web = reader.optional("webInterface"))
         spec.web = web->kind == Node::Kind::Null ? WebInterface() : readWebInterface(*web, spec);
-    if (const Node *pages = reader.find("pages"))
+    if (const Node *pages = reader.optional("pages"))
         readPages(*pages, spec, folder);
 }
 

@@ -6,7 +6,7 @@
 
 namespace sondixsim::model {
 
-/// Reads what a model or a sensor says about its web interface.
+/// Reads the keys of a model or a sensor for the web interface.
 void readWebKeys(ObjectReader &reader, SensorSpec &spec, const std::string &folder);
 
 } // namespace sondixsim::model

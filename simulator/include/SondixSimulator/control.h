@@ -8,8 +8,8 @@
 #include <vector>
 
 /// \file
-/// The bench simulator seen from a test: choose the bench, step its clock, inject faults, read which
-/// C calls were made. Applications never need this header: they see the C interface alone.
+/// Controls the bench simulator from a test: loads a bench, steps its clock, injects faults and records the
+/// calls of the C interface. Applications use the C interface only and do not need this header.
 ///
 /// Every function may be called from any thread.
 
@@ -27,7 +27,7 @@
 
 namespace sondixsim {
 
-/// A bench file that cannot be used: what() is "<name>:<line>: <reason>".
+/// An error in a bench file: what() is "<name>:<line>: <reason>".
 class SONDIXSIM_TYPE BenchError : public std::runtime_error
 {
 public:
@@ -36,13 +36,14 @@ public:
         , line(lineNumber)
     {
     }
-    int line; ///< from 1; 0 when the file could not be read at all
+    int line; ///< from 1; 0 when the file could not be read
 };
 
 /// \name Bench
-/// Loading replaces the sensors, forgets faults and calls, stops recording and sets the clock back to 0;
-/// whether that is real or virtual only changes when the file says so. Handles that exist stay valid, their
-/// sensors are closed. docs/bench-files.md describes the files. They throw BenchError.
+/// Loading replaces the sensors, removes all faults and recorded calls, stops recording and sets the clock to 0. The
+/// clock stays real or virtual unless the file chooses one. Existing handles stay valid, but their sensors are closed.
+/// docs/bench-files.md describes the files.
+/// \throws BenchError and keeps the present bench when the file has an error
 /// \{
 SONDIXSIM_EXPORT void loadBench(const std::string &json, const std::string &name = "bench");
 SONDIXSIM_EXPORT void loadBenchFile(const std::string &path);
@@ -66,85 +67,84 @@ struct SONDIXSIM_TYPE Call
     std::int32_t result = 0;
     unsigned thread = 0; ///< number of the calling thread, in the order of their first calls
 
-    /// Such as `SetParameterString("S_Command", "Get_Info")`: without the handle and without plain
-    /// output pointers; buffers show as `null` or their size, transfer buffers as `null`, `raw`,
-    /// `scaled`; binary data as their length.
+    /// The call as text, such as `SetParameterString("S_Command", "Get_Info")`. The handle and pointers to single
+    /// results are left out. Buffers show as `null` or their size, transfer buffers as `null`, `raw` or `scaled`,
+    /// binary data as their length.
     SONDIXSIM_EXPORT std::string text() const;
 };
 
 /// \name Call log
-/// Off after loading: it costs time.
+/// Recording takes time; it is off after a bench was loaded.
 /// \{
 SONDIXSIM_EXPORT void recordCalls(bool on);
 SONDIXSIM_EXPORT std::vector<Call> calls(); ///< in the order in which they were made
 SONDIXSIM_EXPORT void clearCalls();
 /// \}
 
-/// What goes wrong, and when. A call matches when every filter that is set fits.
+/// A fault: which calls it matches, which of those it hits, and what it does to them. A call must match all filters
+/// that are set.
 struct SONDIXSIM_TYPE Fault
 {
     // Filters.
     std::string function;                   ///< C function; empty: "SensorCommand" when command is set, else any
     std::string command;                    ///< the command in S_Command, staged or last sent
-    std::string parameter;                  ///< the parameter that the call names
-    std::string sensor;                     ///< serial number of the sensor that the handle has opened
+    std::string parameter;                  ///< the parameter name in the arguments
+    std::string sensor;                     ///< serial number of the sensor that the handle opens or has opened
     std::optional<std::int32_t> sensorType; ///< type of the handle, or the argument of CreateSensorInstance
     std::optional<std::uint32_t> handle;
 
-    // When.
-    int from = 1;   ///< the nth matching call is the first that is hit
+    // Which of the matching calls.
+    int from = 1;   ///< number of the first matching call that is hit
     int times = -1; ///< how many are hit; -1: all
     double probability = 1.0;
 
-    // What. Without a code the call is made as usual, with the rest applied.
+    // Effect. Without a code the call is executed, and the other effects are applied to it.
     std::int32_t code = 0; ///< result of the call (CreateSensorInstance then returns 0)
-    std::string text;      ///< what GetError tells
+    std::string text;      ///< error text for GetError
     bool silent = false;   ///< the failure leaves GetError at 0
-    double delay = 0.0;    ///< seconds of real time that the call takes longer
+    double delay = 0.0;    ///< seconds of real time by which the call is delayed
     bool hang = false;     ///< the call returns only after releaseHangs()
-    /// "key=value" pairs that replace the answer of a command or an open, also with a code. Without a code
-    /// such a command succeeds even if the sensor does not know it. GetParameters tells this text byte for byte.
+    /// "key=value" pairs that replace the answer of a command or an open, with a code, too. Without a code the
+    /// command succeeds, even if the sensor does not know it. GetParameters returns exactly these bytes.
     std::optional<std::string> answer;
-    std::optional<std::int32_t> count; ///< available or read count, or length, that the call reports instead
+    std::optional<std::int32_t> count; ///< replaces the count or length that the call returns
 };
 
 /// \name Faults
 /// \{
-/// Several faults may hit one call: delays add up, of everything else the first one counts.
-/// \return its number, for removeFault
+/// Several faults may hit one call: delays are added, of all other effects the first one wins.
+/// \return the number of the fault, for removeFault()
 SONDIXSIM_EXPORT int inject(const Fault &fault);
 SONDIXSIM_EXPORT void removeFault(int number);
 SONDIXSIM_EXPORT void clearFaults();
 SONDIXSIM_EXPORT void releaseHangs();
-/// A sensor that is gone: it is not found, cannot be opened, and every call to it fails.
+/// An unplugged sensor is not found and cannot be opened, and every call to it fails.
 SONDIXSIM_EXPORT void unplug(const std::string &serialNumber);
 SONDIXSIM_EXPORT void plug(const std::string &serialNumber);
 /// \}
 
 /// \name Web interface
-/// Sensors with a web interface that hang on a serial line serve pages with "Get_HTTP" and take commands with
-/// "Cmd_Generic", at the speed of the line: the calls last as long as their bytes do at its baud rate. On a
-/// virtual clock nothing is waited for.
+/// Sensors with a web interface on a serial line serve pages with "Get_HTTP" and execute commands with "Cmd_Generic".
+/// These calls last as long as their bytes take at the baud rate of the line. With a virtual clock they return at once.
 /// \{
-/// Whether calls last so long; loading a bench sets it to what the file says, which is on unless it says otherwise.
+/// Whether calls last that long. Loading a bench sets it to the file's "lineSpeed", which is on by default.
 SONDIXSIM_EXPORT void setLineSpeedEffect(bool on);
-/// Seconds of bench time that these calls to a sensor have lasted since the bench was loaded, or would have
-/// lasted if they were waited for.
+/// Seconds of bench time that these calls to a sensor have taken on the line since the bench was loaded, whether or
+/// not they waited.
 SONDIXSIM_EXPORT double lineTime(const std::string &serialNumber);
-/// From now on a page is answered with these bytes exactly, whatever the request says besides the path; the header
-/// may be empty, both may hold zero bytes.
+/// Answers every request for \a path with exactly these bytes. The header may be empty; both may contain zero bytes.
 /// \throws std::invalid_argument for a sensor that is not on the bench or has no web interface
 SONDIXSIM_EXPORT void setPage(const std::string &serialNumber, const std::string &path, const std::string &header,
                               const std::string &body);
 /// \}
 
-/// Puts a block into an open sensor's data ring, after what the generators have put there. One of \a raw and
-/// \a scaled may be empty: it then follows from the other and the signals' ranges.
+/// Appends a block to the data ring of an open sensor, after the generated values. One of \a raw and \a scaled may be
+/// empty: it is then computed from the other and the ranges of the signals.
 /// \throws std::invalid_argument for a sensor that is not open or not on the bench, or blocks of different size
 SONDIXSIM_EXPORT void pushData(const std::string &serialNumber, const std::vector<std::int32_t> &raw,
                                const std::vector<double> &scaled, double timestamp);
 
-/// One trigger at a sensor's input: if it is open and waits for a trigger, one frame arises now.
+/// Triggers a sensor once: if it is open and waits for a trigger, it measures one frame now.
 SONDIXSIM_EXPORT void trigger(const std::string &serialNumber);
 
 /// Frames that a sensor's full ring has lost since it was opened.
