@@ -3,12 +3,16 @@
 
 #include "sondix/sondixapi_p.h"
 
+#include <SondixQt/sensortypes.h>
+
 #include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
 
-/// A handle of the C interface that releases itself, with the call sequences that every test needs.
+using SondixQt::SensorType;
+
+/// Creates a handle of the C interface and releases it at the end; wraps common sequences of calls.
 class Handle
 {
 public:
@@ -95,14 +99,14 @@ struct Block
     double timestamp = -1.0;
 };
 
-/// Takes up to \a most values.
-inline Block takeBlock(std::uint32_t handle, std::int32_t most)
+/// Transfers up to \a maxCount values.
+inline Block takeBlock(std::uint32_t handle, std::int32_t maxCount)
 {
     Block block;
-    block.raw.resize(static_cast<std::size_t>(most));
+    block.raw.resize(static_cast<std::size_t>(maxCount));
     block.scaled.resize(block.raw.size());
     std::int32_t read = 0;
-    if (TransferDataTS(handle, block.raw.data(), block.scaled.data(), most, &read, &block.timestamp) != 0)
+    if (TransferDataTS(handle, block.raw.data(), block.scaled.data(), maxCount, &read, &block.timestamp) != 0)
         read = 0;
     block.raw.resize(static_cast<std::size_t>(read));
     block.scaled.resize(block.raw.size());

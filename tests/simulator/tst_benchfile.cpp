@@ -12,7 +12,7 @@ class TestBenchFile : public QObject
     Q_OBJECT
 
 private:
-    /// Three lines come before \a text, which are those of a sensor.
+    /// A bench with one sensor. \a text begins in line 4.
     static QByteArray inSensor(const QByteArray &text)
     {
         return "{\n \"sensors\": [ {\n  \"model\": \"TX270\", \"serialNumber\": \"1\",\n" + text + "\n } ]\n}\n";
@@ -30,7 +30,7 @@ private:
     }
 
 private Q_SLOTS:
-    void mistakesAreNamedWithTheirLine_data()
+    void errorsAreReportedWithTheirLine_data()
     {
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<int>("line");
@@ -126,7 +126,7 @@ private Q_SLOTS:
             4, "members");
         row("too deep", "{ \"sensors\": \n" + QByteArray(40, '[') + QByteArray(40, ']') + "}", 2, "deep");
     }
-    void mistakesAreNamedWithTheirLine()
+    void errorsAreReportedWithTheirLine()
     {
         QFETCH(QByteArray, text);
         QFETCH(int, line);
@@ -144,30 +144,30 @@ private Q_SLOTS:
         QFAIL("the bench was accepted");
     }
 
-    void failedLoadLeavesTheBenchBefore()
+    void failedLoadKeepsThePresentBench()
     {
         sondixsim::loadBench(inSensor(place()).toStdString());
         QVERIFY_EXCEPTION_THROWN(sondixsim::loadBench("{"), sondixsim::BenchError);
-        // Where the DLL had a runtime of its own, that would count and this would not.
+        // Would be 1 if the library had another C++ runtime than the test: each counts on its own.
         QCOMPARE(std::uncaught_exceptions(), 0);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(handle.open(), 0);
     }
 
-    void commentsAndByteOrderMarkAreFine()
+    void commentsAndByteOrderMarkAreAccepted()
     {
         sondixsim::loadBench("\xEF\xBB\xBF{ // a comment\n /* another */ \"sensors\": [] }");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QVERIFY(handle.open() < 0);
     }
 
-    void sharedPlacesThatAreDifferentAreFine()
+    void sameAddressWithAnotherPortIsAccepted()
     {
         sondixsim::loadBench(
             pair("{ \"model\": \"TX290\", \"serialNumber\": \"2\", "
                  "\"place\": { \"interface\": \"TCP/IP\", \"ip\": \"10.0.0.1\", \"remotePort\": 24 } }")
                 .toStdString());
-        Handle handle(51);
+        Handle handle(SensorType::TX290);
         QCOMPARE(handle.open(), 0);
     }
 
@@ -177,17 +177,17 @@ private Q_SLOTS:
             { "model": "EC810", "serialNumber": "1", "place": { "interface": "XA100" }, "rate": 14400,
               "settings": { "Settings": { "SA_AvrType": 0 } } },
             { "model": "CP730", "serialNumber": "2", "place": { "interface": "WinUSB" }, "rate": 4000 } ] })");
-        Handle indexed(28);
+        Handle indexed(SensorType::EC810);
         indexed.open();
         indexed.command("Get_Settings");
         QCOMPARE(indexed.getInt("SA_SRIndex"), 2);
-        Handle timed(33);
+        Handle timed(SensorType::CP730);
         timed.open();
         timed.command("Get_SampleTime");
         QCOMPARE(timed.getDouble("SA_SampleTime"), 250.0);
     }
 
-    void filesAreLoadedByTheirName()
+    void filesAreLoadedByName()
     {
         QTemporaryDir folder;
         QFile file(folder.filePath(QStringLiteral("bench.json")));
@@ -210,10 +210,10 @@ private Q_SLOTS:
         }
     }
 
-    void exampleBenchIsFine()
+    void exampleBenchLoads()
     {
         sondixsim::loadBenchFile(std::string(SONDIX_BENCHES) + "/example.json");
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         QCOMPARE(handle.open(), 0);
         QCOMPARE(handle.command("Get_TransmittedDataInfo"), 0);
         QCOMPARE(handle.command("Get_TransmittedDataInfo"), -501);

@@ -9,15 +9,15 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-// The bench that the environment names is read once in a process, so each case runs in a child of its own.
+// SONDIX_BENCH is read once in a process, so each case runs in a child process.
 
-/// What the child tells: whether instances can be created, why not, and whose sensor is found first.
+/// Prints whether an instance can be created, else why not, and the serial number of the first sensor.
 static int child()
 {
     std::printf("start\n");
     std::fflush(stdout);
     for (int i = 0; i < 2; ++i) {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         char text[1024] = "";
         if (handle == 0) {
             const std::int32_t code = GetError(0, text, sizeof text);
@@ -36,13 +36,13 @@ class TestBenchVariable : public QObject
     Q_OBJECT
 
 private:
-    struct Told
+    struct Output
     {
         QByteArrayList output;
         QByteArrayList error;
     };
     static QByteArrayList lines(QByteArray text) { return text.replace("\r\n", "\n").trimmed().split('\n'); }
-    static Told run(const QString &bench)
+    static Output run(const QString &bench)
     {
         QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -54,11 +54,11 @@ private:
     }
 
 private Q_SLOTS:
-    void withoutItTheBuiltInBenchComesUp()
+    void builtInBenchIsTheDefault()
     {
-        const Told told = run(QString());
-        QCOMPARE(told.output, (QByteArrayList{"start", "opened 1018001", "opened 1018001"}));
-        QCOMPARE(told.error, QByteArrayList{QByteArray()});
+        const Output output = run(QString());
+        QCOMPARE(output.output, (QByteArrayList{"start", "opened 1018001", "opened 1018001"}));
+        QCOMPARE(output.error, QByteArrayList{QByteArray()});
     }
 
     void namedBenchIsUsed()
@@ -72,7 +72,7 @@ private Q_SLOTS:
         QCOMPARE(run(file.fileName()).output, (QByteArrayList{"start", "opened mine", "opened mine"}));
     }
 
-    void namesMayBeWrittenInAnyAlphabet()
+    void fileNamesMayHaveAnyCharacters()
     {
         QTemporaryDir folder;
         QDir inside(folder.path());
@@ -91,28 +91,29 @@ private Q_SLOTS:
         QCOMPARE(run(bench.fileName()).output, (QByteArrayList{"start", "opened named", "opened named"}));
     }
 
-    void brokenBenchIsNamedByGetError()
+    void errorInTheBenchIsReportedByGetError()
     {
         QTemporaryDir folder;
         QFile file(folder.filePath(QStringLiteral("bench.json")));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("{\n \"sensors\": [],\n \"sede\": 1 }");
         file.close();
-        const Told told = run(file.fileName());
+        const Output output = run(file.fileName());
         const QByteArray place = file.fileName().toUtf8() + ":3: ";
-        QCOMPARE(told.error, QByteArrayList{QByteArray()}); // telling is the caller's affair
-        QCOMPARE(told.output.size(), 3);
-        QVERIFY2(told.output[1].startsWith("-1 ") && told.output[1].contains(place), told.output[1].constData());
-        QVERIFY(told.output[1].contains("sede"));
-        QCOMPARE(told.output[2], told.output[1]);
+        QCOMPARE(output.error, QByteArrayList{QByteArray()}); // the library prints nothing
+        QCOMPARE(output.output.size(), 3);
+        QVERIFY2(output.output[1].startsWith("-1 ") && output.output[1].contains(place),
+                 output.output[1].constData());
+        QVERIFY(output.output[1].contains("sede"));
+        QCOMPARE(output.output[2], output.output[1]);
     }
 
-    void absentBenchIsNamedAsWell()
+    void missingBenchIsReportedByGetError()
     {
-        const Told told = run(QStringLiteral("/absent/bench.json"));
-        QCOMPARE(told.error, QByteArrayList{QByteArray()});
-        QCOMPARE(told.output.size(), 3);
-        QVERIFY(told.output[1].startsWith("-1 ") && told.output[1].contains("/absent/bench.json"));
+        const Output output = run(QStringLiteral("/absent/bench.json"));
+        QCOMPARE(output.error, QByteArrayList{QByteArray()});
+        QCOMPARE(output.output.size(), 3);
+        QVERIFY(output.output[1].startsWith("-1 ") && output.output[1].contains("/absent/bench.json"));
     }
 };
 

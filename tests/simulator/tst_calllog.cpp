@@ -29,7 +29,7 @@ private Q_SLOTS:
     void callsShowTheirArguments()
     {
         sondixsim::recordCalls(true);
-        const std::uint32_t handle = CreateSensorInstance(41);
+        const std::uint32_t handle = CreateSensorInstance(SensorType::TX270);
         SetParameterInt(handle, "SP_Index", 5);
         SetParameterDouble(handle, "SP_Rate", 2.5);
         SetParameterDouble(handle, "SP_Rate", 2.0);
@@ -93,7 +93,7 @@ private Q_SLOTS:
     {
         sondixsim::recordCalls(true);
         {
-            const Handle handle(41);
+            const Handle handle(SensorType::TX270);
             std::int32_t number = 0;
             GetParameterInt(handle, "SA_Absent", &number);
             const std::vector<sondixsim::Call> calls = sondixsim::calls();
@@ -106,20 +106,20 @@ private Q_SLOTS:
         }
     }
 
-    void nothingIsRecordedUnlessAsked()
+    void nothingIsRecordedByDefault()
     {
         {
-            const Handle handle(41);
+            const Handle handle(SensorType::TX270);
         }
         QVERIFY(sondixsim::calls().empty());
         sondixsim::recordCalls(true);
         {
-            const Handle handle(41);
+            const Handle handle(SensorType::TX270);
         }
         QCOMPARE(sondixsim::calls().size(), std::size_t(2));
         sondixsim::recordCalls(false);
         {
-            const Handle handle(41);
+            const Handle handle(SensorType::TX270);
         }
         QCOMPARE(sondixsim::calls().size(), std::size_t(2));
         sondixsim::clearCalls();
@@ -129,7 +129,7 @@ private Q_SLOTS:
     void threadsAreNumbered()
     {
         sondixsim::recordCalls(true);
-        const Handle handle(41);
+        const Handle handle(SensorType::TX270);
         std::thread other([&] { SetParameterInt(handle, "A", 1); });
         other.join();
         SetParameterInt(handle, "A", 2);

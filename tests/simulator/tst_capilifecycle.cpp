@@ -66,28 +66,28 @@ private Q_SLOTS:
         QVERIFY(QByteArray(text).contains(QByteArray::number(type)));
     }
 
-    void releasedHandleIsUnknownAlsoWhenItsPlaceIsUsedAgain()
+    void releasedHandleStaysUnknownWhenItsSlotIsReused()
     {
-        const std::uint32_t released = CreateSensorInstance(41);
+        const std::uint32_t released = CreateSensorInstance(SensorType::TX270);
         QCOMPARE(ReleaseSensorInstance(released), 0);
-        const Handle next(41);
+        const Handle next(SensorType::TX270);
         QVERIFY(next != released);
         QVERIFY(ReleaseSensorInstance(released) < 0);
         QVERIFY(SetParameterInt(released, "SP_X", 1) < 0);
         QCOMPARE(next.error(), 0);
     }
 
-    void newInstanceRemembersNothingOfTheOneBefore()
+    void newInstanceHasNoStateOfTheReleasedOne()
     {
         std::uint32_t before = 0;
         {
-            Handle handle(41);
+            Handle handle(SensorType::TX270);
             before = handle;
             handle.openAt("COM1");
             handle.set("SP_Left", 1);
             handle.command("Get_Info");
         }
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QVERIFY(handle != before);
         QCOMPARE(handle.error(), 0);
         QCOMPARE(handle.allParameters(), std::string());
@@ -98,7 +98,7 @@ private Q_SLOTS:
 
     void openStateFollowsOpenAndClose()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(handle.command("Get_OpenState"), 0);
         QCOMPARE(handle.getInt("IA_SensorOpen"), 0);
         QCOMPARE(handle.openAt("COM1"), 0);
@@ -110,22 +110,22 @@ private Q_SLOTS:
         QVERIFY(CloseSensor(handle) < 0);
     }
 
-    void openTakesTheSensorAtThePlace()
+    void openSelectsTheSensorByItsPlace()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.set("IP_Baudrate", 9600);
         QCOMPARE(handle.openAt("COM2"), 0);
         QCOMPARE(openedSerialNumber(handle), std::string("second"));
     }
 
-    void openWithoutParametersTakesTheFirstOfTheType()
+    void openWithoutParametersSelectsTheFirstOfTheType()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(handle.open(), 0);
         QCOMPARE(openedSerialNumber(handle), std::string("first"));
     }
 
-    void openFailsWhereNoSuchSensorIs_data()
+    void openFailsWithoutAMatchingSensor_data()
     {
         QTest::addColumn<QByteArray>("port");
         QTest::addColumn<int>("baudrate");
@@ -134,12 +134,12 @@ private Q_SLOTS:
         QTest::newRow("another baud rate") << QByteArray("COM2") << 115200 << QByteArray("TX270");
         QTest::newRow("another type") << QByteArray("COM3") << 115200 << QByteArray("RG53x");
     }
-    void openFailsWhereNoSuchSensorIs()
+    void openFailsWithoutAMatchingSensor()
     {
         QFETCH(QByteArray, port);
         QFETCH(int, baudrate);
         QFETCH(QByteArray, word);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.set("IP_Baudrate", baudrate);
         QVERIFY(handle.openAt(port.constData()) < 0);
         std::string text;
@@ -158,7 +158,7 @@ private Q_SLOTS:
     void anyOfSeveralAddressesOpens()
     {
         QFETCH(QByteArray, address);
-        Handle handle(53);
+        Handle handle(SensorType::HV2);
         handle.set("IP_RemoteAddr", address.constData());
         QCOMPARE(handle.open(), 0);
         QCOMPARE(openedSerialNumber(handle), std::string("colour"));
@@ -166,7 +166,7 @@ private Q_SLOTS:
 
     void busSensorIsOpenedByItsAddress()
     {
-        Handle handle(43);
+        Handle handle(SensorType::GenericKVBus);
         handle.set("IP_SensorAddress", 1);
         QCOMPARE(handle.openAt("COM8"), 0);
         QCOMPARE(openedSerialNumber(handle), std::string("bus 1"));
@@ -174,7 +174,7 @@ private Q_SLOTS:
 
     void sensorThatDoesNotAnswerCannotBeOpened()
     {
-        Handle handle(51);
+        Handle handle(SensorType::TX290);
         QVERIFY(handle.open() < 0);
         sondixsim::plug("dead");
         QCOMPARE(handle.open(), 0);
@@ -182,11 +182,11 @@ private Q_SLOTS:
 
     void openSensorIsInUse()
     {
-        Handle first(41);
+        Handle first(SensorType::TX270);
         QCOMPARE(first.openAt("COM1"), 0);
-        Handle second(41);
+        Handle second(SensorType::TX270);
         QVERIFY(second.openAt("COM1") < 0);
-        QCOMPARE(first.openAt("COM1"), 0); // the one that has it may open it again
+        QCOMPARE(first.openAt("COM1"), 0); // the owner may open it again
         CloseSensor(first);
         QCOMPARE(second.openAt("COM1"), 0);
     }
@@ -194,14 +194,14 @@ private Q_SLOTS:
     void releaseClosesTheSensor()
     {
         {
-            Handle handle(41);
+            Handle handle(SensorType::TX270);
             QCOMPARE(handle.openAt("COM1"), 0);
         }
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(handle.openAt("COM1"), 0);
     }
 
-    void closedSensorAnswersWhatNeedsNoConnection_data()
+    void closedHandleAnswersCommandsWithoutConnection_data()
     {
         QTest::addColumn<QByteArray>("command");
         QTest::addColumn<bool>("succeeds");
@@ -211,17 +211,17 @@ private Q_SLOTS:
         for (const char *name : {"Get_Info", "Get_TransmittedDataInfo", "Get_Samplerate", "Clear_Buffers", ""})
             QTest::newRow(name) << QByteArray(name) << false;
     }
-    void closedSensorAnswersWhatNeedsNoConnection()
+    void closedHandleAnswersCommandsWithoutConnection()
     {
         QFETCH(QByteArray, command);
         QFETCH(bool, succeeds);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(handle.command(command.constData()) == 0, succeeds);
     }
 
     void closedSensorGivesNoData()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         std::int32_t count = 0;
         double value = 0.0;
         double timestamp = 0.0;
@@ -230,9 +230,9 @@ private Q_SLOTS:
         QVERIFY(TransferDataTS(handle, nullptr, &value, 1, &count, &timestamp) < 0);
     }
 
-    void openTellsTheSensorInformation()
+    void openReturnsTheSensorInformation()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.openAt("COM1");
         const std::string information = handle.getText("SA_SensorInformation");
         QVERIFY(information.find("SA_SerialNumber=\"first\"") != std::string::npos);
@@ -240,9 +240,9 @@ private Q_SLOTS:
         QVERIFY(information.find("\r\nS_Command=\"Set_Samplerate\" SP_Measrate=2.0") != std::string::npos);
     }
 
-    void multiSensorTellsAboutEachMember()
+    void multiSensorReturnsTheInformationOfEachMember()
     {
-        Handle handle(57);
+        Handle handle(SensorType::MultiSensor);
         handle.set("IP_SensorCount", 2);
         QCOMPARE(handle.open(), 0);
         QVERIFY(handle.getText("SA_SensorInformation#S1").find("\"bus 1\"") != std::string::npos);
@@ -250,26 +250,26 @@ private Q_SLOTS:
         QCOMPARE(handle.getText("SA_SensorInformation#S3"), std::string("(missing)"));
         QCOMPARE(handle.command("Get_DrvSetting"), 0);
         QCOMPARE(handle.getInt("IA_SensorCount"), 2);
-        QCOMPARE(handle.getInt("IA_SensorType#1"), 43);
-        QCOMPARE(handle.getInt("IA_SensorType#2"), 40);
+        QCOMPARE(handle.getInt("IA_SensorType#1"), int(SensorType::GenericKVBus));
+        QCOMPARE(handle.getInt("IA_SensorType#2"), int(SensorType::CP740));
     }
 
     void membersAreInUseWithTheirMultiSensor()
     {
-        Handle multi(57);
+        Handle multi(SensorType::MultiSensor);
         QCOMPARE(multi.open(), 0);
-        Handle member(40);
+        Handle member(SensorType::CP740);
         QVERIFY(member.open() < 0);
         CloseSensor(multi);
         QCOMPARE(member.open(), 0);
         QVERIFY(multi.open() < 0);
-        Handle other(43); // claimed for a moment by the refused open
+        Handle other(SensorType::GenericKVBus); // the rejected open has released this member again
         QCOMPARE(other.open(), 0);
     }
 
     void loadingABenchClosesSensorsAndKeepsHandles()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.openAt("COM1");
         sondixsim::loadBench(bench);
         QCOMPARE(handle.command("Get_OpenState"), 0);
@@ -277,11 +277,11 @@ private Q_SLOTS:
         QCOMPARE(handle.openAt("COM1"), 0);
     }
 
-    void handlesRunOutAndComeBack()
+    void numberOfHandlesIsLimited()
     {
         std::vector<std::uint32_t> handles;
         while (handles.size() < 10000) {
-            const std::uint32_t handle = CreateSensorInstance(41);
+            const std::uint32_t handle = CreateSensorInstance(SensorType::TX270);
             if (handle == 0)
                 break;
             handles.push_back(handle);
@@ -291,7 +291,7 @@ private Q_SLOTS:
         QVERIFY(GetError(0, text, sizeof text) < 0);
         for (const std::uint32_t handle : handles)
             QCOMPARE(ReleaseSensorInstance(handle), 0);
-        const Handle again(41);
+        const Handle again(SensorType::TX270);
         QVERIFY(again != 0);
     }
 };

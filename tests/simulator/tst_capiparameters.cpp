@@ -5,7 +5,7 @@
 #include <cstring>
 #include <QTest>
 
-// The values that a command answers come from a bench of its own: one of each kind.
+// A bench with a command that answers one value of each type.
 static const char *const bench = R"({
     "sensors": [ {
         "model": "TX270", "serialNumber": "1", "place": { "interface": "RS232", "port": "COM1" },
@@ -22,9 +22,9 @@ class TestCapiParameters : public QObject
 private Q_SLOTS:
     void init() { sondixsim::loadBench(bench); }
 
-    void numbersAreAnsweredAsEitherType()
+    void numbersCanBeReadAsEitherType()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(handle.open(), 0);
         QCOMPARE(handle.command("Get_Kinds"), 0);
         QCOMPARE(handle.getInt("SA_Int"), 42);
@@ -37,15 +37,15 @@ private Q_SLOTS:
 
     void textsAreWindows1250()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.command("Get_Kinds");
         QCOMPARE(handle.getText("SA_Text"), std::string("20 \xB5m \"quoted\""));
     }
 
-    void lengthOfATextCountsItsZero()
+    void lengthOfATextIncludesTheTerminator()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.command("Get_Kinds");
         std::uint32_t length = 99;
@@ -55,9 +55,9 @@ private Q_SLOTS:
         QCOMPARE(length, 15u);
     }
 
-    void shortBufferFailsAndTellsTheLengthNeeded()
+    void shortBufferFailsAndReturnsTheLength()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.command("Get_Kinds");
         char buffer[4] = {'x', 'x', 'x', 'x'};
@@ -70,9 +70,9 @@ private Q_SLOTS:
         QVERIFY(!text.empty());
     }
 
-    void wholeAnswerIsPairsInLines()
+    void allAnswersAreReturnedAsPairs()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.command("Get_Kinds");
         QCOMPARE(handle.allParameters(),
@@ -80,9 +80,9 @@ private Q_SLOTS:
                              "SA_Text=\"20 \xB5m \\\"quoted\\\"\"\r\nSA_Empty=\"\"\r\nSA_Bool=1"));
     }
 
-    void absentAnswerIsAnError()
+    void missingAnswerIsAnError()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.command("Get_Kinds");
         std::int32_t number = 7;
@@ -95,9 +95,9 @@ private Q_SLOTS:
         QVERIFY(text.find("SA_Absent") != std::string::npos);
     }
 
-    void textIsNoNumber()
+    void textCannotBeReadAsNumber()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.command("Get_Kinds");
         std::int32_t number = 7;
@@ -108,7 +108,7 @@ private Q_SLOTS:
 
     void answersAreThoseOfTheLastCommand()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.command("Get_Kinds");
         handle.command("Get_Samplerate");
@@ -120,19 +120,19 @@ private Q_SLOTS:
 
     void stagedParametersAreConsumed()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.set("SP_Measrate", 4.0);
-        QCOMPARE(handle.command("Get_Samplerate"), 0); // takes the staged rate away without using it
+        QCOMPARE(handle.command("Get_Samplerate"), 0); // consumes the staged rate without using it
         QVERIFY(handle.command("Set_Samplerate") < 0);
-        QVERIFY(SensorCommand(handle) < 0); // S_Command is gone as well
+        QVERIFY(SensorCommand(handle) < 0); // S_Command was consumed as well
         QCOMPARE(handle.command("Get_Samplerate"), 0);
         QCOMPARE(handle.getDouble("SA_Measrate"), 2.0);
     }
 
     void openConsumesStagedParameters()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.set("S_Command", "Get_Samplerate");
         QCOMPARE(handle.open(), 0);
         QVERIFY(SensorCommand(handle) < 0);
@@ -140,7 +140,7 @@ private Q_SLOTS:
 
     void clearingDropsStagedParametersOnly()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.command("Get_Kinds");
         handle.set("S_Command", "Get_Samplerate");
@@ -151,9 +151,9 @@ private Q_SLOTS:
         QCOMPARE(handle.getInt("SA_Int"), 42);
     }
 
-    void bytesOfATextComeWithoutItsZero()
+    void binaryReadOfATextHasNoTerminator()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.command("Get_Kinds");
         std::uint32_t length = 0;
@@ -176,7 +176,7 @@ private Q_SLOTS:
 
     void missingArgumentsFail()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.command("Get_Kinds");
         std::uint32_t length = 0;
@@ -192,8 +192,8 @@ private Q_SLOTS:
 
     void errorBelongsToItsHandle()
     {
-        Handle failed(41);
-        Handle fine(41);
+        Handle failed(SensorType::TX270);
+        Handle fine(SensorType::TX270);
         QVERIFY(failed.command("Get_Info") < 0);
         QVERIFY(failed.error() < 0);
         QCOMPARE(fine.error(), 0);
@@ -201,7 +201,7 @@ private Q_SLOTS:
 
     void errorTextIsCutToItsBuffer()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.command("Get_Info");
         char text[6];
         QVERIFY(GetError(handle, text, sizeof text) < 0);

@@ -16,10 +16,10 @@ private:
         handle.set("IP_Baudrate", rate);
         return handle.openAt("COM1");
     }
-    /// Serial numbers that a search finds, with the baud rates that it tells.
+    /// Serial numbers and baud rates that a search reports.
     static std::set<std::pair<std::string, int>> found(const char *baudrates)
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.set("IP_ScanHWRS232", 1);
         if (*baudrates != '\0')
             handle.set("IP_Baudrates", baudrates);
@@ -41,26 +41,26 @@ private Q_SLOTS:
 
     void changeIsAnsweredAtTheOldRate()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(handle.open(), 0);
         QCOMPARE(askGeneric(handle, "BAUDRATE 921600"), std::string("BAUDRATE 921600"));
     }
 
-    void openHandleIsDeafAfterTheChange_data()
+    void openHandleTimesOutAfterTheChange_data()
     {
         QTest::addColumn<QByteArray>("command");
         for (const char *command :
              {"Get_HTTP", "Cmd_Generic", "Get_Info", "Get_Samplerate", "Get_DataOutInterface"})
             QTest::newRow(command) << QByteArray(command);
     }
-    void openHandleIsDeafAfterTheChange()
+    void openHandleTimesOutAfterTheChange()
     {
         QFETCH(QByteArray, command);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sendGeneric(handle, "BAUDRATE 921600");
         handle.set("SP_HTTPPath", "/");
-        handle.set("SP_HTTPMaxLength", usualLength);
+        handle.set("SP_HTTPMaxLength", defaultMaxLength);
         handle.set("SP_CmdStr", "BAUDRATE");
         QCOMPARE(handle.command(command.constData()), timedOut);
         std::string text;
@@ -71,7 +71,7 @@ private Q_SLOTS:
 
     void valuesStopUntilTheNewRateIsUsed()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sondixsim::advance(1.0);
         sendGeneric(handle, "BAUDRATE 460800");
@@ -85,7 +85,7 @@ private Q_SLOTS:
 
     void sensorIsOpenedAtItsPresentRateOnly()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sendGeneric(handle, "BAUDRATE 230400");
         CloseSensor(handle);
@@ -94,7 +94,7 @@ private Q_SLOTS:
         handle.error(&text);
         QVERIFY2(text.find("115200 baud") != std::string::npos, text.c_str());
         QCOMPARE(openAtRate(handle, 9600), timedOut);
-        QCOMPARE(handle.openAt("COM1"), timedOut); // the rate of its place is meant
+        QCOMPARE(handle.openAt("COM1"), timedOut); // the default is the rate of its place
         QCOMPARE(openAtRate(handle, 230400), 0);
         QCOMPARE(askGeneric(handle, "BAUDRATE"), std::string("BAUDRATE 230400"));
         QCOMPARE(fetch(handle, "/values.json").json()[QStringLiteral("baudrate")].toInt(), 230400);
@@ -105,16 +105,16 @@ private Q_SLOTS:
 
     void openHandleCanBeOpenedAgainAtTheNewRate()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sendGeneric(handle, "BAUDRATE 230400");
         QCOMPARE(openAtRate(handle, 230400), 0);
         QCOMPARE(askGeneric(handle, "BAUDRATE"), std::string("BAUDRATE 230400"));
     }
 
-    void everyRateOfTheTableIsTaken()
+    void everyListedRateIsAccepted()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         int rate = 115200;
         for (const int next : {9600, 19200, 38400, 57600, 115200, 230400, 460800, 691200, 921600, 1000000, 2000000,
@@ -129,7 +129,7 @@ private Q_SLOTS:
 
     void sameRateChangesNothing()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(sendGeneric(handle, "BAUDRATE 115200"), 0);
         QCOMPARE(sendGeneric(handle, "BAUDRATE"), 0);
@@ -140,7 +140,7 @@ private Q_SLOTS:
         using Results = std::set<std::pair<std::string, int>>;
         QCOMPARE(found("115200"), (Results{{"1", 115200}}));
         {
-            Handle handle(41);
+            Handle handle(SensorType::TX270);
             handle.open();
             sendGeneric(handle, "BAUDRATE 921600");
         }
@@ -149,9 +149,9 @@ private Q_SLOTS:
         QCOMPARE(found(""), (Results{{"1", 921600}}));
     }
 
-    void rateOutlivesThePowerSupply()
+    void rateSurvivesUnplugging()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sendGeneric(handle, "BAUDRATE 921600");
         sondixsim::unplug("1");
@@ -162,9 +162,9 @@ private Q_SLOTS:
         QCOMPARE(openAtRate(handle, 921600), 0);
     }
 
-    void defaultsLeaveTheRate()
+    void defaultsKeepTheRate()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sendGeneric(handle, "BAUDRATE 921600");
         openAtRate(handle, 921600);
@@ -174,7 +174,7 @@ private Q_SLOTS:
 
     void sensorThatIsUnpluggedAndPluggedAnswersOnTheSameHandle()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sondixsim::unplug("1");
         QVERIFY(fetch(handle, "/").result < 0);
@@ -186,10 +186,10 @@ private Q_SLOTS:
         QCOMPARE(fetch(handle, "/").result, 0);
     }
 
-    void silenceTakesTheTimeOfATimeOut()
+    void wrongBaudRateFailsAfterTheTimeout()
     {
         loadWebSensor("", R"("clock": { "speed": 20.0 },)");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sendGeneric(handle, "BAUDRATE 921600");
         double start = sondixsim::now();

@@ -23,7 +23,7 @@ static Block readSecond(int seed, int step)
 {
     sondixsim::useVirtualClock();
     sondixsim::loadBench(benchWithSeed(seed));
-    Handle handle(26);
+    Handle handle(SensorType::CC430);
     handle.open();
     Block all;
     for (int t = 0; t < 1000; t += step) {
@@ -79,14 +79,14 @@ private Q_SLOTS:
         QVERIFY(sondixsim::now() >= now && sondixsim::now() < 110.0);
     }
 
-    void loadingSetsTheClockBack()
+    void loadingResetsTheClock()
     {
         sondixsim::loadBench(benchWithSeed(1));
         sondixsim::useVirtualClock();
         sondixsim::advance(5.0);
         sondixsim::loadBench(benchWithSeed(1));
         QCOMPARE(sondixsim::now(), 0.0);
-        sondixsim::advance(1.0); // still virtual: the file does not say otherwise
+        sondixsim::advance(1.0); // still virtual: the file does not choose a clock
         QCOMPARE(sondixsim::now(), 1.0);
     }
 
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QTRY_VERIFY(sondixsim::now() > 1.0);
     }
 
-    void clockRefusesToGoBack()
+    void clockCannotBeSetBack()
     {
         QVERIFY_EXCEPTION_THROWN(sondixsim::advance(-1.0), std::invalid_argument);
         QVERIFY_EXCEPTION_THROWN(sondixsim::useRealClock(0.0), std::invalid_argument);

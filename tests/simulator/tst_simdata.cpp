@@ -28,7 +28,7 @@ class TestSimData : public QObject
     Q_OBJECT
 
 private:
-    /// The first signal's values after so many frames, read in one go.
+    /// The values of the first signal in so many frames.
     static std::vector<double> firstSignal(std::uint32_t handle, int frames)
     {
         std::vector<double> values;
@@ -45,7 +45,7 @@ private Q_SLOTS:
     void valuesAriseAtTheFrameRate()
     {
         sondixsim::loadBench(benchWith(constant));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         QCOMPARE(handle.available(), 0);
         sondixsim::advance(0.0099);
@@ -58,7 +58,7 @@ private Q_SLOTS:
     void manySmallStepsLoseNoFrame()
     {
         sondixsim::loadBench(benchWith(constant));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         std::size_t values = 0;
         for (int i = 0; i < 3000; ++i) {
@@ -72,19 +72,19 @@ private Q_SLOTS:
     {
         sondixsim::loadBench(benchWith(constant));
         sondixsim::advance(10.0);
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.05);
         QCOMPARE(takeBlock(handle, 20).timestamp, 10.001);
         QCOMPARE(takeBlock(handle, 20).timestamp, 10.011);
         sondixsim::advance(0.02);
-        QCOMPARE(takeBlock(handle, 60).timestamp, 10.021); // goes on over the two productions
+        QCOMPARE(takeBlock(handle, 60).timestamp, 10.021); // continues over two blocks
     }
 
     void fullRingLosesTheOldestFrames()
     {
         sondixsim::loadBench(benchWith(constant));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.1);
         QCOMPARE(sondixsim::lostFrames("1"), std::uint64_t(0));
@@ -93,14 +93,14 @@ private Q_SLOTS:
         QCOMPARE(sondixsim::lostFrames("1"), std::uint64_t(30));
         const Block block = takeBlock(handle, 200);
         QCOMPARE(block.timestamp, 0.031);
-        QCOMPARE(block.scaled[1], 31.0); // the ramp of the second signal tells the time
+        QCOMPARE(block.scaled[1], 31.0); // the ramp of the second signal counts milliseconds
         QCOMPARE(block.scaled[199], 130.0);
     }
 
-    void whatIsLostWithoutBeingSeenIsCountedAsWell()
+    void framesThatNeverEnteredTheRingAreCounted()
     {
         sondixsim::loadBench(benchWith(constant));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.01);
         QCOMPARE(handle.available(), 20);
@@ -110,10 +110,10 @@ private Q_SLOTS:
         QCOMPARE(takeBlock(handle, 2).timestamp, 2.911);
     }
 
-    void openingForgetsWhatWasThere()
+    void openingDiscardsOldValues()
     {
         sondixsim::loadBench(benchWith(constant));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(1.0);
         QCOMPARE(sondixsim::lostFrames("1"), std::uint64_t(900));
@@ -123,10 +123,10 @@ private Q_SLOTS:
         QCOMPARE(sondixsim::lostFrames("1"), std::uint64_t(0));
     }
 
-    void clearingTheBuffersDropsWhatHasArisen()
+    void clearBuffersDiscardsValues()
     {
         sondixsim::loadBench(benchWith(constant));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.05);
         QCOMPARE(handle.command("Clear_Buffers"), 0);
@@ -135,10 +135,10 @@ private Q_SLOTS:
         QCOMPARE(takeBlock(handle, 10).timestamp, 0.051);
     }
 
-    void transferGivesNoMoreThanAskedFor()
+    void transferIsLimitedToTheMaximumCount()
     {
         sondixsim::loadBench(benchWith(constant));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.01);
         QCOMPARE(takeBlock(handle, 7).raw.size(), std::size_t(7));
@@ -184,16 +184,16 @@ private Q_SLOTS:
         QFETCH(int, frame);
         QFETCH(double, value);
         sondixsim::loadBench(benchWith(generator.toStdString()));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         const std::vector<double> values = firstSignal(handle, 400);
         QVERIFY(std::fabs(values[static_cast<std::size_t>(frame) - 1] - value) < 1e-9);
     }
 
-    void noiseHasItsDeviation()
+    void noiseHasTheStandardDeviation()
     {
         sondixsim::loadBench(benchWith(R"({"kind":"noise","sigma":10})"));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         double sum = 0.0;
         double squares = 0.0;
@@ -207,7 +207,7 @@ private Q_SLOTS:
         QVERIFY(std::fabs(std::sqrt(squares / count) - 10.0) < 0.5);
     }
 
-    void recordedValuesArePlayedAgainAndAgain()
+    void recordedValuesAreRepeated()
     {
         QTemporaryDir folder;
         QFile record(folder.filePath(QStringLiteral("record.csv")));
@@ -219,17 +219,17 @@ private Q_SLOTS:
         bench.write(benchWith(R"({"kind":"csv","file":"record.csv","column":2})").c_str());
         bench.close();
         sondixsim::loadBenchFile(bench.fileName().toStdString());
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         const std::vector<double> values = firstSignal(handle, 50);
         for (std::size_t i = 0; i < values.size(); ++i)
             QCOMPARE(values[i], (std::vector<double>{1.5, -2.5, 4.0})[i % 3]);
     }
 
-    void rawAndScaledValuesBelongTogether()
+    void rawAndScaledValuesAgree()
     {
         sondixsim::loadBench(benchWith(R"({"kind":"noise","sigma":30})"));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.1);
         const Block block = takeBlock(handle, 200);
@@ -239,10 +239,10 @@ private Q_SLOTS:
         }
     }
 
-    void errorValuesComeByPeriod()
+    void errorValuesArePeriodic()
     {
         sondixsim::loadBench(benchWith(constant, R"(, "errors": [ { "key": -5, "every": 10, "length": 2 } ])"));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.02);
         const Block block = takeBlock(handle, 40);
@@ -253,10 +253,10 @@ private Q_SLOTS:
         }
     }
 
-    void errorValuesComeByChance()
+    void errorValuesHaveTheirProbability()
     {
         sondixsim::loadBench(benchWith(constant, R"(, "errors": [ { "key": -1, "probability": 0.1 } ])"));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         int errors = 0;
         for (const double value : firstSignal(handle, 10000))
@@ -264,10 +264,10 @@ private Q_SLOTS:
         QVERIFY2(errors > 900 && errors < 1100, QByteArray::number(errors).constData());
     }
 
-    void changingTheRateGoesOnAtTheNewOne()
+    void valuesFollowTheNewRate()
     {
         sondixsim::loadBench(benchWith(constant));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.01);
         handle.set("SP_Measrate", 5.0);
@@ -279,10 +279,10 @@ private Q_SLOTS:
         QCOMPARE(takeBlock(handle, 10).timestamp, 0.0102);
     }
 
-    void pushedBlockComesAfterWhatHasArisen()
+    void pushedBlockFollowsGeneratedValues()
     {
         sondixsim::loadBench(benchWith(constant));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.001);
         sondixsim::pushData("1", {1, 2, 3}, {1.5, 2.5, 3.5}, 99.0);
@@ -294,10 +294,10 @@ private Q_SLOTS:
         QCOMPARE(block.timestamp, 99.0);
     }
 
-    void pushedValuesFollowFromEachOther()
+    void missingPushedValuesAreComputed()
     {
         sondixsim::loadBench(benchWith(constant));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::pushData("1", {}, {5.0, 700.0, -1.0e10 - 3.0}, 0.0);
         QCOMPARE(takeBlock(handle, 3).raw, (std::vector<std::int32_t>{50, 700, 1003}));
@@ -305,20 +305,20 @@ private Q_SLOTS:
         QCOMPARE(takeBlock(handle, 2).scaled, (std::vector<double>{5.0, 700.0}));
     }
 
-    void pushRefusesWhatCannotBe()
+    void pushRejectsInvalidBlocks()
     {
         sondixsim::loadBench(benchWith(constant));
         QVERIFY_EXCEPTION_THROWN(sondixsim::pushData("1", {1}, {1.0}, 0.0), std::invalid_argument);
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         QVERIFY_EXCEPTION_THROWN(sondixsim::pushData("1", {1, 2}, {1.0}, 0.0), std::invalid_argument);
         QVERIFY_EXCEPTION_THROWN(sondixsim::pushData("2", {1}, {1.0}, 0.0), std::invalid_argument);
     }
 
-    void hugeBlockLeavesWhatTheRingHolds()
+    void hugeBlockFillsTheRing()
     {
         sondixsim::loadBench(benchWith(constant));
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         std::vector<std::int32_t> raw(1000);
         for (std::size_t i = 0; i < raw.size(); ++i)
@@ -334,7 +334,7 @@ private Q_SLOTS:
         sondixsim::loadBench(
             R"({ "clock": { "virtual": true }, "sensors": [ { "model": "TX270", "serialNumber": "1",
             "place": { "interface": "WinUSB" }, "standing": 1000 } ] })");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const Block first = takeBlock(handle, 600);
         QCOMPARE(handle.available(), 1000);
@@ -348,7 +348,7 @@ private Q_SLOTS:
         sondixsim::loadBench(
             R"({ "clock": { "virtual": true }, "sensors": [ { "model": "UC100", "serialNumber": "1",
             "place": { "interface": "WinUSB" }, "standing": 1000 } ] })");
-        Handle handle(32);
+        Handle handle(SensorType::UC100);
         QCOMPARE(handle.open(), 0);
         QCOMPARE(handle.available(), 0);
         QCOMPARE(takeBlock(handle, 10).raw.size(), std::size_t(0));
@@ -359,7 +359,7 @@ private Q_SLOTS:
         sondixsim::loadBench(
             R"({ "clock": { "virtual": true }, "sensors": [ { "model": "EC830", "serialNumber": "1",
             "place": { "interface": "RS232", "port": "COM1", "busAddress": 1 }, "rate": 100 } ] })");
-        Handle handle(43);
+        Handle handle(SensorType::GenericKVBus);
         handle.open();
         sondixsim::advance(0.1);
         QCOMPARE(handle.available(), 0);

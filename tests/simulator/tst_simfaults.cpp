@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "handle.h"
 #include "SondixSimulator/control.h"
+#include "support/scripting.h"
 
 #include <atomic>
 #include <QElapsedTimer>
@@ -39,7 +40,7 @@ private Q_SLOTS:
 
     void faultGivesItsCodeAndText()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         openDevice(handle, 1);
         Fault fault;
         fault.command = "Get_Samplerate";
@@ -55,7 +56,7 @@ private Q_SLOTS:
 
     void failedCommandConsumesItsParametersAndLeavesNoAnswer()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         openDevice(handle, 1);
         handle.command("Get_Samplerate");
         Fault fault;
@@ -66,14 +67,14 @@ private Q_SLOTS:
         handle.set("SP_Measrate", 4.0);
         QCOMPARE(handle.command("Set_Samplerate"), -1000);
         QCOMPARE(handle.allParameters(), std::string());
-        QVERIFY(handle.command("Set_Samplerate") != 0); // the rate has gone with the failed one
+        QVERIFY(handle.command("Set_Samplerate") != 0); // the failed command has consumed the rate
         handle.command("Get_Samplerate");
         QCOMPARE(handle.getDouble("SA_Measrate"), 1.0);
     }
 
     void silentFailureLeavesNoError()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.command("Get_Info");
         QVERIFY(handle.error() != 0);
         Fault fault;
@@ -101,11 +102,8 @@ private Q_SLOTS:
     void everyFunctionCanFail()
     {
         QFETCH(QByteArray, function);
-        const Handle handle(41);
-        Fault fault;
-        fault.function = function.constData();
-        fault.code = -777;
-        sondixsim::inject(fault);
+        const Handle handle(SensorType::TX270);
+        scriptFailure(function.constData(), -777);
         std::int32_t number = 1;
         double real = 1.0;
         char buffer[8] = "";
@@ -137,23 +135,23 @@ private Q_SLOTS:
             QCOMPARE(result == -777, name == function.toStdString());
     }
 
-    void instanceOfATypeCannotBeCreated()
+    void creationCanFailByType()
     {
         Fault fault;
         fault.function = "CreateSensorInstance";
-        fault.sensorType = 41;
+        fault.sensorType = SensorType::TX270;
         fault.code = -9;
         fault.text = "no licence";
         sondixsim::inject(fault);
-        QCOMPARE(CreateSensorInstance(41), 0u);
+        QCOMPARE(CreateSensorInstance(SensorType::TX270), 0u);
         char text[64] = "";
         QCOMPARE(GetError(0, text, sizeof text), -9);
         QCOMPARE(std::string(text), fault.text);
-        const Handle other(26);
+        const Handle other(SensorType::CC430);
         QVERIFY(other != 0);
     }
 
-    void filtersMustAllFit_data()
+    void allFiltersMustMatch_data()
     {
         QTest::addColumn<QByteArray>("function");
         QTest::addColumn<QByteArray>("command");
@@ -176,11 +174,11 @@ private Q_SLOTS:
         row("other parameter", "", "", "SA_Range", "", 0, false);
         row("sensor", "", "", "", "one", 0, true);
         row("other sensor", "", "", "", "two", 0, false);
-        row("type", "", "", "", "", 41, true);
-        row("other type", "", "", "", "", 26, false);
-        row("all", "GetParameterDouble", "Get_Samplerate", "SA_Measrate", "one", 41, true);
+        row("type", "", "", "", "", SensorType::TX270, true);
+        row("other type", "", "", "", "", SensorType::CC430, false);
+        row("all", "GetParameterDouble", "Get_Samplerate", "SA_Measrate", "one", SensorType::TX270, true);
     }
-    void filtersMustAllFit()
+    void allFiltersMustMatch()
     {
         QFETCH(QByteArray, function);
         QFETCH(QByteArray, command);
@@ -188,7 +186,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, sensor);
         QFETCH(int, type);
         QFETCH(bool, hit);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         openDevice(handle, 1);
         handle.command("Get_Samplerate");
         Fault fault;
@@ -204,10 +202,10 @@ private Q_SLOTS:
         QCOMPARE(GetParameterDouble(handle, "SA_Measrate", &value) == -7, hit);
     }
 
-    void handleFilterFits()
+    void handleFilterMatches()
     {
-        Handle first(41);
-        Handle second(41);
+        Handle first(SensorType::TX270);
+        Handle second(SensorType::TX270);
         Fault fault;
         fault.handle = second;
         fault.code = -7;
@@ -216,14 +214,14 @@ private Q_SLOTS:
         QCOMPARE(SetParameterInt(second, "A", 1), -7);
     }
 
-    void openIsHitByTheSensorItLeadsTo()
+    void sensorFilterMatchesTheSensorThatOpenSelects()
     {
         Fault fault;
         fault.function = "OpenSensor";
         fault.sensor = "two";
         fault.code = -7;
         sondixsim::inject(fault);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(openDevice(handle, 1), 0);
         CloseSensor(handle);
         QCOMPARE(openDevice(handle, 2), -7);
@@ -231,7 +229,7 @@ private Q_SLOTS:
 
     void nthCallsAreHit()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         Fault fault;
         fault.function = "ClearAllParameters";
         fault.from = 3;
@@ -244,11 +242,11 @@ private Q_SLOTS:
         QCOMPARE(results, (std::vector<std::int32_t>{0, 0, -7, -7, 0, 0}));
     }
 
-    void chanceIsTheSameEveryTime()
+    void probabilityIsReproducible()
     {
         const auto run = [] {
             sondixsim::loadBench(bench);
-            const Handle handle(41);
+            const Handle handle(SensorType::TX270);
             Fault fault;
             fault.function = "ClearAllParameters";
             fault.probability = 0.3;
@@ -267,7 +265,7 @@ private Q_SLOTS:
 
     void removedFaultHitsNoMore()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         Fault fault;
         fault.function = "ClearAllParameters";
         fault.code = -7;
@@ -282,13 +280,13 @@ private Q_SLOTS:
         QCOMPARE(ClearAllParameters(handle), 0);
     }
 
-    void loadingForgetsFaults()
+    void loadingRemovesFaults()
     {
         Fault fault;
         fault.code = -7;
         sondixsim::inject(fault);
         sondixsim::loadBench(bench);
-        const Handle handle(41);
+        const Handle handle(SensorType::TX270);
         QVERIFY(handle != 0);
     }
 
@@ -301,7 +299,7 @@ private Q_SLOTS:
     void answerIsReplaced()
     {
         QFETCH(int, code);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         openDevice(handle, 1);
         Fault fault;
         fault.command = "Get_Samplerate";
@@ -319,20 +317,17 @@ private Q_SLOTS:
 
     void givenAnswerMakesAnUnknownCommandSucceed()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         openDevice(handle, 1);
-        Fault fault;
-        fault.command = "Get_Nonsense";
-        fault.answer = "SA_Sense=1";
-        sondixsim::inject(fault);
+        scriptAnswer("Get_Nonsense", "SA_Sense=1");
         QCOMPARE(handle.command("Get_Nonsense"), 0);
         QCOMPARE(handle.error(), 0);
         QCOMPARE(handle.getInt("SA_Sense"), 1);
     }
 
-    void garbledAnswerIsToldByteForByte()
+    void garbledAnswerIsReturnedByteForByte()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         openDevice(handle, 1);
         Fault fault;
         fault.command = "Get_Samplerate";
@@ -342,9 +337,9 @@ private Q_SLOTS:
         QCOMPARE(handle.allParameters(), *fault.answer);
     }
 
-    void countsAreReportedWrong()
+    void countsCanBeReplaced()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         openDevice(handle, 1);
         sondixsim::advance(0.01);
         Fault fault;
@@ -370,7 +365,7 @@ private Q_SLOTS:
 
     void delayTakesRealTime()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         Fault fault;
         fault.function = "ClearAllParameters";
         fault.delay = 0.05;
@@ -381,9 +376,9 @@ private Q_SLOTS:
         QVERIFY(timer.nsecsElapsed() >= 50000000);
     }
 
-    void hangEndsWhenReleasedAndHoldsNobodyUp()
+    void hangEndsWhenReleasedAndBlocksNoOtherCall()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         openDevice(handle, 1);
         Fault fault;
         fault.command = "Get_Samplerate";
@@ -404,13 +399,13 @@ private Q_SLOTS:
             return false;
         };
         QTRY_VERIFY(hasBegun());
-        // The hanging call holds nobody up, not even on the same handle.
+        // The hanging call blocks no other call, not even on the same handle.
         std::int32_t count = 0;
         QCOMPARE(DataAvail(handle, &count), 0);
-        Handle other(41);
+        Handle other(SensorType::TX270);
         QCOMPARE(openDevice(other, 2), 0);
         QVERIFY(!returned);
-        while (!returned) { // the call may only just be about to wait
+        while (!returned) { // the call may not wait yet
             sondixsim::releaseHangs();
             std::this_thread::yield();
         }
@@ -420,7 +415,7 @@ private Q_SLOTS:
 
     void handleReleasedDuringAHangIsUnknownAfterwards()
     {
-        const std::uint32_t handle = CreateSensorInstance(41);
+        const std::uint32_t handle = CreateSensorInstance(SensorType::TX270);
         Fault fault;
         fault.function = "OpenSensor";
         fault.hang = true;
@@ -444,7 +439,7 @@ private Q_SLOTS:
 
     void severalFaultsAddUp()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         Fault slow;
         slow.delay = 0.02;
         slow.function = "ClearAllParameters";
@@ -460,7 +455,7 @@ private Q_SLOTS:
 
     void unpluggedSensorFailsEveryCall()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         openDevice(handle, 1);
         sondixsim::advance(0.1);
         sondixsim::unplug("one");
@@ -473,14 +468,14 @@ private Q_SLOTS:
         std::string text;
         handle.error(&text);
         QVERIFY(!text.empty());
-        Handle other(41);
+        Handle other(SensorType::TX270);
         QVERIFY(openDevice(other, 1) < 0);
         sondixsim::plug("one");
         QCOMPARE(DataAvail(handle, &count), 0);
         QVERIFY_EXCEPTION_THROWN(sondixsim::unplug("nobody"), std::invalid_argument);
     }
 
-    void benchFileGivesASensorItsFaults()
+    void benchFileDefinesFaults()
     {
         sondixsim::loadBench(R"({ "sensors": [
             { "model": "TX270", "serialNumber": "one", "place": { "interface": "WinUSB", "device": 1 },
@@ -490,7 +485,7 @@ private Q_SLOTS:
                 { "command": "Get_Averaging", "delay": 0.03 }
               ] },
             { "model": "TX270", "serialNumber": "two", "place": { "interface": "WinUSB", "device": 2 } } ] })");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(openDevice(handle, 1), -50);
         std::string text;
         handle.error(&text);
@@ -503,7 +498,7 @@ private Q_SLOTS:
         timer.start();
         QCOMPARE(handle.command("Get_Averaging"), 0);
         QVERIFY(timer.nsecsElapsed() >= 30000000);
-        Handle other(41);
+        Handle other(SensorType::TX270);
         QCOMPARE(openDevice(other, 2), 0);
         QCOMPARE(other.command("Get_Info"), 0);
         QCOMPARE(other.command("Get_Info"), 0);

@@ -32,7 +32,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, command);
         QFETCH(QByteArray, answer);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(askGeneric(handle, command.toStdString()), answer.toStdString());
     }
@@ -57,7 +57,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, command);
         QFETCH(QByteArray, answer);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(sendGeneric(handle, "SENSORNAME before"), 0);
         QCOMPARE(askGeneric(handle, command.toStdString()), answer.toStdString());
@@ -67,7 +67,7 @@ private Q_SLOTS:
 
     void settingsAreThoseOfTheOtherCommands()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(sendGeneric(handle, "MEASRATE 8"), 0);
         QCOMPARE(handle.command("Get_Samplerate"), 0);
@@ -89,20 +89,20 @@ private Q_SLOTS:
 
     void rateOfValuesFollowsAtOnce()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sondixsim::advance(1.0);
         QCOMPARE(handle.available(), 2000);
         QCOMPARE(sendGeneric(handle, "MEASRATE 1"), 0);
         sondixsim::advance(1.0);
         QCOMPARE(handle.available(), 3000);
-        QCOMPARE(sendGeneric(handle, "MEASRATE 4", 1), 0); // initialised: what has not been fetched is thrown away
+        QCOMPARE(sendGeneric(handle, "MEASRATE 4", 1), 0); // initialisation discards values that were not fetched
         QCOMPARE(handle.available(), 0);
         sondixsim::advance(1.0);
         QCOMPARE(handle.available(), 4000);
     }
 
-    void wrongCommandsAreRefused_data()
+    void invalidCommandsAreRejected_data()
     {
         QTest::addColumn<QByteArray>("command");
         QTest::addColumn<int>("code");
@@ -135,12 +135,12 @@ private Q_SLOTS:
         QTest::newRow("export with a value")
             << QByteArray("EXPORT all") << unknownParameter << QByteArray("EXPORT");
     }
-    void wrongCommandsAreRefused()
+    void invalidCommandsAreRejected()
     {
         QFETCH(QByteArray, command);
         QFETCH(int, code);
         QFETCH(QByteArray, word);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.command("Get_AllParameters");
         const std::string before = handle.allParameters();
@@ -155,14 +155,14 @@ private Q_SLOTS:
 
     void commandNeedsItsText()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(handle.command("Cmd_Generic"), parameterMissing);
     }
 
     void severalLinesAreAnImport()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(
             sendGeneric(handle, "# settings of line 3\r\nMEASRATE 5\r\n\r\nAVERAGINGNUMBER=8\r\nMEASRATE 6\r\n"),
@@ -171,7 +171,7 @@ private Q_SLOTS:
         QCOMPARE(askGeneric(handle, "AVERAGINGNUMBER"), std::string("AVERAGINGNUMBER 8"));
     }
 
-    void importIsCarriedOutWholeOrNotAtAll_data()
+    void importSetsAllOrNothing_data()
     {
         QTest::addColumn<QByteArray>("wrongLine");
         QTest::addColumn<int>("code");
@@ -182,13 +182,13 @@ private Q_SLOTS:
         QTest::newRow("another command") << QByteArray("SETDEFAULT") << parameterMissing;
         QTest::newRow("baud rate") << QByteArray("BAUDRATE 9600") << unknownParameter;
     }
-    void importIsCarriedOutWholeOrNotAtAll()
+    void importSetsAllOrNothing()
     {
         QFETCH(QByteArray, wrongLine);
         QFETCH(int, code);
         for (const bool last : {true, false}) {
             init();
-            Handle handle(41);
+            Handle handle(SensorType::TX270);
             handle.open();
             handle.command("Get_AllParameters");
             const std::string before = handle.allParameters();
@@ -206,7 +206,7 @@ private Q_SLOTS:
 
     void exportCanBeImported()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(sendGeneric(handle, "MEASRATE 5\nAVERAGINGNUMBER 8\nOUTPUTERROROUT2 1"), 0);
         QCOMPARE(sendGeneric(handle, "EXPORT"), 0);
@@ -220,10 +220,10 @@ private Q_SLOTS:
         QCOMPARE(askGeneric(handle, "EXPORT"), exported);
     }
 
-    void defaultsComeBack()
+    void defaultsAreRestored()
     {
         loadWebSensor(R"(, "rate": 3000, "settings": { "SensorName": { "SA_SensorName": "from the file" } })");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const std::string before = askGeneric(handle, "EXPORT");
         QCOMPARE(sendGeneric(handle, "MEASRATE 5\nAVERAGINGNUMBER 8\nOUTPUTRS422 0\nSENSORNAME other"), 0);
@@ -238,7 +238,7 @@ private Q_SLOTS:
 
     void pagesShowWhatCommandsHaveSet()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(sendGeneric(handle, "SENSORNAME Press 7\nMEASRATE 4"), 0);
         const QJsonObject values = fetch(handle, "/values.json").json();
@@ -253,7 +253,7 @@ private Q_SLOTS:
 
     void everyCommandOfTheSettingsPageIsKnown()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const QByteArray page = QByteArray::fromStdString(fetch(handle, "/settings.html").body);
         int names = 0;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "support/scripting.h"
 #include "web.h"
 
 #include <atomic>
@@ -6,7 +7,7 @@
 #include <QTest>
 #include <thread>
 
-/// Bytes of a request without a tag, as a browser writes it.
+/// Size of a request without a tag.
 static std::size_t requestSize(const std::string &path)
 {
     return ("GET " + path + " HTTP/1.1\r\n\r\n").size();
@@ -46,7 +47,7 @@ private Q_SLOTS:
     {
         QFETCH(int, baudrate);
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         if (baudrate != 115200) {
             QCOMPARE(sendGeneric(handle, "BAUDRATE " + std::to_string(baudrate)), 0);
@@ -66,7 +67,7 @@ private Q_SLOTS:
     void unchangedPageTakesLittleTime()
     {
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         switchOutput(handle, 0);
         const std::string tag = fetch(handle, "/style.css").tag();
@@ -80,7 +81,7 @@ private Q_SLOTS:
     void measuredValuesTakeHalfOfTheLine()
     {
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const Fetched page = fetch(handle, "/");
         const double with = sondixsim::lineTime("1");
@@ -90,10 +91,10 @@ private Q_SLOTS:
         QVERIFY(qAbs(sondixsim::lineTime("1") - 1.5 * with) < 1.0e-9);
     }
 
-    void genericCommandTakesItsTimeToo()
+    void genericCommandTakesTimeOnTheLine()
     {
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         switchOutput(handle, 0);
         QCOMPARE(askGeneric(handle, "MEASRATE"), std::string("MEASRATE 2.0"));
@@ -105,7 +106,7 @@ private Q_SLOTS:
     {
         constexpr double speed = 50.0;
         loadWebSensor("", R"("clock": { "speed": 50.0 },)");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const double start = sondixsim::now();
         QElapsedTimer timer;
@@ -132,7 +133,7 @@ private Q_SLOTS:
                                     : R"("clock": { "speed": 0.001 },)");
         if (!inTheFile)
             sondixsim::setLineSpeedEffect(false);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QElapsedTimer timer;
         timer.start();
@@ -145,7 +146,7 @@ private Q_SLOTS:
     {
         loadWebSensor("", R"("lineSpeed": false,)");
         loadWebSensor("", R"("clock": { "speed": 100.0 },)");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const double start = sondixsim::now();
         fetch(handle, "/style.css");
@@ -163,7 +164,7 @@ private Q_SLOTS:
     {
         QFETCH(int, how);
         loadWebSensor("", R"("clock": { "speed": 0.001 },)");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         std::atomic<bool> done{false};
         std::thread slow([&] {
@@ -182,14 +183,14 @@ private Q_SLOTS:
         slow.join();
     }
 
-    void slowPageHoldsNobodyUp()
+    void slowPageBlocksNoOtherCall()
     {
         sondixsim::loadBench(R"({ "clock": { "speed": 0.001 }, "sensors": [
             { "model": "TX270", "serialNumber": "1", "place": { "interface": "RS232", "port": "COM1" } },
             { "model": "TX270", "serialNumber": "2", "place": { "interface": "RS232", "port": "COM2" } } ] })");
-        Handle slowHandle(41);
+        Handle slowHandle(SensorType::TX270);
         QCOMPARE(slowHandle.openAt("COM1"), 0);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(handle.openAt("COM2"), 0);
         std::atomic<bool> done{false};
         std::thread slow([&] {
@@ -200,10 +201,10 @@ private Q_SLOTS:
         QCOMPARE(handle.command("Get_Info"), 0);
         QCOMPARE(handle.command("Get_Samplerate"), 0);
         QVERIFY(handle.available() >= 0);
-        Handle third(41);
+        Handle third(SensorType::TX270);
         QVERIFY(third != 0);
         QCOMPARE(third.command("Start_FindSensor"), 0);
-        // Not even the same sensor's other calls.
+        // Not even other calls to the same sensor.
         QVERIFY(slowHandle.available() >= 0);
         QCOMPARE(slowHandle.command("Get_Info"), 0);
         QVERIFY(!done);
@@ -214,7 +215,7 @@ private Q_SLOTS:
     void pagesTakeTurnsOnTheLine()
     {
         loadWebSensor("", R"("clock": { "speed": 50.0 },)");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const double start = sondixsim::now();
         std::thread other([&] { fetch(handle, "/sensor.svg"); });
@@ -223,10 +224,10 @@ private Q_SLOTS:
         QVERIFY(sondixsim::now() - start >= sondixsim::lineTime("1"));
     }
 
-    void sensorThatVanishesMeanwhileFails()
+    void unpluggingDuringACallFailsIt()
     {
         loadWebSensor("", R"("clock": { "speed": 0.001 },)");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         std::atomic<int> result{1};
         std::thread slow([&] { result = fetch(handle, "/style.css").result; });
@@ -241,7 +242,7 @@ private Q_SLOTS:
         QCOMPARE(binaryAnswer(handle, "SA_HTTPBody"), std::string("(missing)"));
     }
 
-    void testCanSayWhatAPageIs()
+    void testCanReplaceAPage()
     {
         loadWebSensor();
         std::string body(1u << 20, '\0');
@@ -250,7 +251,7 @@ private Q_SLOTS:
         const std::string header = "HTTP/1.1 200 OK\r\nX-Odd: \"\\";
         sondixsim::setPage("1", "/big", header, body);
         sondixsim::setPage("1", "/", "", "plain");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const Fetched page = fetch(handle, "/big?query", "anything", 10);
         QCOMPARE(page.result, 0);
@@ -263,10 +264,10 @@ private Q_SLOTS:
         QVERIFY_EXCEPTION_THROWN(sondixsim::setPage("1", "/", "", ""), std::invalid_argument);
     }
 
-    void faultsReachTheCommands()
+    void faultsHitTheWebCommands()
     {
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sondixsim::Fault failure;
         failure.command = "Get_HTTP";
@@ -286,10 +287,7 @@ private Q_SLOTS:
         const Fetched odd = fetch(handle, "/");
         QCOMPARE(odd.header, std::string("HTTP/1.1 418 Odd"));
         QCOMPARE(odd.body, std::string("short"));
-        sondixsim::Fault refused;
-        refused.command = "Cmd_Generic";
-        refused.code = -501;
-        sondixsim::inject(refused);
+        scriptCommandFailure("Cmd_Generic", -501);
         QCOMPARE(sendGeneric(handle, "MEASRATE 5"), -501);
         sondixsim::clearFaults();
         QCOMPARE(askGeneric(handle, "MEASRATE"), std::string("MEASRATE 2.0"));

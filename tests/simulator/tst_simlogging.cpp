@@ -32,7 +32,7 @@ private Q_SLOTS:
 
     void logSaysThatItIsSimulated()
     {
-        const Handle handle(41);
+        const Handle handle(SensorType::TX270);
         const std::string name = path("simulated.log");
         QCOMPARE(EnableLogging(handle, 1, everything, everything, name.c_str(), 1, 0, 0), 0);
         QVERIFY(contents(name).contains("simulator"));
@@ -40,7 +40,7 @@ private Q_SLOTS:
 
     void linesAreAppendedWhenTheirLevelIsWanted()
     {
-        const Handle handle(41);
+        const Handle handle(SensorType::TX270);
         const std::string name = path("levels.log");
         EnableLogging(handle, 1, everything, 32, name.c_str(), 1, 0, 0);
         QCOMPARE(LogToFile(handle, 32, "Some::function", "kept"), 0);
@@ -51,9 +51,9 @@ private Q_SLOTS:
         QVERIFY(!log.contains("left out"));
     }
 
-    void withoutALogLinesGoNowhere()
+    void linesWithoutALogAreDiscarded()
     {
-        const Handle handle(41);
+        const Handle handle(SensorType::TX270);
         QCOMPARE(LogToFile(handle, 32, "source", "message"), 0);
     }
 
@@ -77,7 +77,7 @@ private Q_SLOTS:
         QFETCH(bool, errors);
         const std::string name = path("types.log");
         {
-            Handle handle(41);
+            Handle handle(SensorType::TX270);
             EnableLogging(handle, 1, type, everything, name.c_str(), 0, 1, 0);
             handle.open();
             handle.command("Get_Samplerate");
@@ -91,11 +91,11 @@ private Q_SLOTS:
         QCOMPARE(log.contains(": error -"), errors);
     }
 
-    void firstFlagKeepsWhatTheFileHolds()
+    void firstFlagAppends()
     {
         const std::string name = path("kept.log");
         const auto logOnce = [&](std::int32_t append, const char *message) {
-            const Handle handle(41);
+            const Handle handle(SensorType::TX270);
             EnableLogging(handle, 1, everything, everything, name.c_str(), append, 0, 0);
             LogToFile(handle, 1, "s", message);
         };
@@ -106,14 +106,14 @@ private Q_SLOTS:
         QVERIFY(!contents(name).contains("first") && contents(name).contains("third"));
     }
 
-    void placeholderGivesFilesInTurn()
+    void placeholderRotatesFiles()
     {
         const std::string name = path("turn%[3].log");
         for (int i = 0; i < 5; ++i) {
-            const Handle handle(41);
+            const Handle handle(SensorType::TX270);
             QCOMPARE(EnableLogging(handle, 1, everything, everything, name.c_str(), 0, 0, 10), 0);
             LogToFile(handle, 1, "s", ("round " + std::to_string(i)).c_str());
-            QTest::qSleep(20); // file times must differ for the oldest to be known
+            QTest::qSleep(20); // file times must differ so that one file is the oldest
         }
         const QStringList files =
             QDir(m_folder.path()).entryList({QStringLiteral("turn*")}, QDir::Files, QDir::Name);
@@ -124,9 +124,9 @@ private Q_SLOTS:
         QVERIFY(contents(path("turn2.log")).contains("round 2"));
     }
 
-    void nameIsTakenInTheEncodingOfTheSystem()
+    void nameHasTheSystemEncoding()
     {
-        const Handle handle(41);
+        const Handle handle(SensorType::TX270);
         const QString file = m_folder.filePath(QStringLiteral("Pr\u00FCfstand.log"));
         QCOMPARE(EnableLogging(handle, 1, everything, everything, QFile::encodeName(file).constData(), 0, 0, 0),
                  0);
@@ -135,10 +135,10 @@ private Q_SLOTS:
 
     void commandSwitchesLoggingOffAndOn()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         const std::string name = path("switched.log");
         handle.set("IP_EnableLogging", 1);
-        QVERIFY(handle.command("Enable_Logging") < 0); // to which file?
+        QVERIFY(handle.command("Enable_Logging") < 0); // no file name is known
         EnableLogging(handle, 1, everything, everything, name.c_str(), 1, 0, 0);
         handle.set("IP_EnableLogging", 0);
         QCOMPARE(handle.command("Enable_Logging"), 0);
@@ -148,12 +148,12 @@ private Q_SLOTS:
         LogToFile(handle, 1, "s", "while on");
         QVERIFY(!contents(name).contains("while off"));
         QVERIFY(contents(name).contains("while on"));
-        QVERIFY(handle.command("Enable_Logging") < 0); // on or off?
+        QVERIFY(handle.command("Enable_Logging") < 0); // IP_EnableLogging is missing
     }
 
     void unwritableLogIsAnError()
     {
-        const Handle handle(41);
+        const Handle handle(SensorType::TX270);
         QVERIFY(EnableLogging(handle, 1, everything, everything, path("absent/x.log").c_str(), 1, 0, 0) < 0);
         std::string text;
         QVERIFY(handle.error(&text) < 0);

@@ -4,7 +4,7 @@
 
 #include <QTest>
 
-/// One sensor of a model at a virtual clock; \a more are further keys of it.
+/// Loads a bench with one sensor and a virtual clock; \a more are further keys of the sensor.
 static void loadOne(const QByteArray &model, const std::string &more = "")
 {
     sondixsim::loadBench(R"({ "clock": { "virtual": true }, "sensors": [ { "model": ")" + model.toStdString() +
@@ -26,39 +26,60 @@ struct Setting
 };
 
 constexpr Setting triggers[] = {
-    {"CP710", 15, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
-    {"CB910", 18, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
-    {"CP730", 33, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
-    {"XA300", 34, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
-    {"MV410_XA300ETH", 34, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
-    {"GenericKVBus", 43, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
-    {"EC830", 43, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
-    {"CB92xx", 45, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 2},
-    {"CP750", 54, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
-    {"TX240", 23, "Get_Settings", "SA_OutputMode", "Set_OutputMode", "SP_OutputMode", 0, 1},
-    {"TX250", 24, "Get_Settings", "SA_OutputMode", "Set_OutputMode", "SP_OutputMode", 0, 1},
-    {"CC430", 26, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 1},
-    {"TX260", 29, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 1},
-    {"CC440", 30, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 1},
-    {"PG110", 35, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 1},
-    {"MC340", 37, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 1},
-    {"QUnit", 38, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 1},
-    {"CC450", 39, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 1},
-    {"TX270", 41, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 3},
-    {"TX280", 42, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 1},
-    {"CC460", 44, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 1},
-    {"Spessa", 48, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 1},
-    {"TX300", 56, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 1},
-    {"RG540", 60, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0, 1},
-    {"EC810", 28, "Get_MeasureMode", "SA_MeasureMode", "Set_MeasureMode", "SP_MeasureMode", 1, 0},
-    {"CC470", 46, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource", "SP_TriggerSource", 0, 1},
-    {"CC480", 47, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource", "SP_TriggerSource", 0, 1},
-    {"TX290", 51, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource", "SP_TriggerSource", 0, 1},
-    {"WI610", 55, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource", "SP_TriggerSource", 0, 1},
-    {"TX310", 58, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource", "SP_TriggerSource", 0, 1},
-    {"WI620", 59, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource", "SP_TriggerSource", 0, 1},
-    {"CC490", 62, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource", "SP_TriggerSource", 0, 1},
-    {"CC495", 63, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource", "SP_TriggerSource", 0, 1},
+    {"CP710", SensorType::CP710, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
+    {"CB910", SensorType::CB910, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
+    {"CP730", SensorType::CP730, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
+    {"XA300", SensorType::XA300, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
+    {"MV410_XA300ETH", SensorType::XA300, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
+    {"GenericKVBus", SensorType::GenericKVBus, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
+    {"EC830", SensorType::GenericKVBus, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
+    {"CB92xx", SensorType::CB92xx, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 2},
+    {"CP750", SensorType::CP750, "Get_Trigger", "SA_TrgMode", "Update_Trigger", "SP_TrgMode", 0, 1},
+    {"TX240", SensorType::TX240, "Get_Settings", "SA_OutputMode", "Set_OutputMode", "SP_OutputMode", 0, 1},
+    {"TX250", SensorType::TX250, "Get_Settings", "SA_OutputMode", "Set_OutputMode", "SP_OutputMode", 0, 1},
+    {"CC430", SensorType::CC430, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     1},
+    {"TX260", SensorType::TX260, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     1},
+    {"CC440", SensorType::CC440, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     1},
+    {"PG110", SensorType::PG110, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     1},
+    {"MC340", SensorType::MC340, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     1},
+    {"QUnit", SensorType::QUnit, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     1},
+    {"CC450", SensorType::CC450, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     1},
+    {"TX270", SensorType::TX270, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     3},
+    {"TX280", SensorType::TX280, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     1},
+    {"CC460", SensorType::CC460, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     1},
+    {"Spessa", SensorType::Spessa, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     1},
+    {"TX300", SensorType::TX300, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     1},
+    {"RG540", SensorType::RG540, "Get_TriggerMode", "SA_TriggerMode", "Update_TriggerMode", "SP_TriggerMode", 0,
+     1},
+    {"EC810", SensorType::EC810, "Get_MeasureMode", "SA_MeasureMode", "Set_MeasureMode", "SP_MeasureMode", 1, 0},
+    {"CC470", SensorType::CC470, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource",
+     "SP_TriggerSource", 0, 1},
+    {"CC480", SensorType::CC480, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource",
+     "SP_TriggerSource", 0, 1},
+    {"TX290", SensorType::TX290, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource",
+     "SP_TriggerSource", 0, 1},
+    {"WI610", SensorType::WI610, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource",
+     "SP_TriggerSource", 0, 1},
+    {"TX310", SensorType::TX310, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource",
+     "SP_TriggerSource", 0, 1},
+    {"WI620", SensorType::WI620, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource",
+     "SP_TriggerSource", 0, 1},
+    {"CC490", SensorType::CC490, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource",
+     "SP_TriggerSource", 0, 1},
+    {"CC495", SensorType::CC495, "Get_TriggerSource", "SA_TriggerSource", "Update_TriggerSource",
+     "SP_TriggerSource", 0, 1},
 };
 
 } // namespace
@@ -81,10 +102,10 @@ private:
     {
         return ask(handle, "Get_TransmittedDataInfo", "IA_ValuesPerFrame");
     }
-    /// Values that arise in so many seconds.
+    /// The number of values that are measured in so many seconds.
     static int valuesIn(Handle &handle, double seconds)
     {
-        handle.command("Get_Measure"); // refused by all but the polled ones
+        handle.command("Get_Measure"); // fails except for polled sensors
         handle.command("Clear_Buffers");
         sondixsim::advance(seconds);
         handle.command("Get_Measure");
@@ -109,7 +130,7 @@ private Q_SLOTS:
         QCOMPARE(ask(handle, trigger.get, trigger.answer), trigger.off);
         const int perFrame = valuesPerFrame(handle);
         const double rate = handle.getDouble("IA_Datarate");
-        const bool measures = perFrame > 0; // the converter by itself has no values
+        const bool measures = perFrame > 0; // the converter itself has no values
         QCOMPARE(valuesIn(handle, 2.0) > 0, measures);
         set(handle, trigger.set, trigger.parameter, trigger.on);
         QCOMPARE(ask(handle, trigger.get, trigger.answer), trigger.on);
@@ -118,7 +139,7 @@ private Q_SLOTS:
         sondixsim::trigger("1");
         QCOMPARE(handle.available(), 2 * perFrame);
         handle.command("Get_TransmittedDataInfo");
-        QCOMPARE(handle.getDouble("IA_Datarate"), rate); // how fast it can, not how often it is asked to
+        QCOMPARE(handle.getDouble("IA_Datarate"), rate); // its own rate, not that of the triggers
         set(handle, trigger.set, trigger.parameter, trigger.off);
         QCOMPARE(ask(handle, trigger.get, trigger.answer), trigger.off);
         QCOMPARE(valuesIn(handle, 2.0) > 0, measures);
@@ -127,7 +148,7 @@ private Q_SLOTS:
     void valuesBeforeTheTriggerWasSwitchedOnStay()
     {
         loadOne("TX270");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sondixsim::advance(0.01);
         set(handle, "Update_TriggerMode", "SP_TriggerMode", 1);
@@ -140,7 +161,7 @@ private Q_SLOTS:
         loadOne("TX270", R"(, "settings": { "TriggerMode": { "SA_TriggerMode": 1 } },
             "signals": [ { "name": "d", "range": [0.0, 10.0], "rawRange": [0, 1000],
                            "generator": { "kind": "ramp", "from": 0.0, "to": 10.0, "period": 10.0 } } ])");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sondixsim::advance(2.5);
         sondixsim::trigger("1");
@@ -154,11 +175,11 @@ private Q_SLOTS:
         QCOMPARE(second.timestamp, 6.5);
     }
 
-    void triggerIsIgnoredByWhoDoesNotWait()
+    void triggerIsIgnoredByOtherSensors()
     {
         loadOne("TX270");
-        sondixsim::trigger("1"); // nobody has it open
-        Handle handle(41);
+        sondixsim::trigger("1"); // it is not open
+        Handle handle(SensorType::TX270);
         handle.open();
         sondixsim::trigger("1");
         QCOMPARE(handle.available(), 0);
@@ -168,17 +189,17 @@ private Q_SLOTS:
     void triggersOfTheBenchComeRegularly()
     {
         loadOne("TX270", R"(, "triggerRate": 8)");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(valuesIn(handle, 1.0), 2000);
         set(handle, "Update_TriggerMode", "SP_TriggerMode", 1);
         QCOMPARE(valuesIn(handle, 1.0), 8);
     }
 
-    void sensorIsNoFasterThanItCan()
+    void triggersDoNotExceedTheSampleRate()
     {
         loadOne("TX270", R"(, "triggerRate": 5000)");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         set(handle, "Update_TriggerMode", "SP_TriggerMode", 1);
         QCOMPARE(valuesIn(handle, 1.0), 2000);
@@ -190,14 +211,18 @@ private Q_SLOTS:
         QTest::addColumn<int>("type");
         QTest::addColumn<QByteArray>("get");
         QTest::addColumn<QByteArray>("name");
-        QTest::newRow("TX220") << QByteArray("TX220") << 2 << QByteArray("Get_Settings")
+        QTest::newRow("TX220") << QByteArray("TX220") << int(SensorType::TX220) << QByteArray("Get_Settings")
                                << QByteArray("Sync_TrgMode");
         for (const auto &[model, type] :
-             {std::pair("CC430", 26), std::pair("TX260", 29), std::pair("CC440", 30), std::pair("PG110", 35),
-              std::pair("MC340", 37), std::pair("QUnit", 38), std::pair("CC450", 39), std::pair("CC460", 44),
-              std::pair("CC470", 46), std::pair("CC480", 47), std::pair("Spessa", 48), std::pair("TX290", 51),
-              std::pair("WI610", 55), std::pair("TX310", 58), std::pair("WI620", 59), std::pair("CC490", 62),
-              std::pair("CC495", 63)})
+             {std::pair("CC430", SensorType::CC430), std::pair("TX260", SensorType::TX260),
+              std::pair("CC440", SensorType::CC440), std::pair("PG110", SensorType::PG110),
+              std::pair("MC340", SensorType::MC340), std::pair("QUnit", SensorType::QUnit),
+              std::pair("CC450", SensorType::CC450), std::pair("CC460", SensorType::CC460),
+              std::pair("CC470", SensorType::CC470), std::pair("CC480", SensorType::CC480),
+              std::pair("Spessa", SensorType::Spessa), std::pair("TX290", SensorType::TX290),
+              std::pair("WI610", SensorType::WI610), std::pair("TX310", SensorType::TX310),
+              std::pair("WI620", SensorType::WI620), std::pair("CC490", SensorType::CC490),
+              std::pair("CC495", SensorType::CC495)})
             QTest::newRow(model) << QByteArray(model) << type << QByteArray("Get_SyncMode")
                                  << QByteArray("SyncMode");
     }
@@ -223,7 +248,7 @@ private Q_SLOTS:
     void terminationGoesWithTheSync()
     {
         loadOne("TX260");
-        Handle handle(29);
+        Handle handle(SensorType::TX260);
         handle.open();
         handle.set("SP_SyncTermination", 1);
         set(handle, "Set_SyncMode", "SP_SyncMode", 1);
@@ -245,12 +270,13 @@ private Q_SLOTS:
             QTest::newRow((QByteArray(model) + " in mode " + QByteArray::number(mode)).constData())
                 << QByteArray(model) << type << mode << QByteArray(name) << perFrame;
         };
-        row("TX260", 29, 0, "Distance 1", 1);
-        row("TX260", 29, 1, "Distance 1", 1);
-        row("TX260", 29, 2, "Thickness 1", 1);
-        row("TX260", 29, 3, "Distance 1", 1);
+        row("TX260", SensorType::TX260, 0, "Distance 1", 1);
+        row("TX260", SensorType::TX260, 1, "Distance 1", 1);
+        row("TX260", SensorType::TX260, 2, "Thickness 1", 1);
+        row("TX260", SensorType::TX260, 3, "Distance 1", 1);
         for (const auto &[model, type] :
-             {std::pair("CC430", 26), std::pair("CC440", 30), std::pair("CC450", 39), std::pair("CC460", 44)}) {
+             {std::pair("CC430", SensorType::CC430), std::pair("CC440", SensorType::CC440),
+              std::pair("CC450", SensorType::CC450), std::pair("CC460", SensorType::CC460)}) {
             row(model, type, 0, "01DIST1", 2);
             row(model, type, 1, "01THICK12", 2);
             row(model, type, 4, "01DIST1", 2);
@@ -279,19 +305,19 @@ private Q_SLOTS:
             QVERIFY(block.scaled[i] >= least && block.scaled[i] <= greatest);
         CloseSensor(handle);
         handle.open();
-        QCOMPARE(valuesPerFrame(handle), perFrame); // the mode outlives closing
+        QCOMPARE(valuesPerFrame(handle), perFrame); // closing keeps the mode
     }
 
-    void modeThatThereIsNotIsRefused_data()
+    void unknownModeIsRejected_data()
     {
         QTest::addColumn<QByteArray>("model");
         QTest::addColumn<int>("type");
         QTest::addColumn<int>("mode");
-        QTest::newRow("TX260") << QByteArray("TX260") << 29 << 4;
-        QTest::newRow("CC430") << QByteArray("CC430") << 26 << 5;
-        QTest::newRow("negative") << QByteArray("CC430") << 26 << -1;
+        QTest::newRow("TX260") << QByteArray("TX260") << int(SensorType::TX260) << 4;
+        QTest::newRow("CC430") << QByteArray("CC430") << int(SensorType::CC430) << 5;
+        QTest::newRow("negative") << QByteArray("CC430") << int(SensorType::CC430) << -1;
     }
-    void modeThatThereIsNotIsRefused()
+    void unknownModeIsRejected()
     {
         QFETCH(QByteArray, model);
         QFETCH(int, type);
@@ -304,11 +330,11 @@ private Q_SLOTS:
         QCOMPARE(ask(handle, "Get_MeasureMode", "SA_MeasureMode"), 0);
     }
 
-    void valuesOfAnotherFrameAreThrownAway()
+    void valuesOfTheOldFrameAreDiscarded()
     {
         loadOne("CC430", R"(, "measureModes": { "parameter": "SA_MeasureMode", "modes": [
             { "mode": 1, "signals": [ { "name": "a" }, { "name": "b" }, { "name": "c" } ] } ] })");
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         QCOMPARE(valuesPerFrame(handle), 2);
         QCOMPARE(handle.getInt("IA_MaxValuesPerFrame"), 3);
@@ -325,14 +351,14 @@ private Q_SLOTS:
     void standingValuesFollowTheMode()
     {
         loadOne("TX260", R"(, "standing": 50)");
-        Handle handle(29);
+        Handle handle(SensorType::TX260);
         handle.open();
         sondixsim::advance(1.0);
         set(handle, "Set_MeasureMode", "SP_MeasureMode", 2);
         const Block block = takeBlock(handle, 50);
         QCOMPARE(block.scaled.size(), std::size_t(50));
         for (const double value : block.scaled)
-            QVERIFY(value > 1.1 && value < 1.3); // the distance is at 5 mm then
+            QVERIFY(value > 1.1 && value < 1.3); // the distance would be 5 mm
     }
 
     void everyErrorValueHasAText()

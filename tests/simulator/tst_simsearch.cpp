@@ -5,7 +5,7 @@
 #include <QTest>
 #include <set>
 
-// Every kind of place once with a TX270, and what hangs on buses.
+// A TX270 at each kind of place, and sensors on buses.
 static const char *const bench = R"({
     "clock": { "virtual": true },
     "search": { "TCP/IP": 1.0, "WinUSB": 0.1, "DriverX_USB": 0.01, "USBIO": 0.02, "RS232": 0.25, "XA100_USB": 0.3,
@@ -87,7 +87,7 @@ private:
     static Names search(Handle &handle)
     {
         if (handle.command("Start_FindSensor") != 0)
-            return {"(refused)"};
+            return {"(failed)"};
         sondixsim::advance(100.0);
         return names(handle);
     }
@@ -115,7 +115,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, name);
         QFETCH(double, seconds);
         QFETCH(QByteArray, found);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         scanOnly(handle, name);
         QCOMPARE(handle.command("Start_FindSensor"), 0);
         sondixsim::advance(seconds * 0.99);
@@ -133,13 +133,13 @@ private Q_SLOTS:
 
     void absentSwitchesScanEverything()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(search(handle).size(), std::size_t(8));
     }
 
     void sensorsAreFoundOneByOneWhileProgressRises()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.command("Start_FindSensor");
         QCOMPARE(progress(handle), 0.0);
         double before = 0.0;
@@ -159,7 +159,7 @@ private Q_SLOTS:
 
     void emptyScanIsDoneAtOnce()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         scanOnly(handle, "none");
         handle.command("Start_FindSensor");
         QCOMPARE(progress(handle), 100.0);
@@ -182,7 +182,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, baudrates);
         QFETCH(double, seconds);
         QFETCH(int, found);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         scanOnly(handle, "IP_ScanHWRS232");
         handle.set("IP_Baudrates", baudrates.constData());
         handle.command("Start_FindSensor");
@@ -204,7 +204,7 @@ private Q_SLOTS:
     {
         QFETCH(int, quick);
         QFETCH(double, seconds);
-        Handle handle(43);
+        Handle handle(SensorType::GenericKVBus);
         scanOnly(handle, "IP_ScanHWRS232");
         handle.set("IP_QuickScanRS485", quick);
         handle.command("Start_FindSensor");
@@ -217,25 +217,25 @@ private Q_SLOTS:
 
     void usedChannelsAreScannedWhenForced()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         scanOnly(handle, "IP_ScanHWXA200_ETH");
         handle.set("IP_ForceScanUsedChannel", 1);
         QCOMPARE(search(handle), (Names{"xa200eth", "xa200eth used"}));
     }
 
-    void sensorHeldByAnotherInstanceIsPassedBy()
+    void sensorOpenedByAnotherInstanceIsSkipped()
     {
-        Handle user(41);
+        Handle user(SensorType::TX270);
         user.set("IP_Baudrate", 9600);
         QCOMPARE(user.openAt("COM1"), 0);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         scanOnly(handle, "IP_ScanHWRS232");
         QCOMPARE(search(handle), (Names{"rs232 fast"}));
-        Handle networkUser(41);
+        Handle networkUser(SensorType::TX270);
         networkUser.set("IP_RemoteAddr", "10.0.0.1");
         QCOMPARE(networkUser.open(), 0);
         scanOnly(handle, "IP_ScanHWTCPIP");
-        QCOMPARE(search(handle), (Names{"tcp"})); // the network answers all the same
+        QCOMPARE(search(handle), (Names{"tcp"})); // network sensors are found although they are open
     }
 
     void resultCarriesAllParametersOfItsInterface_data()
@@ -278,7 +278,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, name);
         QFETCH(QByteArray, expected);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         scanOnly(handle, name);
         search(handle);
         QVERIFY(getFound(handle, 0));
@@ -288,11 +288,11 @@ private Q_SLOTS:
 
     void foundParametersOpenTheSensor()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         const auto count = static_cast<int>(search(handle).size());
         for (int i = 0; i < count; ++i) {
             getFound(handle, i);
-            Handle user(41);
+            Handle user(SensorType::TX270);
             for (const char *name : {"IP_Port", "IP_RemoteAddr", "IP_Interface"}) {
                 const std::string text = handle.getText(name, "");
                 if (!text.empty())
@@ -312,8 +312,8 @@ private Q_SLOTS:
 
     void busSensorsAreReportedByTheirFamily()
     {
-        Handle handle(43);
-        handle.set("IP_SensorType", 220043);
+        Handle handle(SensorType::GenericKVBus);
+        handle.set("IP_SensorType", SensorType::MV420);
         handle.set("IP_FindSimilarSensors", 1);
         search(handle);
         int checked = 0;
@@ -339,8 +339,8 @@ private Q_SLOTS:
 
     void sensorsBehindTheConverterAreReportedByIt()
     {
-        Handle handle(34);
-        handle.set("IP_SensorType", 110034);
+        Handle handle(SensorType::XA300);
+        handle.set("IP_SensorType", SensorType::MV410_XA300ETH);
         handle.set("IP_FindSimilarSensors", 1);
         QVERIFY(search(handle).count("converter mv410") > 0);
         for (int i = 0; i < foundCount(handle); ++i) {
@@ -354,9 +354,9 @@ private Q_SLOTS:
         QFAIL("the sensor behind the converter has no result");
     }
 
-    void colourSensorTellsAllItsAddresses()
+    void colourSensorReportsAllItsAddresses()
     {
-        Handle handle(53);
+        Handle handle(SensorType::HV2);
         QCOMPARE(search(handle), (Names{"colour"}));
         getFound(handle, 0);
         QCOMPARE(handle.getInt("IP_SensorType"), 10053);
@@ -366,21 +366,21 @@ private Q_SLOTS:
 
     void similarSensorsAreFoundWhenAsked()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         scanOnly(handle, "IP_ScanHWTCPIP");
-        handle.set("IP_SensorType", 41);
+        handle.set("IP_SensorType", SensorType::TX270);
         QCOMPARE(search(handle), (Names{"tcp"}));
         scanOnly(handle, "IP_ScanHWTCPIP");
         handle.set("IP_FindSimilarSensors", 1);
-        QCOMPARE(search(handle), (Names{"tcp", "other", "colour"})); // not what hangs behind a converter
+        QCOMPARE(search(handle), (Names{"tcp", "other", "colour"})); // but no sensors behind a converter
     }
 
     void similarSearchKeepsBusAndConverterApart()
     {
-        Handle bus(43);
+        Handle bus(SensorType::GenericKVBus);
         bus.set("IP_FindSimilarSensors", 1);
         QCOMPARE(search(bus), (Names{"bus mv420", "bus gy330", "bus cp740"}));
-        Handle converter(34);
+        Handle converter(SensorType::XA300);
         converter.set("IP_FindSimilarSensors", 1);
         QVERIFY(search(converter).count("bus mv420") == 0);
     }
@@ -388,7 +388,7 @@ private Q_SLOTS:
     void unpluggedSensorIsNotFound()
     {
         sondixsim::unplug("tcp");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         scanOnly(handle, "IP_ScanHWTCPIP");
         QCOMPARE(search(handle), Names());
         sondixsim::plug("tcp");
@@ -398,7 +398,7 @@ private Q_SLOTS:
 
     void abortedSearchFindsNothingMore()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.command("Start_FindSensor");
         sondixsim::advance(0.6); // past the middle of the network scan
         const int found = foundCount(handle);
@@ -413,7 +413,7 @@ private Q_SLOTS:
 
     void abortWithoutASearchSucceeds()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(handle.command("Abort_FindSensor"), 0);
         QVERIFY(handle.command("Get_FindSensorProgress") < 0);
         QVERIFY(!getFound(handle, 0));
@@ -421,19 +421,19 @@ private Q_SLOTS:
 
     void resultsAreOnlyThoseFoundYet()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.command("Start_FindSensor");
         QVERIFY(!getFound(handle, 0));
         sondixsim::advance(100.0);
         QVERIFY(getFound(handle, 7));
         QVERIFY(!getFound(handle, 8));
         QVERIFY(!getFound(handle, -1));
-        QVERIFY(handle.command("Get_FoundSensor") < 0); // which one?
+        QVERIFY(handle.command("Get_FoundSensor") < 0); // IP_Index is missing
     }
 
     void newSearchStartsAfresh()
     {
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         search(handle);
         handle.command("Start_FindSensor");
         QCOMPARE(foundCount(handle), 0);
@@ -442,8 +442,8 @@ private Q_SLOTS:
 
     void twoSearchesRunSideBySide()
     {
-        Handle first(41);
-        Handle second(26);
+        Handle first(SensorType::TX270);
+        Handle second(SensorType::CC430);
         first.command("Start_FindSensor");
         sondixsim::advance(1.0);
         second.command("Start_FindSensor");
@@ -452,13 +452,14 @@ private Q_SLOTS:
         QCOMPARE(names(second), (Names{"other"}));
     }
 
-    void usualSearchTakesAboutASecond_data()
+    void defaultSearchTakesAboutASecond_data()
     {
         QTest::addColumn<int>("type");
-        for (const int type : {41, 26, 43, 34, 53})
+        for (const int type :
+             {SensorType::TX270, SensorType::CC430, SensorType::GenericKVBus, SensorType::XA300, SensorType::HV2})
             QTest::newRow(QByteArray::number(type).constData()) << type;
     }
-    void usualSearchTakesAboutASecond()
+    void defaultSearchTakesAboutASecond()
     {
         QFETCH(int, type);
         sondixsim::loadBench(R"({ "clock": { "virtual": true }, "sensors": [] })");

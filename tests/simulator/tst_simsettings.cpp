@@ -5,7 +5,7 @@
 #include <cmath>
 #include <QTest>
 
-/// One sensor of a model at a virtual clock; \a more are further keys of it.
+/// Loads a bench with one sensor and a virtual clock; \a more are further keys of the sensor.
 static void loadOne(const std::string &model, const std::string &more = "")
 {
     sondixsim::loadBench(R"({ "clock": { "virtual": true }, "sensors": [ { "model": ")" + model +
@@ -17,7 +17,7 @@ class TestSimSettings : public QObject
     Q_OBJECT
 
 private:
-    /// Frames that arise in so many seconds.
+    /// The number of frames that are measured in so many seconds.
     static int framesIn(Handle &handle, double seconds)
     {
         handle.command("Clear_Buffers");
@@ -38,7 +38,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, command);
         loadOne("TX270");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.set("SP_AveragingNumber", 16);
         QCOMPARE(handle.command(command.constData()), 0);
@@ -50,7 +50,7 @@ private Q_SLOTS:
     void settingCanBeChangedOnItsOwn()
     {
         loadOne("TX240");
-        Handle handle(23);
+        Handle handle(SensorType::TX240);
         handle.open();
         handle.set("SP_OutputMode", 2);
         QCOMPARE(handle.command("Set_OutputMode"), 0);
@@ -61,7 +61,7 @@ private Q_SLOTS:
     void settingsKeepTheirType()
     {
         loadOne("TX270", R"(, "settings": { "Names": { "SA_Label": "none" } })");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.set("SP_Measrate", 4); // an integer for a rate in kHz
         QCOMPARE(handle.command("Set_Samplerate"), 0);
@@ -75,10 +75,10 @@ private Q_SLOTS:
         QCOMPARE(handle.getText("SA_Label"), std::string("left"));
     }
 
-    void wrongSettingsAreRefusedAndChangeNothing()
+    void invalidSettingsAreRejectedAndChangeNothing()
     {
         loadOne("TX270");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.set("SP_Measrate", 1000.0);
         QVERIFY(handle.command("Set_Samplerate") < 0);
@@ -86,16 +86,16 @@ private Q_SLOTS:
         QVERIFY(handle.command("Set_Samplerate") < 0);
         handle.set("SP_AveragingNumber", 1); // of another group
         QVERIFY(handle.command("Set_Samplerate") < 0);
-        QVERIFY(handle.command("Set_Samplerate") < 0); // nothing given
+        QVERIFY(handle.command("Set_Samplerate") < 0); // no parameter
         QVERIFY(handle.command("Set_Nonsense") < 0);
         handle.command("Get_Samplerate");
         QCOMPARE(handle.getDouble("SA_Measrate"), 2.0);
     }
 
-    void settingsOutliveClosing()
+    void settingsSurviveClosing()
     {
         loadOne("TX270");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.set("SP_Measrate", 4.0);
         handle.command("Set_Samplerate");
@@ -105,20 +105,20 @@ private Q_SLOTS:
         QCOMPARE(handle.getDouble("SA_Measrate"), 4.0);
     }
 
-    void allParametersAreToldAtOnce()
+    void getAllParametersReturnsEverySetting()
     {
         loadOne("TX270");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(handle.command("Get_AllParameters"), 0);
         QCOMPARE(handle.getDouble("SA_Measrate"), 2.0);
         QCOMPARE(handle.getInt("SA_TriggerMode"), 0);
     }
 
-    void infoSaysWhoItIsAndThatItIsSimulated()
+    void infoIdentifiesTheSensorAndTheSimulator()
     {
         loadOne("TX270", R"(, "articleNumber": "77", "firmware": "1.5", "info": { "SA_Range": 50.0 })");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(handle.command("Get_Info"), 0);
         QCOMPARE(handle.getText("SA_SerialNumber"), std::string("1"));
@@ -127,7 +127,7 @@ private Q_SLOTS:
         QCOMPARE(handle.getDouble("SA_Range"), 50.0);
     }
 
-    // Where each model keeps its rate, and how many frames then come.
+    // The setting that decides the rate of each model, and the rate that follows.
     void rateFollowsFromTheModelsSetting_data()
     {
         QTest::addColumn<QByteArray>("model");
@@ -141,30 +141,36 @@ private Q_SLOTS:
             QTest::newRow(model) << QByteArray(model) << type << QByteArray(get) << QByteArray(answer) << value
                                  << hertz;
         };
-        row("TX220", 2, "Get_Settings", "SA_Speed", 0, 2500.0);
-        row("TX230", 5, "Get_Settings", "SA_Speed", 3, 20000.0);
-        row("TX240", 23, "Get_Settings", "SA_Speed", 2, 750.0);
-        row("TX250", 24, "Get_Settings", "SA_Speed", 4, 50.0);
-        row("CC410", 12, "Get_Status", "SA_SRIndex", 5, 2000.0);
-        row("CC420", 13, "Get_Status", "SA_SRIndex", 6, 15625.0);
-        row("CP710", 15, "Get_SRIndex", "SA_SRIndex", 13, 7812.5);
-        row("CP720", 16, "Get_SRIndex", "SA_SRIndex", 11, 2083.33);
-        row("CB910", 18, "Get_SRIndex", "SA_SRIndex", 3, 1040.0);
-        row("EC810", 28, "Get_Settings", "SA_SRIndex", 1, 7200.0 / 7.0);
+        row("TX220", SensorType::TX220, "Get_Settings", "SA_Speed", 0, 2500.0);
+        row("TX230", SensorType::TX230, "Get_Settings", "SA_Speed", 3, 20000.0);
+        row("TX240", SensorType::TX240, "Get_Settings", "SA_Speed", 2, 750.0);
+        row("TX250", SensorType::TX250, "Get_Settings", "SA_Speed", 4, 50.0);
+        row("CC410", SensorType::CC410, "Get_Status", "SA_SRIndex", 5, 2000.0);
+        row("CC420", SensorType::CC420, "Get_Status", "SA_SRIndex", 6, 15625.0);
+        row("CP710", SensorType::CP710, "Get_SRIndex", "SA_SRIndex", 13, 7812.5);
+        row("CP720", SensorType::CP720, "Get_SRIndex", "SA_SRIndex", 11, 2083.33);
+        row("CB910", SensorType::CB910, "Get_SRIndex", "SA_SRIndex", 3, 1040.0);
+        row("EC810", SensorType::EC810, "Get_Settings", "SA_SRIndex", 1, 7200.0 / 7.0);
         for (const auto &[model, type] :
-             {std::pair("CC430", 26), std::pair("TX260", 29), std::pair("CC440", 30), std::pair("QUnit", 38),
-              std::pair("CC450", 39), std::pair("TX270", 41), std::pair("TX280", 42), std::pair("CC460", 44),
-              std::pair("CC470", 46), std::pair("CC480", 47), std::pair("TX290", 51), std::pair("WI610", 55),
-              std::pair("TX300", 56), std::pair("TX310", 58), std::pair("WI620", 59), std::pair("CC490", 62),
-              std::pair("CC495", 63)})
+             {std::pair("CC430", SensorType::CC430), std::pair("TX260", SensorType::TX260),
+              std::pair("CC440", SensorType::CC440), std::pair("QUnit", SensorType::QUnit),
+              std::pair("CC450", SensorType::CC450), std::pair("TX270", SensorType::TX270),
+              std::pair("TX280", SensorType::TX280), std::pair("CC460", SensorType::CC460),
+              std::pair("CC470", SensorType::CC470), std::pair("CC480", SensorType::CC480),
+              std::pair("TX290", SensorType::TX290), std::pair("WI610", SensorType::WI610),
+              std::pair("TX300", SensorType::TX300), std::pair("TX310", SensorType::TX310),
+              std::pair("WI620", SensorType::WI620), std::pair("CC490", SensorType::CC490),
+              std::pair("CC495", SensorType::CC495)})
             row(model, type, "Get_Samplerate", "SA_Measrate", 1.25, 1250.0);
         for (const auto &[model, type] :
-             {std::pair("PG110", 35), std::pair("PG120", 61), std::pair("CP740", 40),
-              std::pair("GenericKVBus", 43), std::pair("EC830", 43), std::pair("GY330", 43)})
+             {std::pair("PG110", SensorType::PG110), std::pair("PG120", SensorType::PG120),
+              std::pair("CP740", SensorType::CP740), std::pair("GenericKVBus", SensorType::GenericKVBus),
+              std::pair("EC830", SensorType::GenericKVBus), std::pair("GY330", SensorType::GenericKVBus)})
             row(model, type, "Get_Samplerate", "SA_Measrate", 250.0, 250.0);
         for (const auto &[model, type] :
-             {std::pair("CP730", 33), std::pair("CB92xx", 45), std::pair("EC82x_ETH", 50), std::pair("CP750", 54),
-              std::pair("MV410_XA300ETH", 34), std::pair("CP740_XA300ETH", 34)})
+             {std::pair("CP730", SensorType::CP730), std::pair("CB92xx", SensorType::CB92xx),
+              std::pair("EC82x_ETH", SensorType::EC82x_ETH), std::pair("CP750", SensorType::CP750),
+              std::pair("MV410_XA300ETH", SensorType::XA300), std::pair("CP740_XA300ETH", SensorType::XA300)})
             row(model, type, "Get_SampleTime", "SA_SampleTime", 500.0, 2000.0);
     }
     void rateFollowsFromTheModelsSetting()
@@ -187,7 +193,7 @@ private Q_SLOTS:
         handle.command("Get_Measure");
         handle.command("Clear_Buffers");
         sondixsim::advance(1.0);
-        handle.command("Get_Measure"); // refused by all but the polled ones
+        handle.command("Get_Measure"); // fails except for polled sensors
         handle.command("Get_TransmittedDataInfo");
         const int frames = handle.available() / handle.getInt("IA_ValuesPerFrame");
         QVERIFY2(std::abs(frames - hertz) <= 1.0, QByteArray::number(frames).constData());
@@ -196,7 +202,7 @@ private Q_SLOTS:
     void averagingOfOtherKindsDoesNotSlowDown()
     {
         loadOne("EC810");
-        Handle handle(28);
+        Handle handle(SensorType::EC810);
         handle.open();
         handle.set("SP_AvrType", 1);
         handle.set("SP_SRIndex", 2);
@@ -211,14 +217,22 @@ private Q_SLOTS:
         QTest::addColumn<int>("type");
         QTest::addColumn<QByteArray>("command");
         QTest::addColumn<int>("frames");
-        QTest::newRow("RG52x") << QByteArray("RG52x") << 20 << QByteArray("DistanceTracking") << 41;
-        QTest::newRow("7 m") << QByteArray("RG52x") << 20 << QByteArray("DistanceTracking7m") << 66;
-        QTest::newRow("10 Hz") << QByteArray("RG52x") << 20 << QByteArray("DistanceTracking10Hz") << 100;
-        QTest::newRow("50 Hz") << QByteArray("RG52x") << 20 << QByteArray("DistanceTracking50Hz") << 500;
-        QTest::newRow("triggered") << QByteArray("RG52x") << 20 << QByteArray("DistanceTriggered") << 0;
-        QTest::newRow("RG53x") << QByteArray("RG53x") << 21 << QByteArray("DistanceTracking") << 1000;
-        QTest::newRow("speed") << QByteArray("RG53x") << 21 << QByteArray("SpeedTracking") << 40;
-        QTest::newRow("stopped") << QByteArray("RG53x") << 21 << QByteArray("StopTracking") << 0;
+        QTest::newRow("RG52x") << QByteArray("RG52x") << int(SensorType::RG52x) << QByteArray("DistanceTracking")
+                               << 41;
+        QTest::newRow("7 m") << QByteArray("RG52x") << int(SensorType::RG52x) << QByteArray("DistanceTracking7m")
+                             << 66;
+        QTest::newRow("10 Hz") << QByteArray("RG52x") << int(SensorType::RG52x)
+                               << QByteArray("DistanceTracking10Hz") << 100;
+        QTest::newRow("50 Hz") << QByteArray("RG52x") << int(SensorType::RG52x)
+                               << QByteArray("DistanceTracking50Hz") << 500;
+        QTest::newRow("triggered") << QByteArray("RG52x") << int(SensorType::RG52x)
+                                   << QByteArray("DistanceTriggered") << 0;
+        QTest::newRow("RG53x") << QByteArray("RG53x") << int(SensorType::RG53x) << QByteArray("DistanceTracking")
+                               << 1000;
+        QTest::newRow("speed") << QByteArray("RG53x") << int(SensorType::RG53x) << QByteArray("SpeedTracking")
+                               << 40;
+        QTest::newRow("stopped") << QByteArray("RG53x") << int(SensorType::RG53x) << QByteArray("StopTracking")
+                                 << 0;
     }
     void trackingCommandDecidesTheRate()
     {
@@ -233,10 +247,10 @@ private Q_SLOTS:
         QCOMPARE(framesIn(handle, 10.0), frames);
     }
 
-    void trackingSensorStartsByItselfAndStopsForACommand()
+    void trackingStartsByItselfAndStopsForACommand()
     {
         loadOne("RG52x");
-        Handle handle(20);
+        Handle handle(SensorType::RG52x);
         handle.open();
         QCOMPARE(framesIn(handle, 1.0), 10);
         QCOMPARE(handle.command("Get_Autostart"), 0);
@@ -251,14 +265,15 @@ private Q_SLOTS:
     void autostartDecidesHowItTracksAfterOpening()
     {
         loadOne("RG53x");
-        Handle handle(21);
+        Handle handle(SensorType::RG53x);
         handle.open();
         handle.set("SP_AutostartCommand", 5);
         QCOMPARE(handle.command("Set_Autostart"), 0);
         CloseSensor(handle);
         handle.open();
         QCOMPARE(framesIn(handle, 10.0), 40);
-        QVERIFY(handle.getText("SA_SensorInformation") == "(missing)"); // of the open, not of the commands since
+        QVERIFY(handle.getText("SA_SensorInformation") ==
+                "(missing)"); // an answer of the open, not of later commands
     }
 
     void frameIsDescribedSignalBySignal()
@@ -267,7 +282,7 @@ private Q_SLOTS:
             { "name": "Path", "rawName": "Raw path", "unit": "µm", "rawUnit": "Inc", "range": [-1.0, 3.0],
               "rawRange": [10, 4000], "viewRange": 2.0, "major": false, "info": "behind glass" },
             { "name": "Light" } ])");
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         QCOMPARE(handle.command("Get_TransmittedDataInfo"), 0);
         QCOMPARE(handle.getDouble("IA_Datarate"), 500.0);
@@ -297,7 +312,7 @@ private Q_SLOTS:
     void errorTextsNeedNoConnection()
     {
         loadOne("TX270", R"(, "errorTexts": { "-1": "Nothing there", "-77": "Lens dirty" })");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(handle.command("Get_SensorErrorValueText"), 0); // of the model
         QVERIFY(handle.getText("SA_SensorErrorValueText").find("-1: No peak found") != std::string::npos);
         handle.open();
@@ -314,7 +329,7 @@ private Q_SLOTS:
               "members": [ "a", "b" ], "rate": 20 },
             { "model": "MV420", "serialNumber": "a", "place": { "interface": "WinUSB", "device": 1 } },
             { "model": "TX270", "serialNumber": "b", "place": { "interface": "WinUSB", "device": 2 } } ] })");
-        Handle handle(57);
+        Handle handle(SensorType::MultiSensor);
         QCOMPARE(handle.open(), 0);
         handle.command("Get_TransmittedDataInfo");
         QCOMPARE(handle.getInt("IA_ValuesPerFrame"), 3);
@@ -322,7 +337,7 @@ private Q_SLOTS:
         QCOMPARE(handle.getText("IA_Scaled_Name3"), std::string("Distance 1"));
         sondixsim::advance(1.0);
         QCOMPARE(handle.available(), 0);
-        QVERIFY(handle.command("Get_Measure") < 0); // of which one?
+        QVERIFY(handle.command("Get_Measure") < 0); // IP_SensorIndex is missing
         handle.set("IP_SensorIndex", 3);
         QVERIFY(handle.command("Get_Measure") < 0);
         handle.set("IP_SensorIndex", 1);

@@ -27,7 +27,7 @@ private Q_SLOTS:
     void severalThreadsUseOneHandle()
     {
         sondixsim::useRealClock(100.0);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(handle.open(), 0);
         std::atomic<int> failures{0};
         std::atomic<std::uint64_t> values{0};
@@ -69,7 +69,7 @@ private Q_SLOTS:
         for (int device = 0; device < 3; ++device) {
             threads.emplace_back([&, device] {
                 for (int round = 0; round < rounds / 4; ++round) {
-                    Handle handle(41);
+                    Handle handle(SensorType::TX270);
                     handle.set("IP_DeviceInstance", device);
                     failures += handle.open() != 0;
                     failures += handle.command("Start_FindSensor") != 0;
@@ -91,7 +91,7 @@ private Q_SLOTS:
         std::atomic<bool> stop{false};
         std::atomic<int> reads{0};
         std::thread reader([&] {
-            Handle handle(41);
+            Handle handle(SensorType::TX270);
             while (!stop) {
                 handle.open();
                 takeBlock(handle, 100);
@@ -121,7 +121,7 @@ private Q_SLOTS:
         reader.join();
         breaker.join();
         sondixsim::loadBench(bench);
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         QCOMPARE(handle.open(), 0);
     }
 };

@@ -21,7 +21,7 @@ void loadOne(const QByteArray &model, const std::string &place, const std::strin
                          R"(", "serialNumber": "1", "place": )" + place + more + " } ] }");
 }
 
-/// A distance that stays where it is.
+/// Keys of a signal with a constant value.
 std::string standingAt(double value, const std::string &more = "")
 {
     return R"(, "signals": [ { "name": "d", "range": [0.0, 10.0],
@@ -29,7 +29,7 @@ std::string standingAt(double value, const std::string &more = "")
            std::to_string(value) + " }" + more + " } ]";
 }
 
-/// The pixels of an answer; empty when there is none.
+/// The pixels of an answer; empty without the answer.
 Pixels pixelsOf(const Handle &handle, const QByteArray &answer)
 {
     std::uint32_t length = 0;
@@ -58,7 +58,7 @@ double mean(const Pixels &pixels)
     return sum / static_cast<double>(pixels.size());
 }
 
-/// Middle of what rises above half of the highest pixel, 0 to 1.
+/// The middle of the pixels above half of the maximum, 0 to 1.
 double peakPlace(const Pixels &pixels)
 {
     const int half = *std::max_element(pixels.begin(), pixels.end()) / 2;
@@ -103,20 +103,24 @@ private:
             }
         };
         for (const auto &[model, type] :
-             {std::pair("CC430", 26), std::pair("CC440", 30), std::pair("CC450", 39), std::pair("CC460", 44)})
+             {std::pair("CC430", SensorType::CC430), std::pair("CC440", SensorType::CC440),
+              std::pair("CC450", SensorType::CC450), std::pair("CC460", SensorType::CC460)})
             row(model, type, 4, 512, 16384, "OutputVideo", "Raw Dark Light DarkTable LightTable", false);
-        row("TX260", 29, 3, 512, 1024, "OutputVideo", "Raw Corr", false);
-        row("MC340", 37, -1, 768, 4096, "OutputVideo", "Raw Light LightTable", false);
-        row("TX280", 42, -1, 512, 65536, "Output", "Raw", true);
-        row("CC470", 46, -1, 512, 4096, "Output", "Raw_Ch1 Dark_Ch1 Light_Ch1", true);
+        row("TX260", SensorType::TX260, 3, 512, 1024, "OutputVideo", "Raw Corr", false);
+        row("MC340", SensorType::MC340, -1, 768, 4096, "OutputVideo", "Raw Light LightTable", false);
+        row("TX280", SensorType::TX280, -1, 512, 65536, "Output", "Raw", true);
+        row("CC470", SensorType::CC470, -1, 512, 4096, "Output", "Raw_Ch1 Dark_Ch1 Light_Ch1", true);
         for (const auto &[model, type] :
-             {std::pair("CC480", 47), std::pair("CC490", 62), std::pair("CC495", 63)}) {
+             {std::pair("CC480", SensorType::CC480), std::pair("CC490", SensorType::CC490),
+              std::pair("CC495", SensorType::CC495)}) {
             row(model, type, -1, 512, 4096, "Output", "Raw_Ch1 Dark_Ch1 Light_Ch1 Raw_Ch2 Dark_Ch2 Light_Ch2",
                 true);
         }
-        for (const auto &[model, type] : {std::pair("TX290", 51), std::pair("TX310", 58)})
+        for (const auto &[model, type] :
+             {std::pair("TX290", SensorType::TX290), std::pair("TX310", SensorType::TX310)})
             row(model, type, -1, 512, 1024, "Output", "Raw", true);
-        for (const auto &[model, type] : {std::pair("WI610", 55), std::pair("WI620", 59)})
+        for (const auto &[model, type] :
+             {std::pair("WI610", SensorType::WI610), std::pair("WI620", SensorType::WI620)})
             row(model, type, -1, 512, 4096, "Output", "Abs_Ch1", true);
     }
 
@@ -179,9 +183,11 @@ private Q_SLOTS:
         QTest::addColumn<int>("type");
         QTest::addColumn<int>("mode");
         for (const int mode : {0, 1, 2})
-            QTest::newRow(("TX260 " + QByteArray::number(mode)).constData()) << QByteArray("TX260") << 29 << mode;
+            QTest::newRow(("TX260 " + QByteArray::number(mode)).constData())
+                << QByteArray("TX260") << int(SensorType::TX260) << mode;
         for (const auto &[model, type] :
-             {std::pair("CC430", 26), std::pair("CC440", 30), std::pair("CC450", 39), std::pair("CC460", 44)}) {
+             {std::pair("CC430", SensorType::CC430), std::pair("CC440", SensorType::CC440),
+              std::pair("CC450", SensorType::CC450), std::pair("CC460", SensorType::CC460)}) {
             for (const int mode : {0, 1}) {
                 QTest::newRow((QByteArray(model) + ' ' + QByteArray::number(mode)).constData())
                     << QByteArray(model) << type << mode;
@@ -207,7 +213,7 @@ private Q_SLOTS:
     void switchesOfTheOtherInterfaceDoNotCount()
     {
         loadOne("TX290", network);
-        Handle handle(51);
+        Handle handle(SensorType::TX290);
         handle.open();
         QVERIFY(switchTo(handle, "Update_Output_RS422", "SP_OutputVideoRaw_RS422", 1));
         handle.command("Get_TransmittedDataInfo");
@@ -218,7 +224,7 @@ private Q_SLOTS:
     void sensorWithoutSwitchesSendsItsLineWhenAsked()
     {
         loadOne("TX240", serialLine);
-        Handle handle(23);
+        Handle handle(SensorType::TX240);
         handle.open();
         handle.command("Get_TransmittedDataInfo");
         QCOMPARE(handle.getInt("IA_VideoSignalsPerFrame"), 0);
@@ -232,11 +238,11 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("model");
         QTest::addColumn<int>("type");
-        QTest::newRow("TX250") << QByteArray("TX250") << 24;
-        QTest::newRow("TX270") << QByteArray("TX270") << 41;
-        QTest::newRow("TX300") << QByteArray("TX300") << 56;
-        QTest::newRow("QUnit") << QByteArray("QUnit") << 38;
-        QTest::newRow("CP730") << QByteArray("CP730") << 33;
+        QTest::newRow("TX250") << QByteArray("TX250") << int(SensorType::TX250);
+        QTest::newRow("TX270") << QByteArray("TX270") << int(SensorType::TX270);
+        QTest::newRow("TX300") << QByteArray("TX300") << int(SensorType::TX300);
+        QTest::newRow("QUnit") << QByteArray("QUnit") << int(SensorType::QUnit);
+        QTest::newRow("CP730") << QByteArray("CP730") << int(SensorType::CP730);
     }
     void modelsWithoutVideoDoNotKnowTheCommand()
     {
@@ -248,17 +254,17 @@ private Q_SLOTS:
         QVERIFY(handle.command("Get_Video") < 0);
     }
 
-    void peakIsWhereTheValueIs_data()
+    void peakIsAtTheValue_data()
     {
         QTest::addColumn<double>("value");
         for (const double value : {1.0, 2.5, 5.0, 7.75})
             QTest::newRow(QByteArray::number(value).constData()) << value;
     }
-    void peakIsWhereTheValueIs()
+    void peakIsAtTheValue()
     {
         QFETCH(double, value);
         loadOne("TX290", network, standingAt(value));
-        Handle handle(51);
+        Handle handle(SensorType::TX290);
         handle.open();
         QVERIFY(switchTo(handle, "Update_Output_ETH", "SP_OutputVideoRaw_ETH", 1));
         sondixsim::advance(0.1);
@@ -266,7 +272,7 @@ private Q_SLOTS:
         const Pixels line = pixelsOf(handle, "SA_VideoRaw");
         QVERIFY(std::fabs(peakPlace(line) - value / 10.0) < 0.002);
         QVERIFY(*std::max_element(line.begin(), line.end()) > 512);
-        // Most of the line is dark, but not without noise.
+        // Most of the line is dark with some noise.
         Pixels sorted = line;
         std::sort(sorted.begin(), sorted.end());
         QVERIFY(sorted[sorted.size() / 2] < 1024 / 10);
@@ -277,7 +283,7 @@ private Q_SLOTS:
     {
         loadOne("TX290", network, R"(, "signals": [ { "name": "d", "range": [0.0, 10.0],
             "generator": { "kind": "ramp", "from": 1.0, "to": 9.0, "period": 8.0 } } ])");
-        Handle handle(51);
+        Handle handle(SensorType::TX290);
         handle.open();
         QVERIFY(switchTo(handle, "Update_Output_ETH", "SP_OutputVideoRaw_ETH", 1));
         for (int i = 0; i < 7; ++i) {
@@ -293,7 +299,7 @@ private Q_SLOTS:
         loadOne("CC480", network, R"(, "signals": [
             { "name": "01DIST1", "range": [0.0, 10.0], "generator": { "kind": "constant", "value": 3.0 } },
             { "name": "02DIST1", "range": [0.0, 10.0], "generator": { "kind": "constant", "value": 8.0 } } ])");
-        Handle handle(47);
+        Handle handle(SensorType::CC480);
         handle.open();
         handle.set("SP_OutputVideoRaw_Ch1_ETH", 1);
         QVERIFY(switchTo(handle, "Update_Output_ETH", "SP_OutputVideoRaw_Ch2_ETH", 1));
@@ -305,7 +311,7 @@ private Q_SLOTS:
     void errorValueHasNoPeak()
     {
         loadOne("TX290", network, standingAt(5.0, R"(, "errors": [ { "key": -1, "every": 1 } ])"));
-        Handle handle(51);
+        Handle handle(SensorType::TX290);
         handle.open();
         QVERIFY(switchTo(handle, "Update_Output_ETH", "SP_OutputVideoRaw_ETH", 1));
         sondixsim::advance(0.1);
@@ -317,7 +323,7 @@ private Q_SLOTS:
     void correctedLineHasNoFloor()
     {
         loadOne("TX260", network, standingAt(5.0));
-        Handle handle(29);
+        Handle handle(SensorType::TX260);
         handle.open();
         handle.set("SP_OutputVideoCorr_ETH", 1);
         QVERIFY(switchTo(handle, "Update_OutputVideo_ETH", "SP_OutputVideoRaw_ETH", 1));
@@ -332,7 +338,7 @@ private Q_SLOTS:
     void tablesAreTheLinesWithoutNoise()
     {
         loadOne("CC430", network);
-        Handle handle(26);
+        Handle handle(SensorType::CC430);
         handle.open();
         for (const char *name :
              {"SP_OutputVideoDark_ETH", "SP_OutputVideoLight_ETH", "SP_OutputVideoDarkTable_ETH"})
@@ -368,7 +374,7 @@ private Q_SLOTS:
         QFETCH(double, range);
         QFETCH(int, pixels);
         loadOne("MC340", network, R"(, "info": { "SA_Range": )" + std::to_string(range) + " }" + standingAt(4.0));
-        Handle handle(37);
+        Handle handle(SensorType::MC340);
         handle.open();
         QCOMPARE(handle.command("Get_Info"), 0);
         QCOMPARE(handle.getDouble("SA_Range"), range);
@@ -376,7 +382,7 @@ private Q_SLOTS:
         QCOMPARE(handle.command("Get_Video"), 0);
         const Pixels line = pixelsOf(handle, "SA_VideoRaw");
         QCOMPARE(static_cast<int>(line.size()), pixels);
-        // The object is as wide as it is measured, and keeps the light off.
+        // The object is as wide as the measured value and blocks the light.
         const auto dark = std::count_if(line.begin(), line.end(), [](int pixel) { return pixel < 4096 / 4; });
         QVERIFY(std::fabs(static_cast<double>(dark) / pixels - 0.4) < 0.01);
     }
@@ -385,7 +391,7 @@ private Q_SLOTS:
     {
         const auto lineAt = [](int seed, double time) {
             loadOne("TX290", network, standingAt(5.0), seed);
-            Handle handle(51);
+            Handle handle(SensorType::TX290);
             handle.open();
             if (!switchTo(handle, "Update_Output_ETH", "SP_OutputVideoRaw_ETH", 1))
                 return Pixels();
@@ -403,7 +409,7 @@ private Q_SLOTS:
     void fetchingALineTakesNoValue()
     {
         loadOne("TX290", network);
-        Handle handle(51);
+        Handle handle(SensorType::TX290);
         handle.open();
         QVERIFY(switchTo(handle, "Update_Output_ETH", "SP_OutputVideoRaw_ETH", 1));
         sondixsim::advance(0.25);
@@ -411,7 +417,7 @@ private Q_SLOTS:
         QCOMPARE(handle.available(), 1000);
     }
 
-    void mistakesInVideoAreNamed_data()
+    void errorsInVideoAreReported_data()
     {
         QTest::addColumn<QByteArray>("key");
         QTest::addColumn<QByteArray>("mistake");
@@ -426,7 +432,7 @@ private Q_SLOTS:
                               << QByteArray("\"vidoe\"");
         QTest::newRow("rate") << QByteArray(R"(, "triggerRate": -1)") << QByteArray("\"triggerRate\"");
     }
-    void mistakesInVideoAreNamed()
+    void errorsInVideoAreReported()
     {
         QFETCH(QByteArray, key);
         QFETCH(QByteArray, mistake);

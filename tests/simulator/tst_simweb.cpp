@@ -6,7 +6,7 @@
 #include <QTest>
 #include <zlib.h>
 
-/// The content of a gzip file; empty when it is none.
+/// The content of a gzip file; empty for anything else.
 static std::string inflated(const std::string &packed)
 {
     z_stream stream{};
@@ -33,11 +33,11 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("model");
         QTest::addColumn<int>("type");
-        QTest::newRow("TX270") << QByteArray("TX270") << 41;
-        QTest::newRow("TX280") << QByteArray("TX280") << 42;
-        QTest::newRow("TX290") << QByteArray("TX290") << 51;
-        QTest::newRow("TX300") << QByteArray("TX300") << 56;
-        QTest::newRow("TX310") << QByteArray("TX310") << 58;
+        QTest::newRow("TX270") << QByteArray("TX270") << int(SensorType::TX270);
+        QTest::newRow("TX280") << QByteArray("TX280") << int(SensorType::TX280);
+        QTest::newRow("TX290") << QByteArray("TX290") << int(SensorType::TX290);
+        QTest::newRow("TX300") << QByteArray("TX300") << int(SensorType::TX300);
+        QTest::newRow("TX310") << QByteArray("TX310") << int(SensorType::TX310);
     }
     void modelsWithAWebInterfaceServePages()
     {
@@ -55,18 +55,19 @@ private Q_SLOTS:
         QCOMPARE(handle.getInt("SA_OutputErrorOut2"), 0);
     }
 
-    void othersDoNotKnowTheCommands_data()
+    void otherModelsDoNotKnowTheCommands_data()
     {
         QTest::addColumn<QByteArray>("model");
         QTest::addColumn<int>("type");
         QTest::addColumn<QByteArray>("place");
-        QTest::newRow("model without pages")
-            << QByteArray("TX240") << 23 << QByteArray(R"({ "interface": "RS232", "port": "COM1" })");
-        QTest::newRow("network") << QByteArray("TX290") << 51
+        QTest::newRow("model without pages") << QByteArray("TX240") << int(SensorType::TX240)
+                                             << QByteArray(R"({ "interface": "RS232", "port": "COM1" })");
+        QTest::newRow("network") << QByteArray("TX290") << int(SensorType::TX290)
                                  << QByteArray(R"({ "interface": "TCP/IP", "ip": "10.0.0.1" })");
-        QTest::newRow("USB") << QByteArray("TX300") << 56 << QByteArray(R"({ "interface": "WinUSB" })");
+        QTest::newRow("USB") << QByteArray("TX300") << int(SensorType::TX300)
+                             << QByteArray(R"({ "interface": "WinUSB" })");
     }
-    void othersDoNotKnowTheCommands()
+    void otherModelsDoNotKnowTheCommands()
     {
         QFETCH(QByteArray, model);
         QFETCH(int, type);
@@ -115,7 +116,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, type);
         QFETCH(QByteArray, part);
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const Fetched page = fetch(handle, path.toStdString());
         QCOMPARE(page.result, 0);
@@ -127,19 +128,19 @@ private Q_SLOTS:
         QVERIFY(!page.tag().empty());
         QCOMPARE(page.header.find("\r\n\r\n"), page.header.size() - 4);
         QVERIFY(page.body.find(part.toStdString()) != std::string::npos);
-        QVERIFY(page.body.size() <= std::size_t(usualLength));
+        QVERIFY(page.body.size() <= std::size_t(defaultMaxLength));
     }
 
-    void everyPageOfOursUsesNothingFromElsewhere()
+    void builtInPagesLoadNothingFromElsewhere()
     {
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         for (const char *path : {"/", "/settings.html", "/overview.js", "/settings.js", "/style.css", "/none"}) {
             const std::string body = fetch(handle, path).body;
             std::size_t at = 0;
             while ((at = body.find("//", at)) != std::string::npos) {
-                // Comments, and the names of XML vocabularies, which nobody fetches.
+                // Comments and names of XML namespaces, which no browser loads.
                 const bool isAddress = at > 0 && body[at - 1] == ':';
                 QVERIFY2(!isAddress || body.compare(at, 12, "//www.w3.org") == 0, path);
                 at += 2;
@@ -150,14 +151,14 @@ private Q_SLOTS:
     void answersCanBeReadAsTextsAndAsBytes()
     {
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const Fetched page = fetch(handle, "/");
         QCOMPARE(handle.getText("SA_HTTPHeader"), page.header);
         QCOMPARE(handle.getText("SA_HTTPBody"), page.body);
     }
 
-    void knownTagGivesNoBody_data()
+    void matchingTagGivesNoBody_data()
     {
         QTest::addColumn<QByteArray>("before");
         QTest::addColumn<QByteArray>("after");
@@ -167,12 +168,12 @@ private Q_SLOTS:
         QTest::newRow("weak and quoted") << QByteArray("W/\"") << QByteArray("\"");
         QTest::newRow("among others") << QByteArray("abc, ") << QByteArray(", W/def");
     }
-    void knownTagGivesNoBody()
+    void matchingTagGivesNoBody()
     {
         QFETCH(QByteArray, before);
         QFETCH(QByteArray, after);
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const std::string tag = fetch(handle, "/style.css").tag();
         const Fetched again = fetch(handle, "/style.css", before.toStdString() + tag + after.toStdString());
@@ -186,7 +187,7 @@ private Q_SLOTS:
     void otherTagGivesThePage()
     {
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const Fetched page = fetch(handle, "/style.css");
         for (const std::string &tag : {std::string("abc"), page.tag() + "0", page.tag().substr(1),
@@ -197,17 +198,17 @@ private Q_SLOTS:
         }
     }
 
-    void missingPageIsAPageOfItsOwn_data()
+    void missingPageIsAnsweredWith404_data()
     {
         QTest::addColumn<QByteArray>("path");
         for (const char *path : {"/nothing.html", "", "index.html", "/index.htm", "//", "/../style.css", "/%2e"})
             QTest::newRow(*path != '\0' ? path : "empty") << QByteArray(path);
     }
-    void missingPageIsAPageOfItsOwn()
+    void missingPageIsAnsweredWith404()
     {
         QFETCH(QByteArray, path);
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const Fetched page = fetch(handle, path.toStdString());
         QCOMPARE(page.result, 0);
@@ -223,17 +224,17 @@ private Q_SLOTS:
     void longPageComesCompressed()
     {
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const Fetched whole = fetch(handle, "/reference.html", "", 1000000);
-        QVERIFY(whole.body.size() > std::size_t(usualLength));
+        QVERIFY(whole.body.size() > std::size_t(defaultMaxLength));
         QCOMPARE(whole.line("Content-Encoding"), std::string("(missing)"));
         const Fetched packed = fetch(handle, "/reference.html");
         QCOMPARE(packed.statusLine(), std::string("HTTP/1.1 200 OK"));
         QCOMPARE(packed.line("Content-Encoding"), std::string("gzip"));
         QCOMPARE(packed.line("Content-Type"), whole.line("Content-Type"));
         QCOMPARE(packed.line("Content-Length"), std::to_string(packed.body.size()));
-        QVERIFY(packed.body.size() <= std::size_t(usualLength));
+        QVERIFY(packed.body.size() <= std::size_t(defaultMaxLength));
         QCOMPARE(inflated(packed.body), whole.body);
         QVERIFY(packed.tag() != whole.tag());
         QCOMPARE(fetch(handle, "/reference.html", packed.tag()).statusLine(),
@@ -244,7 +245,7 @@ private Q_SLOTS:
     void lengthDecidesHowAPageComes()
     {
         loadWebSensor(R"(, "pages": { "/a.txt": { "text": ")" + std::string(1000, 'a') + R"(" } })");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(fetch(handle, "/a.txt", "", 1000).line("Content-Encoding"), std::string("(missing)"));
         const Fetched packed = fetch(handle, "/a.txt", "", 999);
@@ -255,7 +256,7 @@ private Q_SLOTS:
                  std::string("HTTP/1.1 500 Internal Server Error"));
     }
 
-    void pageThatDoesNotFitSaysSo()
+    void pageThatDoesNotFitIsAnsweredWith500()
     {
         std::string noise;
         unsigned state = 1;
@@ -264,7 +265,7 @@ private Q_SLOTS:
             noise += "0123456789abcdef"[state >> 28];
         }
         loadWebSensor(R"(, "pages": { "/noise.txt": { "text": ")" + noise + R"(" } })");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const Fetched page = fetch(handle, "/noise.txt");
         QCOMPARE(page.result, 0);
@@ -280,7 +281,7 @@ private Q_SLOTS:
     void requestNeedsAPathAndALength()
     {
         loadWebSensor();
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.set("SP_HTTPMaxLength", 100);
         QVERIFY(handle.command("Get_HTTP") < 0);
@@ -295,7 +296,7 @@ private Q_SLOTS:
             { "name": "Rising", "unit": "\u00b5m", "range": [0, 100], "rawRange": [0, 100000],
               "generator": { "kind": "ramp", "from": 0, "to": 100, "period": 100 } },
             { "name": "Never", "errors": [ { "key": -3, "every": 1 } ] } ])");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sondixsim::advance(25.0);
         const Fetched values = fetch(handle, "/values.json");
@@ -327,7 +328,7 @@ private Q_SLOTS:
     void showingValuesTakesNoneAway()
     {
         loadWebSensor(R"(, "rate": 1000)");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         sondixsim::advance(1.0);
         const double shown = fetch(handle, "/values.json")
@@ -346,7 +347,7 @@ private Q_SLOTS:
     {
         loadWebSensor(R"(, "rate": 1000, "signals": [ { "name": "a", "range": [0, 100], "rawRange": [0, 100000],
             "generator": { "kind": "ramp", "from": 0, "to": 100, "period": 100 } } ])");
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         handle.set("SP_OutputRS422", 0);
         QCOMPARE(handle.command("Set_DataOutInterface"), 0);
@@ -378,7 +379,7 @@ private Q_SLOTS:
                        "/logo": { "file": "logo.png" }, "/raw": { "text": "x" } } } ] })");
         bench.close();
         sondixsim::loadBenchFile(bench.fileName().toStdString());
-        Handle handle(41);
+        Handle handle(SensorType::TX270);
         handle.open();
         const Fetched page = fetch(handle, "/");
         QCOMPARE(page.body, std::string("<p>Gr\xC3\xBC\xC3\x9F"
@@ -392,7 +393,7 @@ private Q_SLOTS:
         QCOMPARE(fetch(handle, "/style.css").statusLine(), std::string("HTTP/1.1 200 OK"));
     }
 
-    void mistakesInPagesAreNamed_data()
+    void errorsInPagesAreReported_data()
     {
         QTest::addColumn<QByteArray>("model");
         QTest::addColumn<QByteArray>("pages");
@@ -412,7 +413,7 @@ private Q_SLOTS:
         row("type that is none", R"({ "/a": { "text": "", "type": "html" } })", "type");
         row("unknown key", R"({ "/a": { "text": "", "size": 3 } })", "size");
     }
-    void mistakesInPagesAreNamed()
+    void errorsInPagesAreReported()
     {
         QFETCH(QByteArray, model);
         QFETCH(QByteArray, pages);

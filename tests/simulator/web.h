@@ -7,8 +7,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-/// Bytes that an answer's body may have when nothing else is said.
-constexpr std::int32_t usualLength = 16383;
+/// The default of "SP_HTTPMaxLength".
+constexpr std::int32_t defaultMaxLength = 16383;
 
 struct Fetched
 {
@@ -17,7 +17,7 @@ struct Fetched
     std::string body;
 
     std::string statusLine() const { return header.substr(0, header.find("\r\n")); }
-    /// The value of a line of the header; "(missing)" without it.
+    /// The value of a header field; "(missing)" without it.
     std::string line(const std::string &name) const
     {
         const std::size_t start = header.find("\r\n" + name + ": ");
@@ -26,7 +26,7 @@ struct Fetched
         const std::size_t first = start + name.size() + 4;
         return header.substr(first, header.find("\r\n", first) - first);
     }
-    /// The entity tag without its quotation marks.
+    /// The entity tag without quotation marks.
     std::string tag() const
     {
         const std::string quoted = line("ETag");
@@ -45,9 +45,9 @@ inline std::string binaryAnswer(std::uint32_t handle, const char *name)
 }
 
 inline Fetched fetch(Handle &handle, const std::string &path, const std::string &tag = "",
-                     std::int32_t most = usualLength)
+                     std::int32_t maxCount = defaultMaxLength)
 {
-    handle.set("SP_HTTPMaxLength", most);
+    handle.set("SP_HTTPMaxLength", maxCount);
     handle.set("SP_HTTPPath", path.c_str());
     handle.set("SP_HTTPeTag", tag.c_str());
     Fetched fetched;
@@ -66,17 +66,18 @@ inline std::int32_t sendGeneric(Handle &handle, const std::string &text, std::in
     return handle.command("Cmd_Generic");
 }
 
-/// What the sensor answers to a generic command; "(refused) ..." with its text when it refuses.
+/// The answer to a generic command, or "(failed)" and the error text.
 inline std::string askGeneric(Handle &handle, const std::string &text)
 {
     if (sendGeneric(handle, text) == 0)
         return handle.getText("SA_CompleteAnswer");
     std::string why;
     handle.error(&why);
-    return "(refused) " + why;
+    return "(failed) " + why;
 }
 
-/// One TX270 at COM1 with 115200 baud; \a more are further keys of it, \a benchKeys of the bench.
+/// Loads a bench with one TX270 at COM1 with 115200 baud. \a more are further keys of the sensor, \a benchKeys of the
+/// bench.
 inline void loadWebSensor(const std::string &more = "",
                           const std::string &benchKeys = R"("clock": { "virtual": true },)",
                           const std::string &model = "TX270")
