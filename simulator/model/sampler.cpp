@@ -77,7 +77,7 @@ void Sampler::trigger(double now)
         return;
     catchUp(now);
     restart(now);
-    m_rate = 0.0; // the frame arises now, not a period later
+    m_rate = 0.0; // the frame is measured now, not a period later
     std::vector<std::int32_t> raw(frame().size());
     std::vector<double> scaled(frame().size());
     generate(m_nextFrame, 1, raw.data(), scaled.data());
@@ -170,9 +170,9 @@ std::vector<double> Sampler::presentValues(double now) const
     double time = m_anchorTime;
     const double nominal = frameRate();
     if (m_rate > 0.0) {
-        const double arisen = std::max(1.0, arisenFrames(now));
-        number = m_anchorFrame + static_cast<std::uint64_t>(arisen) - 1;
-        time = m_anchorTime + arisen / m_rate;
+        const double measured = std::max(1.0, measuredFrames(now));
+        number = m_anchorFrame + static_cast<std::uint64_t>(measured) - 1;
+        time = m_anchorTime + measured / m_rate;
     } else if (!m_settings.waitsForTrigger() && nominal > 0.0) { // it measures without sending
         number = static_cast<std::uint64_t>(std::max(0.0, now * nominal));
         time = now;
@@ -195,7 +195,7 @@ bool Sampler::sendsValues() const
 }
 
 /// Frames since the anchor, as a whole number.
-double Sampler::arisenFrames(double now) const
+double Sampler::measuredFrames(double now) const
 {
     constexpr double tolerance = 1.0e-6; // of a frame: sums of steps of the clock are not exact
     return std::floor((now - m_anchorTime) * m_rate + tolerance);
@@ -261,12 +261,12 @@ void Sampler::restart(double now)
 
 void Sampler::catchUp(double now)
 {
-    const double arisen = arisenFrames(now);
+    const double measured = measuredFrames(now);
     const auto done = static_cast<double>(m_nextFrame - m_anchorFrame);
     const std::size_t perFrame = frame().size();
-    if (!(arisen > done) || perFrame == 0)
+    if (!(measured > done) || perFrame == 0)
         return;
-    auto due = static_cast<std::uint64_t>(std::min(arisen - done, 1.0e15));
+    auto due = static_cast<std::uint64_t>(std::min(measured - done, 1.0e15));
     const auto room = static_cast<std::uint64_t>(m_spec.ringFrames);
     if (due > room) {
         // Frames that would be overwritten at once are only counted.

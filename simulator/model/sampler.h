@@ -9,9 +9,8 @@
 
 namespace sondixsim::model {
 
-/// Produces the frames of a sensor at its rate and keeps them until they are fetched. Frames are only computed when
-/// somebody asks for them: every function with a time first has to catch up with it. Has no lock of its own: the
-/// sensor's mutex guards it.
+/// Produces the frames of a sensor at its rate and keeps them until they are fetched. Frames are computed on demand, up
+/// to the bench time of the call. Has no lock of its own: the sensor's mutex guards it.
 class Sampler
 {
 public:
@@ -20,9 +19,9 @@ public:
     void start(double now); ///< when the sensor is opened
     void stop();
 
-    void catchUp(double now);        ///< call this before a setting or the baud rate changes ...
-    void followSettings(double now); ///< ... and this afterwards
-    void discard(double now);        ///< what has arisen and was not fetched
+    void catchUp(double now); ///< computes frames up to now; call it before settings or the baud rate change,
+    void followSettings(double now); ///< and this after the change
+    void discard(double now);        ///< all values that were not fetched
     void track(std::size_t command, double now);
     void stopTracking(double now);
     void trigger(double now); ///< one frame, if the sensor waits for a trigger
@@ -42,13 +41,13 @@ public:
         std::uint64_t number = 0;
         std::vector<double> scaled;
     };
-    Frame lastFrame(double now);                         ///< the last one that has arisen
-    std::vector<double> presentValues(double now) const; ///< what the sensor measures now; takes nothing
+    Frame lastFrame(double now);                         ///< the last one that was measured
+    std::vector<double> presentValues(double now) const; ///< measured now; does not change the ring
 
 private:
     std::uint64_t seedOf(std::size_t signal) const;
     bool sendsValues() const; ///< over the interface at which the sensor is open
-    double arisenFrames(double now) const;
+    double measuredFrames(double now) const;
     double period() const; ///< seconds; 0 while no frames are sent
     double timeOf(std::uint64_t frame, double period) const;
     void catchUpUnlessPolled(double now);
@@ -70,7 +69,7 @@ private:
     Ring m_ring;
     std::uint64_t m_lost = 0;
     double m_rate = 0.0;       ///< Hz since m_anchorTime
-    double m_anchorTime = 0.0; ///< frame m_anchorFrame arises one period later
+    double m_anchorTime = 0.0; ///< frame m_anchorFrame is measured one period later
     std::uint64_t m_anchorFrame = 0;
     std::uint64_t m_nextFrame = 0;
     std::uint64_t m_sequence = 0; ///< changes wherever the frames in the ring have a gap or another period

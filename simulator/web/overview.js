@@ -2,7 +2,7 @@
 'use strict';
 
 const period = 1000; // milliseconds between two polls
-const kept = 60; // values that a history shows
+const historyLength = 60; // values
 const cards = [];
 
 function setText(id, text) {
@@ -27,7 +27,7 @@ function makeCard(signal) {
         element(ends, 'span', '').textContent = end + ' ' + signal.unit;
     const svg = document.createElementNS('http://www.w3.org/2000/svg', 'svg');
     svg.setAttribute('class', 'history');
-    svg.setAttribute('viewBox', '0 0 ' + (kept - 1) + ' 100');
+    svg.setAttribute('viewBox', '0 0 ' + (historyLength - 1) + ' 100');
     svg.setAttribute('preserveAspectRatio', 'none');
     card.curve = document.createElementNS('http://www.w3.org/2000/svg', 'polyline');
     svg.append(card.curve);
@@ -37,25 +37,25 @@ function makeCard(signal) {
 
 function drawHistory(card) {
     const known = card.values.filter(value => value !== null);
-    const least = Math.min(...known), width = Math.max(...known) - least || 1;
+    const minimum = Math.min(...known), width = Math.max(...known) - minimum || 1;
     const points = [];
     card.values.forEach((value, i) => {
         if (value !== null)
-            points.push((kept - card.values.length + i) + ',' + (95 - 90 * (value - least) / width).toFixed(1));
+            points.push((historyLength - card.values.length + i) + ',' + (95 - 90 * (value - minimum) / width).toFixed(1));
     });
     card.curve.setAttribute('points', points.join(' '));
 }
 
 function showSignal(card, signal) {
-    const [least, greatest] = signal.range;
+    const [minimum, maximum] = signal.range;
     const failed = signal.value === null;
     card.value.textContent = failed ? signal.error : signal.value.toFixed(signal.decimals);
     card.value.classList.toggle('error', failed);
     if (!failed)
         element(card.value, 'small', '').textContent = signal.unit;
-    card.bar.style.width = failed ? '0' : 100 * (signal.value - least) / (greatest - least) + '%';
+    card.bar.style.width = failed ? '0' : 100 * (signal.value - minimum) / (maximum - minimum) + '%';
     card.values.push(signal.value);
-    card.values.splice(0, card.values.length - kept);
+    card.values.splice(0, card.values.length - historyLength);
     drawHistory(card);
 }
 
@@ -83,7 +83,7 @@ async function poll() {
             throw new Error(response.status + ' ' + response.statusText);
         show(await response.json());
     } catch (error) {
-        setText('status', 'The sensor gives no values (' + error.message + ')');
+        setText('status', 'The sensor sends no values (' + error.message + ')');
     }
     setTimeout(poll, period);
 }

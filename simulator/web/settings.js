@@ -6,7 +6,7 @@ const settings = document.getElementById('settings');
 const forms = document.querySelectorAll('form');
 const edited = new Set(); // the fields whose values have not been sent yet
 
-function tell(text, failed) {
+function showAnswer(text, failed) {
     answer.textContent = text;
     answer.classList.toggle('error', failed);
 }
@@ -28,10 +28,10 @@ async function send(command) {
             const page = new DOMParser().parseFromString(text, 'text/html');
             text = Array.from(page.body.children, part => part.textContent.trim()).join('\n');
         }
-        tell(text || 'Done.', !response.ok);
+        showAnswer(text || 'Done.', !response.ok);
         return response.ok ? text : null;
     } catch (error) {
-        tell('The sensor does not answer (' + error.message + ')', true);
+        showAnswer('The sensor does not answer (' + error.message + ')', true);
         return null;
     } finally {
         setBusy(false);
@@ -71,7 +71,7 @@ async function reload() {
     try {
         await load();
     } catch (error) {
-        tell(answer.textContent + '\nThe settings cannot be read (' + error.message + ')', true);
+        showAnswer(answer.textContent + '\nThe settings cannot be read (' + error.message + ')', true);
     }
 }
 
@@ -92,7 +92,7 @@ document.getElementById('export').addEventListener('click', async () => {
     const text = await send('EXPORT');
     if (text !== null) {
         settings.value = text;
-        tell(text.trim().split('\n').length + ' settings exported', false);
+        showAnswer(text.trim().split('\n').length + ' settings exported', false);
     }
 });
 

@@ -112,8 +112,8 @@ private Q_SLOTS:
         QVERIFY2(std::fabs(frames - 2.0 * expected.hertz) <= 1.0, QByteArray::number(frames).constData());
         bool varies = false;
         for (std::size_t i = 0; i < block.scaled.size(); ++i) {
-            const auto &[least, greatest] = ranges[i % ranges.size()];
-            QVERIFY(block.scaled[i] <= -1.0e10 || (block.scaled[i] >= least && block.scaled[i] <= greatest));
+            const auto &[minimum, maximum] = ranges[i % ranges.size()];
+            QVERIFY(block.scaled[i] <= -1.0e10 || (block.scaled[i] >= minimum && block.scaled[i] <= maximum));
             varies = varies || block.scaled[i] != block.scaled[i % ranges.size()];
         }
         QVERIFY(varies);

@@ -42,7 +42,7 @@ private:
     }
 
 private Q_SLOTS:
-    void valuesAriseAtTheFrameRate()
+    void valuesAreMeasuredAtTheFrameRate()
     {
         sondixsim::loadBench(benchWith(constant));
         Handle handle(SensorType::CC430);

@@ -297,12 +297,12 @@ private Q_SLOTS:
         QCOMPARE(ask(handle, "Get_MeasureMode", "SA_MeasureMode"), mode);
         QCOMPARE(valuesPerFrame(handle), perFrame);
         QCOMPARE(handle.getText("IA_Scaled_Name1"), name.toStdString());
-        const double least = handle.getDouble("IA_Scaled_RangeMin1");
-        const double greatest = handle.getDouble("IA_Scaled_RangeMax1");
+        const double minimum = handle.getDouble("IA_Scaled_RangeMin1");
+        const double maximum = handle.getDouble("IA_Scaled_RangeMax1");
         QCOMPARE(valuesIn(handle, 1.0), 2000 * perFrame);
         const Block block = takeBlock(handle, 2000 * perFrame);
         for (std::size_t i = 0; i < block.scaled.size(); i += static_cast<std::size_t>(perFrame))
-            QVERIFY(block.scaled[i] >= least && block.scaled[i] <= greatest);
+            QVERIFY(block.scaled[i] >= minimum && block.scaled[i] <= maximum);
         CloseSensor(handle);
         handle.open();
         QCOMPARE(valuesPerFrame(handle), perFrame); // closing keeps the mode
