@@ -13,7 +13,7 @@ using namespace SondixQt;
 
 namespace {
 
-/// A connection whose client sends its bytes in pieces, and a sensor whose answers depend on the request alone.
+/// A connection whose client sends its bytes in requests, and a sensor whose answers depend on the request alone.
 class Connection
 {
 public:
@@ -52,7 +52,7 @@ private:
             reportMismatch("takeRequest()", answers, false, true);
         collect();
         requests += describeRequest(request);
-        if (request.kind == RequestCutter::OtherMethod || request.kind == RequestCutter::HeadMethod)
+        if (request.kind == ParsedRequest::OtherMethod || request.kind == ParsedRequest::HeadMethod)
             queue.answerOtherMethod(request, now);
         else
             queue.answer(request, QByteArray(), describeRequest(request), now);
@@ -66,10 +66,10 @@ private:
             if (refusal != 0)
                 reportMismatch("what follows a refusal", answers, response.bytes, QByteArray());
             answers += response.bytes;
-            if (response.afterwards == RequestQueue::Afterwards::Refuses)
+            if (response.action == RequestQueue::ConnectionAction::CloseDiscarding)
                 refusal = response.bytes.mid(int(sizeof "HTTP/1.1 ") - 1, 3).toInt();
-            if (response.afterwards == RequestQueue::Afterwards::Aborts)
-                refusal = hungUp;
+            if (response.action == RequestQueue::ConnectionAction::Abort)
+                refusal = aborted;
         }
     }
 
@@ -142,7 +142,7 @@ void sendFromForeignPage(unsigned choice, const QByteArray &bytes, const QByteAr
 
 } // namespace
 
-/// The bytes are how many sizes of pieces there are and which foreign page, those sizes, and what a client sends.
+/// The bytes are how many sizes of requests there are and which foreign page, those sizes, and what a client sends.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     if (size == 0)

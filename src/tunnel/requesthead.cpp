@@ -35,7 +35,7 @@ bool isAlphanumeric(char c)
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-/// What methods and the names of headers are made of.
+/// Whether \a text may be a method or the name of a header field.
 bool isToken(const QByteArray &text)
 {
     return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](char c) {
@@ -43,7 +43,7 @@ bool isToken(const QByteArray &text)
     });
 }
 
-/// Whether the four numbers of an address in 127.0.0.0/8 stand in \a host.
+/// Whether \a host is an address in 127.0.0.0/8.
 bool isLoopbackAddress(const QByteArray &host)
 {
     const QList<QByteArray> numbers = host.split('.');
@@ -53,8 +53,8 @@ bool isLoopbackAddress(const QByteArray &host)
            });
 }
 
-/// Whether \a host (of the Host header) is a name that only this computer can have: a foreign name that was made
-/// to point here would be the page's own origin.
+/// Whether \a host (of the Host field) always means this computer. Any other name could be made to resolve to it, and
+/// a page from there would then be of the same origin.
 bool isThisComputer(QByteArray host)
 {
     host = host.toLower();
@@ -74,7 +74,7 @@ bool isThisComputer(QByteArray host)
 
 using Headers = QHash<QByteArray, QByteArray>;
 
-/// Whether the request may come from where it says it does.
+/// Whether a page of the origin that the request names may send it.
 bool isAllowedOrigin(RequestHead::Method method, const Headers &headers)
 {
     if (!headers.contains("sec-fetch-site"))
@@ -87,22 +87,22 @@ bool isAllowedOrigin(RequestHead::Method method, const Headers &headers)
            (headers.value("sec-fetch-mode") == "navigate" && headers.value("sec-fetch-dest") == "document");
 }
 
-/// Whether a GET asks for more than a page that somebody wants to see: a WebSocket, or a page fetched in advance.
-bool isUnaskedGet(const Headers &headers)
+/// Whether a GET opens a WebSocket or fetches a page in advance.
+bool isWebSocketOrPrefetch(const Headers &headers)
 {
     return headers.contains("upgrade") || headers.value("sec-purpose").toLower().contains("prefetch");
 }
 
-/// The headers by their names in small letters, the lines of one together. False when a line is none, or when one
-/// that decides something comes twice.
+/// Parses the header fields by lower-case name; repeated ones are joined with ", ". False for a malformed line or a
+/// repeated security-relevant field.
 bool readHeaders(const QList<QByteArray> &lines, Headers &headers)
 {
-    static const QList<QByteArray> decisive = {"content-length", "host",           "origin",
-                                               "sec-fetch-site", "sec-fetch-mode", "sec-fetch-dest"};
+    static const QList<QByteArray> unique = {"content-length", "host",           "origin",
+                                             "sec-fetch-site", "sec-fetch-mode", "sec-fetch-dest"};
     for (int i = 1; i < lines.size(); ++i) {
         const int colon = lines[i].indexOf(':');
         const QByteArray name = lines[i].left(colon).toLower();
-        if (colon < 0 || !isToken(name) || (headers.contains(name) && decisive.contains(name)))
+        if (colon < 0 || !isToken(name) || (headers.contains(name) && unique.contains(name)))
             return false;
         QByteArray &value = headers[name];
         value += (value.isEmpty() ? "" : ", ") + lines[i].mid(colon + 1).trimmed();
@@ -135,9 +135,10 @@ int refusalOf(RequestHead &request, const Headers &headers, bool isOwnTarget, bo
         return HttpStatus::badRequest;
     if (!isOwnTarget || (request.hasHost && !isThisComputer(headers.value("host"))))
         return HttpStatus::forbidden;
-    if (!isAllowedOrigin(request.method, headers) || (request.method == RequestHead::Get && isUnaskedGet(headers)))
+    if (!isAllowedOrigin(request.method, headers) ||
+        (request.method == RequestHead::Get && isWebSocketOrPrefetch(headers)))
         return HttpStatus::forbidden;
-    // Only a raw client's body may end with a pause instead of at its length.
+    // Only a raw client may leave the length out: its body ends with a pause.
     if (request.method == RequestHead::Post && length < 0 && lengthRefusal == 0 && request.fromBrowser)
         return HttpStatus::lengthRequired;
     request.contentLength = length;
@@ -204,7 +205,7 @@ RequestHead readRequestHead(const QByteArray &head, bool hostSeen)
         request.refusal = HttpStatus::badRequest;
         return request;
     }
-    // Of a head without a blank line the last line end may have come.
+    // A head that ended with a pause may end in a line break.
     while (lines.size() > 1 && lines.last().isEmpty())
         lines.removeLast();
 

@@ -5,21 +5,21 @@
 
 namespace SondixQt {
 
-/// The head of an HTTP request, as far as the tunnel cares.
+/// What the tunnel uses of an HTTP request's head.
 struct RequestHead
 {
     enum Method { Get, Post, Other };
 
     Method method = Other;
     QByteArray methodName;             ///< GET in capital letters, the others as they came
-    QByteArray path;                   ///< the target up to the first blank or "?"
+    QByteArray path;                   ///< the target up to the first blank or "?", without scheme and host
     QByteArray entityTag;              ///< of If-None-Match, without quotation marks
     int contentLength = -1;            ///< -1: not announced; never above TunnelLimits::body
     bool hasHost = false;              ///< Host is there
-    bool fromBrowser = false;          ///< Host, Origin or Sec-Fetch-... is there: no raw client
+    bool fromBrowser = false;          ///< Host, Origin or Sec-... is there: no raw client
     bool closesConnection = false;     ///< the client wants no further request on this connection
     bool expectsContinue = false;      ///< the client waits for a 100 before it sends the body
-    bool endsInsideHeaderName = false; ///< what has come ends in the middle of a header
+    bool endsInsideHeaderName = false; ///< the last line has no colon yet
     int refusal = 0;                   ///< the HTTP status with which it is refused, 0: it may pass
 };
 
@@ -28,8 +28,8 @@ bool hasControl(const QByteArray &bytes);
 /// Whether \a line is the first line of a well-formed HTTP request of any method.
 bool isRequestLine(const QByteArray &line);
 
-/// Reads \a head, up to but without its blank line, and decides whether the request may pass: its syntax, whom
-/// it was meant for and whose page sent it. \a hostSeen: an earlier request of the connection named a host.
+/// Parses \a head, without its blank line, and checks whether the request may pass: its syntax, the host that it is
+/// for and the page that it is from. \a hostSeen: an earlier request of the connection had a Host field.
 RequestHead readRequestHead(const QByteArray &head, bool hostSeen);
 
 } // namespace SondixQt

@@ -18,15 +18,15 @@ namespace {
 
 constexpr qint64 never = -1;
 
-bool isCommand(const RequestCutter::Piece &piece)
+bool isCommand(const ParsedRequest &parsed)
 {
-    return piece.kind == RequestCutter::Import || piece.kind == RequestCutter::Command;
+    return parsed.kind == ParsedRequest::Import || parsed.kind == ParsedRequest::Command;
 }
 
 } // namespace
 
-RequestQueue::RequestQueue(int patience)
-    : patienceMs(qint64(patience) * 1000)
+RequestQueue::RequestQueue(int timeout)
+    : timeoutMs(qint64(timeout) * 1000)
 {
 }
 
@@ -39,14 +39,14 @@ void RequestQueue::reset()
     dropped = 0;
 }
 
-void RequestQueue::addClient(Client client, qint64 now, bool welcome)
+void RequestQueue::addClient(Client client, qint64 now, bool accepted)
 {
     const Lock lock(mutex);
     Connection &connection = connections[client];
     connection = Connection();
     connection.lastActivity = now;
-    if (!welcome) {
-        connection.waiting.push_back(connection.cutter.refuse(HttpStatus::serviceUnavailable));
+    if (!accepted) {
+        connection.waiting.push_back(connection.parser.refuse(HttpStatus::serviceUnavailable));
         answerDirectly(client, connection);
     }
 }
@@ -57,24 +57,24 @@ void RequestQueue::removeClient(Client client)
     const auto found = connections.find(client);
     if (found != connections.end()) {
         Connection &connection = found->second;
-        RequestCutter::Piece piece;
-        while (connection.cutter.next(piece))
-            connection.waiting.push_back(piece);
-        if (connection.inputEnded && connection.cutter.endInput(piece))
-            connection.waiting.push_back(piece);
-        dropped += connection.cutter.takeDropped();
+        ParsedRequest parsed;
+        while (connection.parser.next(parsed))
+            connection.waiting.push_back(parsed);
+        if (connection.inputEnded && connection.parser.endInput(parsed))
+            connection.waiting.push_back(parsed);
+        dropped += connection.parser.takeDropped();
         std::copy_if(connection.waiting.begin(), connection.waiting.end(), std::back_inserter(left), isCommand);
         connections.erase(found);
     }
-    const auto isHis = [client](const Response &response) { return response.client == client; };
-    responses.erase(std::remove_if(responses.begin(), responses.end(), isHis), responses.end());
+    const auto isForClient = [client](const Response &response) { return response.client == client; };
+    responses.erase(std::remove_if(responses.begin(), responses.end(), isForClient), responses.end());
 }
 
 int RequestQueue::openConnections() const
 {
     const Lock lock(mutex);
     return int(std::count_if(connections.begin(), connections.end(),
-                             [](const auto &entry) { return !entry.second.cutter.isEnded(); }));
+                             [](const auto &entry) { return !entry.second.parser.isEnded(); }));
 }
 
 void RequestQueue::feed(Client client, const QByteArray &bytes, qint64 now)
@@ -84,14 +84,14 @@ void RequestQueue::feed(Client client, const QByteArray &bytes, qint64 now)
     if (found == connections.end())
         return;
     found->second.lastActivity = now;
-    found->second.cutter.append(bytes);
-    cut(client, found->second);
+    found->second.parser.append(bytes);
+    parse(client, found->second);
 }
 
 bool RequestQueue::isFull(const Connection &connection)
 {
     const auto &waiting = connection.waiting;
-    const auto add = [](int sum, const RequestCutter::Piece &piece) { return sum + piece.text.size(); };
+    const auto add = [](int sum, const ParsedRequest &parsed) { return sum + parsed.text.size(); };
     return waiting.size() >= size_t(TunnelLimits::waitingRequests) ||
            std::accumulate(waiting.begin(), waiting.end(), 0, add) >= TunnelLimits::waitingText;
 }
@@ -111,61 +111,61 @@ void RequestQueue::endInput(Client client, qint64 now)
         return;
     found->second.inputEnded = true;
     found->second.lastActivity = now;
-    cut(client, found->second);
+    parse(client, found->second);
 }
 
-void RequestQueue::cut(Client client, Connection &connection)
+void RequestQueue::parse(Client client, Connection &connection)
 {
-    RequestCutter::Piece piece;
-    while (!isFull(connection) && connection.cutter.next(piece))
-        connection.waiting.push_back(piece);
-    if (connection.inputEnded && !isFull(connection) && connection.cutter.endInput(piece))
-        connection.waiting.push_back(piece);
-    dropped += connection.cutter.takeDropped();
+    ParsedRequest parsed;
+    while (!isFull(connection) && connection.parser.next(parsed))
+        connection.waiting.push_back(parsed);
+    if (connection.inputEnded && !isFull(connection) && connection.parser.endInput(parsed))
+        connection.waiting.push_back(parsed);
+    dropped += connection.parser.takeDropped();
     answerDirectly(client, connection);
 }
 
-/// Answers what needs no sensor as soon as everything before it is answered.
+/// Answers what needs no sensor, once everything before it is answered.
 void RequestQueue::answerDirectly(Client client, Connection &connection)
 {
     while (connection.serving == 0 && !connection.waiting.empty()) {
-        const RequestCutter::Piece &piece = connection.waiting.front();
-        if (piece.kind == RequestCutter::Refusal)
-            end(connection, {0, client, refusalResponse(piece.status), Afterwards::Refuses});
-        else if (piece.kind == RequestCutter::Hangup)
-            end(connection, {0, client, QByteArray(), Afterwards::Aborts});
-        else if (piece.kind == RequestCutter::Continue)
-            responses.push_back({0, client, continueResponse(), Afterwards::Goes});
+        const ParsedRequest &parsed = connection.waiting.front();
+        if (parsed.kind == ParsedRequest::Refusal)
+            end(connection, {0, client, refusalResponse(parsed.status), ConnectionAction::CloseDiscarding});
+        else if (parsed.kind == ParsedRequest::Abort)
+            end(connection, {0, client, QByteArray(), ConnectionAction::Abort});
+        else if (parsed.kind == ParsedRequest::Continue)
+            responses.push_back({0, client, continueResponse(), ConnectionAction::KeepAlive});
         else
             return;
         if (!connection.waiting.empty())
             connection.waiting.pop_front();
     }
     if (connection.inputEnded && connection.serving == 0 && connection.waiting.empty() && !connection.over)
-        end(connection, {0, client, QByteArray(), Afterwards::Ends});
+        end(connection, {0, client, QByteArray(), ConnectionAction::Close});
 }
 
 void RequestQueue::end(Connection &connection, const Response &response)
 {
-    connection.cutter.end();
+    connection.parser.end();
     connection.waiting.clear();
     connection.over = true;
     responses.push_back(response);
 }
 
-void RequestQueue::setFetching(Client client, bool fetching, qint64 now)
+void RequestQueue::setReading(Client client, bool reading, qint64 now)
 {
     const Lock lock(mutex);
     const auto found = connections.find(client);
     if (found == connections.end())
         return;
-    found->second.fetching = fetching;
+    found->second.reading = reading;
     found->second.lastActivity = now;
 }
 
 bool RequestQueue::isServable(const Connection &connection)
 {
-    return connection.serving == 0 && connection.fetching && !connection.waiting.empty();
+    return connection.serving == 0 && connection.reading && !connection.waiting.empty();
 }
 
 bool RequestQueue::hasRequest() const
@@ -179,9 +179,9 @@ bool RequestQueue::takeLeft(Request &request)
 {
     if (left.empty())
         return false;
-    const RequestCutter::Piece piece = std::move(left.front());
+    const ParsedRequest parsed = std::move(left.front());
     left.pop_front();
-    request = {++lastNumber, nullptr, piece.kind, piece.method, piece.path, piece.entityTag, piece.text};
+    request = {++lastNumber, nullptr, parsed.kind, parsed.method, parsed.path, parsed.entityTag, parsed.text};
     return true;
 }
 
@@ -199,14 +199,14 @@ bool RequestQueue::takeRequest(Request &request)
         return false;
 
     Connection &connection = next->second;
-    RequestCutter::Piece piece = std::move(connection.waiting.front());
+    ParsedRequest parsed = std::move(connection.waiting.front());
     connection.waiting.pop_front();
     connection.serving = ++lastNumber;
-    connection.servingCloses = piece.closes;
+    connection.servingCloses = parsed.closes;
     lastServed = next->first;
-    // Its place is free for one whose bytes came long ago, which no pause must end.
-    cut(next->first, connection);
-    request = {lastNumber, next->first, piece.kind, piece.method, piece.path, piece.entityTag, piece.text};
+    // There is room again: parse what is already buffered, so that expire() does not take it for a stalled request.
+    parse(next->first, connection);
+    request = {lastNumber, next->first, parsed.kind, parsed.method, parsed.path, parsed.entityTag, parsed.text};
     return true;
 }
 
@@ -222,7 +222,7 @@ void RequestQueue::answerCommand(const Request &request, const QByteArray &answe
 
 void RequestQueue::answerOtherMethod(const Request &request, qint64 now)
 {
-    respond(request, otherMethodResponse(request.kind != RequestCutter::HeadMethod), false, now);
+    respond(request, otherMethodResponse(request.kind != ParsedRequest::HeadMethod), false, now);
 }
 
 void RequestQueue::fail(const Request &request, const QByteArray &errorText, bool closes, qint64 now)
@@ -240,11 +240,11 @@ void RequestQueue::respond(const Request &request, const QByteArray &bytes, bool
     connection.serving = 0;
     connection.lastActivity = now;
     if (closes || connection.servingCloses) {
-        end(connection, {request.number, request.client, bytes, Afterwards::Ends});
+        end(connection, {request.number, request.client, bytes, ConnectionAction::Close});
         return;
     }
-    responses.push_back({request.number, request.client, bytes, Afterwards::Goes});
-    cut(request.client, connection);
+    responses.push_back({request.number, request.client, bytes, ConnectionAction::KeepAlive});
+    parse(request.client, connection);
 }
 
 bool RequestQueue::takeResponse(Response &response)
@@ -265,14 +265,14 @@ int RequestQueue::takeDropped()
 
 qint64 RequestQueue::deadlineOf(const Connection &connection) const
 {
-    if (!connection.fetching)
+    if (!connection.reading)
         return connection.lastActivity + TunnelLimits::idleMs;
-    if (connection.cutter.isEnded() || isFull(connection))
+    if (connection.parser.isEnded() || isFull(connection))
         return never;
-    if (connection.cutter.waitsForQuiet())
+    if (connection.parser.endsWithPause())
         return connection.lastActivity + TunnelLimits::quietMs;
-    if (connection.cutter.isIncomplete())
-        return connection.lastActivity + patienceMs;
+    if (connection.parser.isIncomplete())
+        return connection.lastActivity + timeoutMs;
     if (connection.serving != 0 || !connection.waiting.empty())
         return never;
     return connection.lastActivity + TunnelLimits::idleMs;
@@ -302,18 +302,18 @@ void RequestQueue::expire(qint64 now)
 
 void RequestQueue::expire(Client client, Connection &connection)
 {
-    RequestCutter &cutter = connection.cutter;
-    RequestCutter::Piece piece;
-    if (!connection.fetching || !(cutter.waitsForQuiet() || cutter.isIncomplete())) {
-        connection.fetching = true;
-        end(connection, {0, client, QByteArray(), Afterwards::Aborts});
-    } else if (!cutter.waitsForQuiet()) {
-        connection.waiting.push_back(cutter.refuse(HttpStatus::requestTimeout));
+    RequestParser &parser = connection.parser;
+    ParsedRequest parsed;
+    if (!connection.reading || !(parser.endsWithPause() || parser.isIncomplete())) {
+        connection.reading = true;
+        end(connection, {0, client, QByteArray(), ConnectionAction::Abort});
+    } else if (!parser.endsWithPause()) {
+        connection.waiting.push_back(parser.refuse(HttpStatus::requestTimeout));
         answerDirectly(client, connection);
-    } else if (cutter.endQuiet(piece)) {
-        connection.waiting.push_back(piece);
+    } else if (parser.handlePause(parsed)) {
+        connection.waiting.push_back(parsed);
     }
-    cut(client, connection);
+    parse(client, connection);
 }
 
 } // namespace SondixQt

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "requestcutter_p.h"
+#include "requestparser_p.h"
 
 #include <QByteArray>
 
@@ -11,106 +11,107 @@
 
 namespace SondixQt {
 
-/// The requests of all connections and the answers to them, each connection's in the order in which it asked. It has
-/// no sockets and no clock: bytes, times and answers are given to it.
+/// The requests of all connections and the responses to them, in order within each connection. It has no sockets and
+/// no clock: it is given bytes, times (in milliseconds) and answers.
 ///
-/// Times are milliseconds. Whoever was kept from listening to the clients feeds what has come meanwhile before they
-/// expire(). Every operation is guarded, so that any thread may call it.
+/// Before expire(), feed everything that has arrived: a client is not quiet because it was not read. All functions may
+/// be called from any thread.
 class RequestQueue
 {
 public:
-    /// Names a connection; what it points to is the caller's affair.
+    /// Identifies a connection. Never dereferenced.
     using Client = void *;
 
     struct Request
     {
         quint64 number = 0;
         Client client = nullptr; ///< null: it has left
-        RequestCutter::Kind kind = RequestCutter::Get;
+        ParsedRequest::Kind kind = ParsedRequest::Get;
         QByteArray method;
         QByteArray path;
         QByteArray entityTag;
         QByteArray text; ///< of a command
     };
 
-    enum class Afterwards {
-        Goes,    ///< the connection stays
-        Ends,    ///< the connection ends when all bytes are sent
-        Refuses, ///< it ends too, and what the client is still sending is to be discarded
-        Aborts,  ///< the connection ends at once
+    /// What becomes of the connection after a response.
+    enum class ConnectionAction {
+        KeepAlive,
+        Close,           ///< when everything is sent
+        CloseDiscarding, ///< the same, after a refusal: the client may still be sending
+        Abort,           ///< at once
     };
 
     struct Response
     {
-        quint64 number = 0; ///< of the request that it answers, 0: of none that was taken
+        quint64 number = 0; ///< of the request that it answers; 0 if that was never taken
         Client client = nullptr;
         QByteArray bytes;
-        Afterwards afterwards = Afterwards::Goes;
+        ConnectionAction action = ConnectionAction::KeepAlive;
     };
 
-    /// \a patience: seconds that a request that has begun may wait for its next bytes.
-    explicit RequestQueue(int patience);
+    /// An incomplete request may wait \a timeout seconds for its next bytes.
+    explicit RequestQueue(int timeout);
 
     /// Forgets everything.
     void reset();
 
-    /// A new connection. Unless \a welcome it is refused at once.
-    void addClient(Client client, qint64 now, bool welcome = true);
-    /// The client has left: forgets the connection, its pages and what was to be sent to it. Commands that were
-    /// complete are given out all the same.
+    /// Adds a connection. If it is not \a accepted, it is refused with 503.
+    void addClient(Client client, qint64 now, bool accepted = true);
+    /// The client has left: forgets the connection, its GETs and its responses. Its complete commands stay.
     void removeClient(Client client);
 
-    /// How many connections may still ask for something.
+    /// Number of connections that may still send requests.
     int openConnections() const;
 
-    /// \a bytes came from \a client.
+    /// Parses \a bytes of \a client.
     void feed(Client client, const QByteArray &bytes, qint64 now);
-    /// \a client sends nothing more, but reads on. Its connection ends when all that it asked for is answered.
+    /// \a client has shut down its sending side. Its connection is closed when all its requests are answered.
     void endInput(Client client, qint64 now);
-    /// Whether bytes of \a client may be fed: not while enough of its requests wait.
+    /// Whether to read from \a client: false while the maximum of its requests waits.
     bool wantsBytes(Client client) const;
-    /// Says whether \a client fetches its answers: while it does not, its requests wait.
-    void setFetching(Client client, bool fetching, qint64 now);
-    /// Deals with the clients that have been quiet for too long.
+    /// While \a client is not \a reading its responses, its requests wait.
+    void setReading(Client client, bool reading, qint64 now);
+    /// Handles pauses, timeouts and idle connections.
     void expire(qint64 now);
-    /// When expire() has something to do next, -1: never.
+    /// When to call expire() next, -1: never.
     qint64 nextDeadline() const;
 
-    /// Whether takeRequest() would give out a request.
+    /// Whether takeRequest() would succeed.
     bool hasRequest() const;
-    /// The next request to serve, the clients by turns. A client's next one is given out when it is answered.
+    /// The next request to serve, the connections in turn. The next one of a connection follows when this one is
+    /// answered.
     bool takeRequest(Request &request);
 
     /// \name Answers to a request that was taken
-    /// They are dropped when its connection is gone.
+    /// Dropped if its client has left.
     /// \{
     void answer(const Request &request, const QByteArray &header, const QByteArray &body, qint64 now);
     void answerCommand(const Request &request, const QByteArray &answer, qint64 now);
     void answerOtherMethod(const Request &request, qint64 now);
-    /// \a errorText in Latin-1. The connection ends when it \a closes.
+    /// \a errorText is Latin-1. If it \a closes, the connection ends.
     void fail(const Request &request, const QByteArray &errorText, bool closes, qint64 now);
     /// \}
 
     bool takeResponse(Response &response);
 
-    /// How many times bytes that fit no request were dropped since the last call.
+    /// How many times bytes that are no request were dropped since the last call.
     int takeDropped();
 
 private:
     struct Connection
     {
-        RequestCutter cutter;
-        std::deque<RequestCutter::Piece> waiting;
-        quint64 serving = 0; ///< the number of the request that was given out, 0: none
+        RequestParser parser;
+        std::deque<ParsedRequest> waiting;
+        quint64 serving = 0; ///< number of the request that was taken, 0: none
         bool servingCloses = false;
-        bool fetching = true;
+        bool reading = true;
         bool inputEnded = false;
-        bool over = false; ///< the response that ends the connection is under way
+        bool over = false; ///< the response that ends the connection is queued
         qint64 lastActivity = 0;
     };
     using Connections = std::map<Client, Connection>;
 
-    void cut(Client client, Connection &connection);
+    void parse(Client client, Connection &connection);
     void answerDirectly(Client client, Connection &connection);
     void end(Connection &connection, const Response &response);
     bool takeLeft(Request &request);
@@ -120,12 +121,12 @@ private:
     qint64 deadlineOf(const Connection &connection) const;
     void expire(Client client, Connection &connection);
 
-    const qint64 patienceMs;
+    const qint64 timeoutMs;
     mutable std::mutex mutex;
     Connections connections;
     Client lastServed = nullptr;
     quint64 lastNumber = 0;
-    std::deque<RequestCutter::Piece> left; ///< commands of clients that have left
+    std::deque<ParsedRequest> left; ///< commands of clients that have left
     std::deque<Response> responses;
     int dropped = 0;
 };

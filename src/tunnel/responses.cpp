@@ -27,7 +27,7 @@ constexpr Refusal refusals[] = {
     {HttpStatus::contentTooLarge,      "Content Too Large"_latin1,                "A command has at most 1 MiB."_latin1},
     {HttpStatus::uriTooLong,           "URI Too Long"_latin1,                     "The first line of a request has at most 8 KiB."_latin1},
     {HttpStatus::headerFieldsTooLarge, "Request Header Fields Too Large"_latin1,  "The head of a request has at most 32 KiB."_latin1},
-    {HttpStatus::notImplemented,       "Not Implemented"_latin1,                  "Announce the length of the body: it cannot be sent in pieces."_latin1},
+    {HttpStatus::notImplemented,       "Not Implemented"_latin1,                  "Announce the length of the body: it cannot be sent in requests."_latin1},
     {HttpStatus::serviceUnavailable,   "Service Unavailable"_latin1,              "Too many connections are open."_latin1},
     // clang-format on
 };

@@ -2,7 +2,7 @@
 #include "rs232tunnel.h"
 
 #include "rs232tunnelworker_p.h"
-#include "threadhandover_p.h"
+#include "threadfences_p.h"
 
 #include <QMetaObject>
 #include <QThread>
@@ -11,7 +11,7 @@ namespace SondixQt {
 
 namespace {
 
-constexpr unsigned long patienceMs = 2000;
+constexpr unsigned long timeoutMs = 2000;
 
 /// The calls into the thread of the worker name these types by their text.
 void registerMetaTypes()
@@ -25,76 +25,94 @@ Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
 template<typename... Arguments>
 void call(RS232TunnelWorker *worker, const char *function, Arguments... arguments)
 {
-    const HandOver handOver(worker);
+    const CallerFence fence(worker);
     QMetaObject::invokeMethod(worker, function, Qt::BlockingQueuedConnection, arguments...);
 }
 
 } // namespace
 
+class RS232TunnelPrivate
+{
+public:
+    RS232TunnelPrivate(RS232Tunnel *tunnel, SensorInstance &sensor)
+        : thread(new QThread(tunnel))
+        , worker(new RS232TunnelWorker(sensor))
+    {
+    }
+
+    QThread *const thread;
+    RS232TunnelWorker *const worker; ///< belongs to the thread
+};
+
 RS232Tunnel::RS232Tunnel(SensorInstance &sensor, QObject *parent)
     : QObject(parent)
-    , thread(new QThread(this))
-    , worker(new RS232TunnelWorker(sensor))
+    , d_ptr(new RS232TunnelPrivate(this, sensor))
 {
-    const HandOver handOver(worker);
-    thread->start(QThread::InheritPriority);
-    worker->moveToThread(thread);
-    connect(thread, SIGNAL(finished()), worker, SLOT(deleteLater()));
-    connect(worker, &RS232TunnelWorker::tunnelOpened, this, &RS232Tunnel::forwardTunnelOpened);
-    connect(worker, &RS232TunnelWorker::tunnelClosed, this, &RS232Tunnel::forwardTunnelClosed);
-    connect(this, &RS232Tunnel::enableLogging, worker, &RS232TunnelWorker::onEnableLogging);
-    Q_UNUSED(d)
+    Q_D(RS232Tunnel);
+    const CallerFence fence(d->worker);
+    d->thread->start(QThread::InheritPriority);
+    d->worker->moveToThread(d->thread);
+    connect(d->thread, SIGNAL(finished()), d->worker, SLOT(deleteLater()));
+    connect(d->worker, &RS232TunnelWorker::tunnelOpened, this, &RS232Tunnel::forwardTunnelOpened);
+    connect(d->worker, &RS232TunnelWorker::tunnelClosed, this, &RS232Tunnel::forwardTunnelClosed);
+    connect(this, &RS232Tunnel::enableLogging, d->worker, &RS232TunnelWorker::onEnableLogging);
 }
 
 RS232Tunnel::~RS232Tunnel()
 {
+    Q_D(RS232Tunnel);
     {
-        const HandOver quitting(worker);
-        thread->quit();
+        const CallerFence quitting(d->worker);
+        d->thread->quit();
     }
-    if (thread->wait(patienceMs)) {
-        const HandOver ended(worker);
+    if (d->thread->wait(timeoutMs)) {
+        const CallerFence ended(d->worker);
         return;
     }
-    // The sensor holds the thread up. Deleting its object now would bring the program down.
-    thread->setParent(nullptr);
-    connect(thread, &QThread::finished, thread, &QObject::deleteLater);
-    if (thread->isFinished())
-        thread->deleteLater();
+    // The sensor holds the thread up. Deleting its object now would terminate the program.
+    d->thread->setParent(nullptr);
+    connect(d->thread, &QThread::finished, d->thread, &QObject::deleteLater);
+    if (d->thread->isFinished())
+        d->thread->deleteLater();
 }
 
 ErrorCode RS232Tunnel::openTunnel(QUrl &outUrl)
 {
+    Q_D(RS232Tunnel);
     ErrorCode result = NoError;
-    call(worker, "openTunnel", QReturnArgument<ErrorCode>("SondixQt::ErrorCode", result),
+    call(d->worker, "openTunnel", QReturnArgument<ErrorCode>("SondixQt::ErrorCode", result),
          QArgument<QUrl &>("QUrl &", outUrl));
     return result;
 }
 
 bool RS232Tunnel::isTunnelOpen() const
 {
+    Q_D(const RS232Tunnel);
     bool result = false;
-    call(worker, "isTunnelOpen", Q_RETURN_ARG(bool, result));
+    call(d->worker, "isTunnelOpen", Q_RETURN_ARG(bool, result));
     return result;
 }
 
 bool RS232Tunnel::isSerialCommunicationOpen() const
 {
+    Q_D(const RS232Tunnel);
     bool result = false;
-    call(worker, "isSerialCommunicationOpen", Q_RETURN_ARG(bool, result));
+    call(d->worker, "isSerialCommunicationOpen", Q_RETURN_ARG(bool, result));
     return result;
 }
 
 QUrl RS232Tunnel::url()
 {
+    Q_D(RS232Tunnel);
     QUrl result;
-    call(worker, "url", Q_RETURN_ARG(QUrl, result));
+    call(d->worker, "url", Q_RETURN_ARG(QUrl, result));
     return result;
 }
 
 void RS232Tunnel::closeTunnel()
 {
-    call(worker, "closeTunnel");
+    Q_D(RS232Tunnel);
+    call(d->worker, "closeTunnel");
 }
 
 } // namespace SondixQt

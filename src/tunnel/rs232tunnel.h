@@ -4,16 +4,12 @@
 #include <SondixQt/errorcode.h>
 
 #include <QObject>
+#include <QScopedPointer>
 #include <QUrl>
-
-QT_BEGIN_NAMESPACE
-class QThread;
-QT_END_NAMESPACE
 
 namespace SondixQt {
 
 class RS232TunnelPrivate;
-class RS232TunnelWorker;
 class SensorInstance;
 
 /// Lets a browser on this computer reach the web interface of a sensor that hangs on a serial line.
@@ -96,9 +92,8 @@ Q_SIGNALS:
     void enableLogging(bool enable);
 
 private:
-    QThread *thread;
-    RS232TunnelWorker *worker;
-    RS232TunnelPrivate *d = nullptr; // room to grow without a change of size
+    Q_DECLARE_PRIVATE(RS232Tunnel)
+    const QScopedPointer<RS232TunnelPrivate> d_ptr;
 };
 
 } // namespace SondixQt

@@ -9,7 +9,7 @@
 /// by the tests of the queue and of the sockets.
 
 /// In place of a status: the connection ends without an answer.
-constexpr int hungUp = -1;
+constexpr int aborted = -1;
 
 struct RequestSequence
 {
@@ -21,7 +21,7 @@ struct RequestSequence
     bool pauses = false;        ///< the client has said all when it pauses after these bytes
 };
 
-/// "GET <path> <tag>", "IMPORT <text>", "COMMAND <text>" or "OTHER <method>"; both the queue's requests and the cutter's have these.
+/// "GET <path> <tag>", "IMPORT <text>", "COMMAND <text>" or "OTHER <method>"; both the queue's requests and the parser's have these.
 template<typename Request>
 QByteArray describeRequest(const Request &request)
 {
@@ -51,7 +51,7 @@ inline QByteArray commandRequest(const QByteArray &body, const QByteArray &heade
            "\r\n\r\n" + body;
 }
 
-/// A body that a browser writes in pieces of 16 KiB, each of which begins like a command of its own.
+/// A body that a browser writes in requests of 16 KiB, each of which begins like a command of its own.
 inline QByteArray blocksThatLookLikeCommands(int blocks)
 {
     constexpr int blockSize = 16 * 1024;
@@ -210,7 +210,7 @@ inline QList<RequestSequence> refusedSequences()
          400},
         {"two lengths", commandRequest("ONE", "Host: localhost\r\nContent-Length: 300\r\n") + after, {}, 400},
         {"a length that is no number", "POST / HTTP/1.1\r\nContent-Length: +3\r\n\r\nONE" + after, {}, 400},
-        {"a body in pieces",
+        {"a body in requests",
          "POST / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nONE\r\n0\r\n\r\n" + after,
          {},
          501},
@@ -254,11 +254,11 @@ inline QList<RequestSequence> foreignSequences()
         {"a word in capital letters", "HELLO\r\n" + after, {"GET /after "}},
         {"words in capital letters", "HELLO THERE\r\n\r\n" + command, {}, 400},
         {"a long line of text", QByteArray(9000, 'a') + "\r\n" + command, {}},
-        {"an encrypted greeting", encryptedGreeting("a.localhost") + command, {}, hungUp},
+        {"an encrypted greeting", encryptedGreeting("a.localhost") + command, {}, aborted},
         {"an encrypted greeting with lines",
          after + encryptedGreeting("\r\n\r\n" + command) + command + after,
          {"GET /after "},
-         hungUp},
+         aborted},
         {"text, then binary", "hello\r\n\x01\r\n" + command, {}},
     };
 }

@@ -116,7 +116,7 @@ void TestRequestDeadlines::unfinishedHeadsTimeOut()
     const RequestQueue::Response refusal = response();
     QCOMPARE(refusal.client, first);
     QVERIFY(refusal.bytes.startsWith("HTTP/1.1 408 "));
-    QVERIFY(refusal.afterwards == RequestQueue::Afterwards::Refuses);
+    QVERIFY(refusal.action == RequestQueue::ConnectionAction::CloseDiscarding);
     queue->feed(first, "\r\n" + pageRequests(0, 1), 5001);
     QVERIFY(!queue->hasRequest());
 }
@@ -167,7 +167,7 @@ void TestRequestDeadlines::idleConnectionsEnd()
     const RequestQueue::Response end = response();
     QCOMPARE(end.client, first);
     QCOMPARE(end.bytes, QByteArray());
-    QVERIFY(end.afterwards == RequestQueue::Afterwards::Aborts);
+    QVERIFY(end.action == RequestQueue::ConnectionAction::Abort);
     QCOMPARE(response().client, Client());
     queue->expire(2 * idle);
     QCOMPARE(response().client, Client());
@@ -215,20 +215,20 @@ void TestRequestDeadlines::theNearestDeadlineCounts()
 void TestRequestDeadlines::clientsThatNeverFetchEnd()
 {
     queue->feed(first, pageRequests(0, 20), 0);
-    queue->setFetching(first, false, 100);
+    queue->setReading(first, false, 100);
     queue->removeClient(second);
     queue->removeClient(third);
     // Each time it fetches something its time begins anew.
-    queue->setFetching(first, false, 50000);
+    queue->setReading(first, false, 50000);
     queue->expire(100 + idle);
     QCOMPARE(response().client, Client());
     queue->expire(50000 + idle);
     const RequestQueue::Response end = response();
     QCOMPARE(end.client, first);
     QCOMPARE(end.bytes, QByteArray());
-    QVERIFY(end.afterwards == RequestQueue::Afterwards::Aborts);
+    QVERIFY(end.action == RequestQueue::ConnectionAction::Abort);
     QVERIFY(!queue->hasRequest());
-    queue->setFetching(first, true, 50000 + idle);
+    queue->setReading(first, true, 50000 + idle);
     QVERIFY(!queue->hasRequest());
     QCOMPARE(queue->nextDeadline(), never);
 }

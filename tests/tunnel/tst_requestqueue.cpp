@@ -42,7 +42,7 @@ void TestRequestQueue::requestsCarryWhatTheClientAskedFor()
     queue->feed(first, pageRequest("/a?b", "If-None-Match: \"1\"\r\n"), 0);
     const RequestQueue::Request page = take();
     QCOMPARE(page.client, first);
-    QCOMPARE(int(page.kind), int(RequestCutter::Get));
+    QCOMPARE(int(page.kind), int(ParsedRequest::Get));
     QCOMPARE(page.path, QByteArrayLiteral("/a"));
     QCOMPARE(page.entityTag, QByteArrayLiteral("1"));
     serve(page);
@@ -75,7 +75,7 @@ void TestRequestQueue::aConnectionIsServedAndAnsweredInItsOrder()
         const RequestQueue::Response answer = response();
         QCOMPARE(answer.client, first);
         QVERIFY(answer.bytes.endsWith("\r\n\r\n" + expected));
-        QVERIFY(answer.afterwards == RequestQueue::Afterwards::Goes);
+        QVERIFY(answer.action == RequestQueue::ConnectionAction::KeepAlive);
     }
     QVERIFY(!queue->hasRequest());
 }
@@ -153,7 +153,7 @@ void TestRequestQueue::aRefusalComesAfterTheAnswersBefore()
     const RequestQueue::Response refusal = response();
     QCOMPARE(refusal.client, first);
     QVERIFY(refusal.bytes.startsWith("HTTP/1.1 403 "));
-    QVERIFY(refusal.afterwards == RequestQueue::Afterwards::Refuses);
+    QVERIFY(refusal.action == RequestQueue::ConnectionAction::CloseDiscarding);
     queue->feed(first, pageRequests(3, 1), 0);
     QVERIFY(!queue->hasRequest());
     QCOMPARE(response().client, Client());
@@ -176,10 +176,10 @@ void TestRequestQueue::clientsThatFetchNothingWait()
     queue->removeClient(third);
     queue->feed(first, pageRequests(0, 2), 0);
     queue->feed(second, pageRequests(10, 1), 0);
-    queue->setFetching(first, false, 100);
+    queue->setReading(first, false, 100);
     QCOMPARE(serveAll(100), Texts{"GET /10 "});
     QCOMPARE(queue->nextDeadline(), 100 + idle);
-    queue->setFetching(first, true, 200);
+    queue->setReading(first, true, 200);
     QCOMPARE(serveAll(200), (Texts{"GET /0 ", "GET /1 "}));
 }
 
@@ -245,7 +245,7 @@ void TestRequestQueue::unwelcomeClientsAreToldSo()
     const RequestQueue::Response refusal = response();
     QCOMPARE(refusal.client, stranger);
     QVERIFY(refusal.bytes.startsWith("HTTP/1.1 503 "));
-    QVERIFY(refusal.afterwards == RequestQueue::Afterwards::Refuses);
+    QVERIFY(refusal.action == RequestQueue::ConnectionAction::CloseDiscarding);
     queue->feed(stranger, pageRequests(0, 1), 0);
     QVERIFY(!queue->hasRequest());
     queue->expire(2 * idle);
@@ -299,7 +299,7 @@ void TestRequestQueue::connectionsEndWithTheirLastAnswer()
         queue->fail(request, "No answer", how == "fail and close", 0);
     const RequestQueue::Response answer = response();
     QVERIFY(!answer.bytes.isEmpty());
-    QVERIFY(answer.afterwards == (ends ? RequestQueue::Afterwards::Ends : RequestQueue::Afterwards::Goes));
+    QVERIFY(answer.action == (ends ? RequestQueue::ConnectionAction::Close : RequestQueue::ConnectionAction::KeepAlive));
     QCOMPARE(response().client, Client());
     queue->feed(first, pageRequests(2, 1), 0);
     QCOMPARE(serveAll(), ends ? Texts() : (Texts{"GET /1 ", "GET /2 "}));
@@ -321,7 +321,7 @@ void TestRequestQueue::strangersHaveNoEffect()
 {
     QVERIFY(!queue->wantsBytes(stranger));
     queue->feed(stranger, pageRequests(0, 1), 0);
-    queue->setFetching(stranger, false, 0);
+    queue->setReading(stranger, false, 0);
     queue->removeClient(stranger);
     QVERIFY(!queue->hasRequest());
     QCOMPARE(response().client, Client());
@@ -359,7 +359,7 @@ void TestRequestQueue::otherMethodsAreAnsweredInTheirOrder()
     const RequestQueue::Response head = response();
     QVERIFY(head.bytes.startsWith("HTTP/1.1 501 "));
     QVERIFY(head.bytes.endsWith("\r\n\r\n"));
-    QVERIFY(head.afterwards == RequestQueue::Afterwards::Goes);
+    QVERIFY(head.action == RequestQueue::ConnectionAction::KeepAlive);
     QCOMPARE(serveAll(), Texts{"GET /1 "});
 }
 
@@ -373,7 +373,7 @@ void TestRequestQueue::bodiesAreAskedForWhenEverythingBeforeIsAnswered()
     QVERIFY(response().bytes.startsWith("HTTP/1.1 200 "));
     const RequestQueue::Response goAhead = response();
     QCOMPARE(goAhead.bytes, QByteArray("HTTP/1.1 100 Continue\r\n\r\n"));
-    QVERIFY(goAhead.afterwards == RequestQueue::Afterwards::Goes);
+    QVERIFY(goAhead.action == RequestQueue::ConnectionAction::KeepAlive);
     queue->feed(first, "ONE", 0);
     QCOMPARE(serveAll(), Texts{"COMMAND ONE"});
 }
@@ -441,12 +441,12 @@ void TestRequestQueue::clientsThatSendNothingMoreAreAnswered()
     for (int i = 0; i < requests.size(); ++i) {
         const RequestQueue::Response answer = response();
         QVERIFY(answer.bytes.startsWith("HTTP/1.1 200 "));
-        QVERIFY(answer.afterwards == RequestQueue::Afterwards::Goes);
+        QVERIFY(answer.action == RequestQueue::ConnectionAction::KeepAlive);
     }
     const RequestQueue::Response end = response();
     QCOMPARE(end.client, first);
     QCOMPARE(end.bytes, QByteArray());
-    QVERIFY(end.afterwards == RequestQueue::Afterwards::Ends);
+    QVERIFY(end.action == RequestQueue::ConnectionAction::Close);
     queue->endInput(first, 0);
     queue->feed(first, pageRequests(1, 1), 0);
     QVERIFY(!queue->hasRequest());
@@ -461,7 +461,7 @@ void TestRequestQueue::encryptedConnectionsEndAtOnce()
     QVERIFY(response().bytes.startsWith("HTTP/1.1 200 "));
     const RequestQueue::Response end = response();
     QCOMPARE(end.bytes, QByteArray());
-    QVERIFY(end.afterwards == RequestQueue::Afterwards::Aborts);
+    QVERIFY(end.action == RequestQueue::ConnectionAction::Abort);
 }
 
 QTEST_APPLESS_MAIN(TestRequestQueue)

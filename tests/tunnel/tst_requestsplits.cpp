@@ -60,9 +60,9 @@ private:
         RequestQueue::Request request;
         QVERIFY(queue.takeRequest(request));
         outcome.requests += describeRequest(request);
-        if (request.kind == RequestCutter::OtherMethod || request.kind == RequestCutter::HeadMethod)
+        if (request.kind == ParsedRequest::OtherMethod || request.kind == ParsedRequest::HeadMethod)
             queue.answerOtherMethod(request, 0);
-        else if (request.kind != RequestCutter::Get)
+        else if (request.kind != ParsedRequest::Get)
             queue.answerCommand(request, "ran " + request.text, 0);
         else if (request.path == "/fail")
             queue.fail(request, "No answer", false, 0);
@@ -88,7 +88,7 @@ private:
         RequestQueue::Response response;
         while (queue.takeResponse(response)) {
             outcome.answers += response.bytes;
-            outcome.ends += char('0' + int(response.afterwards));
+            outcome.ends += char('0' + int(response.action));
         }
     }
 
@@ -138,7 +138,7 @@ void addSequences()
 int refusalOf(const Outcome &outcome)
 {
     if (outcome.ends.endsWith('3'))
-        return hungUp;
+        return aborted;
     if (!outcome.ends.endsWith('2'))
         return 0;
     const QByteArray start = "HTTP/1.1 ";
@@ -225,7 +225,7 @@ void TestRequestSplits::foreignRequestsCommandNothingHoweverTheyCome()
         RequestQueue::Request request;
         while (queue.takeRequest(request)) {
             // A page whose head a pause has cut cannot be told from a raw client's.
-            QVERIFY2(method == "GET" && request.kind == RequestCutter::Get, bytes.constData());
+            QVERIFY2(method == "GET" && request.kind == ParsedRequest::Get, bytes.constData());
             queue.answerCommand(request, QByteArray(), now);
         }
         RequestQueue::Response response;

@@ -48,7 +48,7 @@ private:
     int strayAnswers = 0;
 };
 
-/// Every client asks for its pages in their order, in pieces that end within a request.
+/// Every client asks for its pages in their order, in requests that end within a request.
 void TestRequestThreads::ask()
 {
     for (int page = 0; page < pageCount; ++page) {
@@ -60,10 +60,10 @@ void TestRequestThreads::ask()
             }
             const QByteArray bytes = pageRequest('/' + QByteArray::number(i) + '/' + QByteArray::number(page));
             const int half = bytes.size() / 2;
-            for (const QByteArray &piece : {bytes.left(half), bytes.mid(half)}) {
+            for (const QByteArray &parsed : {bytes.left(half), bytes.mid(half)}) {
                 while (!queue.wantsBytes(client) && !isOver())
                     std::this_thread::yield();
-                queue.feed(client, piece, page);
+                queue.feed(client, parsed, page);
             }
         }
     }
@@ -101,7 +101,7 @@ void TestRequestThreads::watch()
         queue.hasRequest();
         queue.nextDeadline();
         queue.takeDropped();
-        queue.setFetching(&clients[0], true, 0);
+        queue.setReading(&clients[0], true, 0);
         std::this_thread::sleep_for(std::chrono::microseconds(100));
     }
 }

@@ -316,7 +316,7 @@ void TunnelSerialTest::closingOnALentSensorIsAnnouncedOnce()
 
 void TunnelSerialTest::aLinkThatOpensWithAnErrorIsClosedAgain()
 {
-    // Opening fails although the library says afterwards that the sensor is open.
+    // Opening fails although the library says action that the sensor is open.
     constexpr int refused = -6;
     sondixsim::Fault fault;
     fault.function = "SetParameterInt";

@@ -25,7 +25,7 @@ public:
 
     bool isConnected() const { return socket.state() == QAbstractSocket::ConnectedState; }
 
-    /// The bytes go out at once, in one piece if the system wants it so.
+    /// The bytes go out at once, in one parsed if the system wants it so.
     void send(const QByteArray &bytes)
     {
         socket.write(bytes);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "requestcutter_p.h"
+#include "requestparser_p.h"
 
 #include "httpstatus_p.h"
 #include "tunnellimits_p.h"
@@ -14,7 +14,7 @@ namespace {
 const QByteArray lineEnd = QByteArrayLiteral("\r\n");
 const QByteArray blankLine = QByteArrayLiteral("\r\n\r\n");
 const QByteArray get = QByteArrayLiteral("GET ");
-/// The first byte of an encrypted connection.
+/// First byte of a TLS connection.
 constexpr char tlsHandshake = '\x16';
 
 /// How many capital letters \a bytes begin with.
@@ -33,47 +33,47 @@ QByteArray withoutTrailingLineEnds(QByteArray text)
 
 } // namespace
 
-void RequestCutter::append(const QByteArray &more)
+void RequestParser::append(const QByteArray &more)
 {
     if (state == State::Ended)
         return;
     bytes += more;
-    judgedQuiet = false;
+    pauseHandled = false;
 }
 
-bool RequestCutter::next(Piece &piece)
+bool RequestParser::next(ParsedRequest &parsed)
 {
-    Step step = Step::Goes;
-    while (step == Step::Goes) {
+    Step step = Step::Continue;
+    while (step == Step::Continue) {
         switch (state) {
         case State::Head:
-            step = cutHead(piece);
+            step = parseHead(parsed);
             break;
         case State::Body:
-            step = cutBody(piece);
+            step = parseBody(parsed);
             break;
         case State::RawBody:
-            step = cutRawBody(piece);
+            step = parseRawBody(parsed);
             break;
-        case State::Garbage:
-            step = dropGarbage(piece);
+        case State::Discard:
+            step = discard(parsed);
             break;
         case State::Ended:
-            step = Step::NeedsBytes;
+            step = Step::NeedsMore;
             break;
         }
     }
-    return step == Step::HasPiece;
+    return step == Step::Parsed;
 }
 
-bool RequestCutter::beginsGet() const
+bool RequestParser::beginsGet() const
 {
     return qstrnicmp(bytes.constData(), get.constData(), uint(get.size())) == 0;
 }
 
 /// Whether the bytes begin with GET, with any method in capital letters and a blank, or with the whole first line of
 /// a request.
-bool RequestCutter::beginsRequest() const
+bool RequestParser::beginsRequest() const
 {
     const int size = methodSize(bytes);
     return beginsGet() || (size > 0 && size < bytes.size() && bytes.at(size) == ' ') ||
@@ -81,13 +81,13 @@ bool RequestCutter::beginsRequest() const
 }
 
 /// Whether beginsRequest() may be true when more has come.
-bool RequestCutter::mayBeginRequest() const
+bool RequestParser::mayBeginRequest() const
 {
     return methodSize(bytes) == bytes.size() ||
            (bytes.size() < get.size() && qstrnicmp(bytes.constData(), get.constData(), uint(bytes.size())) == 0);
 }
 
-void RequestCutter::skipLineEnds()
+void RequestParser::skipLineEnds()
 {
     int size = 0;
     while (size + 1 < bytes.size() && bytes.at(size) == '\r' && bytes.at(size + 1) == '\n')
@@ -95,147 +95,147 @@ void RequestCutter::skipLineEnds()
     bytes.remove(0, size);
 }
 
-/// Without its line end, or what has come of that.
-int RequestCutter::firstLineSize() const
+/// Without the line end, of which half may have come.
+int RequestParser::firstLineSize() const
 {
     const int end = bytes.indexOf(lineEnd);
     return end < 0 ? bytes.size() - (bytes.endsWith('\r') ? 1 : 0) : end;
 }
 
-RequestCutter::Step RequestCutter::cutHead(Piece &piece)
+RequestParser::Step RequestParser::parseHead(ParsedRequest &parsed)
 {
     skipLineEnds();
     if (bytes.isEmpty() || bytes == "\r")
-        return Step::NeedsBytes;
+        return Step::NeedsMore;
     if (bytes.startsWith(tlsHandshake))
-        return hungUp(piece);
+        return aborted(parsed);
 
     const int lineSize = firstLineSize();
     const bool isTooLong = lineSize > TunnelLimits::requestLine;
     if (mayBeginRequest() && !isTooLong)
-        return Step::NeedsBytes;
+        return Step::NeedsMore;
     if (!beginsRequest() && !mayBeginRequest())
-        // After a request that a pause has ended, this may be its rest: headers that would have refused it.
-        return cutByQuiet ? refused(piece, HttpStatus::badRequest) : dropText(piece, lineSize);
+        // After a request that ended with a pause this may be its rest: header fields that would have refused it.
+        return endedByPause ? refused(parsed, HttpStatus::badRequest) : dropText(parsed, lineSize);
     if (isTooLong)
-        return refused(piece, HttpStatus::uriTooLong);
+        return refused(parsed, HttpStatus::uriTooLong);
 
     const int end = bytes.indexOf(blankLine, searched);
     searched = qMax(0, bytes.size() - blankLine.size() + 1);
     if ((end < 0 ? searched : end) > TunnelLimits::head)
-        return refused(piece, HttpStatus::headerFieldsTooLarge);
+        return refused(parsed, HttpStatus::headerFieldsTooLarge);
     if (end < 0)
-        return Step::NeedsBytes;
+        return Step::NeedsMore;
     head = readRequestHead(bytes.left(end), hostSeen);
     bytes.remove(0, end + blankLine.size());
-    cutByQuiet = false;
-    return beginBody(piece);
+    endedByPause = false;
+    return beginBody(parsed);
 }
 
-/// Text is dropped line by line. Nobody knows where anything else ends, and what looks like a request in it may be a
-/// stranger's text, such as a name in another protocol's greeting.
-RequestCutter::Step RequestCutter::dropText(Piece &piece, int lineSize)
+/// Drops text line by line. Binary data has no known end, and may contain text that looks like a request: it is
+/// discarded until the client pauses.
+RequestParser::Step RequestParser::dropText(ParsedRequest &parsed, int lineSize)
 {
     searched = 0;
     if (hasControl(bytes.left(lineSize)) || lineSize > TunnelLimits::requestLine) {
         ++dropped;
-        state = State::Garbage;
-        return Step::Goes;
+        state = State::Discard;
+        return Step::Continue;
     }
     const int whole = lineSize + lineEnd.size();
     if (whole > bytes.size())
-        return Step::NeedsBytes;
+        return Step::NeedsMore;
     ++dropped;
-    garbage += whole;
+    discarded += whole;
     bytes.remove(0, whole);
-    return garbage > TunnelLimits::garbage ? refused(piece, HttpStatus::badRequest) : Step::Goes;
+    return discarded > TunnelLimits::discarded ? refused(parsed, HttpStatus::badRequest) : Step::Continue;
 }
 
-RequestCutter::Step RequestCutter::beginBody(Piece &piece)
+RequestParser::Step RequestParser::beginBody(ParsedRequest &parsed)
 {
     searched = 0;
-    garbage = 0;
+    discarded = 0;
     if (head.refusal != 0)
-        return refused(piece, head.refusal);
+        return refused(parsed, head.refusal);
     hostSeen = hostSeen || head.hasHost;
     body.clear();
     if (head.contentLength > 0) {
         state = State::Body;
         if (head.expectsContinue) {
-            piece = Piece();
-            piece.kind = Continue;
-            return Step::HasPiece;
+            parsed = ParsedRequest();
+            parsed.kind = ParsedRequest::Continue;
+            return Step::Parsed;
         }
     } else if (head.method == RequestHead::Post && head.contentLength < 0 && !head.fromBrowser) {
         state = State::RawBody;
     } else {
-        return finish(piece);
+        return finish(parsed);
     }
-    return Step::Goes;
+    return Step::Continue;
 }
 
-RequestCutter::Step RequestCutter::cutBody(Piece &piece)
+RequestParser::Step RequestParser::parseBody(ParsedRequest &parsed)
 {
     const int taken = qMin(head.contentLength - body.size(), bytes.size());
     body += bytes.left(taken);
     bytes.remove(0, taken);
-    return body.size() == head.contentLength ? finish(piece) : Step::NeedsBytes;
+    return body.size() == head.contentLength ? finish(parsed) : Step::NeedsMore;
 }
 
-RequestCutter::Step RequestCutter::cutRawBody(Piece &piece)
+RequestParser::Step RequestParser::parseRawBody(ParsedRequest &parsed)
 {
     body += std::exchange(bytes, QByteArray());
-    return body.size() > TunnelLimits::body ? refused(piece, HttpStatus::contentTooLarge) : Step::NeedsBytes;
+    return body.size() > TunnelLimits::body ? refused(parsed, HttpStatus::contentTooLarge) : Step::NeedsMore;
 }
 
-RequestCutter::Step RequestCutter::dropGarbage(Piece &piece)
+RequestParser::Step RequestParser::discard(ParsedRequest &parsed)
 {
-    garbage += int(std::exchange(bytes, QByteArray()).size());
-    return garbage > TunnelLimits::garbage ? refused(piece, HttpStatus::badRequest) : Step::NeedsBytes;
+    discarded += int(std::exchange(bytes, QByteArray()).size());
+    return discarded > TunnelLimits::discarded ? refused(parsed, HttpStatus::badRequest) : Step::NeedsMore;
 }
 
-RequestCutter::Step RequestCutter::finish(Piece &piece)
+RequestParser::Step RequestParser::finish(ParsedRequest &parsed)
 {
     const QByteArray text = std::exchange(body, QByteArray());
     state = State::Head;
     if (head.closesConnection)
         end();
-    // Commands end at a zero byte on their way to the sensor: half a command is worse than none.
+    // The C interface ends texts at a zero byte: the sensor would get half a command.
     if (head.method == RequestHead::Post && text.contains('\0'))
-        return refused(piece, HttpStatus::badRequest);
+        return refused(parsed, HttpStatus::badRequest);
 
-    piece = Piece();
-    piece.method = head.methodName;
-    piece.path = head.path;
-    piece.closes = head.closesConnection;
+    parsed = ParsedRequest();
+    parsed.method = head.methodName;
+    parsed.path = head.path;
+    parsed.closes = head.closesConnection;
     if (head.method == RequestHead::Other) {
         ++dropped;
-        piece.kind = head.methodName == "HEAD" ? HeadMethod : OtherMethod;
+        parsed.kind = head.methodName == "HEAD" ? ParsedRequest::HeadMethod : ParsedRequest::OtherMethod;
     } else if (head.method == RequestHead::Get) {
-        piece.entityTag = head.entityTag;
+        parsed.entityTag = head.entityTag;
     } else if (text.startsWith("IMPORT ")) {
-        piece.kind = Import;
+        parsed.kind = ParsedRequest::Import;
         const int firstEnd = text.indexOf('\n');
-        piece.text = firstEnd < 0 ? QByteArray() : text.mid(firstEnd + 1);
+        parsed.text = firstEnd < 0 ? QByteArray() : text.mid(firstEnd + 1);
     } else {
-        piece.kind = Command;
-        piece.text = withoutTrailingLineEnds(text);
+        parsed.kind = ParsedRequest::Command;
+        parsed.text = withoutTrailingLineEnds(text);
     }
-    return Step::HasPiece;
+    return Step::Parsed;
 }
 
-bool RequestCutter::endQuiet(Piece &piece)
+bool RequestParser::handlePause(ParsedRequest &parsed)
 {
-    if (!waitsForQuiet())
+    if (!endsWithPause())
         return false;
-    judgedQuiet = true;
-    if (state == State::Garbage) {
+    pauseHandled = true;
+    if (state == State::Discard) {
         state = State::Head;
         return false;
     }
     if (state == State::RawBody) {
-        cutByQuiet = true;
-        return finish(piece) == Step::HasPiece;
+        endedByPause = true;
+        return finish(parsed) == Step::Parsed;
     }
 
     searched = 0;
@@ -246,69 +246,69 @@ bool RequestCutter::endQuiet(Piece &piece)
     }
     const bool halfLineEnd = bytes.endsWith('\r');
     const RequestHead meant = readRequestHead(halfLineEnd ? bytes.chopped(1) : bytes, hostSeen);
-    // A browser always sends the blank line: what has come of its head must not pass for all of it.
+    // A browser always sends the blank line: the rest of its head is still to come.
     if (meant.fromBrowser || meant.endsInsideHeaderName || meant.contentLength > 0)
         return false;
     head = meant;
     bytes.clear();
-    cutByQuiet = true;
-    return beginBody(piece) == Step::HasPiece;
+    endedByPause = true;
+    return beginBody(parsed) == Step::Parsed;
 }
 
-bool RequestCutter::endInput(Piece &piece)
+bool RequestParser::endInput(ParsedRequest &parsed)
 {
-    judgedQuiet = false;
-    const bool hasPiece = endQuiet(piece);
+    pauseHandled = false;
+    const bool hasRequest = handlePause(parsed);
     end();
-    return hasPiece;
+    return hasRequest;
 }
 
-RequestCutter::Piece RequestCutter::refuse(int status)
+ParsedRequest RequestParser::refuse(int status)
 {
     end();
-    Piece piece;
-    piece.kind = Refusal;
-    piece.status = status;
-    return piece;
+    ParsedRequest parsed;
+    parsed.kind = ParsedRequest::Refusal;
+    parsed.status = status;
+    return parsed;
 }
 
-RequestCutter::Step RequestCutter::refused(Piece &piece, int status)
+RequestParser::Step RequestParser::refused(ParsedRequest &parsed, int status)
 {
-    piece = refuse(status);
-    return Step::HasPiece;
+    parsed = refuse(status);
+    return Step::Parsed;
 }
 
-RequestCutter::Step RequestCutter::hungUp(Piece &piece)
+RequestParser::Step RequestParser::aborted(ParsedRequest &parsed)
 {
     ++dropped;
     end();
-    piece = Piece();
-    piece.kind = Hangup;
-    return Step::HasPiece;
+    parsed = ParsedRequest();
+    parsed.kind = ParsedRequest::Abort;
+    return Step::Parsed;
 }
 
-void RequestCutter::end()
+void RequestParser::end()
 {
     state = State::Ended;
     bytes.clear();
     body.clear();
 }
 
-bool RequestCutter::isIncomplete() const
+bool RequestParser::isIncomplete() const
 {
     return state == State::Body || state == State::RawBody || (state == State::Head && !bytes.isEmpty());
 }
 
-bool RequestCutter::waitsForQuiet() const
+bool RequestParser::endsWithPause() const
 {
-    if (judgedQuiet || state == State::Body || !isIncomplete())
-        return !judgedQuiet && state == State::Garbage;
-    // A request of another method, or what may become one, ends with its blank line only: what comes after a pause
-    // could otherwise pass for a request of its own.
+    if (pauseHandled || state == State::Body || !isIncomplete())
+        return !pauseHandled && state == State::Discard;
+    // A request of another method, complete or not, never ends with a pause: its body could otherwise be taken for the
+    // next request.
     return state == State::RawBody || beginsGet() || !(beginsRequest() || mayBeginRequest());
 }
 
-int RequestCutter::takeDropped()
+int RequestParser::takeDropped()
 {
     return std::exchange(dropped, 0);
 }

@@ -2,8 +2,8 @@
 #pragma once
 
 /// \file
-/// Qt carries calls from thread to thread with locks that the thread sanitizer does not see, because Qt itself is
-/// built without it. This tells it what happens before what. Without the sanitizer it is nothing.
+/// Qt synchronises calls across threads with locks that the thread sanitizer does not see, because Qt itself is built
+/// without it. These classes annotate the order for it. Without the sanitizer they do nothing.
 
 #if defined(__SANITIZE_THREAD__)
 #    define SONDIXQT_THREAD_SANITIZER
@@ -20,49 +20,49 @@ extern "C" void __tsan_release(void *place);
 
 namespace SondixQt {
 
-/// Lives around what the thread of \a callee is given to do, or after what it has done.
-class HandOver
+/// Scope of a call into the thread of \a callee, or of what follows that thread's end.
+class CallerFence
 {
 public:
-    explicit HandOver([[maybe_unused]] void *callee)
+    explicit CallerFence([[maybe_unused]] void *callee)
         : place(callee)
     {
 #if defined(SONDIXQT_THREAD_SANITIZER)
         __tsan_release(place);
 #endif
     }
-    ~HandOver()
+    ~CallerFence()
     {
 #if defined(SONDIXQT_THREAD_SANITIZER)
         __tsan_acquire(place);
 #endif
     }
-    HandOver(const HandOver &) = delete;
-    HandOver &operator=(const HandOver &) = delete;
+    CallerFence(const CallerFence &) = delete;
+    CallerFence &operator=(const CallerFence &) = delete;
 
 private:
     [[maybe_unused]] void *place;
 };
 
-/// Lives while the callee serves it.
-class TakeOver
+/// Scope in which the callee runs such a call.
+class CalleeFence
 {
 public:
-    explicit TakeOver([[maybe_unused]] void *callee)
+    explicit CalleeFence([[maybe_unused]] void *callee)
         : place(callee)
     {
 #if defined(SONDIXQT_THREAD_SANITIZER)
         __tsan_acquire(place);
 #endif
     }
-    ~TakeOver()
+    ~CalleeFence()
     {
 #if defined(SONDIXQT_THREAD_SANITIZER)
         __tsan_release(place);
 #endif
     }
-    TakeOver(const TakeOver &) = delete;
-    TakeOver &operator=(const TakeOver &) = delete;
+    CalleeFence(const CalleeFence &) = delete;
+    CalleeFence &operator=(const CalleeFence &) = delete;
 
 private:
     [[maybe_unused]] void *place;

@@ -1,0 +1,369 @@
+// SPDX-License-Identifier: MIT
+#include "httpserver_p.h"
+
+#include "httpstatus_p.h"
+#include "loopbackserver_p.h"
+#include "peersocket_p.h"
+#include "tunnellimits_p.h"
+#include "tunnellog_p.h"
+
+#include <QAbstractSocket>
+#include <QHostAddress>
+
+#include <algorithm>
+#include <utility>
+
+namespace SondixQt {
+
+using Lock = std::lock_guard<std::mutex>;
+
+namespace {
+
+/// Includes sockets that are being refused with 503; beyond this they are closed without an answer.
+constexpr int maxSockets = TunnelLimits::connections + 256;
+
+constexpr int acceptPauseMs = 100;
+
+int statusOf(const HttpReply &reply)
+{
+    if (reply.kind == HttpReply::Failure)
+        return HttpStatus::badGateway;
+    if (reply.kind == HttpReply::CommandAnswer || reply.header.isEmpty())
+        return HttpStatus::ok;
+    return reply.header.mid(reply.header.indexOf(' ') + 1, 3).toInt();
+}
+
+} // namespace
+
+HttpServer::HttpServer(Handler &requestHandler, QObject *parent)
+    : QObject(parent)
+    , handler(requestHandler)
+    , nextRequest(this)
+    , nextAccept(this)
+    , nextDeadline(this)
+    , requestAfterSockets(this)
+    , deadlineAfterSockets(this)
+{
+    for (QTimer *timer : timers()) {
+        timer->setSingleShot(true);
+        timer->setInterval(0);
+    }
+    const auto restart = QOverload<>::of(&QTimer::start);
+    connect(&nextRequest, &QTimer::timeout, &requestAfterSockets, restart);
+    connect(&requestAfterSockets, &QTimer::timeout, this, &HttpServer::serveNext);
+    connect(&nextAccept, &QTimer::timeout, this, &HttpServer::onNewConnection);
+    connect(&nextDeadline, &QTimer::timeout, &deadlineAfterSockets, restart);
+    connect(&deadlineAfterSockets, &QTimer::timeout, this, &HttpServer::expireQuietClients);
+    uptime.start();
+}
+
+HttpServer::~HttpServer()
+{
+    close();
+}
+
+std::array<QTimer *, 5> HttpServer::timers()
+{
+    return {&nextRequest, &nextAccept, &nextDeadline, &requestAfterSockets, &deadlineAfterSockets};
+}
+
+bool HttpServer::listen()
+{
+    if (!server)
+        server = new LoopbackServer(this);
+    if (!requests)
+        requests = std::make_unique<RequestQueue>(TunnelLimits::incompleteRequestSeconds);
+    server->close();
+    requests->reset();
+    dropClients();
+    connect(server, &QTcpServer::newConnection, this, &HttpServer::onNewConnection, Qt::UniqueConnection);
+    connect(server, &QTcpServer::acceptError, this, &HttpServer::onAcceptError, Qt::UniqueConnection);
+    return server->listen(QHostAddress::LocalHost, 0);
+}
+
+QUrl HttpServer::url() const
+{
+    if (!server || !server->isListening())
+        return QUrl();
+    return QUrl(QStringLiteral("http://%1:%2").arg(server->serverAddress().toString()).arg(server->serverPort()));
+}
+
+void HttpServer::close()
+{
+    for (QTimer *timer : timers())
+        timer->stop();
+    dropClients();
+    const Lock lock(clientsMutex);
+    delete std::exchange(server, nullptr);
+    requests.reset();
+}
+
+void HttpServer::dropClients()
+{
+    const Lock lock(clientsMutex);
+    for (auto it = clients.keyBegin(); it != clients.keyEnd(); ++it) {
+        (*it)->disconnect();
+        requestLog.left(*it, now());
+        delete *it;
+    }
+    clients.clear();
+    finishing.clear();
+    lingering.clear();
+}
+
+void HttpServer::onNewConnection()
+{
+    if (nextAccept.isActive() || !server || !server->hasPendingConnections())
+        return;
+    nextAccept.start();
+    QAbstractSocket *const socket = server->takeConnection();
+    if (!socket)
+        return;
+
+    const bool accepted = requests->openConnections() < TunnelLimits::connections;
+    if (socketCount() >= maxSockets) {
+        delete socket;
+        return;
+    }
+    if (accepted)
+        handler.connectionAccepted();
+    {
+        const Lock lock(clientsMutex);
+        clients.insert(socket, true);
+    }
+    requestLog.connected(socket);
+    requests->addClient(socket, now(), accepted);
+    connect(socket, &QAbstractSocket::readyRead, this, [this, socket] { onSocketDataAvailable(*socket); });
+    connect(socket, &QAbstractSocket::disconnected, this, [this, socket] { onSocketDisconnected(*socket); });
+    connect(socket, &QAbstractSocket::bytesWritten, this, [this, socket] { onBytesWritten(*socket); });
+    if (socket->state() != QAbstractSocket::ConnectedState)
+        onSocketDisconnected(*socket);
+    else
+        onSocketDataAvailable(*socket);
+}
+
+/// The server stops accepting when the system cannot give it a connection, which may be over soon.
+void HttpServer::onAcceptError()
+{
+    handler.log("onAcceptError", QStringLiteral("cannot accept a connection: %1").arg(server->errorString()));
+    QTimer::singleShot(acceptPauseMs, server, &QTcpServer::resumeAccepting);
+}
+
+int HttpServer::socketCount()
+{
+    const Lock lock(clientsMutex);
+    return clients.size();
+}
+
+bool HttpServer::isActive(QAbstractSocket *socket)
+{
+    const Lock lock(clientsMutex);
+    return clients.value(socket, false);
+}
+
+void HttpServer::onSocketDataAvailable(QAbstractSocket &socket)
+{
+    handleRequestFromSocket(socket);
+    serveNext();
+}
+
+void HttpServer::onSocketDisconnected(QAbstractSocket &socket)
+{
+    if (!isActive(&socket))
+        return;
+    finishing.remove(&socket);
+    lingering.remove(&socket);
+    requestLog.left(&socket, now());
+    requests->removeClient(&socket);
+    const Lock lock(clientsMutex);
+    clients[&socket] = false;
+    QTimer::singleShot(0, this, &HttpServer::removeInactiveClients);
+}
+
+void HttpServer::removeInactiveClients()
+{
+    const Lock lock(clientsMutex);
+    for (auto it = clients.begin(); it != clients.end();) {
+        if (it.value()) {
+            ++it;
+        } else {
+            it.key()->disconnect();
+            it.key()->deleteLater();
+            it = clients.erase(it);
+        }
+    }
+}
+
+void HttpServer::onBytesWritten(QAbstractSocket &socket)
+{
+    watchSending(socket);
+    update();
+}
+
+/// Reads one chunk. If there is more, the next readyRead() follows.
+void HttpServer::handleRequestFromSocket(QAbstractSocket &socket)
+{
+    if (requests->wantsBytes(&socket))
+        receive(socket);
+}
+
+/// Reads one chunk, or notes that there will be none. False when there is nothing more for now.
+bool HttpServer::receive(QAbstractSocket &socket)
+{
+    switch (pendingInput(socket)) {
+    case SocketInput::Data:
+    case SocketInput::Nothing: {
+        // Also when there is nothing: reading is what makes the socket tell of the next bytes.
+        const QByteArray bytes = socket.read(TunnelLimits::readChunk);
+        if (!bytes.isEmpty())
+            requests->feed(&socket, bytes, now());
+        return !bytes.isEmpty();
+    }
+    case SocketInput::Ended:
+        if (lingering.contains(&socket))
+            socket.abort();
+        else
+            requests->endInput(&socket, now());
+        return false;
+    case SocketInput::Failed:
+        onSocketDisconnected(socket);
+        return false;
+    }
+    return false;
+}
+
+/// Serves one request, then returns to the event loop: a slow sensor must not hold up the application's calls or the
+/// tunnel's end for longer than one answer takes.
+void HttpServer::serveNext()
+{
+    RequestQueue::Request request;
+    if (!isServingScheduled() && requests->takeRequest(request)) {
+        nextRequest.start();
+        serve(request);
+        // Bytes that were not read while the maximum of its requests waited.
+        auto *const socket = static_cast<QAbstractSocket *>(request.client);
+        if (isActive(socket))
+            handleRequestFromSocket(*socket);
+    }
+    update();
+}
+
+void HttpServer::serve(const RequestQueue::Request &request)
+{
+    RequestLog::Entry entry{request.number, request.method, request.path, HttpStatus::notImplemented, {}, now()};
+    if (request.kind == ParsedRequest::OtherMethod || request.kind == ParsedRequest::HeadMethod) {
+        requests->answerOtherMethod(request, now());
+    } else {
+        const HttpReply reply = handler.reply(request);
+        entry.status = statusOf(reply);
+        entry.problem = reply.errorText;
+        if (reply.kind == HttpReply::Page)
+            requests->answer(request, reply.header, reply.body, now());
+        else if (reply.kind == HttpReply::CommandAnswer)
+            requests->answerCommand(request, reply.body, now());
+        else
+            requests->fail(request, reply.errorText.toLatin1(), reply.closes, now());
+    }
+    requestLog.answered(request.client, entry, now());
+}
+
+void HttpServer::expireQuietClients()
+{
+    requests->expire(now());
+    update();
+}
+
+bool HttpServer::isServingScheduled() const
+{
+    return nextRequest.isActive() || requestAfterSockets.isActive();
+}
+
+/// Called after anything that may have changed what there is to do.
+void HttpServer::update()
+{
+    writeResponses();
+    if (requests->takeDropped() > 0)
+        handler.log("handleRequestFromSocket", QStringLiteral("Unknown HTTP request"));
+    if (requests->hasRequest() && !isServingScheduled())
+        nextRequest.start();
+    const qint64 deadline = requests->nextDeadline();
+    if (deadline < 0)
+        nextDeadline.stop();
+    else
+        nextDeadline.start(int(std::max<qint64>(0, deadline - now())));
+}
+
+qint64 HttpServer::now() const
+{
+    return uptime.elapsed();
+}
+
+bool HttpServer::getHTTPResponse(RequestQueue::Response &response, QAbstractSocket *&socket)
+{
+    if (!requests->takeResponse(response))
+        return false;
+    socket = static_cast<QAbstractSocket *>(response.client);
+    return true;
+}
+
+void HttpServer::writeResponses()
+{
+    RequestQueue::Response response;
+    QAbstractSocket *socket = nullptr;
+    while (getHTTPResponse(response, socket)) {
+        if (isActive(socket))
+            write(*socket, response);
+    }
+}
+
+void HttpServer::write(QAbstractSocket &socket, const RequestQueue::Response &response)
+{
+    using ConnectionAction = RequestQueue::ConnectionAction;
+    if (response.action == ConnectionAction::Abort) {
+        socket.abort();
+        return;
+    }
+    const QByteArray &bytes = response.bytes;
+    if (response.action == ConnectionAction::CloseDiscarding)
+        qCInfo(tunnelRequestLog).noquote()
+            << "refused:" << bytes.mid(bytes.indexOf(' ') + 1, bytes.indexOf('\r') - bytes.indexOf(' ') - 1);
+    requestLog.writes(&socket, response.number, bytes);
+    // A client that has left answers what is written with a reset, and what it had sent before would be lost.
+    const bool mayHaveLeft = hasPeerEndedSending(socket);
+    while (mayHaveLeft && isActive(&socket) && receive(socket)) {
+    }
+    if (!isActive(&socket))
+        return;
+    if (!bytes.isEmpty() && socket.write(bytes) < 0) {
+        onSocketDisconnected(socket);
+        return;
+    }
+    if (response.action != ConnectionAction::KeepAlive)
+        finishing.insert(&socket);
+    watchSending(socket);
+    if (mayHaveLeft && isActive(&socket))
+        receive(socket); // notes the reset, so that no further page is fetched for it
+}
+
+void HttpServer::watchSending(QAbstractSocket &socket)
+{
+    const bool ends = finishing.contains(&socket);
+    const qint64 unsent = socket.bytesToWrite();
+    requestLog.wrote(&socket, unsent, now());
+    requests->setReading(&socket, unsent <= (ends ? 0 : TunnelLimits::unsentAnswers), now());
+    if (ends && unsent == 0)
+        finish(socket);
+}
+
+/// Ends the connection of a client whose last response is sent. It is told so at once, but its input is read for a
+/// while: closing a socket that has unread input would discard the response.
+void HttpServer::finish(QAbstractSocket &socket)
+{
+    finishing.remove(&socket);
+    lingering.insert(&socket);
+    endSending(socket);
+    receive(socket);
+    QTimer::singleShot(TunnelLimits::lingerMs, &socket, &QAbstractSocket::abort);
+}
+
+} // namespace SondixQt

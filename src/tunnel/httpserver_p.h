@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "requestlog_p.h"
+#include "requestqueue_p.h"
+
+#include <QElapsedTimer>
+#include <QMap>
+#include <QObject>
+#include <QSet>
+#include <QTimer>
+#include <QUrl>
+
+#include <array>
+#include <memory>
+#include <mutex>
+
+QT_BEGIN_NAMESPACE
+class QAbstractSocket;
+QT_END_NAMESPACE
+
+namespace SondixQt {
+
+class LoopbackServer;
+
+/// The answer to a request.
+struct HttpReply
+{
+    enum Kind { Page, CommandAnswer, Failure };
+
+    Kind kind = Page;
+    QByteArray header; ///< of a page; empty: one is composed
+    QByteArray body;   ///< of a page, or what the sensor answered to a command
+    QString errorText; ///< of a failure
+    bool closes = false;
+};
+
+/// The sockets and timers of the tunnel: accepts connections on the loopback address, feeds what they send to the
+/// request queue, has one request at a time answered by its handler, and writes the responses.
+class HttpServer : public QObject
+{
+    Q_OBJECT
+public:
+    class Handler
+    {
+    public:
+        /// A connection has come whose requests will be served.
+        virtual void connectionAccepted() = 0;
+        virtual HttpReply reply(const RequestQueue::Request &request) = 0;
+        virtual void log(const char *function, const QString &text) = 0;
+
+    protected:
+        ~Handler() = default;
+    };
+
+    explicit HttpServer(Handler &handler, QObject *parent);
+    ~HttpServer() override;
+
+    /// Listens at a new port; existing connections are dropped. False if there is no port.
+    bool listen();
+    /// Drops all connections and stops listening.
+    void close();
+    QUrl url() const;
+
+private:
+    // Connections.
+    void onNewConnection();
+    void onAcceptError();
+    void onSocketDataAvailable(QAbstractSocket &socket);
+    void onSocketDisconnected(QAbstractSocket &socket);
+    void onBytesWritten(QAbstractSocket &socket);
+    void dropClients();
+    void removeInactiveClients();
+    bool isActive(QAbstractSocket *socket);
+    int socketCount();
+
+    // Requests.
+    void handleRequestFromSocket(QAbstractSocket &socket);
+    bool receive(QAbstractSocket &socket);
+    void serveNext();
+    void serve(const RequestQueue::Request &request);
+    bool isServingScheduled() const;
+    void expireQuietClients();
+
+    // Responses.
+    bool getHTTPResponse(RequestQueue::Response &response, QAbstractSocket *&socket);
+    void writeResponses();
+    void write(QAbstractSocket &socket, const RequestQueue::Response &response);
+    void watchSending(QAbstractSocket &socket);
+    void finish(QAbstractSocket &socket);
+
+    void update();
+    std::array<QTimer *, 5> timers();
+    qint64 now() const;
+
+    Handler &handler;
+    LoopbackServer *server = nullptr;
+    std::unique_ptr<RequestQueue> requests;
+    QMap<QAbstractSocket *, bool> clients; ///< whether responses still reach them
+    QSet<QAbstractSocket *> finishing;     ///< clients whose last response is being sent
+    QSet<QAbstractSocket *> lingering;     ///< clients whose last response is sent
+    std::mutex clientsMutex;
+    RequestLog requestLog;
+
+    QTimer nextRequest;  ///< between two requests the thread handles everything else
+    QTimer nextAccept;   ///< between two connections, because each may have to open the sensor
+    QTimer nextDeadline; ///< for RequestQueue::expire()
+    // A timer may fire before the sockets have reported what arrived earlier. These give them one round of the event
+    // loop to do so.
+    QTimer requestAfterSockets;
+    QTimer deadlineAfterSockets;
+    QElapsedTimer uptime;
+};
+
+} // namespace SondixQt
