@@ -36,7 +36,8 @@ Q_ENUM_NS(ErrorCode)
 
 /// The sensor models. The numbers are those of the sensor-access library ("IP_SensorType") and are
 /// stored by applications: they never change. A value above 10000 is a variant of the base type
-/// `value % 10000`.
+/// `value % 10000`, with one exception: File stands for itself, and `File % 10000` is no model.
+/// SensorInstance::sensorType() follows this rule.
 enum SensorType : qint32 {
     NoSensor = 0,
     TX210 = 1,

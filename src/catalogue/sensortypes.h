@@ -35,9 +35,10 @@ SONDIXQT_EXPORT SensorGroup getSensorGroupFromSensorType(SensorType type);
 
 /// The picture of \a type; a generic one where it has none.
 ///
-/// Needs a QGuiApplication and may be called on its thread only. Pictures are kept in QPixmapCache. With
-/// Qt::AA_UseHighDpiPixmaps set, a screen that scales gets a picture of twice the resolution, with the device
-/// pixel ratio 2.
+/// Needs a QGuiApplication. Any thread may call it on a platform whose pixmaps are not bound to the main
+/// thread, as on Windows and X11; on others Qt warns and the picture is null. On the main thread pictures are
+/// kept in QPixmapCache, on other threads they are loaded each time. With Qt::AA_UseHighDpiPixmaps set, a
+/// screen that scales gets a picture of twice the resolution, with the device pixel ratio 2.
 SONDIXQT_EXPORT QPixmap getSensorImage(SensorType type);
 
 /// The picture of the family \a group; a generic one for a combination of families and for unknown values.

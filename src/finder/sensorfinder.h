@@ -17,8 +17,10 @@ class SensorFinderPrivate;
 /// \par Use
 /// Choose the interfaces, connect to sensorFound() and searchFinished(), call startSearch() with one
 /// type, a list of types or a set of groups. Several types are searched one after another; progress
-/// counts over all of them. An application that hands sensors to a SensorInstance should stop the
-/// search first: it occupies the interfaces.
+/// counts over all of them. A search ends when the sensor-access library reports that it is complete. As
+/// long as the question for the progress fails, the search goes on and finds nothing: where that matters,
+/// call stopSearch() after a time limit of your own. An application that hands sensors to a
+/// SensorInstance should stop the search first: it occupies the interfaces.
 ///
 /// \par Threads
 /// All functions belong to the thread that owns the finder, which needs a running event loop: a timer
@@ -76,7 +78,8 @@ public:
     bool quickScanRS485() const;
     /// Whether the quick scan makes a difference for \a type.
     bool quickScanRS485Supported(SondixQt::SensorType type) const;
-    /// Whether sensors of other types than those asked for are announced as well; at first false.
+    /// Whether sensors of other types than those asked for are announced as well; at first false. Switch it
+    /// on to find every model on a bus.
     void setSearchSimilarSensors(bool enable);
     bool searchSimilarSensors() const;
     /// Whether channels that are in use are scanned as well; at first false.
@@ -95,7 +98,9 @@ public:
 
     Status status() const;
 
-    /// Searches all types of the families \a groups that are not hidden, in display order.
+    /// Searches all types of the families \a groups that are not hidden, in display order. A sensor that
+    /// reports itself under a type that is not searched is not announced. That concerns the bus models which
+    /// lists leave out: an MV420 is not found in the group KVBus. With setSearchSimilarSensors() it is.
     void startSearch(SondixQt::SensorGroups groups);
 
     /// Whether \a a and \a b have equal values of the parameter \a name, as QVariant's equality has it

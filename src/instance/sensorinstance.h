@@ -23,7 +23,8 @@ class SensorInstancePrivate;
 /// \par Use
 /// Construct it for a type, open() it with the interface parameters of a SensorInfo, send commands,
 /// read transmittedDataInfo() and poll transferDataScaled() or one of its siblings, close() it.
-/// For the models of the RG families use SpecialSensorInstanceRG52x or SpecialSensorInstanceRG531.
+/// A command stops the measurement of an RG52x or RG53x: use SpecialSensorInstanceRG52x or
+/// SpecialSensorInstanceRG531 for these. The other RG models (RG4xx, RG540) need no class of their own.
 ///
 /// \par Results
 /// Every operation that reaches the sensor returns an ErrorCode (0: done) and takes an optional
@@ -44,6 +45,9 @@ class SensorInstancePrivate;
 /// Keys are the sensor-access library's names: "IP_" (interface), "SP_" (sent with a command), "SA_"
 /// (sensor answers), "IA_" (interface answers), "CP_" (control). Values that are staged may be bool,
 /// int, double, QString or QByteArray; values of any other type are skipped.
+/// Parameters are staged in the order of their names; the next command or open() consumes all of them. When
+/// staging one fails, the command is not sent and those before stay staged, so that the next command would
+/// take them along: call clearAllParameters() after such a failure.
 class SONDIXQT_EXPORT SensorInstance : public QObject
 {
     Q_OBJECT
@@ -74,6 +78,8 @@ public:
     /// and File no library instance is created. On a library instance that is already open the
     /// command tables of the model are filled at once and trigger and sync are checked.
     /// Where the library cannot create an instance, isValid() is false.
+    /// A sensor that is open already is not asked whether its values must be asked for (isGetMeasureNeeded()):
+    /// from a bus sensor or a CP740 the transfers of this object get no values before open().
     explicit SensorInstance(SensorType type, unsigned long handle = 0);
     ~SensorInstance() override;
 
@@ -81,7 +87,8 @@ public:
     SensorInstance &operator=(const SensorInstance &) = delete;
 
     /// Takes over the library instance and the type of \a other; nothing else moves. What this object
-    /// knew of its former sensor stays until it is opened again.
+    /// knew of its former sensor stays until it is opened again, the info parameters and a true
+    /// isGetMeasureNeeded() even then. Before open() the sensor is not asked whether its values must be asked for.
     SensorInstance &operator=(SensorInstance &&other) noexcept;
 
     /// \name Command layer
@@ -113,7 +120,8 @@ public:
     virtual ErrorCode sendCommandGetString(const QString &command, const QString &resultName, QString &value,
                                            QString *errorText = nullptr);
 
-    /// Stages one parameter and sends \a command.
+    /// Stages one parameter and sends \a command. Not for an RG53x, whose parameter would be lost: see
+    /// SpecialSensorInstanceRG531.
     ErrorCode sendCommand(const QString &command, const QString &parameterName, const QString &value,
                           QString *errorText = nullptr);
     /// \overload
@@ -173,12 +181,15 @@ public:
     ErrorCode open(QString *errorText = nullptr);
     /// Closes the sensor; a File instance has nothing to close. Not locked.
     ErrorCode close(QString *errorText = nullptr);
-    /// Drops all staged parameters.
+    /// Drops all staged parameters, such as those that a failed call has left.
     ErrorCode clearAllParameters(QString *errorText = nullptr);
     /// \}
 
     /// \name Info parameters
     /// What the sensors told of themselves when they were opened: one map a sensor, numbered from 1.
+    /// Nothing removes them: after opening another sensor with the same object, parameters that it does not
+    /// have, and maps beyond its number of sensors, are those of the earlier one. Use a new object for another
+    /// sensor.
     /// \{
     void addInfoParameters(const QMap<QString, QVariant> &map, int sensorIndex);
     /// Parses \a answer, lines of "key=value" pairs as the library writes them, and adds the result.
@@ -226,7 +237,8 @@ public:
     /// Switches a model that sends measured values or video to measured values. 0 without any
     /// command for every other model.
     ErrorCode enableMeasMode(QString *errorText = nullptr);
-    /// Whether the sensor measures rather than sending video alone; false as long as nobody asked it.
+    /// Whether the sensor measures rather than sending video alone. Asked by transmittedDataInfo() and
+    /// setMeasurementMode(); false before, whatever the sensor does.
     bool isMeasModeEnabled() const;
 
     /// Whether the sensor waits for an external trigger.
@@ -242,6 +254,18 @@ public:
     /// \}
 
     /// \name Measured values
+    /// Values come as consecutive frames of TransmittedDataInfo::valuesPerFrame values each, in the order of
+    /// its signals. A block may end inside a frame: where the caller's buffers are no multiple of the frame, or
+    /// where the library announces such a count. The rest of the frame then begins the next block.
+    ///
+    /// Timestamps are seconds on the clock of the sensor-access library. That of a block tells when the frame
+    /// of its first value arose; it is left alone by the vector forms when no value waits. Only differences of
+    /// timestamps mean something. (The simulator counts from the loading of its bench.)
+    ///
+    /// The library keeps a limited number of values. When nobody fetches them, the oldest frames are lost, which
+    /// is no failure: the transfers return 0. It shows in the timestamps of a sensor that measures without a
+    /// trigger: the difference between two consecutive blocks is then more than the first one's number of frames
+    /// divided by TransmittedDataInfo::datarate.
     /// \{
 
     /// Describes what the sensor sends with every frame; \a info is untouched on failure. Not locked as a
@@ -250,10 +274,14 @@ public:
     /// The frame rate in kHz; 0.0 means that it is not known, which is no failure. \a rate is written
     /// always, with 0.0 on failure; it may be null. A sensor that tells nonsense may make it infinite or
     /// not a number.
+    /// The rate of an RG52x or RG53x is computed without a question, from the info parameters of open(), which
+    /// later settings do not change, and from the tracking mode, which is known after a command or
+    /// setTrackingMode(). Until then an RG52x has the rate 0.0 and an RG53x that tracks speed 25 times its own.
     ErrorCode getSampleRateInKhz(double *rate, QString *errorText = nullptr);
     /// The measuring channels of the sensor.
     int getChannelCount() const;
-    /// Whether a value must be asked for before every transfer, which the transfers do themselves.
+    /// Whether values must be asked for before every transfer, which the transfers do themselves. Decided by
+    /// open(); once true it stays true for this object.
     bool isGetMeasureNeeded() const;
 
     /// The number of values (not frames) that wait in the library; never negative.
@@ -278,6 +306,10 @@ public:
     /// model's signals are known once it is open; a position is the place in that list, from 0. Which
     /// of them are on is what transmittedDataInfo() or setMeasurementMode() last found.
     /// The queries are not locked: keep them to the thread that opens and describes.
+    ///
+    /// To get video: open(), switch signals on with enableVideoSignal(), call enableVideoMode(), then
+    /// transmittedDataInfo(), also when it was called before. Only then does getBinaryVideoParam() name the
+    /// answers in which "Get_Video" delivers the lines.
     /// \{
 
     /// Whether video can be had over the interface by which the sensor was opened. For a File: what
@@ -285,10 +317,13 @@ public:
     bool isVideoSupported() const;
     /// Whether the model can send video along with the measured values.
     bool supportsVideoStreamMode() const;
-    /// Whether the sensor is in the mode in which it sends video.
+    /// Whether the sensor is in the mode in which it sends video. Asked by transmittedDataInfo() and
+    /// setMeasurementMode(), where the model can be asked; after open() what is usual for the model, whatever
+    /// the sensor does.
     bool isVideoModeEnabled() const;
     /// Switches a model that sends measured values or video to video; 0 without any command for every
-    /// other model. Call transmittedDataInfo() afterwards.
+    /// other model. Call transmittedDataInfo() afterwards: the list of transmitted signals is that of its last
+    /// call.
     ErrorCode enableVideoMode(QString *errorText = nullptr);
 
     /// Writes the names of all video signals into \a names, keyed by position; other entries stay.

@@ -93,6 +93,9 @@ private:
 
 /// The RG52x models: after every command the distance tracking is started again, best effort.
 ///
+/// The tracking mode is learnt from the sensor after the first command, not by open(); "Get_OpenState",
+/// "Get_TransmittedDataInfo" and the other excluded commands do not count. getSampleRateInKhz() depends on it.
+///
 /// A result of 0 says that the action after the command went well; of the command itself that is true
 /// for sendCommand(command) only. A command with maps or results that failed shows in errorMessage().
 class SONDIXQT_EXPORT SpecialSensorInstanceRG52x : public SpecialSensorInstance
@@ -120,6 +123,9 @@ private:
 /// The RG53x models: tracking is stopped before every command and started again after it.
 ///
 /// \copydetails SpecialSensorInstanceRG52x
+///
+/// Pass parameters in a map: `sendCommand("Set_Average", {{"SP_Average", 50}})`. The forms with one parameter
+/// stage it before "StopTracking", which consumes it: the command then goes out without its parameter.
 class SONDIXQT_EXPORT SpecialSensorInstanceRG531 : public SpecialSensorInstance
 {
     Q_OBJECT

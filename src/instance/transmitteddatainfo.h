@@ -19,15 +19,15 @@ struct SONDIXQT_EXPORT SignalInfo
     int index = 0;               ///< number of the signal in the sensor
     QString rawName;             ///< name of the raw value
     QString scaledName;          ///< name of the scaled value
-    double rawRangeMin = 0.0;    ///< lowest valid raw value
-    double rawRangeMax = 0.0;    ///< highest valid raw value
+    double rawRangeMin = 0.0;    ///< lowest valid raw value, in rawUnit
+    double rawRangeMax = 0.0;    ///< highest valid raw value, in rawUnit
     double scaledRangeMin = 0.0; ///< lowest valid scaled value, in scaledUnit
     double scaledRangeMax = 0.0; ///< highest valid scaled value, in scaledUnit
     double viewRange = 0.0;      ///< range that a plot should show, in scaledUnit
     QString rawUnit;             ///< unit of the raw value
     QString scaledUnit;          ///< unit of the scaled value; "OFF" or "SWITCH" on some inertial sensors
-    double rawDatarate = 0.0;    ///< rate of the raw value as the sensor reports it
-    double scaledDatarate = 0.0; ///< rate of the scaled value as the sensor reports it
+    double rawDatarate = 0.0;    ///< rate of the raw value in Hz, as the sensor reports it
+    double scaledDatarate = 0.0; ///< rate of the scaled value in Hz, as the sensor reports it
     bool majorSignal = false;    ///< one of the sensor's main measured values
     QString additionalInfo;      ///< free text of the sensor
 
@@ -39,12 +39,12 @@ struct SONDIXQT_EXPORT SignalInfo
 /// One video signal of a sensor.
 struct SONDIXQT_EXPORT VideoInfo
 {
-    int index = 0;           ///< number of the video signal
+    int index = 0;           ///< 0 in every description: the place in the list is the position of a signal
     bool enabled = false;    ///< switched into the sensor's output
     QString answerParameter; ///< answer that carries the data, such as "SA_VideoRaw"
     QString outputStem;      ///< stem of the switch, such as "OutputVideoRaw"
     int pixelCount = 0;      ///< pixels of one line
-    int pixelSize = 0;       ///< bytes of one pixel
+    int pixelSize = 0;       ///< bytes of one pixel; a line has pixelCount * pixelSize bytes
 
     /// The two texts do not count.
     bool operator!=(const VideoInfo &other) const;
@@ -58,13 +58,13 @@ struct SONDIXQT_EXPORT TransmittedDataInfo
     TransmittedDataInfo(double datarate, int valuesPerFrame, int maxValuesPerFrame, int videoSignalCount,
                         const QVector<SignalInfo> &signalInfos, const QVector<VideoInfo> &videoInfos);
 
-    double datarate = -1.0;          ///< frame rate as the sensor reports it
+    double datarate = -1.0;          ///< frames a second (Hz), as the sensor reports it
     int valuesPerFrame = 0;          ///< values of one frame, as the sensor reports it
     int maxValuesPerFrame = 0;       ///< most values that a frame of this sensor can hold
     int videoSignalCount = 0;        ///< entries in videoSignals
     int reserved = -1;               ///< always -1
     QVector<SignalInfo> signals;     ///< one entry a value, in frame order; 16,384 at most
-    QVector<VideoInfo> videoSignals; ///< the video signals
+    QVector<VideoInfo> videoSignals; ///< all video signals of the model, also those that are off
 
     /// The field \c signals, for code in which that word is Qt's keyword macro.
     const QVector<SignalInfo> &signalList() const { return signals; }

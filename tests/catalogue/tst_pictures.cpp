@@ -4,7 +4,9 @@
 #include <QPixmapCache>
 #include <QtTest>
 
+#include <atomic>
 #include <limits>
+#include <thread>
 
 using namespace SondixQt;
 
@@ -70,6 +72,7 @@ private Q_SLOTS:
     void unknownGroupHasTheGenericPicture();
     void pictureStaysTheSameWithoutTheCache();
     void pictureOfTheApplicationIsNotTakenForOurs();
+    void anyThreadMayAsk();
 };
 
 void TestPictures::pictureIsThereAtBothResolutions_data()
@@ -202,6 +205,30 @@ void TestPictures::pictureOfTheApplicationIsNotTakenForOurs()
     QPixmap changed = getSensorImage(TX270);
     changed.fill(Qt::red);
     QVERIFY(getSensorImage(TX270).toImage() != changed.toImage());
+}
+
+void TestPictures::anyThreadMayAsk()
+{
+    QMap<SensorType, QImage> expectedPictures;
+    for (const expected::Model &model : expected::models)
+        expectedPictures.insert(model.type, QPixmap(model.picturePath()).toImage());
+    const QImage groupPicture = QPixmap(QStringLiteral(":/images/TX-group.png")).toImage();
+    QPixmapCache::clear();
+    std::atomic<int> wrong{0};
+    const auto work = [&] {
+        for (auto it = expectedPictures.cbegin(); it != expectedPictures.cend(); ++it) {
+            if (getSensorImage(it.key()).toImage() != *it)
+                ++wrong;
+        }
+        if (getSensorGroupImage(Tavrin).toImage() != groupPicture)
+            ++wrong;
+    };
+    std::thread first(work);
+    std::thread second(work);
+    work();
+    first.join();
+    second.join();
+    QCOMPARE(wrong.load(), 0);
 }
 
 QTEST_MAIN(TestPictures)

@@ -58,6 +58,8 @@ class TestSensorFinderBench : public QObject
 private Q_SLOTS:
     void sensorsAreFoundWhereTheyAre_data();
     void sensorsAreFoundWhereTheyAre();
+    void aGroupSearchDropsTypesThatItDoesNotName_data();
+    void aGroupSearchDropsTypesThatItDoesNotName();
     void aSensorThatIsGoneIsNotFound();
     void sensorsAreAnnouncedWhileTheSearchGoesOn();
     void anAbortedSearchFindsNothingMore();
@@ -117,6 +119,32 @@ void TestSensorFinderBench::sensorsAreFoundWhereTheyAre()
     for (const QString &serial : qAsConst(found))
         foundTypes << recorder.found.at(serialNumbers(recorder.found).indexOf(serial)).sensorType();
     QCOMPARE(foundTypes, types);
+}
+
+void TestSensorFinderBench::aGroupSearchDropsTypesThatItDoesNotName_data()
+{
+    QTest::addColumn<bool>("similar");
+    QTest::addColumn<QList<SensorType>>("types"); // on the bus
+    QTest::addRow("the listed types only") << false << QList<SensorType>{EC830};
+    QTest::addRow("similar sensors") << true << QList<SensorType>{MV420, EC830};
+}
+
+void TestSensorFinderBench::aGroupSearchDropsTypesThatItDoesNotName()
+{
+    QFETCH(bool, similar);
+    beginWithBench(50);
+    SensorFinder finder;
+    finder.setSearchInterface(RS232, true);
+    finder.setSearchSimilarSensors(similar);
+    Recorder recorder(finder);
+    finder.startSearch(SensorGroups(KVBus));
+    QVERIFY(recorder.waitForEnd());
+    QList<SensorType> types;
+    for (const SensorInfo &info : qAsConst(recorder.found)) {
+        if (info.sensorType() % 10000 == GenericKVBus)
+            types << info.sensorType();
+    }
+    QTEST(types, "types");
 }
 
 void TestSensorFinderBench::aSensorThatIsGoneIsNotFound()

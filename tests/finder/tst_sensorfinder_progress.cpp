@@ -42,6 +42,7 @@ private Q_SLOTS:
     void staysWithinItsRangeForAbsurdAnswers_data();
     void staysWithinItsRangeForAbsurdAnswers();
     void isZeroWhileItCannotBeRead();
+    void aFailingQuestionNeverEndsTheSearch();
     void needsTheCountOfResults();
     void eachResultIsReadOnce();
     void aCountThatFallsIsNotTrusted();
@@ -177,6 +178,21 @@ void TestSensorFinderProgress::isZeroWhileItCannotBeRead()
     QVERIFY(recorder.waitForEnd());
     QCOMPARE(recorder.linesOf("progress"), progressLines({0, 0, 100}));
     QCOMPARE(recorder.found.size(), 1);
+}
+
+void TestSensorFinderProgress::aFailingQuestionNeverEndsTheSearch()
+{
+    refuseCommand("Get_FindSensorProgress");
+    SensorFinder finder;
+    Recorder recorder(finder);
+    finder.startSearch({TX270, TX280}, true);
+    QVERIFY(recorder.waitFor(QStringLiteral("progress 0"), 8));
+    QCOMPARE(finder.status(), SensorFinder::Searching);
+    QCOMPARE(searchedTypes(), QList<int>{TX270});
+    QCOMPARE(recorder.linesOf("finished"), QStringList());
+    finder.stopSearch();
+    QCOMPARE(recorder.linesOf("finished").size(), 1);
+    QCOMPARE(finder.status(), SensorFinder::Ready);
 }
 
 void TestSensorFinderProgress::needsTheCountOfResults()

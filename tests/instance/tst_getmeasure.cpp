@@ -20,6 +20,7 @@ private Q_SLOTS:
     void membersOfAMultiSensorAreCounted();
     void unansweredMembersKeepOpenGoing();
     void membersAreCountedAnewButTheNeedStays();
+    void handlesTakenOverAreNotAsked();
     void everyTransferAsksFirst_data();
     void everyTransferAsksFirst();
     void dataAvailDoesNotAsk();
@@ -198,6 +199,27 @@ void TestGetMeasure::membersAreCountedAnewButTheNeedStays()
     Transferred transferred;
     QCOMPARE(transferred.run(*sensor.get(), name("raw")), NoError);
     QCOMPARE(recorder.take(), QStringList(name("DataAvail()")));
+}
+
+void TestGetMeasure::handlesTakenOverAreNotAsked()
+{
+    OpenSensorInstance sensor(SensorType::CP740);
+    SensorInstance adopting(SensorType::CP740, sensor->handle());
+    QVERIFY(adopting.isOpen());
+    QVERIFY(!adopting.isGetMeasureNeeded());
+    sondixsim::advance(1.0);
+    QVector<double> values;
+    QCOMPARE(adopting.transferData(values), NoError);
+    QVERIFY(values.isEmpty());
+    QCOMPARE(sensor->transferData(values), NoError);
+    QVERIFY(!values.isEmpty());
+
+    SensorInstance target(SensorType::TX270);
+    target = std::move(*sensor.get());
+    QVERIFY(!target.isGetMeasureNeeded());
+    QCOMPARE(target.close(), NoError);
+    QCOMPARE(target.open(testBenchParameters(SensorType::CP740)), NoError);
+    QVERIFY(target.isGetMeasureNeeded());
 }
 
 void TestGetMeasure::everyTransferAsksFirst_data()

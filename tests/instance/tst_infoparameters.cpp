@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <SondixQt/SensorInstance>
 
+#include "support/testbench.h"
+
 #include <QDateTime>
 #include <QtTest>
 
@@ -31,6 +33,7 @@ private Q_SLOTS:
     void laterValuesOverwriteEqualKeysAndKeepTheOthers();
     void newElementIsAppendedWhateverTheGap();
     void indexBelowOneIsAppended();
+    void valuesOfAnEarlierSensorStay();
     void storageTimeIsThatOfTheLastChange();
     void lookupOutsideTheListIsInvalid();
     void answerLinesAreAddedOneByOne();
@@ -78,6 +81,24 @@ void InfoParametersTest::indexBelowOneIsAppended()
     QCOMPARE(sensor.getInfoParameters().size(), 3);
     for (const Parameters &element : sensor.getInfoParameters())
         QVERIFY(!element.contains(name("StorageTime")));
+}
+
+void InfoParametersTest::valuesOfAnEarlierSensorStay()
+{
+    loadTestBench();
+    SensorInstance sensor(MultiSensor);
+    QCOMPARE(sensor.open(testBenchParameters(MultiSensor)), NoError);
+    QCOMPARE(sensor.getInfoParameters().size(), 2);
+    const QVariant second = sensor.getInfoParameter(name("SA_SerialNumber"), 2);
+    QVERIFY(second.isValid());
+    sensor.addInfoParameters(Parameters{{name("SA_OnlyOfTheFirst"), 1}}, 1);
+
+    sensor = SensorInstance(CP720);
+    QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
+    QCOMPARE(sensor.getInfoParameter(name("SA_SerialNumber"), 1).toString(), name("1002"));
+    QCOMPARE(sensor.getInfoParameter(name("SA_OnlyOfTheFirst"), 1), QVariant(1));
+    QCOMPARE(sensor.getInfoParameters().size(), 2);
+    QCOMPARE(sensor.getInfoParameter(name("SA_SerialNumber"), 2), second);
 }
 
 void InfoParametersTest::storageTimeIsThatOfTheLastChange()

@@ -67,6 +67,7 @@ private Q_SLOTS:
     void closesTheSensor();
     void closeOfAFileCallsNothing();
     void clearsStagedParameters();
+    void parametersStagedBeforeAFailureStayStaged();
     void keepsACopyOfTheInterfaceParameters();
     void typesCanBeNamedByTheirText_data();
     void typesCanBeNamedByTheirText();
@@ -418,6 +419,33 @@ void SensorInstanceTest::clearsStagedParameters()
     QString errorText;
     QCOMPARE(int(sensor.clearAllParameters(&errorText)), -2);
     QCOMPARE(errorText, name("no"));
+}
+
+void SensorInstanceTest::parametersStagedBeforeAFailureStayStaged()
+{
+    SensorInstance sensor(TX270);
+    QCOMPARE(sensor.open(testBenchParameters(TX270)), NoError);
+    const auto rate = [&sensor] {
+        double kilohertz = 0.0;
+        sensor.sendCommandGetDouble(name("Get_Samplerate"), name("SA_Measrate"), kilohertz);
+        return kilohertz;
+    };
+    const Parameters parameters = {{name("SP_Measrate"), 2.5}, {name("SP_Refused"), 1}};
+    const double before = rate();
+    QVERIFY(before != 2.5);
+    sondixsim::Fault fault;
+    fault.parameter = "SP_Refused";
+    fault.code = -17;
+    sondixsim::inject(fault);
+
+    QCOMPARE(int(sensor.sendCommand(name("Set_Samplerate"), parameters)), -17);
+    QCOMPARE(sensor.clearAllParameters(), NoError);
+    QVERIFY(sensor.sendCommand(name("Set_Samplerate")) != NoError);
+    QCOMPARE(rate(), before);
+
+    QCOMPARE(int(sensor.sendCommand(name("Set_Samplerate"), parameters)), -17);
+    QCOMPARE(sensor.sendCommand(name("Set_Samplerate")), NoError);
+    QCOMPARE(rate(), 2.5);
 }
 
 void SensorInstanceTest::keepsACopyOfTheInterfaceParameters()

@@ -52,6 +52,8 @@ private Q_SLOTS:
     void videoModeIsEnabledOnSwitchedModels();
     void videoModeNeedsNothingOnOtherModels_data();
     void videoModeNeedsNothingOnOtherModels();
+    void flagsAreTheModelsUntilTheDataAreDescribed();
+    void videoNeedsItsModeAndANewDescription();
     void refusedVideoModeIsNotEnabled();
     void videoModeThatCannotBeStagedIsNotSet();
 };
@@ -371,6 +373,42 @@ void VideoSetupTest::videoModeNeedsNothingOnOtherModels()
     QCOMPARE(recorder.take(), QStringList());
     QCOMPARE(errorText, name("old"));
     QVERIFY(!sensor.isVideoModeEnabled());
+}
+
+void VideoSetupTest::flagsAreTheModelsUntilTheDataAreDescribed()
+{
+    load({29}); // measures distances
+    Sensor sensor(29);
+    QVERIFY(sensor->isVideoModeEnabled());
+    QVERIFY(!sensor->isMeasModeEnabled());
+    TransmittedDataInfo info;
+    QCOMPARE(sensor->transmittedDataInfo(info), NoError);
+    QVERIFY(!sensor->isVideoModeEnabled());
+    QVERIFY(sensor->isMeasModeEnabled());
+}
+
+void VideoSetupTest::videoNeedsItsModeAndANewDescription()
+{
+    load({26});
+    Sensor sensor(26);
+    QCOMPARE(sensor->enableVideoSignal(0, 1), NoError);
+    TransmittedDataInfo info;
+    QCOMPARE(sensor->transmittedDataInfo(info), NoError);
+    QVERIFY(info.videoSignals.at(0).enabled);
+    QString line;
+    QVERIFY(!sensor->getBinaryVideoParam(line, 0));
+    QCOMPARE(sensor->enableVideoMode(), NoError);
+    QVERIFY(!sensor->getBinaryVideoParam(line, 0));
+
+    QCOMPARE(sensor->transmittedDataInfo(info), NoError);
+    QVERIFY(sensor->getBinaryVideoParam(line, 0));
+    QByteArray pixels;
+    QCOMPARE(sensor->sendCommand(name("Get_Video"), {}, {{line, SensorInstance::resultPointer(&pixels)}}),
+             NoError);
+    const VideoInfo &video = info.videoSignals.at(0);
+    QCOMPARE(video.index, 0);
+    QCOMPARE(video.pixelSize, 2);
+    QCOMPARE(pixels.size(), video.pixelCount * video.pixelSize);
 }
 
 void VideoSetupTest::refusedVideoModeIsNotEnabled()
