@@ -27,7 +27,8 @@ public:
         m_sensor.addTo(app);
         app.add_option("MODE", m_words, "Switch to this measuring mode, by name or number; changes the sensor");
         app.add_flag("--json", m_json, "One JSON object");
-        app.footer(app.get_footer() + "\nExample:\n  sondixqt mode TX260@TCP/IP,address=192.168.0.20 Thickness");
+        app.footer(app.get_footer() +
+                   "\nExample:\n  sondixqt mode CC430@TCP/IP,address=169.254.168.150 Thickness");
     }
 
     ExitCode run(Console &console, InterruptWatcher &interrupt) override

@@ -22,6 +22,7 @@ public:
     {
         m_sensor.addTo(app);
         app.add_flag("--json", m_json, "One JSON object");
+        app.footer(app.get_footer() + "\nExample:\n  sondixqt params TX270@RS232,port=COM3");
     }
 
     ExitCode run(Console &console, InterruptWatcher &interrupt) override

@@ -13,6 +13,8 @@ SwitchOffCommand::SwitchOffCommand(CLI::App &app)
     m_sensor.addTo(app);
     app.add_option("off", m_word, "Switch it off, which changes the sensor; otherwise its state is told");
     app.add_flag("--json", m_json, "One JSON object");
+    app.footer(app.get_footer() + "\nExample:\n  sondixqt " + app.get_name() +
+               " CC430@TCP/IP,address=169.254.168.150 off");
 }
 
 ExitCode SwitchOffCommand::run(Console &console, InterruptWatcher &interrupt)

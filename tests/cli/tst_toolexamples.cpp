@@ -1,0 +1,282 @@
+// SPDX-License-Identifier: MIT
+#include "interruptible.h"
+#include "toolrunner.h"
+
+#include <QRegularExpression>
+#include <QSet>
+#include <QTcpSocket>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace {
+
+/// A command line of a document, without the tool's name, and what the document says that it prints.
+struct Example
+{
+    QString line;
+    QStringList shown;
+};
+
+QString readFile(const char *path)
+{
+    QFile file(QString::fromLatin1(path));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+QString helpOf(const QString &command)
+{
+    QStringList arguments{QStringLiteral("--help")};
+    if (!command.isEmpty())
+        arguments.prepend(command);
+    return QString::fromUtf8(ToolRunner().run(arguments).out);
+}
+
+/// The tool's commands, as its help lists them.
+QStringList commands()
+{
+    QStringList names;
+    const QString list =
+        helpOf(QString()).section(QStringLiteral("Subcommands:\n"), 1).section(QStringLiteral("\n\n"), 0, 0);
+    for (const QString &line : list.split(QLatin1Char('\n')))
+        names += line.trimmed().section(QLatin1Char(' '), 0, 0);
+    return names;
+}
+
+const QLatin1String tool("sondixqt ");
+
+/// Ways to name a sensor, which stand in the texts without a command.
+bool namesASensor(const QString &text)
+{
+    static const QRegularExpression way(QStringLiteral("^--(type|serial) \\S+( --\\S+ \\S+)*$"));
+    return way.match(text).hasMatch();
+}
+
+void addText(QList<Example> &examples, const QString &text)
+{
+    if (text.startsWith(tool))
+        examples += {text.mid(tool.size()), {}};
+    else if (namesASensor(text))
+        examples += {QStringLiteral("info ") + text, {}};
+}
+
+QList<Example> examplesOfHelp(const QString &command)
+{
+    QList<Example> examples;
+    for (const QString &line : helpOf(command).split(QLatin1Char('\n')))
+        if (line.startsWith(QLatin1String("  ")))
+            addText(examples, line.mid(2));
+    return examples;
+}
+
+QList<Example> examplesOfReadme()
+{
+    QList<Example> examples;
+    const QString text = readFile(SONDIXQT_README);
+    bool inConsole = false;
+    for (const QString &line : text.split(QLatin1Char('\n'))) {
+        const QLatin1String prompt("$ sondixqt ");
+        if (line.startsWith(QLatin1String("```")))
+            inConsole = line == QLatin1String("```console");
+        else if (inConsole && line.startsWith(prompt))
+            examples += {line.mid(prompt.size()).section(QStringLiteral("  #"), 0, 0).trimmed(), {}};
+        else if (inConsole)
+            examples.last().shown += line;
+    }
+    static const QRegularExpression inlineCode(QStringLiteral("`([^`\n]+)`"));
+    for (auto it = inlineCode.globalMatch(text); it.hasNext();)
+        addText(examples, it.next().captured(1));
+    return examples;
+}
+
+/// What holds for other measurements as well: numbers and widths of columns are left out.
+QString comparable(const QString &line)
+{
+    static const QRegularExpression number(QStringLiteral("\\d+(\\.\\d+)?"));
+    return line.simplified().replace(number, QStringLiteral("0"));
+}
+
+/// The status line and the rest of what \a url answers to a GET of \a path.
+QByteArray get(const QUrl &url, const QString &path)
+{
+    QTcpSocket socket;
+    socket.connectToHost(url.host(), static_cast<quint16>(url.port()));
+    socket.write("GET " + path.toLatin1() + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n");
+    QByteArray answer;
+    while (socket.waitForReadyRead(10000))
+        answer += socket.readAll();
+    return answer;
+}
+
+} // namespace
+
+/// Runs what the documents tell users to run, on the bench that the simulator comes up with.
+class TestToolExamples : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void everyCommandHasAnExample();
+    void examplesWork_data();
+    void examplesWork();
+
+private:
+    static bool isEndless(const QStringList &arguments);
+    static void checkPurpose(const ToolRunner &runner, const QStringList &arguments, const ToolResult &result);
+    static ToolResult runUntilInterrupted(const ToolRunner &runner, const QStringList &arguments,
+                                          const QStringList &shown);
+};
+
+void TestToolExamples::everyCommandHasAnExample()
+{
+    QVERIFY(commands().size() >= 13);
+    for (const QString &command : commands()) {
+        const QList<Example> examples = examplesOfHelp(command);
+        const bool has = std::any_of(examples.begin(), examples.end(), [&command](const Example &example) {
+            return example.line.section(QLatin1Char(' '), 0, 0) == command;
+        });
+        QVERIFY2(has, qPrintable(command));
+    }
+}
+
+void TestToolExamples::examplesWork_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QStringList>("shown");
+    QList<Example> examples = examplesOfReadme();
+    QVERIFY(examples.size() >= 12);
+    for (const QString &command : QStringList(QString()) + commands())
+        examples += examplesOfHelp(command);
+    QSet<QString> known; // all commands explain in the same words how a sensor is named
+    for (const Example &example : qAsConst(examples)) {
+        if (example.shown.isEmpty() && known.contains(example.line))
+            continue;
+        known += example.line;
+        if (!example.line.contains(QLatin1String("<command>"))) {
+            QTest::newRow(qPrintable(example.line)) << example.line << example.shown;
+            continue;
+        }
+        for (const QString &command : commands()) {
+            const QString line = QString(example.line).replace(QLatin1String("<command>"), command);
+            QTest::newRow(qPrintable(line)) << line << example.shown;
+        }
+    }
+}
+
+bool TestToolExamples::isEndless(const QStringList &arguments)
+{
+    const bool isLimited = arguments.contains(QLatin1String("-n")) ||
+                           arguments.contains(QLatin1String("--duration")) ||
+                           arguments.contains(QLatin1String("--help"));
+    return !isLimited &&
+           (arguments.first() == QLatin1String("tunnel") || arguments.first() == QLatin1String("read"));
+}
+
+void TestToolExamples::examplesWork()
+{
+    QFETCH(QString, line);
+    QFETCH(QStringList, shown);
+    ToolRunner runner;
+    runner.writeFile(QStringLiteral("mybench.json"), readFile(SONDIXQT_BUILTIN_BENCH).toUtf8());
+    QStringList arguments = line.split(QLatin1Char(' '));
+#ifdef Q_OS_WIN
+    arguments.removeAll(QStringLiteral("--open")); // it would start the browser of whoever runs the test
+#else
+    const QString browser =
+        runner.writeFile(QStringLiteral("xdg-open"),
+                         "#!/bin/sh\necho \"$*\" >" + runner.path(QStringLiteral("opened")).toUtf8() + "\n");
+    QVERIFY(QFile::setPermissions(browser, QFile::ReadOwner | QFile::ExeOwner));
+    runner.setEnvironment("PATH", runner.path(QString()) + QStringLiteral(":/usr/bin:/bin"));
+#endif
+
+    const bool endless = isEndless(arguments);
+    const ToolResult result = endless ? runUntilInterrupted(runner, arguments, shown) : runner.run(arguments);
+    QVERIFY2(result.code == (endless ? 130 : 0), result.err.constData());
+    QStringList printed;
+    for (const QString &one : QString::fromUtf8(result.out + result.err).split(QLatin1Char('\n')))
+        printed += comparable(one);
+    for (const QString &one : qAsConst(shown)) {
+        const QString expected = comparable(one.section(QStringLiteral("..."), 0, 0));
+        const bool found = std::any_of(printed.cbegin(), printed.cend(), [&](const QString &candidate) {
+            return one.contains(QLatin1String("...")) ? candidate.startsWith(expected) : candidate == expected;
+        });
+        QVERIFY2(found, qPrintable(one));
+    }
+    checkPurpose(runner, arguments, result);
+}
+
+ToolResult TestToolExamples::runUntilInterrupted(const ToolRunner &runner, const QStringList &arguments,
+                                                 const QStringList &shown)
+{
+    InterruptibleProcess process;
+    runner.start(process, arguments);
+    QByteArray line;
+    [&] { QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), 20000); }();
+    line = process.readLine();
+    if (arguments.first() == QLatin1String("tunnel")) {
+        const QUrl url(QString::fromLatin1(line.trimmed()));
+        static const QRegularExpression request(QStringLiteral("^GET (\\S+) 200, "));
+        for (const QString &one : QStringList(QStringLiteral("GET / 200, ")) + shown)
+            if (const auto match = request.match(one); match.hasMatch())
+                [&] { QVERIFY2(get(url, match.captured(1)).startsWith("HTTP/1.1 200 OK"), qPrintable(one)); }();
+        if (arguments.contains(QLatin1String("--open")))
+            [&] {
+                QTRY_COMPARE_WITH_TIMEOUT(runner.contentOf(QStringLiteral("opened")).trimmed(), line.trimmed(),
+                                          10000);
+            }();
+    } else {
+        [&] { QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), 20000); }(); // a value under the headings
+    }
+    process.interrupt();
+    ToolResult result = ToolRunner::finish(process);
+    result.out.prepend(line);
+    return result;
+}
+
+// That it printed what it is for. A command that is not known here fails, so that none is left out unnoticed.
+void TestToolExamples::checkPurpose(const ToolRunner &runner, const QStringList &arguments,
+                                    const ToolResult &result)
+{
+    const QString command = arguments.first() == QLatin1String("--bench") ? arguments.value(2) : arguments.first();
+    const auto valueOf = [&arguments](const char *option) {
+        const int at = arguments.indexOf(QLatin1String(option));
+        return at < 0 ? QString() : arguments.value(at + 1);
+    };
+    const QByteArray out = result.out.simplified();
+    if (arguments.contains(QLatin1String("--help"))) {
+        QVERIFY(out.contains("Usage: sondixqt " + command.toLatin1()));
+    } else if (command == QLatin1String("models")) {
+        QVERIFY(out.contains("TX270 41 Tavrin TX270 Tavrin"));
+    } else if (command == QLatin1String("find")) {
+        QVERIFY(out.contains("RS232 COM3 TX270 1018001 TX270@RS232,port=COM3,baudrate=115200"));
+    } else if (command == QLatin1String("info")) {
+        QVERIFY(out.contains("Data frame"));
+    } else if (command == QLatin1String("read")) {
+        const QString file = valueOf("--csv");
+        const QByteArray values = file.isEmpty() ? result.out : runner.contentOf(file);
+        QVERIFY(values.startsWith("time [s]") || values.simplified().startsWith("time [s]"));
+        QVERIFY(linesOf(values).size() >= 2);
+        QVERIFY(result.err.contains("1 value read in "));
+    } else if (command == QLatin1String("params")) {
+        QVERIFY(out.contains("SA_Measrate 2"));
+    } else if (command == QLatin1String("get")) {
+        QCOMPARE(out, QByteArray("1018001"));
+    } else if (command == QLatin1String("set") || command == QLatin1String("exec")) {
+        QCOMPARE(result.out + result.err, QByteArray());
+    } else if (command == QLatin1String("mode")) {
+        QVERIFY(out.contains("1 Thickness current"));
+    } else if (command == QLatin1String("trigger")) {
+        QCOMPARE(out, QByteArray("the sensor measures without a trigger"));
+    } else if (command == QLatin1String("sync")) {
+        QCOMPARE(out, QByteArray("the sensor measures on its own"));
+    } else if (command == QLatin1String("video")) {
+        QVERIFY(runner.contentOf(valueOf("--line")).startsWith("\x89PNG"));
+    } else if (command == QLatin1String("tunnel")) {
+        QVERIFY(out.startsWith("http://127.0.0.1:"));
+        QVERIFY(result.err.contains("GET / 200, "));
+    } else {
+        QFAIL(qPrintable(QStringLiteral("nobody says what '%1' is for").arg(command)));
+    }
+}
+
+QTEST_GUILESS_MAIN(TestToolExamples)
+#include "tst_toolexamples.moc"
