@@ -9,7 +9,7 @@ namespace Validators {
 
 Check notEmpty()
 {
-    return [](const std::string &text) { return text.empty() ? "an empty value is none" : std::string(); };
+    return [](const std::string &text) { return text.empty() ? "the value must not be empty" : std::string(); };
 }
 
 Check seconds(double longest)

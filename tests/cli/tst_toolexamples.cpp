@@ -232,7 +232,7 @@ ToolResult TestToolExamples::runUntilInterrupted(const ToolRunner &runner, const
     return result;
 }
 
-// That it printed what it is for. A command that is not known here fails, so that none is left out unnoticed.
+// Checks what the command is there to print. An unknown command fails, so that none is left out unnoticed.
 void TestToolExamples::checkPurpose(const ToolRunner &runner, const QStringList &arguments,
                                     const ToolResult &result)
 {
@@ -274,7 +274,7 @@ void TestToolExamples::checkPurpose(const ToolRunner &runner, const QStringList 
         QVERIFY(out.startsWith("http://127.0.0.1:"));
         QVERIFY(result.err.contains("GET / 200, "));
     } else {
-        QFAIL(qPrintable(QStringLiteral("nobody says what '%1' is for").arg(command)));
+        QFAIL(qPrintable(QStringLiteral("there is no check for '%1'").arg(command)));
     }
 }
 
