@@ -48,7 +48,8 @@ private:
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("SONDIX_BENCH"), bench);
         process.setProcessEnvironment(environment);
-        process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("child")});
+        process.start(QCoreApplication::applicationFilePath(),
+                      {QStringLiteral("benchvariable"), QStringLiteral("child")});
         process.waitForFinished();
         return {lines(process.readAllStandardOutput()), lines(process.readAllStandardError())};
     }

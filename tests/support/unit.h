@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Included before every test unit: the units of a folder are one program, which takes the unit's name as its first
+/// argument. Each unit's main() becomes an entry of the program's list.
+class TestUnit
+{
+public:
+    using Main = int (*)(int argc, char *argv[]);
+
+    /// @param source the path of the unit's source, tst_<unit>.cpp
+    TestUnit(const char *source, Main main);
+
+    static int run(int argc, char *argv[]);
+};
+
+namespace {
+
+/// Gives each unit a unitMain() of its own.
+struct ThisUnit
+{
+};
+
+} // namespace
+
+#define main(...)                                                                                                 \
+    unitMain(ThisUnit, int, char **);                                                                             \
+    static const TestUnit thisUnit(                                                                               \
+        __BASE_FILE__, [](int count, char *values[]) { return unitMain(ThisUnit(), count, values); });            \
+    int unitMain(ThisUnit, __VA_ARGS__)
