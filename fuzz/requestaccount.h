@@ -126,8 +126,7 @@ inline QByteArray accountOfCommand(QByteArray body)
 /// The host of an absolute target, which is taken off \a target; else "localhost".
 inline QString takeHost(QString &target)
 {
-    const QRegularExpressionMatch match =
-        QRegularExpression(QStringLiteral("^[Hh][Tt][Tt][Pp]://([^/?]*)")).match(target);
+    const QRegularExpressionMatch match = QRegularExpression(QStringLiteral("^[^:/?]+://([^/?]*)")).match(target);
     if (!match.hasMatch())
         return QStringLiteral("localhost");
     target.remove(0, match.capturedLength());

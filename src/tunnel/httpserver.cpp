@@ -7,7 +7,6 @@
 #include "tunnellimits_p.h"
 #include "tunnellog_p.h"
 
-#include <QAbstractSocket>
 #include <QHostAddress>
 
 #include <algorithm>
@@ -73,7 +72,7 @@ bool HttpServer::listen()
         server = new LoopbackServer(this);
     if (!requests)
         requests = std::make_unique<RequestQueue>(TunnelLimits::incompleteRequestSeconds);
-    server->close();
+    server->stop();
     requests->reset();
     dropClients();
     connect(server, &QTcpServer::newConnection, this, &HttpServer::onNewConnection, Qt::UniqueConnection);
@@ -116,7 +115,7 @@ void HttpServer::onNewConnection()
     if (nextAccept.isActive() || !server || !server->hasPendingConnections())
         return;
     nextAccept.start();
-    QAbstractSocket *const socket = server->takeConnection();
+    ClientSocket *const socket = server->takeConnection();
     if (!socket)
         return;
 
@@ -134,7 +133,10 @@ void HttpServer::onNewConnection()
     requestLog.connected(socket);
     requests->addClient(socket, now(), accepted);
     connect(socket, &QAbstractSocket::readyRead, this, [this, socket] { onSocketDataAvailable(*socket); });
-    connect(socket, &QAbstractSocket::disconnected, this, [this, socket] { onSocketDisconnected(*socket); });
+    connect(socket, &QAbstractSocket::disconnected, this, [this, socket] {
+        onSocketDisconnected(*socket);
+        update();
+    });
     connect(socket, &QAbstractSocket::bytesWritten, this, [this, socket] { onBytesWritten(*socket); });
     if (socket->state() != QAbstractSocket::ConnectedState)
         onSocketDisconnected(*socket);
@@ -155,19 +157,19 @@ int HttpServer::socketCount()
     return clients.size();
 }
 
-bool HttpServer::isActive(QAbstractSocket *socket)
+bool HttpServer::isActive(ClientSocket *socket)
 {
     const Lock lock(clientsMutex);
     return clients.value(socket, false);
 }
 
-void HttpServer::onSocketDataAvailable(QAbstractSocket &socket)
+void HttpServer::onSocketDataAvailable(ClientSocket &socket)
 {
     handleRequestFromSocket(socket);
     serveNext();
 }
 
-void HttpServer::onSocketDisconnected(QAbstractSocket &socket)
+void HttpServer::onSocketDisconnected(ClientSocket &socket)
 {
     if (!isActive(&socket))
         return;
@@ -194,31 +196,34 @@ void HttpServer::removeInactiveClients()
     }
 }
 
-void HttpServer::onBytesWritten(QAbstractSocket &socket)
+void HttpServer::onBytesWritten(ClientSocket &socket)
 {
     watchSending(socket);
     update();
 }
 
-/// Reads one chunk. If there is more, the next readyRead() follows.
-void HttpServer::handleRequestFromSocket(QAbstractSocket &socket)
+/// Reads one chunk. readyRead() follows if there is more.
+void HttpServer::handleRequestFromSocket(ClientSocket &socket)
 {
     if (requests->wantsBytes(&socket))
         receive(socket);
 }
 
-/// Reads one chunk, or notes that there will be none. False when there is nothing more for now.
-bool HttpServer::receive(QAbstractSocket &socket)
+/// Reads one chunk, or handles the end of the input. False if there is nothing more to read for now.
+bool HttpServer::receive(ClientSocket &socket)
 {
     switch (pendingInput(socket)) {
-    case SocketInput::Data:
-    case SocketInput::Nothing: {
-        // Also when there is nothing: reading is what makes the socket tell of the next bytes.
+    case SocketInput::Data: {
         const QByteArray bytes = socket.read(TunnelLimits::readChunk);
-        if (!bytes.isEmpty())
-            requests->feed(&socket, bytes, now());
-        return !bytes.isEmpty();
+        requests->feed(&socket, bytes, now());
+        if (socket.state() == QAbstractSocket::ConnectedState)
+            return !bytes.isEmpty();
+        onSocketDisconnected(socket);
+        return false;
     }
+    case SocketInput::Nothing:
+        socket.expectInput();
+        return false;
     case SocketInput::Ended:
         if (lingering.contains(&socket))
             socket.abort();
@@ -240,8 +245,8 @@ void HttpServer::serveNext()
     if (!isServingScheduled() && requests->takeRequest(request)) {
         nextRequest.start();
         serve(request);
-        // Bytes that were not read while the maximum of its requests waited.
-        auto *const socket = static_cast<QAbstractSocket *>(request.client);
+        // Its input was not read while the maximum of its requests waited.
+        auto *const socket = static_cast<ClientSocket *>(request.client);
         if (isActive(socket))
             handleRequestFromSocket(*socket);
     }
@@ -298,25 +303,25 @@ qint64 HttpServer::now() const
     return uptime.elapsed();
 }
 
-bool HttpServer::getHTTPResponse(RequestQueue::Response &response, QAbstractSocket *&socket)
+bool HttpServer::getHTTPResponse(RequestQueue::Response &response, ClientSocket *&socket)
 {
     if (!requests->takeResponse(response))
         return false;
-    socket = static_cast<QAbstractSocket *>(response.client);
+    socket = static_cast<ClientSocket *>(response.client);
     return true;
 }
 
 void HttpServer::writeResponses()
 {
     RequestQueue::Response response;
-    QAbstractSocket *socket = nullptr;
+    ClientSocket *socket = nullptr;
     while (getHTTPResponse(response, socket)) {
         if (isActive(socket))
             write(*socket, response);
     }
 }
 
-void HttpServer::write(QAbstractSocket &socket, const RequestQueue::Response &response)
+void HttpServer::write(ClientSocket &socket, const RequestQueue::Response &response)
 {
     using ConnectionAction = RequestQueue::ConnectionAction;
     if (response.action == ConnectionAction::Abort) {
@@ -328,7 +333,7 @@ void HttpServer::write(QAbstractSocket &socket, const RequestQueue::Response &re
         qCInfo(tunnelRequestLog).noquote()
             << "refused:" << bytes.mid(bytes.indexOf(' ') + 1, bytes.indexOf('\r') - bytes.indexOf(' ') - 1);
     requestLog.writes(&socket, response.number, bytes);
-    // A client that has left answers what is written with a reset, and what it had sent before would be lost.
+    // If the client has left, it answers with a reset, which discards the input that is not read yet.
     const bool mayHaveLeft = hasPeerEndedSending(socket);
     while (mayHaveLeft && isActive(&socket) && receive(socket)) {
     }
@@ -342,10 +347,10 @@ void HttpServer::write(QAbstractSocket &socket, const RequestQueue::Response &re
         finishing.insert(&socket);
     watchSending(socket);
     if (mayHaveLeft && isActive(&socket))
-        receive(socket); // notes the reset, so that no further page is fetched for it
+        receive(socket); // detects the reset, so that no further page is fetched
 }
 
-void HttpServer::watchSending(QAbstractSocket &socket)
+void HttpServer::watchSending(ClientSocket &socket)
 {
     const bool ends = finishing.contains(&socket);
     const qint64 unsent = socket.bytesToWrite();
@@ -357,7 +362,7 @@ void HttpServer::watchSending(QAbstractSocket &socket)
 
 /// Ends the connection of a client whose last response is sent. It is told so at once, but its input is read for a
 /// while: closing a socket that has unread input would discard the response.
-void HttpServer::finish(QAbstractSocket &socket)
+void HttpServer::finish(ClientSocket &socket)
 {
     finishing.remove(&socket);
     lingering.insert(&socket);

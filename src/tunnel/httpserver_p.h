@@ -15,12 +15,9 @@
 #include <memory>
 #include <mutex>
 
-QT_BEGIN_NAMESPACE
-class QAbstractSocket;
-QT_END_NAMESPACE
-
 namespace SondixQt {
 
+class ClientSocket;
 class LoopbackServer;
 
 /// The answer to a request.
@@ -66,28 +63,28 @@ private:
     // Connections.
     void onNewConnection();
     void onAcceptError();
-    void onSocketDataAvailable(QAbstractSocket &socket);
-    void onSocketDisconnected(QAbstractSocket &socket);
-    void onBytesWritten(QAbstractSocket &socket);
+    void onSocketDataAvailable(ClientSocket &socket);
+    void onSocketDisconnected(ClientSocket &socket);
+    void onBytesWritten(ClientSocket &socket);
     void dropClients();
     void removeInactiveClients();
-    bool isActive(QAbstractSocket *socket);
+    bool isActive(ClientSocket *socket);
     int socketCount();
 
     // Requests.
-    void handleRequestFromSocket(QAbstractSocket &socket);
-    bool receive(QAbstractSocket &socket);
+    void handleRequestFromSocket(ClientSocket &socket);
+    bool receive(ClientSocket &socket);
     void serveNext();
     void serve(const RequestQueue::Request &request);
     bool isServingScheduled() const;
     void expireQuietClients();
 
     // Responses.
-    bool getHTTPResponse(RequestQueue::Response &response, QAbstractSocket *&socket);
+    bool getHTTPResponse(RequestQueue::Response &response, ClientSocket *&socket);
     void writeResponses();
-    void write(QAbstractSocket &socket, const RequestQueue::Response &response);
-    void watchSending(QAbstractSocket &socket);
-    void finish(QAbstractSocket &socket);
+    void write(ClientSocket &socket, const RequestQueue::Response &response);
+    void watchSending(ClientSocket &socket);
+    void finish(ClientSocket &socket);
 
     void update();
     std::array<QTimer *, 5> timers();
@@ -96,9 +93,9 @@ private:
     Handler &handler;
     LoopbackServer *server = nullptr;
     std::unique_ptr<RequestQueue> requests;
-    QMap<QAbstractSocket *, bool> clients; ///< whether responses still reach them
-    QSet<QAbstractSocket *> finishing;     ///< clients whose last response is being sent
-    QSet<QAbstractSocket *> lingering;     ///< clients whose last response is sent
+    QMap<ClientSocket *, bool> clients; ///< whether responses still reach them
+    QSet<ClientSocket *> finishing;     ///< clients whose last response is being sent
+    QSet<ClientSocket *> lingering;     ///< clients whose last response is sent
     std::mutex clientsMutex;
     RequestLog requestLog;
 

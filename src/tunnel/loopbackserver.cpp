@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "loopbackserver_p.h"
 
-#include <QAbstractSocket>
-
 namespace SondixQt {
+
+void ClientSocket::expectInput()
+{
+    char nothing = 0;
+    readData(&nothing, 0);
+}
 
 void LoopbackServer::incomingConnection(qintptr descriptor)
 {
-    auto *const socket = new QAbstractSocket(QAbstractSocket::TcpSocket, this);
+    auto *const socket = new ClientSocket(this);
     if (!socket->setSocketDescriptor(descriptor, QAbstractSocket::ConnectedState,
                                      QIODevice::ReadWrite | QIODevice::Unbuffered)) {
         delete socket;
@@ -20,15 +24,23 @@ void LoopbackServer::incomingConnection(qintptr descriptor)
         pauseAccepting();
 }
 
-QAbstractSocket *LoopbackServer::takeConnection()
+ClientSocket *LoopbackServer::takeConnection()
 {
     if (pending.empty())
         return nullptr;
-    QAbstractSocket *const socket = pending.front();
+    ClientSocket *const socket = pending.front();
     pending.pop_front();
     if (int(pending.size()) == maxPendingConnections() - 1)
         resumeAccepting();
     return socket;
+}
+
+void LoopbackServer::stop()
+{
+    close();
+    for (const ClientSocket *socket : pending)
+        delete socket;
+    pending.clear();
 }
 
 } // namespace SondixQt

@@ -35,14 +35,6 @@ bool isAlphanumeric(char c)
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-/// Whether \a text may be a method or the name of a header field.
-bool isToken(const QByteArray &text)
-{
-    return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](char c) {
-        return isAlphanumeric(c) || (c != '\0' && std::strchr("!#$%&'*+-.^_`|~", c) != nullptr);
-    });
-}
-
 /// Whether \a host is an address in 127.0.0.0/8.
 bool isLoopbackAddress(const QByteArray &host)
 {
@@ -145,14 +137,14 @@ int refusalOf(RequestHead &request, const Headers &headers, bool isOwnTarget, bo
     return lengthRefusal;
 }
 
-/// Splits an absolute-form target, "http://host:port/path", off the host. False when that is not this computer.
+/// Reduces an absolute-form target, "http://host:port/path", to its path. False if the host is not this computer.
 bool reduceToPath(QByteArray &target)
 {
-    constexpr char scheme[] = "http://";
-    constexpr int schemeSize = int(sizeof scheme) - 1;
-    if (qstrnicmp(target.constData(), scheme, schemeSize) != 0)
+    const QByteArray separator = QByteArrayLiteral("://");
+    const QByteArray scheme = upTo(target, ":/?");
+    if (scheme.isEmpty() || target.mid(scheme.size(), separator.size()) != separator)
         return true;
-    target.remove(0, schemeSize);
+    target.remove(0, scheme.size() + separator.size());
     const QByteArray authority = upTo(target, "/?");
     target.remove(0, authority.size());
     if (!target.startsWith('/'))
@@ -188,6 +180,13 @@ QList<QByteArray> splitLines(const QByteArray &head)
 bool hasControl(const QByteArray &bytes)
 {
     return std::any_of(bytes.begin(), bytes.end(), isControl);
+}
+
+bool isToken(const QByteArray &text)
+{
+    return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](char c) {
+        return isAlphanumeric(c) || (c != '\0' && std::strchr("!#$%&'*+-.^_`|~", c) != nullptr);
+    });
 }
 
 bool isRequestLine(const QByteArray &line)

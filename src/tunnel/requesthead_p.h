@@ -24,6 +24,8 @@ struct RequestHead
 };
 
 bool hasControl(const QByteArray &bytes);
+/// Whether \a text may be a method or the name of a header field.
+bool isToken(const QByteArray &text);
 
 /// Whether \a line is the first line of a well-formed HTTP request of any method.
 bool isRequestLine(const QByteArray &line);

@@ -17,7 +17,7 @@ const QByteArray get = QByteArrayLiteral("GET ");
 /// First byte of a TLS connection.
 constexpr char tlsHandshake = '\x16';
 
-/// How many capital letters \a bytes begin with.
+/// The number of capital letters at the beginning of \a bytes.
 int methodSize(const QByteArray &bytes)
 {
     const auto *end = std::find_if(bytes.begin(), bytes.end(), [](char c) { return c < 'A' || c > 'Z'; });
@@ -37,7 +37,8 @@ void RequestParser::append(const QByteArray &more)
 {
     if (state == State::Ended)
         return;
-    bytes += more;
+    input.remove(0, std::exchange(inputBegin, 0));
+    input += more;
     pauseHandled = false;
 }
 
@@ -62,8 +63,24 @@ bool RequestParser::next(ParsedRequest &parsed)
             step = Step::NeedsMore;
             break;
         }
+        if (step == Step::NeedsMore && takeInput())
+            step = Step::Continue;
     }
     return step == Step::Parsed;
+}
+
+/// Takes the next bytes of the input, false if there are none.
+bool RequestParser::takeInput()
+{
+    constexpr int maxSize = 8 * 1024;
+    const int size = qMin(maxSize, int(input.size()) - inputBegin);
+    bytes.append(input.constData() + inputBegin, size);
+    inputBegin += size;
+    if (inputBegin == input.size()) {
+        input.clear();
+        inputBegin = 0;
+    }
+    return size > 0;
 }
 
 bool RequestParser::beginsGet() const
@@ -71,8 +88,7 @@ bool RequestParser::beginsGet() const
     return qstrnicmp(bytes.constData(), get.constData(), uint(get.size())) == 0;
 }
 
-/// Whether the bytes begin with GET, with any method in capital letters and a blank, or with the whole first line of
-/// a request.
+/// Whether the bytes begin with GET in any case, a method in capital letters, or a complete request line.
 bool RequestParser::beginsRequest() const
 {
     const int size = methodSize(bytes);
@@ -80,7 +96,7 @@ bool RequestParser::beginsRequest() const
            isRequestLine(bytes.left(qMin(firstLineSize(), TunnelLimits::requestLine + 1)));
 }
 
-/// Whether beginsRequest() may be true when more has come.
+/// Whether beginsRequest() may become true with more bytes.
 bool RequestParser::mayBeginRequest() const
 {
     return methodSize(bytes) == bytes.size() ||
@@ -90,12 +106,14 @@ bool RequestParser::mayBeginRequest() const
 void RequestParser::skipLineEnds()
 {
     int size = 0;
+    if (!bytes.isEmpty() && std::exchange(skipLineFeed, false) && bytes.at(0) == '\n')
+        bytes.remove(0, 1);
     while (size + 1 < bytes.size() && bytes.at(size) == '\r' && bytes.at(size + 1) == '\n')
         size += lineEnd.size();
     bytes.remove(0, size);
 }
 
-/// Without the line end, of which half may have come.
+/// Without the line end, complete or half.
 int RequestParser::firstLineSize() const
 {
     const int end = bytes.indexOf(lineEnd);
@@ -114,6 +132,8 @@ RequestParser::Step RequestParser::parseHead(ParsedRequest &parsed)
     const bool isTooLong = lineSize > TunnelLimits::requestLine;
     if (mayBeginRequest() && !isTooLong)
         return Step::NeedsMore;
+    if (isTooLong && isToken(bytes.left(bytes.indexOf(' '))))
+        return refused(parsed, HttpStatus::uriTooLong);
     if (!beginsRequest() && !mayBeginRequest())
         // After a request that ended with a pause this may be its rest: header fields that would have refused it.
         return endedByPause ? refused(parsed, HttpStatus::badRequest) : dropText(parsed, lineSize);
@@ -241,6 +261,7 @@ bool RequestParser::handlePause(ParsedRequest &parsed)
     searched = 0;
     if (!beginsGet()) {
         ++dropped;
+        skipLineFeed = bytes.endsWith('\r');
         bytes.clear();
         return false;
     }
@@ -290,6 +311,8 @@ RequestParser::Step RequestParser::aborted(ParsedRequest &parsed)
 void RequestParser::end()
 {
     state = State::Ended;
+    input.clear();
+    inputBegin = 0;
     bytes.clear();
     body.clear();
 }

@@ -72,6 +72,7 @@ private:
     Step finish(ParsedRequest &parsed);
     Step refused(ParsedRequest &parsed, int status);
     Step aborted(ParsedRequest &parsed);
+    bool takeInput();
     void skipLineEnds();
     int firstLineSize() const;
     bool beginsGet() const;
@@ -79,10 +80,13 @@ private:
     bool mayBeginRequest() const;
 
     State state = State::Head;
-    QByteArray bytes;          ///< not parsed yet
+    QByteArray input; ///< appended, from inputBegin on not taken into bytes yet
+    int inputBegin = 0;
+    QByteArray bytes;          ///< being parsed; kept short, since parsed bytes are removed from its front
     int searched = 0;          ///< there is no blank line before this position of bytes
     bool pauseHandled = false; ///< handlePause() was called since the last bytes
     bool endedByPause = false; ///< the last request ended with a pause: its rest may still come
+    bool skipLineFeed = false; ///< the carriage return of a line end was dropped by a pause
     RequestHead head;          ///< of the request whose body is outstanding
     QByteArray body;
     int discarded = 0; ///< bytes since the last request

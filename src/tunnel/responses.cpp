@@ -36,7 +36,7 @@ const QByteArray blankLine = QByteArrayLiteral("\r\n\r\n");
 
 QByteArray page(const QString &title, const QString &htmlText)
 {
-    // With an icon of its own: the browser would ask the sensor for one, also when the page refuses to.
+    // The icon is inside the page: otherwise the browser would ask the sensor for one.
     return QStringLiteral(
                "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><link rel=\"icon\" href=\"data:,\">"
                "<title>%1</title></head>\n"
@@ -57,14 +57,14 @@ bool isNotModified(const QByteArray &header)
     return header.startsWith("HTTP/1.") && header.mid(header.indexOf(' ') + 1).startsWith("304");
 }
 
-/// With its line end: as browsers do, it takes a bare "\n" for one.
+/// The line at \a begin with its line end. Like browsers, it accepts a bare "\n" as one.
 QByteArray line(const QByteArray &text, int begin)
 {
     const int end = text.indexOf('\n', begin);
     return text.mid(begin, end < 0 ? -1 : end + 1 - begin);
 }
 
-/// Without lines by which a server opens its answers to pages of other origins.
+/// \a header without CORS fields, which would let pages of other origins read the answer.
 QByteArray withoutSharing(const QByteArray &header)
 {
     if (!header.toLower().contains("\naccess-control-"))

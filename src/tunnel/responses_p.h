@@ -6,29 +6,29 @@
 
 namespace SondixQt {
 
-/// The sensor's answer to a request as it goes to the browser. An empty \a header is replaced by our own; one
-/// that lets other origins read the answer loses that. A 304 has no body.
+/// The response with the sensor's \a header and \a body. An empty header is replaced by a composed one, CORS fields
+/// are removed, and a 304 has no body.
 QByteArray sensorResponse(const QByteArray &header, const QByteArray &body);
 
-/// Whether a client can tell where the response ends: otherwise the connection must end with it.
+/// Whether the header tells the length of the body. Otherwise the end of the connection marks it.
 bool isDelimited(const QByteArray &header, const QByteArray &body);
 
-/// Whether the sensor says that the connection ends with this answer.
+/// Whether the sensor's header closes the connection.
 bool announcesEnd(const QByteArray &header);
 
 /// The answer to a command.
 QByteArray commandResponse(const QByteArray &answer);
 
-/// The page that says that the sensor did not serve \a path, both taken as Latin-1.
+/// A 502 page that names \a path and \a errorText, both Latin-1.
 QByteArray badGatewayResponse(const QByteArray &path, const QByteArray &errorText);
 
-/// The answer to a request that is neither GET nor POST. The connection goes on.
+/// The 501 for a request that is neither GET nor POST. The connection stays open.
 QByteArray otherMethodResponse(bool withBody);
 
-/// Tells a client to send the body that it has announced.
+/// The 100 that asks a client for the announced body.
 QByteArray continueResponse();
 
-/// The page with which a request is refused. The client is told that the connection ends.
+/// The page for a refused request. It announces the end of the connection.
 QByteArray refusalResponse(int status);
 
 } // namespace SondixQt

@@ -13,7 +13,7 @@ namespace {
 
 constexpr unsigned long timeoutMs = 2000;
 
-/// The calls into the thread of the worker name these types by their text.
+/// Calls into the worker's thread name these types as text.
 void registerMetaTypes()
 {
     qRegisterMetaType<QUrl>("QUrl&");

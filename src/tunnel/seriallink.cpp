@@ -24,7 +24,7 @@ constexpr int maxPageLength = 16383;
 constexpr int closeAttempts = 6;
 constexpr int logFileCount = 10;
 
-/// Never leaves the tunnel.
+/// Only used inside the tunnel.
 constexpr ErrorCode unknownLink = ErrorCode(-1);
 
 /// The name for a series of log files of the sensor \a shortName.
@@ -39,7 +39,7 @@ QString logFileName(QString shortName)
            QStringLiteral("%[%1].log").arg(logFileCount);
 }
 
-/// The rate to which \a command switches the sensor, 0 when it does not.
+/// The baud rate that \a command sets, 0 if it sets none.
 int newBaudrate(const QString &command)
 {
     static const QRegularExpression pattern(QStringLiteral("BAUDRATE\\s([1-9][0-9]+)"));

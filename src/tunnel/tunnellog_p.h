@@ -7,7 +7,7 @@ namespace SondixQt {
 
 Q_DECLARE_LOGGING_CATEGORY(tunnelLog)
 
-/// A line for each request. Off unless somebody asks for it: a page alone makes one every second.
+/// A line for each request. Off by default: an open page alone causes one every second.
 Q_DECLARE_LOGGING_CATEGORY(tunnelRequestLog)
 
 } // namespace SondixQt

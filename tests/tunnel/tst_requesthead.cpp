@@ -516,6 +516,9 @@ void TestRequestHead::absoluteTargetsNameThisComputer_data()
     row("http://user@localhost/", "/", 403);
     row("http:///a", "/a", 403);
     row("http://example.com?/localhost", "/", 403);
+    row("https://localhost/a", "/a", ok);
+    row("https://example.com/a", "/a", 403);
+    row("ws://example.com/a", "/a", 403);
     row("/http://example.com/", "/http://example.com/", ok);
 }
 

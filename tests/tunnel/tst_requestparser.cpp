@@ -119,6 +119,8 @@ private Q_SLOTS:
     void aPauseEndsText();
     void aPauseEndsNoRequestOfAnotherMethod_data();
     void aPauseEndsNoRequestOfAnotherMethod();
+    void aPauseInsideALineEndChangesNothing();
+    void longInputIsParsedInLinearTime();
     void theRestOfAPageThatAPauseHasCutIsRefused_data();
     void theRestOfAPageThatAPauseHasCutIsRefused();
     void theEndOfTheInputEndsLikeAPause_data();
@@ -609,6 +611,28 @@ void TestRequestParser::aPauseEndsNoRequestOfAnotherMethod()
         QCOMPARE(pause(parser), Requests());
         QCOMPARE(parse(parser, request.mid(size)), Requests{"403"});
     }
+}
+
+void TestRequestParser::aPauseInsideALineEndChangesNothing()
+{
+    RequestParser parser;
+    QCOMPARE(parse(parser, "\r"), Requests());
+    QCOMPARE(pause(parser), Requests());
+    QCOMPARE(parse(parser, "\nPUT /a"), Requests());
+    QCOMPARE(pause(parser), Requests());
+    QCOMPARE(parse(parser, " HTTP/1.1\r\nHost: evil.example\r\n\r\n" + commandRequest("SETDEFAULT ALL", "")),
+             Requests{"403"});
+}
+
+void TestRequestParser::longInputIsParsedInLinearTime()
+{
+    constexpr int count = 200000;
+    RequestParser parser;
+    parser.append(pageRequest("/a", "").repeated(count));
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(takeAll(parser).size(), count);
+    QVERIFY2(timer.elapsed() < 60000, "takes time with the square of their number");
 }
 
 void TestRequestParser::theRestOfAPageThatAPauseHasCutIsRefused_data()

@@ -299,7 +299,8 @@ void TestRequestQueue::connectionsEndWithTheirLastAnswer()
         queue->fail(request, "No answer", how == "fail and close", 0);
     const RequestQueue::Response answer = response();
     QVERIFY(!answer.bytes.isEmpty());
-    QVERIFY(answer.action == (ends ? RequestQueue::ConnectionAction::Close : RequestQueue::ConnectionAction::KeepAlive));
+    QVERIFY(answer.action ==
+            (ends ? RequestQueue::ConnectionAction::Close : RequestQueue::ConnectionAction::KeepAlive));
     QCOMPARE(response().client, Client());
     queue->feed(first, pageRequests(2, 1), 0);
     QCOMPARE(serveAll(), ends ? Texts() : (Texts{"GET /1 ", "GET /2 "}));

@@ -210,7 +210,9 @@ void TestRequestSplits::foreignRequestsCommandNothingHoweverTheyCome()
         const QByteArray method = methods.at(random.bounded(methods.size()));
         const bool isLong = random.bounded(10) == 0;
         const QByteArray target = '/' + QByteArray(random.bounded(isLong ? 9000 : 200), 'a');
-        const QByteArray bytes = foreignRequestOf(method, target, headers.at(random.bounded(headers.size())));
+        const QByteArray lineEnds = random.bounded(4) == 0 ? QByteArray("\r\n\r\n") : QByteArray();
+        const QByteArray bytes =
+            lineEnds + foreignRequestOf(method, target, headers.at(random.bounded(headers.size())));
         RequestQueue queue(TunnelLimits::incompleteRequestSeconds);
         queue.addClient(this, 0);
         qint64 now = 0;

@@ -62,6 +62,7 @@ private Q_SLOTS:
     void commandsOfClientsThatLeaveAtOnceAreCarriedOut();
     void commandsOfAClientThatLeavesManyAreCarriedOutInOrder();
     void commandsWaitForTheirTurnAfterTheirClientHasLeft();
+    void commandsOfAClientThatNeverReadAreCarriedOut();
     void clientsThatEndSendingGetTheirAnswers_data();
     void clientsThatEndSendingGetTheirAnswers();
     void rawClientsEndTheirRequestsByEndingTheirInput_data();
@@ -165,6 +166,24 @@ void TunnelClientsTest::commandsWaitForTheirTurnAfterTheirClientHasLeft()
     QCOMPARE(statusOf(other.response()), 200);
     QTRY_COMPARE(timesSent("Cmd_Generic"), 2);
     QCOMPARE(commandTexts(*recorder), (QStringList{QStringLiteral("ONE"), QStringLiteral("TWO")}));
+}
+
+void TunnelClientsTest::commandsOfAClientThatNeverReadAreCarriedOut()
+{
+    scriptPage("HTTP/1.1 200 OK\r\nContent-Length: 3000000\r\n\r\n", QByteArray(large, 'x'));
+    constexpr int count = 16;
+    {
+        TunnelClient client(url);
+        client.fetchNothing();
+        QByteArray all = getRequest("/") + getRequest("/") + getRequest("/") + getRequest("/");
+        for (int i = 0; i < count; ++i)
+            all += postRequest("SET " + QByteArray::number(i));
+        client.send(all);
+        // The connection holds some of the pages; the requests behind them wait.
+        QVERIFY(client.waitForInput());
+        client.hangUp();
+    }
+    QTRY_COMPARE(timesSent("Cmd_Generic"), count);
 }
 
 void TunnelClientsTest::clientsThatEndSendingGetTheirAnswers_data()
