@@ -211,7 +211,7 @@ RequestHead readRequestHead(const QByteArray &head, bool hostSeen)
     const QByteArray &line = lines.first();
     constexpr int getLength = 4;
     const bool isGet = qstrnicmp(line.constData(), "GET ", getLength) == 0;
-    request.method = isGet ? RequestHead::Get : line.startsWith("POST ") ? RequestHead::Post : RequestHead::Other;
+    request.method = isGet ? RequestHead::Get : line.startsWith("POST ") ? RequestHead::Post : RequestHead::Unsupported;
     request.methodName = isGet ? QByteArrayLiteral("GET") : upTo(line, " ");
     QByteArray target = upTo(line.mid(line.indexOf(' ') + 1), " ");
     const bool isOwnTarget = reduceToPath(target);
@@ -219,7 +219,7 @@ RequestHead readRequestHead(const QByteArray &head, bool hostSeen)
 
     Headers headers;
     const bool readable =
-        readHeaders(lines, headers) && (request.method != RequestHead::Other || isRequestLine(line));
+        readHeaders(lines, headers) && (request.method != RequestHead::Unsupported || isRequestLine(line));
     request.endsInsideHeaderName = lines.size() > 1 && !lines.last().contains(':');
     request.hasHost = headers.contains("host");
     request.fromBrowser = request.hasHost || headers.contains("origin") ||

@@ -8,9 +8,9 @@ namespace SondixQt {
 /// What the tunnel uses of an HTTP request's head.
 struct RequestHead
 {
-    enum Method { Get, Post, Other };
+    enum Method { Get, Post, Unsupported };
 
-    Method method = Other;
+    Method method = Unsupported;
     QByteArray methodName;             ///< GET in capital letters, the others as they came
     QByteArray path;                   ///< the target up to the first blank or "?", without scheme and host
     QByteArray entityTag;              ///< of If-None-Match, without quotation marks

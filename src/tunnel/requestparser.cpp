@@ -228,7 +228,7 @@ RequestParser::Step RequestParser::finish(ParsedRequest &parsed)
     parsed.method = head.methodName;
     parsed.path = head.path;
     parsed.closes = head.closesConnection;
-    if (head.method == RequestHead::Other) {
+    if (head.method == RequestHead::Unsupported) {
         ++dropped;
         parsed.kind = head.methodName == "HEAD" ? ParsedRequest::HeadMethod : ParsedRequest::OtherMethod;
     } else if (head.method == RequestHead::Get) {
@@ -267,8 +267,8 @@ bool RequestParser::handlePause(ParsedRequest &parsed)
     }
     const bool halfLineEnd = bytes.endsWith('\r');
     const RequestHead meant = readRequestHead(halfLineEnd ? bytes.chopped(1) : bytes, hostSeen);
-    // A browser always sends the blank line: the rest of its head is still to come.
-    if (meant.fromBrowser || meant.endsInsideHeaderName || meant.contentLength > 0)
+    // A browser always sends the blank line: the rest of its head is still to come. So is a target that is missing.
+    if (meant.path.isEmpty() || meant.fromBrowser || meant.endsInsideHeaderName || meant.contentLength > 0)
         return false;
     head = meant;
     bytes.clear();

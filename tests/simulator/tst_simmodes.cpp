@@ -223,7 +223,7 @@ private Q_SLOTS:
               std::pair("WI610", SensorType::WI610), std::pair("TX310", SensorType::TX310),
               std::pair("WI620", SensorType::WI620), std::pair("CC490", SensorType::CC490),
               std::pair("CC495", SensorType::CC495)})
-            QTest::newRow(model) << QByteArray(model) << type << QByteArray("Get_SyncMode")
+            QTest::newRow(model) << QByteArray(model) << int(type) << QByteArray("Get_SyncMode")
                                  << QByteArray("SyncMode");
     }
     void synchronisedSensorGoesOnMeasuring()
@@ -268,7 +268,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("perFrame");
         const auto row = [](const char *model, int type, int mode, const char *name, int perFrame) {
             QTest::newRow((QByteArray(model) + " in mode " + QByteArray::number(mode)).constData())
-                << QByteArray(model) << type << mode << QByteArray(name) << perFrame;
+                << QByteArray(model) << int(type) << mode << QByteArray(name) << perFrame;
         };
         row("TX260", SensorType::TX260, 0, "Distance 1", 1);
         row("TX260", SensorType::TX260, 1, "Distance 1", 1);

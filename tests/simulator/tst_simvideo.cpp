@@ -94,11 +94,11 @@ private:
                             const char *names, bool alsoSerial) {
             const QList<QByteArray> list = QByteArray(names).split(' ');
             QTest::newRow((QByteArray(model) + " in the network").constData())
-                << QByteArray(model) << type << QByteArray("_ETH") << mode << pixels << resolution
+                << QByteArray(model) << int(type) << QByteArray("_ETH") << mode << pixels << resolution
                 << QByteArray(stem) << list;
             if (alsoSerial) {
                 QTest::newRow((QByteArray(model) + " at a serial line").constData())
-                    << QByteArray(model) << type << QByteArray("_RS422") << mode << pixels << resolution
+                    << QByteArray(model) << int(type) << QByteArray("_RS422") << mode << pixels << resolution
                     << QByteArray(stem) << list;
             }
         };
@@ -190,7 +190,7 @@ private Q_SLOTS:
               std::pair("CC450", SensorType::CC450), std::pair("CC460", SensorType::CC460)}) {
             for (const int mode : {0, 1}) {
                 QTest::newRow((QByteArray(model) + ' ' + QByteArray::number(mode)).constData())
-                    << QByteArray(model) << type << mode;
+                    << QByteArray(model) << int(type) << mode;
             }
         }
     }

@@ -669,6 +669,7 @@ void TestRequestParser::theEndOfTheInputEndsLikeAPause_data()
     QTest::newRow("half a head") << QByteArray("GET /a HTTP/1.1\r\nHost: localhost\r\n") << Requests();
     QTest::newRow("half a body") << QByteArray("POST / HTTP/1.1\r\nContent-Length: 4\r\n\r\nONE") << Requests();
     QTest::newRow("another method") << QByteArray("PUT / HTTP/1.1\r\n") << Requests();
+    QTest::newRow("a page without a target") << QByteArray("GET ") << Requests();
     QTest::newRow("text") << QByteArray("hello") << Requests();
 }
 
