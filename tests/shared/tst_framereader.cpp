@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "benches.h"
-
+#include "cli/benches.h"
 #include "shared/framereader.h"
 #include "shared/measuredvalue.h"
 #include "shared/sensoropener.h"

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "benches.h"
-
+#include "cli/benches.h"
 #include "shared/sensoropener.h"
 
 #include <SondixSimulator/control.h>
