@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-// The allocator's functions of the whole program are replaced by ones that count and pass on.
+// Replaces the global allocation functions by ones that count the calls and then allocate as usual.
 
 namespace {
 

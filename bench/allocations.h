@@ -3,5 +3,5 @@
 
 #include <cstdint>
 
-/// How often this thread has taken memory from the heap since the program began.
+/// The number of heap allocations of this thread since the program started.
 std::uint64_t allocationCount();

@@ -12,7 +12,7 @@ using Parameters = QMap<QString, QVariant>;
 
 constexpr int parameterCount = 200;
 
-/// A complete answer in the mix of texts, numbers and integers that sensors give.
+/// A complete answer with a realistic mix of texts, decimal numbers and integers.
 QString answer()
 {
     QString text;
@@ -26,7 +26,7 @@ QString answer()
     return text;
 }
 
-/// The same with the regular expression that an answer follows.
+/// Parses the same answer with the regular expression that defines the format.
 Parameters parseByPattern(const QString &text)
 {
     static const QRegularExpression pattern(QStringLiteral("([^\\s\"]+)=(\"(?:[^\"\\\\]++|\\\\.)*+\"|[^\"\\s]+)"));

@@ -13,7 +13,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Values wait in a ring that no cache keeps near: a transfer reads on where the last one ended.
+// Each transfer continues in the ring where the last one ended. The ring is larger than the caches.
 constexpr std::size_t ringSize = 1 << 20;
 std::int32_t block = 0;
 std::size_t position = 0;

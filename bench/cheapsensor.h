@@ -5,8 +5,8 @@
 #include <cstdint>
 
 /// \file
-/// A stand-in for the sensor-access library whose every call costs next to nothing, so that what a
-/// benchmark shows is the library's own share.
+/// A stand-in for the sensor-access library whose calls take almost no time, so that benchmarks measure SondixQt's own
+/// share.
 
 #if defined(_WIN32)
 #    define CHEAPSENSOR_EXPORT
@@ -16,16 +16,16 @@
 
 namespace cheapsensor {
 
-/// What DataAvail announces and the transfers deliver.
+/// Sets the number of values that DataAvail() reports and each transfer delivers.
 CHEAPSENSOR_EXPORT void setBlock(std::int32_t values);
 
-/// The sensors that a search finds, all at its first question.
+/// Sets the number of sensors that a search finds, all of them on the first poll.
 CHEAPSENSOR_EXPORT void setFoundSensors(int count);
 
-/// The size of the body of every page of the web interface.
+/// Sets the size of the body of every page of the web interface, in bytes.
 CHEAPSENSOR_EXPORT void setPage(std::size_t size);
 
-/// Whether the time spent inside the calls is added up; it costs two clock readings a call.
+/// Switches the measurement of the time spent inside the calls, which costs two clock readings per call.
 CHEAPSENSOR_EXPORT void measureTime(bool on);
 CHEAPSENSOR_EXPORT double secondsInside();
 

@@ -50,7 +50,7 @@ double median(std::vector<double> values)
     return *middle;
 }
 
-/// Both programs are started in turns, so that whatever else the computer does hits both.
+/// Starts both programs alternately, so that other load on the computer affects both.
 void load(benchmark::State &state)
 {
     std::vector<double> bareWall;

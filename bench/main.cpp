@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Collects in silence: the repetitions come in a mixed order that nobody wants to read.
+/// Collects the results without printing them: with random interleaving the order of the runs is of no use.
 class Reporter : public benchmark::BenchmarkReporter
 {
 public:
@@ -28,8 +28,8 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication application(argc, argv);
 
-    // Repetitions in a mixed order, so that a change of the clock's speed hits both sides of a
-    // comparison. What the user asks for comes later and wins.
+    // Random interleaving, so that a change of the CPU frequency affects both sides of a comparison. Options of the
+    // user come later in the list and take precedence.
     char repetitions[] = "--benchmark_repetitions=15";
     char interleaving[] = "--benchmark_enable_random_interleaving=true";
     char shortRuns[] = "--benchmark_min_time=0.05";

@@ -9,10 +9,10 @@
 #include <chrono>
 #include <vector>
 
-/// Times one call of the library beside the direct calls that it stands for.
+/// Compares one call of the library with the direct calls of the C interface that it replaces.
 ///
-/// Both run in turns within one loop, so that neither the clock's speed nor another process nor the
-/// caches favour a side. The counters hold the medians in ns.
+/// Both run alternately in one loop, so that CPU frequency, other processes and caches affect both sides alike. The
+/// counters are medians in ns.
 template<typename Direct, typename Library>
 void runPaired(benchmark::State &state, Direct direct, Library library)
 {

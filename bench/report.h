@@ -11,7 +11,7 @@
 
 namespace report {
 
-/// The repetitions of all benchmarks that ran.
+/// The results of all repetitions of all benchmarks.
 class Results
 {
 public:
@@ -19,10 +19,10 @@ public:
 
     /// The median time of one iteration of the benchmark \a name in ns.
     std::optional<double> time(const std::string &name) const;
-    /// The values of a counter of the benchmark \a name in ascending order, one a repetition.
+    /// The values of a counter of the benchmark \a name, one per repetition, in ascending order.
     std::vector<double> counter(const std::string &name, const std::string &counter) const;
 
-    /// Prints the median and the spread of every benchmark, and why one failed.
+    /// Prints the median and the spread of every benchmark, or the reason why it failed.
     void print() const;
 
 private:
@@ -33,21 +33,21 @@ private:
 
 using Value = std::function<std::optional<double>(const Results &)>;
 
-/// States that a figure stays within \a bound; without a bound it is only shown.
+/// Adds a figure with its upper \a bound; without a bound the figure is only printed.
 void claim(const std::string &what, const std::string &unit, std::optional<double> bound, Value value);
 
-/// The median time of \a name beyond that of \a base, in ns.
+/// The median time of \a name minus that of \a base, in ns.
 Value difference(const std::string &name, const std::string &base);
-/// The time of \a name as a multiple of that of \a base.
+/// The median time of \a name divided by that of \a base.
 Value ratio(const std::string &name, const std::string &base);
-/// The time of \a name in units of \a nanoseconds.
+/// The median time of \a name in units of \a nanoseconds.
 Value time(const std::string &name, double nanoseconds = 1.0);
 /// The median of a counter over the repetitions of \a name.
 Value counter(const std::string &name, const std::string &counter);
 /// The largest value of a counter over the repetitions of \a name.
 Value largest(const std::string &name, const std::string &counter);
 
-/// Prints for every claim whose benchmarks ran whether it holds.
+/// Prints every claim whose benchmarks ran, and whether its bound is met.
 void printClaims(const Results &results);
 
 } // namespace report

@@ -21,8 +21,8 @@ double processorSeconds()
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// The time of one iteration is what the search computes, without its timer's pauses and without the
-/// time inside the sensor-access library.
+/// The time of one iteration is the computing time of the search: without the pauses of its timer and without the time
+/// inside the sensor-access library.
 void search(benchmark::State &state)
 {
     cheapsensor::setFoundSensors(sensorCount);

@@ -10,8 +10,8 @@ using namespace SondixQt;
 
 namespace {
 
-/// An instance and the memory that both sides of a comparison write into: where that lies matters more
-/// than the calls do.
+/// An instance, and buffers that both sides of a comparison share: the place of a buffer in memory affects the time
+/// more than the calls do.
 struct Transfer
 {
     explicit Transfer(const benchmark::State &state)

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int timeLimitMs = 10000;
 
-/// What "Get_HTTP" takes without a tunnel.
+/// Fetches a page with "Get_HTTP" without a tunnel.
 class BarePage
 {
 public:
@@ -54,8 +54,8 @@ private:
     std::vector<char> body;
 };
 
-/// The same from a client on a connection that stays, which sends range(1) requests before it reads the answers. Each
-/// is compared with one call.
+/// Fetches pages through the tunnel over one persistent connection, pipelining range(1) requests, and compares them
+/// with the same number of direct calls.
 void page(benchmark::State &state)
 {
     cheapsensor::setPage(static_cast<std::size_t>(state.range(0)));
@@ -95,7 +95,7 @@ void page(benchmark::State &state)
     };
     runPaired(state, fetchBare, fetch);
     if (!complete)
-        state.SkipWithError("a page did not come");
+        state.SkipWithError("a page did not arrive");
 }
 
 report::Value milliseconds(const std::string &name, const std::string &counter)

@@ -32,7 +32,7 @@ struct Pair
     double library = 0.0;
 };
 
-/// The medians in ns of one call each. Both run in turns, so that whatever else the computer does hits both.
+/// Measures the median time of one call of each in ns. Both run alternately, so that other load affects both.
 template<typename Direct, typename Library>
 Pair timed(int rounds, int batch, Direct direct, Library library)
 {
@@ -106,7 +106,7 @@ void command()
     report("sendCommandGetInt: above direct calls", pair.library - pair.direct, "ns", 500.0);
 }
 
-/// Starts a program and waits for its end, without the threads that Qt's class for it would bring along.
+/// Starts a program and waits for its end. QProcess would add threads of its own.
 bool run(const char *program)
 {
     std::wstring line = QString::fromLocal8Bit(program).toStdWString();
@@ -123,7 +123,7 @@ bool run(const char *program)
     return code == 0;
 }
 
-/// Programs that do nothing but start, with and without the library beside Qt's.
+/// Programs that only start and end, one linked with the library and one with Qt alone.
 void start()
 {
     bool succeeded = true;
@@ -131,7 +131,7 @@ void start()
     const auto linked = [&succeeded] { succeeded = run(START_LINKED) && succeeded; };
     const Pair pair = timed(200, 1, bare, linked);
     allWithin = allWithin && succeeded;
-    std::printf("starting with Qt alone: %.2f ms%s\n", pair.direct * 1e-6, succeeded ? "" : ", in vain");
+    std::printf("starting with Qt alone: %.2f ms%s\n", pair.direct * 1e-6, succeeded ? "" : " (failed)");
     report("loading the library, beyond Qt", (pair.library - pair.direct) * 1e-6, "ms", 2.0);
 }
 
