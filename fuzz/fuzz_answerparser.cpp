@@ -9,8 +9,8 @@
 
 using namespace SondixQt;
 
-/// The bytes are a complete answer as it comes from the sensor-access library. The parser must agree with the
-/// regular expression that describes it.
+/// The input is a complete answer of the sensor-access library. The parser must agree with the regular expression that
+/// defines the format.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));

@@ -13,7 +13,7 @@ using namespace SondixQt;
 
 namespace {
 
-/// A connection whose client sends its bytes in requests, and a sensor whose answers depend on the request alone.
+/// A connection to a request queue, and a sensor whose answers depend on the request alone.
 class Connection
 {
 public:
@@ -64,7 +64,7 @@ private:
         RequestQueue::Response response;
         while (queue.takeResponse(response)) {
             if (refusal != 0)
-                reportMismatch("what follows a refusal", answers, response.bytes, QByteArray());
+                reportMismatch("response after a refusal", answers, response.bytes, QByteArray());
             answers += response.bytes;
             if (response.action == RequestQueue::ConnectionAction::CloseDiscarding)
                 refusal = response.bytes.mid(int(sizeof "HTTP/1.1 ") - 1, 3).toInt();
@@ -102,14 +102,14 @@ void compareWithAccount(const QByteArray &bytes, const QByteArray &sizes)
         reportMismatch("refusal", bytes, whole.refusal, account.refusal);
 
     for (const Manner manner : {Manner::ServesAtOnce, Manner::ServesLate}) {
-        Connection cut;
-        feedInPieces(cut, bytes, sizes, manner);
-        if (cut.answers != whole.answers)
-            reportMismatch("cut answers", bytes, cut.answers, whole.answers);
-        if (cut.requests != whole.requests)
-            reportMismatch("cut requests", bytes, cut.requests, whole.requests);
-        if (cut.dropped != whole.dropped)
-            reportMismatch("cut dropped bytes", bytes, cut.dropped, whole.dropped);
+        Connection split;
+        feedInPieces(split, bytes, sizes, manner);
+        if (split.answers != whole.answers)
+            reportMismatch("answers to split input", bytes, split.answers, whole.answers);
+        if (split.requests != whole.requests)
+            reportMismatch("requests in split input", bytes, split.requests, whole.requests);
+        if (split.dropped != whole.dropped)
+            reportMismatch("dropped bytes of split input", bytes, split.dropped, whole.dropped);
     }
 }
 
@@ -122,7 +122,7 @@ const char *const foreignHeaders[] = {
 
 const char *const methods[] = {"POST", "PUT", "OPTIONS", "HEAD", "GET"};
 
-/// Whatever a foreign page sends, and however its bytes come, no command gets through.
+/// No command of a foreign page may be accepted, whatever its bytes are and however they are split.
 void sendFromForeignPage(unsigned choice, const QByteArray &bytes, const QByteArray &sizes)
 {
     const QByteArray headers = foreignHeaders[choice % std::size(foreignHeaders)];
@@ -132,7 +132,7 @@ void sendFromForeignPage(unsigned choice, const QByteArray &bytes, const QByteAr
     Connection connection;
     feedInPieces(connection, foreignRequestOf(method, target, headers) + bytes, sizes, Manner::Pauses);
     for (const QByteArray &request : qAsConst(connection.requests)) {
-        // A page whose head a pause has cut cannot be told from a raw client's.
+        // A GET request whose head is cut off by a pause looks like that of a client that is not a browser.
         if (!isGet || !request.startsWith("GET /"))
             reportMismatch("requests of a foreign page", bytes, connection.requests, QList<QByteArray>());
     }
@@ -142,7 +142,7 @@ void sendFromForeignPage(unsigned choice, const QByteArray &bytes, const QByteAr
 
 } // namespace
 
-/// The bytes are how many sizes of requests there are and which foreign page, those sizes, and what a client sends.
+/// The input: one byte for the number of chunk sizes and the kind of foreign page, the chunk sizes, the client's bytes.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     if (size == 0)

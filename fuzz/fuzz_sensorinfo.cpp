@@ -56,7 +56,7 @@ SensorType genericBusType(QString name, SensorType reported)
     return reported;
 }
 
-/// The decision of the real type from the reported one and the reported name.
+/// Reference implementation: the real type, derived from the reported type and name.
 SensorType expectedType(SensorType reported, const QString &name)
 {
     if (reported == NoSensor || name.isEmpty())
@@ -107,7 +107,7 @@ SensorType someType(FuzzedDataProvider &input)
                                : static_cast<SensorType>(input.ConsumeIntegral<qint32>());
 }
 
-/// Leaves \a key out now and then.
+/// Sometimes leaves \a key out.
 void maybeInsertText(Parameters &parameters, const QString &key, FuzzedDataProvider &input)
 {
     if (input.ConsumeIntegralInRange(0, 3) > 0)
@@ -141,7 +141,7 @@ void checkConverterSupport(const QString &name)
 
 } // namespace
 
-/// The bytes make the parameters of a found sensor.
+/// The input determines the parameters of a found sensor.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     FuzzedDataProvider input(data, size);

@@ -12,7 +12,7 @@ using namespace SondixQt;
 
 namespace {
 
-/// The lookup as it is described: four passes over the models, the later ones having the last word.
+/// Reference implementation: four passes over the models; later matches replace earlier ones.
 SensorType typeByFourPasses(const QString &name)
 {
     if (name.isEmpty())
@@ -42,7 +42,7 @@ SensorType typeByFourPasses(const QString &name)
     return found;
 }
 
-/// The text in the bytes: an odd first byte announces UTF-16, which may be malformed, an even one UTF-8.
+/// Decodes the input: UTF-16, possibly malformed, if the first byte is odd, otherwise UTF-8.
 QString textOf(const std::uint8_t *data, std::size_t size)
 {
     if (size == 0)
@@ -57,7 +57,7 @@ QString textOf(const std::uint8_t *data, std::size_t size)
 
 } // namespace
 
-/// The bytes are a text in which the name of a model may stand.
+/// The input is a text that may contain the name of a model.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const QString name = textOf(data, size);

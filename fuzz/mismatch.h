@@ -6,7 +6,7 @@
 
 #include <cstdlib>
 
-/// Says for which \a input the library's \a result is not the \a expected one, and stops the fuzzer on it.
+/// Reports that the library's \a result for \a input is not the \a expected one, and ends the fuzzer with a crash.
 template<typename Input, typename Value>
 [[noreturn]] void reportMismatch(const char *what, const Input &input, const Value &result, const Value &expected)
 {

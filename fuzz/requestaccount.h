@@ -12,17 +12,17 @@
 #include <algorithm>
 
 /// \file
-/// A plain account of what the bytes of a connection ask for, read from one end to the other once all are there.
+/// A simple reference parser for the requests of a connection. It works on all bytes at once.
 
 struct RequestAccount
 {
-    QList<QByteArray> requests; ///< as describeRequest() says
-    int refusal = 0;            ///< -1: the connection ends without an answer
+    QList<QByteArray> requests; ///< in the form of describeRequest()
+    int refusal = 0;            ///< HTTP status; 0: none, -1: the connection is closed without an answer
 };
 
 using AccountHeaders = QMap<QString, QStringList>;
 
-/// The first \a size bytes, those behind a zero byte included.
+/// The first \a size bytes, including those after a zero byte.
 inline QString textOf(const QByteArray &bytes, int size)
 {
     return QString::fromLatin1(bytes.constData(), size);
@@ -43,7 +43,7 @@ inline bool isOwnHost(const QString &host)
                                    "127(\\.(\\d{1,2}|[01]\\d\\d|2[0-4]\\d|25[0-5])){3})(:\\d*)?");
 }
 
-/// False when \a head is no head.
+/// False if \a head is malformed.
 inline bool readAccountHeaders(const QString &head, AccountHeaders &headers)
 {
     if (!matches(head.section(QStringLiteral("\r\n"), 0, 0), "[^\\x00-\\x1f\\x7f]*") ||
@@ -82,7 +82,7 @@ inline bool comesFromForeignPage(bool isGet, const AccountHeaders &headers)
     return site != QLatin1String("same-origin") && site != QLatin1String("none");
 }
 
-/// No Host, Origin or Sec-... header: such a client may leave out what a browser always sends.
+/// A client without Host, Origin and Sec-... header is not a browser and may omit headers that browsers always send.
 inline bool isRawClient(const AccountHeaders &headers)
 {
     const QStringList names = headers.keys();
@@ -123,7 +123,7 @@ inline QByteArray accountOfCommand(QByteArray body)
     return "COMMAND " + body;
 }
 
-/// The host of an absolute target, which is taken off \a target; else "localhost".
+/// Removes scheme and host from an absolute \a target and returns the host; "localhost" if there is none.
 inline QString takeHost(QString &target)
 {
     const QRegularExpressionMatch match = QRegularExpression(QStringLiteral("^[^:/?]+://([^/?]*)")).match(target);
