@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # build_windows_qt.sh PREFIX [WORKFOLDER]: cross-builds Qt 5.15 for 64-bit Windows (Core, Gui, Widgets, Network,
-# Test) from Debian's source package into PREFIX. Takes half an hour on two cores and 4 GB of disk; what was
-# built stays in WORKFOLDER (PREFIX-build), so that an interrupted run goes on where it was.
+# Test) from Debian's source package into PREFIX. Takes half an hour on two cores and 4 GB of disk. Intermediate files
+# stay in WORKFOLDER (default: PREFIX-build), so that an interrupted run can continue.
 set -euo pipefail
 
 prefix=$(realpath -m "${1:?usage: build_windows_qt.sh PREFIX [WORKFOLDER]}")
@@ -11,8 +11,8 @@ jobs=$(nproc)
 mkdir -p "$work"
 cd "$work"
 
-# Debian offers source packages where it offers the others, but asks for them only where it is told to: a list of our
-# own, in a folder of our own, tells it.
+# Debian's mirrors have the source packages, but apt only looks for them if deb-src entries are configured. Use a copy
+# of the list with such entries, in the work folder.
 fetch_source() {
     local lists=$work/apt
     mkdir -p "$lists/state/partial"
@@ -28,7 +28,7 @@ fetch_source() {
     apt-get "${options[@]}" source --download-only qtbase-opensource-src
 }
 
-# Debian's names without a thread model lead to the compiler that was chosen on this machine.
+# The names without a thread model are alternatives that can be configured; make them mean the posix model.
 mkdir -p "$work/compiler"
 for tool in gcc g++; do
     ln -sf "$(command -v "x86_64-w64-mingw32-$tool-posix")" "$work/compiler/x86_64-w64-mingw32-$tool"
@@ -43,7 +43,7 @@ if [[ ! -f configured ]]; then
     rm -rf source build
     mkdir source build
     tar -C source --strip-components=1 -xf qtbase-opensource-src_*.orig.tar.xz
-    # The source package lacks headers for tablets, without which the platform plug-in is not built with them.
+    # No tablet events: the source package lacks the headers that the platform plug-in needs for them.
     options=(-opensource -confirm-license -release -shared -prefix "$prefix"
         -xplatform win32-g++ -device-option CROSS_COMPILE=x86_64-w64-mingw32-
         -nomake examples -nomake tests -nomake tools -no-pch
@@ -55,10 +55,10 @@ if [[ ! -f configured ]]; then
 fi
 
 make -C build -j"$jobs"
-# The installation compiles once more.
+# With -j, because the installation compiles files as well.
 make -C build -j"$jobs" install
 
-# What nobody needs, and a plug-in that does not come with all its parts.
+# Remove files that are not needed, and a plug-in that is incomplete.
 rm -rf "$prefix/doc" "$prefix"/lib/libQt5Bootstrap* "$prefix/plugins/platforms/qdirect2d.dll" \
     "$prefix/lib/cmake/Qt5Gui/Qt5Gui_QWindowsDirect2DIntegrationPlugin.cmake"
 x86_64-w64-mingw32-strip "$prefix"/bin/*.dll "$prefix"/plugins/*/*.dll

@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# wine.sh PREFIX PROGRAM [ARGUMENT ...]: runs a program for Windows under Wine without a display and ends
-# with its exit code. PREFIX is the folder that Wine lives in; it is made when it is not there.
+# wine.sh PREFIX PROGRAM [ARGUMENT ...]: runs a Windows program under Wine without a display and returns its exit
+# code. PREFIX is the Wine prefix; it is created if it does not exist.
 set -euo pipefail
 
 mkdir -p "$1"
 prefix=$(cd "$1" && pwd)
 shift
 
-# first_of <program>...: the first of them that there is. Debian keeps Wine's out of the path.
+# first_of <program>...: prints the first one that is installed. Debian does not put all of Wine's into PATH.
 first_of() {
     local program
     for program in "$@"; do
@@ -20,18 +20,18 @@ first_of() {
 wine=$(first_of wine64 /usr/lib/wine/wine64 wine)
 server=$(first_of wineserver /usr/lib/wine/wineserver64 /usr/lib/wine/wineserver)
 
-# File names are UTF-8; nothing asks for components that are not there.
+# File names are UTF-8. Without the overrides Wine would ask to install missing components.
 export WINEPREFIX=$prefix WINEDEBUG=${WINEDEBUG:--all} LC_ALL=C.UTF-8
 export WINEDLLOVERRIDES="winemenubuilder.exe,mscoree,mshtml=d"
 
-# Wine hides variables of the building machine's Qt from its programs, unless their name begins so. Without
-# the second one Qt tells a redirected program's messages, Qt Test's report among them, to a debugger only.
+# Wine passes QT_... variables on to its programs only with the prefix WINE. Without QT_FORCE_STDERR_LOGGING Qt sends
+# the messages of a redirected program, including the report of Qt Test, to the debugger only.
 export QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen} QT_FORCE_STDERR_LOGGING=1
 for name in "${!QT_@}"; do
     export "WINE$name=${!name}"
 done
 
-# One server over a run of tests, started by whoever comes first: starting costs seconds.
+# Keep one Wine server for a whole run of tests, because its start takes seconds. The first caller starts it.
 exec 9>"$prefix.lock"
 flock 9
 if [[ ! -e $prefix/ready ]]; then
@@ -44,8 +44,8 @@ fi
 "$server" -p120 >/dev/null 2>&1 9>&- || true
 exec 9>&-
 
-# Wine's own services, which a program may start, keep what it writes to open long after its end; so that is
-# a file and no pipe that somebody reads to its end.
+# Wine services that the program starts inherit its output and keep it open long after its end. A pipe would block its
+# reader until then, so the output goes to a file.
 output=$(mktemp)
 trap 'rm -f "$output"' EXIT
 run() {
@@ -55,8 +55,8 @@ run() {
     wait "$program"
 }
 
-# A program for Windows that crashes ends with a code of its own. Only Wine dies of a signal: now and then, while it
-# ends a program whose thread has just ended.
+# A Windows program that crashes returns an exit code. A signal means that Wine itself has crashed, which sometimes
+# happens when a program ends just after one of its threads.
 died=$((128 + $(kill -l SEGV)))
 for tries in 1 2 3; do
     status=0
