@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What a page can do to a tunnel at \a target without asking anybody. All of it runs in the page.
+// What a page can send to a tunnel at \a target without anybody's permission. All of it runs in the page.
 
-/// How a page can post \a text. Each makes a request that a browser sends without asking first.
+/// The ways in which a page can post \a text without a preflight request.
 export const posts = {
     'a form': (page, target, text) => submit(page, target, text, 'application/x-www-form-urlencoded'),
     'a form of plain text': (page, target, text) => submit(page, target, text, 'text/plain'),
@@ -30,7 +30,7 @@ export const posts = {
         ([url, body]) => { navigator.sendBeacon(url, body); }, [target, text]),
 };
 
-/// How a page can include \a url in itself, or read it.
+/// The ways in which a page can embed or read \a url.
 export const inclusions = {
     'a script': (page, url) => include(page, 'script', { src: url }),
     'a module': (page, url) => include(page, 'script', { src: url, type: 'module' }),
@@ -45,8 +45,8 @@ export const inclusions = {
     'events': (page, url) => page.evaluate(target => { window.events = new EventSource(target); }, url),
 };
 
-/// How a page can make the browser ask for \a url although its user did not. That the
-/// request is made is seen at another server: the tunnel refuses it to its own pages, too.
+/// The ways in which a page can make the browser request \a url without an action of the user. The tunnel refuses
+/// them to the sensor's own pages too, so another server is needed to show that the browser sends the request.
 export const unasked = {
     'a WebSocket': (page, url) => page.evaluate(target => new Promise(resolve => {
         const socket = new WebSocket(target.replace('http:', 'ws:'));
@@ -63,8 +63,8 @@ export const unasked = {
     }, url),
 };
 
-/// A body of \a count blocks as large as those in which browsers write, each of which is a request of its own that
-/// sets something in the sensor.
+/// A body of \a count blocks of the size in which browsers write. Each block is a complete request that would change a
+/// setting of the sensor.
 export function blocksOfRequests(count, host) {
     const size = 16 * 1024;
     const head = length => `POST / HTTP/1.1\r\nHost: ${host}\r\nContent-Length: ${length}\r\n\r\n`;
@@ -73,7 +73,7 @@ export function blocksOfRequests(count, host) {
     return (head(length) + body + '#'.repeat(length - body.length)).repeat(count);
 }
 
-/// Goes away from \a page.
+/// Navigates \a page to the answer.
 function submit(page, target, text, enctype) {
     return page.evaluate(([action, body, type]) => {
         const form = document.createElement('form');

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 import { chromium } from 'playwright-core';
 
-/// A browser with a fresh profile that talks to nobody but this computer, to which all \a foreignHosts lead.
+/// Starts a browser with a fresh profile that connects to this computer only. All \a foreignHosts resolve to it.
 export function launchBrowser(foreignHosts = []) {
     const args = [
         '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--no-proxy-server',

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a user sees and does on the sensor's pages.
+// Tests of the sensor's pages as a user sees them.
 import assert from 'node:assert/strict';
 import { readFile } from 'node:fs/promises';
 import { after, before, beforeEach, test } from 'node:test';
@@ -33,7 +33,7 @@ async function openSettings(context = browser) {
     return page;
 }
 
-/// Clicks what sends a command that changes settings, and waits until the page has read the settings again.
+/// Clicks an element that changes settings, and waits until the page has read the settings again.
 async function clickAndReload(page, selector) {
     const first = await page.evaluateHandle(() => document.getElementById('BAUDRATE').firstChild);
     await page.click(selector);
@@ -44,7 +44,7 @@ async function clickAndReload(page, selector) {
 const setButton = name => `form[data-name=${name}] button`;
 const answerOn = page => page.locator('#answer').textContent();
 
-/// Waits until the overview shows the sensor, and then another value.
+/// Waits until the overview shows the sensor, and then until its value changes.
 async function showsValues(page) {
     await page.waitForFunction(() => document.title.endsWith(' 1018001'));
     const value = page.locator('#signals .value').first();
@@ -130,7 +130,7 @@ test('settings are exported, imported and set back', async () => {
     assert.equal(Number(await stand.read('Get_Samplerate', 'SA_Measrate')), 5);
     await clickAndReload(page, '#defaults');
     assert.equal(Number(await stand.read('Get_Samplerate', 'SA_Measrate')), 2);
-    // By default the sensor sends its values over the line, which the tunnel needs.
+    // The default settings send measured values over the line that the tunnel needs.
     assert.deepEqual(changes(await stand.calls()).map(text => text.trim()),
         ['EXPORT', changed.trim(), 'SETDEFAULT', 'Set_DataOutInterface']);
     await page.close();
@@ -172,7 +172,7 @@ test('a browser that ends in the middle of a transfer does not hold up the other
     await stand.ask({ do: 'page', path: '/large.txt', size });
     const other = await launchBrowser();
     const page = await open('/', other);
-    // What has not been read yet waits in the tunnel, for a browser holds far less than that.
+    // The rest waits in the tunnel: the buffers of a browser are much smaller than the page.
     const begun = await page.evaluate(async () => {
         window.reader = (await fetch('/large.txt')).body.getReader();
         return (await window.reader.read()).value.length;
@@ -187,7 +187,7 @@ test('a browser that ends in the middle of a transfer does not hold up the other
     await next.close();
 });
 
-test('what the sensor says of a failure is shown as text', async () => {
+test('an error text of the sensor is shown as text', async () => {
     await stand.ask({ do: 'fail', text: '<script>document.title="run"</script> & <b id="bold">gone</b>' });
     const page = await browser.newPage();
     const response = await page.goto(stand.url + '/<i id="path">');
@@ -200,7 +200,7 @@ test('what the sensor says of a failure is shown as text', async () => {
     await page.close();
 });
 
-test('pages come again when a sensor that has vanished is back', async () => {
+test('pages are served again when an unplugged sensor is back', async () => {
     const page = await open('/');
     await showsValues(page);
     await stand.ask({ do: 'unplug' });

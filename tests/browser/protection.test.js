@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What pages that are not the sensor's try to do with it. Each attempt is also made by the sensor's own page, for
-// which it must succeed: otherwise it would prove nothing.
+// Attacks on the sensor by foreign pages. The sensor's own page makes each attempt as well and must succeed: otherwise
+// the refusal would prove nothing.
 import assert from 'node:assert/strict';
 import { createServer } from 'node:http';
 import { connect } from 'node:net';
@@ -15,8 +15,8 @@ const refusal = 'refused: 403 Forbidden';
 
 let stand;
 let browser;
-let server; // of the foreign pages
-let seen = []; // what else was asked of it
+let server; // serves the foreign pages
+let seen = []; // the headers of other requests that it got
 
 before(async () => {
     stand = await Stand.start();
@@ -51,7 +51,7 @@ const foreignPages = {
     'another port of this computer': () => `http://127.0.0.1:${server.address().port}/`,
     'no origin at all': () => `http://${foreignHost}:${server.address().port}/sandboxed`,
 };
-/// A page of the sensor that does nothing on its own.
+/// A page of the sensor that sends no requests on its own.
 const ownPage = () => stand.url + '/reference.html';
 
 async function open(url) {
@@ -61,7 +61,7 @@ async function open(url) {
     return page;
 }
 
-/// Makes \a attempt from the page at \a url; a list of what reached the sensor when the tunnel has refused it.
+/// Makes \a attempt from the page at \a url, waits for the refusal and returns what has reached the sensor.
 async function refusedFrom(url, attempt) {
     const page = await open(url);
     await stand.forget();
@@ -72,7 +72,7 @@ async function refusedFrom(url, attempt) {
     return [...changes(calls), ...paths(calls)];
 }
 
-/// Makes \a attempt from a page of the sensor; the calls that reached the sensor when \a hasCome finds what it seeks.
+/// Makes \a attempt from a page of the sensor, waits until \a hasCome accepts the calls and returns them.
 async function servedFromOwnPage(attempt, hasCome, what) {
     const page = await open(ownPage());
     await stand.forget();
@@ -113,8 +113,8 @@ const marks = {
     'a linked prefetch': headers => /prefetch/.test(headers['sec-purpose']),
 };
 for (const [name, ask] of Object.entries(unasked)) {
-    test(`no page gets what no user asked for by ${name}`, async t => {
-        await t.test('elsewhere it is asked for', async () => {
+    test(`requests without an action of the user are refused: ${name}`, async t => {
+        await t.test('the browser sends them to another server', async () => {
             const page = await open(foreignPages['another host']());
             seen = [];
             await ask(page, `http://127.0.0.1:${server.address().port}/unasked`);
@@ -127,7 +127,7 @@ for (const [name, ask] of Object.entries(unasked)) {
     });
 }
 
-/// The answer to \a bytes on a connection of their own.
+/// Sends \a bytes on a new connection and returns the answer.
 function send(bytes) {
     return new Promise((resolve, reject) => {
         const socket = connect(new URL(stand.url).port, '127.0.0.1', () => socket.write(bytes));
@@ -155,7 +155,7 @@ test('requests in the blocks of a foreign body are never taken for requests', as
         assert.equal(changes(calls).length, 1);
         assert.match(changes(calls)[0], /^POST \/ HTTP/);
     });
-    await t.test("from the sensor's page they are refused where they are too long", async () => {
+    await t.test("from the sensor's page they are refused if they are too long", async () => {
         const page = await open(ownPage());
         await stand.forget();
         await attempt(large)(page);
@@ -209,7 +209,7 @@ test("requests of other methods of the sensor's page are answered and not relaye
     await page.close();
 });
 
-test('what a foreign page posts by leaving for the sensor shows a refusal', async () => {
+test('a form that a foreign page submits to the sensor shows a refusal', async () => {
     const page = await open(foreignPages['another host']());
     await stand.forget();
     await posts['a form'](page, stand.url + '/', 'MEASRATE=7');

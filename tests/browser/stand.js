@@ -3,7 +3,7 @@ import { spawn } from 'node:child_process';
 import { createInterface } from 'node:readline';
 import { setTimeout as sleep } from 'node:timers/promises';
 
-/// A tunnel to a simulated sensor, in a process of its own.
+/// A tunnel to a simulated sensor, in a separate process.
 export class Stand {
     static async start() {
         const stand = new Stand();
@@ -39,11 +39,11 @@ export class Stand {
         return ended;
     }
 
-    /// The commands that reached the sensor since the last look.
+    /// The commands that have reached the sensor since the last call.
     async calls() { return (await this.ask({ do: 'calls' })).calls; }
-    /// What the tunnel has logged since the last look.
+    /// The lines that the tunnel has logged since the last call.
     async log() { return (await this.ask({ do: 'log' })).log; }
-    /// What an application beside the tunnel reads from the sensor, as text.
+    /// A value that an application reads from the sensor without the tunnel, as text.
     async read(command, answer) { return (await this.ask({ do: 'read', command, answer })).value; }
 
     async forget() {
@@ -52,18 +52,18 @@ export class Stand {
     }
 }
 
-/// What of \a calls may have changed the sensor: the texts of commands, and the names of other calls.
+/// Those of \a calls that may have changed the sensor: the texts of generic commands, the names of other commands.
 export function changes(calls) {
     return calls.filter(call => !call.command.startsWith('Get_'))
         .map(call => call.command === 'Cmd_Generic' ? call.parameters.SP_CmdStr : call.command);
 }
 
-/// The paths of the pages that \a calls asked for.
+/// The paths of the pages that were fetched by \a calls.
 export function paths(calls) {
     return calls.filter(call => call.command === 'Get_HTTP').map(call => call.parameters.SP_HTTPPath);
 }
 
-/// Collects what \a take gives out until \a isEnough says that it is enough, and returns all of it.
+/// Collects the elements that \a take returns until \a isEnough accepts them, and returns all of them.
 export async function collect(take, isEnough, what) {
     const collected = [];
     for (const end = Date.now() + 10000; Date.now() < end; await sleep(20)) {
@@ -71,5 +71,5 @@ export async function collect(take, isEnough, what) {
         if (isEnough(collected))
             return collected;
     }
-    throw new Error(`${what} did not come; this did: ${JSON.stringify(collected).slice(0, 2000)}`);
+    throw new Error(`${what} did not arrive; got: ${JSON.stringify(collected).slice(0, 2000)}`);
 }

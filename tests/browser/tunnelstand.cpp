@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// A tunnel to a sensor of the simulator's built-in bench, for tests that are no C++ programs.
+// A tunnel to a sensor of the simulator's built-in bench, for tests that are not written in C++.
 //
-// It prints the tunnel's address and then answers each line of its input with a line: both are JSON objects, what is
-// asked for stands under "do".
+// It prints the tunnel's address and then answers each line of input with one line of output. Both are JSON objects;
+// the member "do" of the input is the name of the request.
 
 #include <SondixQt/rs232tunnel.h>
 #include <SondixQt/sensorinstance.h>
@@ -56,7 +56,7 @@ QJsonArray takeLog()
     return taken;
 }
 
-/// A text as the call log shows it, in quotation marks.
+/// Removes the quotation marks around a text in the call log.
 QString unquoted(const std::string &argument)
 {
     const QString text = QString::fromLatin1(argument.data(), static_cast<int>(argument.size()));
@@ -64,7 +64,7 @@ QString unquoted(const std::string &argument)
                                                                                 : text;
 }
 
-/// The commands that reached the sensor since the last look, with their parameters.
+/// The commands that have reached the sensor since the last call, with their parameters.
 QJsonArray takeCommands()
 {
     QJsonArray commands;
@@ -101,7 +101,7 @@ void setPage(const std::string &path, int size)
                        std::string(static_cast<size_t>(size), 'x'));
 }
 
-/// What the application reads from the sensor, beside the tunnel.
+/// Reads a value from the sensor as the application does, without the tunnel.
 QJsonObject read(SensorInstance &sensor, const QString &command, const QString &answer)
 {
     QString value;
@@ -134,7 +134,7 @@ QJsonObject answer(const QJsonObject &question, SensorInstance &sensor)
     else if (what == QLatin1String("page"))
         setPage(text("path").toStdString(), question.value(QStringLiteral("size")).toInt());
     else
-        return {{QStringLiteral("error"), QStringLiteral("there is no '%1'").arg(what)}};
+        return {{QStringLiteral("error"), QStringLiteral("unknown request '%1'").arg(what)}};
     return {};
 }
 

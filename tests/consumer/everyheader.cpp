@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Each header by itself and in every spelling; the umbrella last, so that it hides nothing missing.
+// Every header in all its spellings. The umbrella header is last, so that it cannot hide a missing include.
 #include <SondixQt/errorcode.h>
 #include <SondixQt/parameterpresentation.h>
 #include <SondixQt/rs232tunnel.h>

@@ -5,8 +5,7 @@
 
 #include <cstdio>
 
-// Moc and the keywords are the consumer's own affair: with them on and with them off this is the same
-// program.
+// Consumers may use Qt with or without its keywords and moc: this program must build either way.
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);

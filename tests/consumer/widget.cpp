@@ -8,7 +8,7 @@
 
 #include <cstdio>
 
-/// A window that shows a sensor, as a desktop application has it.
+/// A window with the picture of a sensor, as in a desktop application.
 class SensorWindow : public QWidget
 {
     Q_OBJECT
