@@ -14,7 +14,7 @@ using namespace SondixApp;
 
 namespace Answer {
 
-// A line feed or an escape sequence within a value must not spoil the table.
+// Control characters in a value would break the table or be executed by the terminal.
 static QString onOneLine(QString text)
 {
     text.replace(QLatin1String("\r\n"), QLatin1String(" | "));

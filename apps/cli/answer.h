@@ -12,29 +12,30 @@
 #include <QStringList>
 #include <QVariant>
 
-/// What sensors are asked and what they answer.
+/// Sends commands to sensors and shows their answers.
 namespace Answer {
 
 using Parameters = QMap<QString, QVariant>;
 
-/// \a name, when it can be the name of a command. Throws Failure otherwise.
+/// Returns \a name if it can be the name of a command. Throws Failure otherwise.
 QString checkedCommand(const QString &name);
-/// The parameters that the words PARAMETER=VALUE stand for. Throws Failure when one stands for none.
+/// Parses words of the form PARAMETER=VALUE. Throws Failure if one of them is malformed.
 Parameters checkedParameters(const QStringList &words);
 
-/// Sends \a command and returns the whole answer; where part of it is bytes, sends it twice. Throws Failure when the sensor refuses.
+/// Sends \a command and returns the whole answer. Sends it a second time if the answer has binary parts. Throws
+/// Failure if the sensor refuses.
 Parameters ask(SondixQt::SensorInstance &instance, const QString &command, const Parameters &parameters);
-/// Throws the Failure of a sensor that refuses \a what with \a code and \a text, unless \a code is 0.
+/// Throws Failure with the message that the sensor refuses \a what, unless \a code is NoError.
 void check(SondixQt::ErrorCode code, const QString &what, const QString &text);
 
-/// \a parameters without what is not the sensor's but the way in which it was asked.
+/// \a parameters without "S_Command", which is part of the question and not of the answer.
 Parameters withoutInternals(Parameters parameters);
 
-/// \a value on one line; bytes are told by their number.
+/// \a value on one line; for bytes only their number.
 QString textOf(const QVariant &value);
-/// One line a parameter, indented by \a indent blanks.
+/// Prints one parameter per line, indented by \a indent spaces.
 void print(Console &console, const Parameters &parameters, int indent = 0);
-/// \a object with the sensor's model and address, on stdout.
+/// Prints \a object together with the sensor's model and address.
 void printJson(Console &console, const SondixApp::SensorAddress &address, QJsonObject object);
 
 } // namespace Answer

@@ -13,10 +13,10 @@
 
 bool openBrowser(const QUrl &url)
 {
-    constexpr quintptr greatestError = 32;
+    constexpr quintptr maxErrorCode = 32;
     const std::wstring address = url.toString(QUrl::FullyEncoded).toStdWString();
     return reinterpret_cast<quintptr>(
-               ShellExecuteW(nullptr, L"open", address.c_str(), nullptr, nullptr, SW_SHOWNORMAL)) > greatestError;
+               ShellExecuteW(nullptr, L"open", address.c_str(), nullptr, nullptr, SW_SHOWNORMAL)) > maxErrorCode;
 }
 
 #else
@@ -28,7 +28,7 @@ bool openBrowser(const QUrl &url)
 #    else
     const QString program = QStringLiteral("xdg-open");
 #    endif
-    // What it prints is no output of ours.
+    // The browser's own messages must not appear in the output of the tool.
     QProcess process;
     process.setProgram(program);
     process.setArguments({url.toString(QUrl::FullyEncoded)});

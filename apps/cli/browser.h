@@ -3,5 +3,5 @@
 
 #include <QUrl>
 
-/// Has the user's browser show \a url. False when nothing here could be asked to.
+/// Opens \a url in the user's browser. Returns false if no browser could be started.
 bool openBrowser(const QUrl &url);

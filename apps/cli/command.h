@@ -11,7 +11,7 @@ namespace CLI {
 class App;
 }
 
-/// One subcommand: it describes its options to the parser and, once they are parsed, runs.
+/// A subcommand. Its constructor adds its options to the parser; run() uses the parsed values.
 class Command
 {
 public:
@@ -24,7 +24,7 @@ public:
 };
 
 /// \name The subcommands
-/// Each adds itself to \a app.
+/// Each function adds a subcommand to \a app.
 /// \{
 std::unique_ptr<Command> makeModelsCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeFindCommand(CLI::App &app, CLI::App *&subcommand);

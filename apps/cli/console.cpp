@@ -27,7 +27,7 @@ HANDLE handleOf(FILE *stream)
     return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
 }
 
-// What counts is a terminal that heeds escape sequences, which a console must be told to do.
+// Only consoles with support for escape sequences count; it is off by default.
 bool isTerminal(FILE *stream)
 {
     DWORD mode = 0;
@@ -41,14 +41,14 @@ int terminalWidth(FILE *stream)
     return GetConsoleScreenBufferInfo(handleOf(stream), &info) ? info.srWindow.Right - info.srWindow.Left + 1 : 0;
 }
 
-// The runtime does not tell the ends of a pipe apart from other mistakes.
+// The C runtime maps a closed pipe to the same errno as other errors; the system error is more precise.
 bool isReaderGone(int error)
 {
     const unsigned long systemError = _doserrno;
     return error == EPIPE || systemError == ERROR_NO_DATA || systemError == ERROR_BROKEN_PIPE;
 }
 
-// A console keeps what is set after the program has ended, so its next user gets it back.
+// Settings of a console outlive the program, so they are restored at the end.
 class ConsoleSettings
 {
 public:
@@ -76,8 +76,9 @@ private:
     UINT m_codePage = GetConsoleOutputCP();
 };
 
-// A console shows single bytes of a letter as letters of their own, so it gets text. Whether it is one shows only
-// when it takes that: what cannot be read from cannot be asked.
+// Consoles get UTF-16: they show the bytes of a UTF-8 sequence that is split between two writes as single characters.
+// Other character devices, such as NUL, are recognised by the failure of WriteConsoleW(): GetConsoleMode() would need
+// a handle with read access.
 bool put(const QByteArray &data, FILE *stream)
 {
     if (GetFileType(handleOf(stream)) == FILE_TYPE_CHAR) {
@@ -135,7 +136,8 @@ bool put(const QByteArray &data, FILE *stream)
 
 void prepareStreams()
 {
-    // A reader that leaves shows as a failing write, after which the sensor is still closed.
+    // When the reader has closed the pipe, the write must fail and not end the process, which still has to close the
+    // sensor.
     std::signal(SIGPIPE, SIG_IGN);
 }
 
@@ -172,7 +174,7 @@ bool Console::write(const QByteArray &data)
 {
     if (!m_outputProblem.isEmpty())
         return false;
-    // Both streams may end on the same terminal, also through a pipe.
+    // stdout may reach the same terminal as stderr, also through a pipe.
     status(QString());
     if (!put(data, stdout))
         failOutput();
@@ -211,7 +213,7 @@ void Console::status(const QString &line)
 {
     if (!m_stderrIsTerminal || (line.isEmpty() && !m_statusShown))
         return;
-    // A longer line would wrap and could not be taken back.
+    // A line that wraps could not be erased again.
     toStderr("\r\x1b[K" + line.left(statusWidth()).toUtf8());
     m_statusShown = !line.isEmpty();
 }
@@ -219,9 +221,9 @@ void Console::status(const QString &line)
 int Console::statusWidth() const
 {
     constexpr int usualWidth = 80;
-    const int told = terminalWidth(stderr);
-    // Some terminals go on to the next line with a character in their last column.
-    return std::max(1, (told > 0 ? told : usualWidth) - 1);
+    const int reported = terminalWidth(stderr);
+    // Some terminals wrap as soon as the last column is written.
+    return std::max(1, (reported > 0 ? reported : usualWidth) - 1);
 }
 
 QString Console::styled(const QString &text, Style style) const

@@ -4,7 +4,7 @@
 #include <QByteArray>
 #include <QString>
 
-/// The two streams of the tool: data go to stdout, everything else to stderr, both in UTF-8.
+/// The output streams of the tool: data go to stdout, everything else goes to stderr, both in UTF-8.
 class Console
 {
 public:
@@ -15,32 +15,32 @@ public:
     bool stdoutIsTerminal() const { return m_stdoutIsTerminal; }
     bool stderrIsTerminal() const { return m_stderrIsTerminal; }
 
-    /// Writes data to stdout; false when that fails, now or before.
+    /// Writes data to stdout. Returns false if this or an earlier write failed.
     bool write(const QByteArray &data);
     /// Writes one line of data to stdout.
     bool print(const QString &line) { return write(line.toUtf8() + '\n'); }
-    /// Hands everything written so far to whoever reads it.
+    /// Flushes stdout. Returns false if this or an earlier write failed.
     bool flush();
-    /// Why stdout cannot be written to; empty while it can.
+    /// The error of the first failed write to stdout; empty if there was none.
     QString outputProblem() const { return m_outputProblem; }
 
-    /// Writes one line to stderr. Nothing more is said once the reader of stdout has left, as 'head' does when it has
-    /// enough: that is no failure that its user must hear of.
+    /// Writes one line to stderr. Does nothing after the reader of stdout has closed the pipe, as 'head' does: the
+    /// user does not need to see that as an error.
     void note(const QString &line);
-    /// Writes the one sentence that says what went wrong.
+    /// Writes an error message to stderr.
     void error(const QString &sentence);
-    /// Shows \a line on stderr in place of the last one shown so; a note or an empty line removes it.
-    /// Without effect where stderr is no terminal. What does not fit into the terminal's width is left out.
+    /// Shows \a line as status line on stderr, replacing the previous one; a note or an empty line removes it.
+    /// Does nothing if stderr is not a terminal. Text beyond the width of the terminal is cut off.
     void status(const QString &line);
-    /// How many characters of a status are shown.
+    /// The maximum number of characters of a status line.
     int statusWidth() const;
 
-    /// \a text as stdout shows it: with its style where that is wanted.
+    /// \a text with the escape sequences of \a style if stdout is a terminal that shows colours.
     QString styled(const QString &text, Style style) const;
 
-    /// Writes \a data to stderr and hands it on, from any thread: for what is not this object's to arrange.
+    /// Writes \a data to stderr and flushes it, without regard to the status line. Threads: any.
     static void toStderr(const QByteArray &data);
-    /// Gives a console of Windows back as it was found, from any thread: for an end of the program that skips it.
+    /// Restores the settings of a Windows console, for when the process ends without running destructors. Threads: any.
     static void restore();
 
 private:

@@ -3,7 +3,7 @@
 
 #include <QString>
 
-/// What the tool tells the caller with its exit status.
+/// The exit codes of the tool.
 enum class ExitCode {
     Done = 0,
     Failed = 1,
@@ -16,7 +16,7 @@ enum class ExitCode {
     Interrupted = 130,
 };
 
-/// Ends a command with one sentence on stderr. Never thrown through an event loop.
+/// An exception that ends a command with an error message on stderr. Never thrown through an event loop.
 struct Failure
 {
     ExitCode code;

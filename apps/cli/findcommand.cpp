@@ -35,9 +35,10 @@ public:
         constexpr double longestTimeout = 24 * 3600;
         app.add_option("--timeout", m_timeout, "Give up after this many seconds, at most a day")
             ->check(Validators::seconds(longestTimeout));
-        app.add_flag("--json", m_json, "One JSON object a line, written as soon as a sensor is found");
-        app.footer("Each sensor is printed when it is found, with the address that 'info' and 'read' take.\n\n"
-                   "Example:\n  sondixqt find --group Tavrin --interface RS232 --baudrates 115200,921600");
+        app.add_flag("--json", m_json, "Print one JSON object per line, as soon as a sensor is found");
+        app.footer(
+            "Each sensor is printed as soon as it is found, with the address that the other commands take.\n\n"
+            "Example:\n  sondixqt find --group Tavrin --interface RS232 --baudrates 115200,921600");
     }
 
     ExitCode run(Console &console, InterruptWatcher &interrupt) override
@@ -78,13 +79,13 @@ private:
         if (outcome.end == SearchRun::Refused)
             throw Failure{ExitCode::Failed, outcome.problem};
         if (InterruptWatcher::isInterrupted())
-            throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted, %1 until then").arg(count)};
+            throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted, %1 so far").arg(count)};
         if (outcome.timedOut)
             throw Failure{ExitCode::TimedOut,
-                          QStringLiteral("the search did not end in time, %1 until then").arg(count)};
-        const bool oneForSeveral = plan.similar && !plan.announced.isEmpty();
-        console.note(found == 0 && oneForSeveral
-                         ? count + QStringLiteral("; --thorough searches each family for itself")
+                          QStringLiteral("the search did not end in time, %1 so far").arg(count)};
+        const bool isCombined = plan.similar && !plan.announced.isEmpty();
+        console.note(found == 0 && isCombined
+                         ? count + QStringLiteral("; --thorough searches each family separately")
                          : count);
         return found > 0 ? ExitCode::Done : ExitCode::NothingFound;
     }

@@ -20,9 +20,9 @@ public:
     explicit GetCommand(CLI::App &app)
     {
         m_sensor.addTo(app);
-        app.add_option("COMMAND", m_command, "Command that reads, such as Get_Info");
-        app.add_option("ANSWER", m_answer, "Only this value of the answer, such as SA_SerialNumber");
-        app.add_flag("--json", m_json, "One JSON object");
+        app.add_option("COMMAND", m_command, "Reading command, such as Get_Info");
+        app.add_option("ANSWER", m_answer, "Print only this value of the answer, such as SA_SerialNumber");
+        app.add_flag("--json", m_json, "Print one JSON object");
         app.footer(app.get_footer() + "\nExample:\n  sondixqt get TX270@RS232,port=COM3 Get_Info SA_SerialNumber");
     }
 
@@ -83,6 +83,6 @@ private:
 
 std::unique_ptr<Command> makeGetCommand(CLI::App &app, CLI::App *&subcommand)
 {
-    subcommand = app.add_subcommand("get", "Ask a sensor with a command and print its answer");
+    subcommand = app.add_subcommand("get", "Send a reading command to a sensor and print its answer");
     return std::make_unique<GetCommand>(*subcommand);
 }

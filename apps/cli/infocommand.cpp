@@ -37,7 +37,7 @@ public:
     explicit InfoCommand(CLI::App &app)
     {
         m_sensor.addTo(app);
-        app.add_flag("--json", m_json, "One JSON object");
+        app.add_flag("--json", m_json, "Print one JSON object");
         app.footer(app.get_footer() + "\nExample:\n  sondixqt info TX270@RS232,port=COM3");
     }
 
@@ -66,7 +66,7 @@ private:
                           QStringLiteral("the sensor does not describe its data: %1").arg(text)};
         if (instance.getSampleRateInKhz(&description.rateKhz, &text) != NoError)
             throw Failure{ExitCode::Refused,
-                          QStringLiteral("the sensor does not tell its sample rate: %1").arg(text)};
+                          QStringLiteral("the sensor does not report its sample rate: %1").arg(text)};
     }
 
     static void printJson(Console &console, const Description &description)
@@ -134,6 +134,6 @@ private:
 
 std::unique_ptr<Command> makeInfoCommand(CLI::App &app, CLI::App *&subcommand)
 {
-    subcommand = app.add_subcommand("info", "Open a sensor and tell what it is and what it sends");
+    subcommand = app.add_subcommand("info", "Open a sensor and print its identity and the data that it sends");
     return std::make_unique<InfoCommand>(*subcommand);
 }

@@ -19,20 +19,20 @@
 
 namespace {
 
-std::atomic<bool> happened{false};
+std::atomic<bool> interruptReceived{false};
 
 } // namespace
 
 bool InterruptWatcher::isInterrupted()
 {
-    return happened;
+    return interruptReceived;
 }
 
 #ifdef Q_OS_WIN
 
 namespace {
 
-// The system calls the handler in a thread of its own, which may be under way when the watcher goes.
+// Windows calls the handler in its own thread, possibly while the watcher is being destroyed.
 std::mutex watcherMutex;
 InterruptWatcher *watcher = nullptr;
 
@@ -40,8 +40,8 @@ BOOL WINAPI onConsoleEvent(DWORD event)
 {
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         return FALSE;
-    // The usual end of a program waits for its libraries, one of which may be what hangs.
-    if (happened.exchange(true)) {
+    // A regular exit would wait for the libraries, which may be what hangs.
+    if (interruptReceived.exchange(true)) {
         Console::restore();
         TerminateProcess(GetCurrentProcess(), STATUS_CONTROL_C_EXIT);
     }
@@ -76,10 +76,10 @@ namespace {
 
 int wakeUp[2] = {-1, -1};
 
-// Only what a signal handler may do: set a flag and write to the pipe that wakes the event loop.
+// Only async-signal-safe operations are allowed here. The write to the pipe wakes up the event loop.
 void onSignal(int)
 {
-    happened = true;
+    interruptReceived = true;
     const char byte = 1;
     if (::write(wakeUp[1], &byte, 1) < 0)
         return;

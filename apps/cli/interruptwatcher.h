@@ -3,10 +3,10 @@
 
 #include <QObject>
 
-/// Turns Ctrl-C (and a request to terminate) into a signal of the event loop.
+/// Emits a Qt signal for the first Ctrl-C or SIGTERM.
 ///
-/// Only the first one: a second Ctrl-C ends the program the hard way, so that a sensor that never
-/// answers cannot hold it. One object a program, on the main thread.
+/// A second one ends the process at once, so that a sensor that never answers cannot block it. Threads: one
+/// object per process, on the main thread.
 class InterruptWatcher : public QObject
 {
     Q_OBJECT
@@ -14,7 +14,7 @@ public:
     explicit InterruptWatcher(QObject *parent = nullptr);
     ~InterruptWatcher() override;
 
-    /// Whether it has happened, also while a call kept the event loop waiting.
+    /// Whether an interrupt has been received; also true before the event loop has delivered interrupted().
     static bool isInterrupted();
 
 Q_SIGNALS:

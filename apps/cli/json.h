@@ -11,14 +11,14 @@
 
 namespace Json {
 
-/// One object on one line, with the line's end.
+/// \a object on one line, with a line feed at the end.
 QByteArray line(const QJsonObject &object);
 
-/// Bytes stand as an object whose "base64" holds them.
+/// Byte arrays become objects with the member "base64".
 QJsonObject ofParameters(const QMap<QString, QVariant> &parameters);
 QJsonObject ofModel(SondixQt::SensorType type);
 QJsonObject ofFoundSensor(const SondixQt::SensorInfo &info);
-/// The data frame; the sample rate is null where \a rateKhz is 0, not known.
+/// The data frame; the sample rate is null if \a rateKhz is 0, which means unknown.
 QJsonObject ofFrame(const SondixQt::TransmittedDataInfo &frame, double rateKhz);
 
 } // namespace Json

@@ -43,7 +43,8 @@ void LibraryLog::attach(SensorInstance &instance)
     QString text;
     if (instance.enableLogging(file, SensorInstance::LogAllLevels, SensorInstance::LogAllTypes, append,
                                writeThrough, 0, &text) != NoError)
-        Console::toStderr(QStringLiteral("the sensor-access library writes no log: %1\n").arg(text).toUtf8());
+        Console::toStderr(
+            QStringLiteral("the sensor-access library cannot write its log: %1\n").arg(text).toUtf8());
 }
 
 void LibraryLog::show()

@@ -7,9 +7,9 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
-/// Shows on stderr what the sensor-access library writes into its log while one of these lives.
+/// Copies the log of the sensor-access library to stderr.
 ///
-/// One object a program, on the main thread. What the library holds back in its buffers shows at the end.
+/// Lines that the library buffers appear at the end. Threads: one object per process, on the main thread.
 class LibraryLog
 {
 public:
@@ -18,11 +18,11 @@ public:
     LibraryLog(const LibraryLog &) = delete;
     LibraryLog &operator=(const LibraryLog &) = delete;
 
-    /// Where the log is to be written; empty when none is shown.
+    /// The log file; empty if there is no LibraryLog object.
     static QString fileName();
-    /// Has the library log what it does with \a instance, when the log is shown.
+    /// Switches logging of \a instance on if there is a LibraryLog object.
     static void attach(SondixQt::SensorInstance &instance);
-    /// Shows what has been written since it was last called.
+    /// Copies the lines that were written since the last call.
     static void show();
 
 private:

@@ -54,7 +54,7 @@ std::vector<Subcommand> addSubcommands(CLI::App &app)
     return subcommands;
 }
 
-// What is wrong with a command line that names no subcommand.
+// The error message for a command line without a known subcommand.
 QString missingCommand(const CLI::App &app)
 {
     QStringList names;
@@ -73,11 +73,11 @@ QString missingCommand(const CLI::App &app)
 ExitCode refuse(Console &console, const QString &problem)
 {
     console.error(problem);
-    console.note(QStringLiteral("'sondixqt --help' and 'sondixqt <command> --help' tell how it is used"));
+    console.note(QStringLiteral("see 'sondixqt --help' and 'sondixqt <command> --help'"));
     return ExitCode::Usage;
 }
 
-// \a code, unless what was written to stdout does not reach anybody.
+// \a code if the output could be written.
 ExitCode concluded(Console &console, ExitCode code)
 {
     if (console.flush())
@@ -102,7 +102,7 @@ ExitCode run(Console &console, const std::vector<Subcommand> &subcommands)
     }
 }
 
-// Prints the help or the version that was asked for.
+// Prints the requested help or version.
 ExitCode inform(Console &console, const CLI::App &app, const CLI::ParseError &request)
 {
     std::ostringstream text;
@@ -115,7 +115,7 @@ int runTool(int argc, char *argv[])
 {
     qInstallMessageHandler(onLogMessage);
     const QCoreApplication application(argc, argv);
-    // Numbers on the command line are written with a point everywhere.
+    // Numbers on the command line have a decimal point in every locale.
     std::setlocale(LC_NUMERIC, "C");
     QCoreApplication::setApplicationName(QStringLiteral("sondixqt"));
     SondixQt::setUsedByApplicationName(QStringLiteral("sondixqt"));
@@ -126,18 +126,18 @@ int runTool(int argc, char *argv[])
     std::string bench;
     app.add_option("--bench", bench, "Bench file for the simulator, instead of SONDIX_BENCH")
         ->check(Validators::notEmpty());
-    app.add_flag("-v,--verbose", verbose, "Also show what the library and the sensor-access library do");
+    app.add_flag("-v,--verbose", verbose, "Also show the logs of the library and of the sensor-access library");
     app.set_version_flag("--version", "sondixqt " SONDIXQT_VERSION);
     app.require_subcommand(0, 1);
-    app.allow_extras(); // to name the command that there is not
-    app.footer("To begin with:\n"
+    app.allow_extras(); // an unknown command gets an error message of ours, with suggestions
+    app.footer("To get started:\n"
                "  sondixqt find\n\n"
-               "Data go to stdout, everything else to stderr.\n"
+               "Data go to stdout, everything else goes to stderr.\n"
                "Exit codes: 0 done, 1 failed, 2 usage, 3 nothing found, 4 cannot open, 5 timed out,\n"
-               "6 the sensor refused, 7 data lost, 130 interrupted (files that were begun are whole).");
+               "6 the sensor refused, 7 data lost, 130 interrupted (output files are complete).");
     const std::vector<Subcommand> subcommands = addSubcommands(app);
 
-    // The parser takes its arguments last first.
+    // The parser takes its arguments in reverse order.
     std::vector<std::string> arguments;
     const QStringList given = QCoreApplication::arguments().mid(1);
     for (const QString &argument : given)

@@ -26,7 +26,7 @@ public:
     {
         m_sensor.addTo(app);
         app.add_option("MODE", m_words, "Switch to this measuring mode, by name or number; changes the sensor");
-        app.add_flag("--json", m_json, "One JSON object");
+        app.add_flag("--json", m_json, "Print one JSON object");
         app.footer(app.get_footer() +
                    "\nExample:\n  sondixqt mode CC430@TCP/IP,address=169.254.168.150 Thickness");
     }
@@ -52,7 +52,7 @@ public:
     }
 
 private:
-    // Of a model whose modes are not known any number is left to the sensor to refuse.
+    // If the modes of the model are not known, any number is accepted; the sensor may refuse it.
     static int numberOf(const Modes &modes, const QString &wanted, SensorType type)
     {
         bool isNumber = false;
@@ -68,13 +68,14 @@ private:
         throw Failure{ExitCode::Usage,
                       unknownName(QStringLiteral("measuring mode"), wanted, names,
                                   names.isEmpty()
-                                      ? QStringLiteral("%1 has none with a name").arg(sensorName(type, true))
+                                      ? QStringLiteral("%1 has no named modes").arg(sensorName(type, true))
                                       : QStringLiteral("the modes are %1").arg(names.join(QLatin1String(", "))))};
     }
 
     static void switchTo(SensorInstance &instance, int mode)
     {
-        // Not setMeasurementMode(): models that are stopped before each command would lose the number to that.
+        // Not setMeasurementMode(): for models that are stopped before each command, the stop would overwrite the
+        // number.
         QString text;
         Answer::check(instance.sendCommand(QStringLiteral("Set_MeasureMode"),
                                            {{QStringLiteral("SP_MeasureMode"), mode}}, &text),
@@ -88,7 +89,7 @@ private:
         if (instance.sendCommandGetInt(QStringLiteral("Get_MeasureMode"), QStringLiteral("SA_MeasureMode"), mode,
                                        &text) == NoError)
             return mode;
-        console.note(QStringLiteral("the sensor does not tell its measuring mode: %1").arg(text));
+        console.note(QStringLiteral("the sensor does not report its measuring mode: %1").arg(text));
         return std::nullopt;
     }
 

@@ -23,10 +23,10 @@ class ModelsCommand : public Command
 public:
     explicit ModelsCommand(CLI::App &app)
     {
-        app.add_option("-g,--group", m_group, "Only the models of this group, by name or number")
+        app.add_option("-g,--group", m_group, "List only the models of this group, by name or number")
             ->check(Validators::notEmpty());
-        app.add_flag("-a,--all", m_all, "Also the variants that lists leave out");
-        app.add_flag("--json", m_json, "One JSON array of objects");
+        app.add_flag("-a,--all", m_all, "Also list the hidden variants");
+        app.add_flag("--json", m_json, "Print a JSON array of objects");
         app.footer("Example:\n  sondixqt models --group Tavrin");
     }
 

@@ -21,7 +21,7 @@ public:
     explicit ParamsCommand(CLI::App &app)
     {
         m_sensor.addTo(app);
-        app.add_flag("--json", m_json, "One JSON object");
+        app.add_flag("--json", m_json, "Print one JSON object");
         app.footer(app.get_footer() + "\nExample:\n  sondixqt params TX270@RS232,port=COM3");
     }
 
@@ -38,8 +38,8 @@ public:
                 sensors += Answer::withoutInternals(parameters);
         instance->close();
         if (!complete)
-            console.note(QStringLiteral("%1 does not tell all its parameters at once; these are the ones that it "
-                                        "told when it was opened")
+            console.note(QStringLiteral("%1 cannot report all its parameters at once; these are the ones that it "
+                                        "reported when it was opened")
                              .arg(sensorName(address.type, true)));
         if (m_json)
             printJson(console, address, sensors, complete);
@@ -76,6 +76,6 @@ private:
 
 std::unique_ptr<Command> makeParamsCommand(CLI::App &app, CLI::App *&subcommand)
 {
-    subcommand = app.add_subcommand("params", "Tell all parameters of a sensor");
+    subcommand = app.add_subcommand("params", "Print all parameters of a sensor");
     return std::make_unique<ParamsCommand>(*subcommand);
 }

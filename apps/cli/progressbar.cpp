@@ -17,9 +17,9 @@ void ProgressBar::setText(const QString &text)
 
 void ProgressBar::show()
 {
-    constexpr int widest = 24;
-    constexpr int besidesTheBar = 8; // brackets, blank, percentage
-    const int width = std::clamp(m_console.statusWidth() - besidesTheBar, 0, widest);
+    constexpr int maxWidth = 24;
+    constexpr int otherCharacters = 8; // brackets, space, percentage
+    const int width = std::clamp(m_console.statusWidth() - otherCharacters, 0, maxWidth);
     const int filled = m_percent * width / 100;
     m_console.status(QStringLiteral("[%1%2] %3 %  %4")
                          .arg(QString(filled, QLatin1Char('#')), QString(width - filled, QLatin1Char('.')))

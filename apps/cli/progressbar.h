@@ -3,7 +3,7 @@
 
 #include "console.h"
 
-/// A bar on stderr while it is a terminal.
+/// A progress bar on stderr; not shown if stderr is not a terminal.
 class ProgressBar
 {
 public:

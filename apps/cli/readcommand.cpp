@@ -21,9 +21,9 @@ using namespace SondixApp;
 
 namespace {
 
-constexpr long long mostFrames = 1'000'000'000'000;
-constexpr double longestDuration = 365.0 * 24 * 3600;
-constexpr double longestSilence = 24 * 3600;
+constexpr long long maxFrames = 1'000'000'000'000;
+constexpr double maxDuration = 365.0 * 24 * 3600;
+constexpr double maxSilence = 24 * 3600;
 
 QString counted(qint64 number, const char *word)
 {
@@ -31,7 +31,7 @@ QString counted(qint64 number, const char *word)
                                                      number == 1 ? QString() : QStringLiteral("s"));
 }
 
-// Where the lines go: to stdout or, whole or not at all, to a file.
+// The destination of the lines: stdout, or a file that appears only when it is complete.
 class Sink
 {
 public:
@@ -54,14 +54,14 @@ public:
         if (m_file && !m_file->commit())
             throw writeFailure();
     }
-    // What is told of the frames that did come when reading did not end as it should.
+    // Keeps the frames that were read before an error and returns the part of the error message that says where.
     QString keepPart(qint64 frames)
     {
         if (!m_file || frames == 0)
             return {};
         if (!m_file->keepPartial())
             throw writeFailure();
-        return QStringLiteral("; what came until then, %1, is in '%2'")
+        return QStringLiteral("; what was read before, %1, is in '%2'")
             .arg(counted(frames, "frame"), m_file->partialName());
     }
     bool isFile() const { return m_file.has_value(); }
@@ -100,18 +100,18 @@ public:
     {
         m_sensor.addTo(app);
         app.add_option("-n,--frames", m_plan.frames, "Stop after this many frames, at most 10^12")
-            ->check(Validators::count(mostFrames));
+            ->check(Validators::count(maxFrames));
         app.add_option("-d,--duration", m_plan.seconds, "Stop after this many seconds, at most a year")
-            ->check(Validators::seconds(longestDuration));
+            ->check(Validators::seconds(maxDuration));
         app.add_option("--silence", m_plan.silence,
-                       "Give up when no frame came for this many seconds, at most a day")
-            ->check(Validators::seconds(longestSilence))
+                       "Give up if no frame arrives for this many seconds, at most a day")
+            ->check(Validators::seconds(maxSilence))
             ->capture_default_str();
-        app.add_flag("--raw", m_raw, "Raw values, as the sensor sends them; with --scaled both");
-        app.add_flag("--scaled", m_scaled, "Scaled values, in their units (default)");
+        app.add_flag("--raw", m_raw, "Print raw values as the sensor sends them; together with --scaled both");
+        app.add_flag("--scaled", m_scaled, "Print scaled values in their units (default)");
         auto *csv = app.add_option("--csv", m_csv, "Write CSV to this file, or to stdout with -")
                         ->check(Validators::notEmpty());
-        app.add_flag("--json", m_json, "One JSON object a line, one line a frame")->excludes(csv);
+        app.add_flag("--json", m_json, "Print one JSON object per line, one line per frame")->excludes(csv);
         app.footer(app.get_footer() + "\nExamples (the second one until Ctrl-C):\n"
                                       "  sondixqt read TX270@RS232,port=COM3 --duration 2 --csv values.csv\n"
                                       "  sondixqt read TX270@RS232,port=COM3");
@@ -129,9 +129,9 @@ public:
         double rateKhz = 0.0;
         QString text;
         if (instance->getSampleRateInKhz(&rateKhz, &text) != NoError)
-            console.note(QStringLiteral("the sensor does not tell its sample rate: %1").arg(text));
+            console.note(QStringLiteral("the sensor does not report its sample rate: %1").arg(text));
 
-        // The first question for a text has the sensor tell all of them, for which later there is no time.
+        // The first call fetches all error texts from the sensor, which would take too long while frames arrive.
         instance->getErrorValueText(0.0);
         ValueWriter writer(format(), columns,
                            [&instance](double value) { return instance->getErrorValueText(value); });
@@ -161,9 +161,8 @@ private:
             throw Failure{ExitCode::Refused,
                           QStringLiteral("the sensor does not describe its data: %1").arg(text)};
         if (frame.valuesPerFrame < 1 || frame.signalList().size() != frame.valuesPerFrame)
-            throw Failure{
-                ExitCode::Refused,
-                QStringLiteral("the sensor says that its frames hold %1 values").arg(frame.valuesPerFrame)};
+            throw Failure{ExitCode::Refused,
+                          QStringLiteral("the sensor reports %1 values per frame").arg(frame.valuesPerFrame)};
         return frame;
     }
 
@@ -205,14 +204,14 @@ private:
             sink.finish();
             if (reader.framesLost() > 0)
                 throw Failure{ExitCode::DataLost,
-                              QStringLiteral("%1 frames were lost because they were not fetched in time")
+                              QStringLiteral("%1 frames were lost because they were not read in time")
                                   .arg(reader.framesLost())};
             return ExitCode::Done;
         case FrameReader::Stopped:
             sink.finish();
             return ExitCode::Interrupted;
         case FrameReader::Silent:
-            throw Failure{ExitCode::TimedOut, QStringLiteral("no values came for %1 s%2")
+            throw Failure{ExitCode::TimedOut, QStringLiteral("no values arrived for %1 s%2")
                                                   .arg(m_plan.silence)
                                                   .arg(sink.keepPart(reader.framesRead()))};
         case FrameReader::Failed:

@@ -24,7 +24,7 @@ SearchOutcome runSearch(const SearchRun::Plan &plan, Console &console, Interrupt
         if (!wanted)
             return;
         wanted = onFound(info);
-        // Not at once: the finder is still busy with this sensor.
+        // Queued: the finder is still processing this sensor.
         if (!wanted)
             QMetaObject::invokeMethod(&search, &SearchRun::stop, Qt::QueuedConnection);
     });

@@ -16,7 +16,7 @@ struct SearchOutcome
     QString problem;
 };
 
-/// Searches with a progress bar until the search has ended, Ctrl-C or \a seconds (0: no limit) end it or
-/// \a onFound, called for each sensor, returns false.
+/// Runs a search with a progress bar. It ends when it is complete, on Ctrl-C, after \a seconds (0: no limit), or when
+/// \a onFound, which is called for each sensor, returns false.
 SearchOutcome runSearch(const SondixApp::SearchRun::Plan &plan, Console &console, InterruptWatcher &interrupt,
                         const std::function<bool(const SondixQt::SensorInfo &)> &onFound, double seconds = 0.0);

@@ -20,14 +20,14 @@ void SearchOptions::addModelOptions(CLI::App &app)
     app.add_option("-g,--group", m_group, "All models of this group, by name or number")
         ->check(Validators::notEmpty())
         ->excludes(type);
-    app.add_flag("--thorough", m_thorough, "Search each family of models for itself, which takes much longer")
+    app.add_flag("--thorough", m_thorough, "Search each family of models separately, which takes much longer")
         ->excludes(type);
 }
 
 void SearchOptions::addScanOptions(CLI::App &app)
 {
     app.add_option("-i,--interface", m_interfaces,
-                   "Only sensors on this interface, by name or number; may be repeated (default: all)")
+                   "Search only this interface, by name or number; may be repeated (default: all)")
         ->delimiter(',')
         ->check(Validators::notEmpty())
         ->allow_extra_args(false);
@@ -39,7 +39,7 @@ void SearchOptions::addScanOptions(CLI::App &app)
         });
     app.add_flag("--similar", m_similar, "Also announce sensors of other models that answer the search");
     app.add_flag("--quick,!--no-quick", m_quick,
-                 "Search RS485 buses quickly (default), or thoroughly with --no-quick");
+                 "Search RS485 buses quickly (default); --no-quick searches them thoroughly");
 }
 
 SensorType SearchOptions::type() const

@@ -14,15 +14,15 @@ class App;
 class SearchOptions
 {
 public:
-    /// Adds which models to search for.
+    /// Adds the options that select the models.
     void addModelOptions(CLI::App &app);
-    /// Adds where and how to search.
+    /// Adds the options that select the interfaces and the kind of search.
     void addScanOptions(CLI::App &app);
 
-    /// The search that the options ask for. Throws Failure for a name that there is not.
+    /// The requested search. Throws Failure if an option has an unknown name.
     SondixApp::SearchRun::Plan plan() const;
 
-    /// The model named with --type, NoSensor when there is none. Throws Failure as plan() does.
+    /// The model given with --type, or NoSensor. Throws Failure if it is unknown.
     SondixQt::SensorType type() const;
     bool hasGroup() const { return !m_group.empty(); }
 

@@ -25,8 +25,8 @@ Failure usage(const QString &text)
     return {ExitCode::Usage, text};
 }
 
-// What a search says when it did not end with the one sensor that was meant.
-Failure notOne(const QList<SensorInfo> &found, const QString &what)
+// The error for a search that did not find exactly one sensor.
+Failure notExactlyOne(const QList<SensorInfo> &found, const QString &what)
 {
     if (found.isEmpty())
         return {ExitCode::NothingFound, QStringLiteral("the search found no %1").arg(what)};
@@ -47,7 +47,7 @@ void SensorOptions::addTo(CLI::App &app)
     m_search.addModelOptions(app);
     app.add_option("-s,--serial", m_serial, "Search for the sensor with this serial number")
         ->check(Validators::notEmpty());
-    auto *iface = app.add_option("-i,--interface", m_interface, "Interface that the sensor hangs on")
+    auto *iface = app.add_option("-i,--interface", m_interface, "Interface that the sensor is connected to")
                       ->group("Interface parameters");
     iface->check(Validators::notEmpty())->allow_extra_args(false);
     for (const AddressKey &key : addressKeys())
@@ -57,17 +57,17 @@ void SensorOptions::addTo(CLI::App &app)
     app.add_option("--param", m_parameters, "Any other interface parameter, as NAME=VALUE; may be repeated")
         ->group("Interface parameters")
         ->allow_extra_args(false);
-    app.footer("The sensor is named by its address, or by its model and interface parameters:\n"
+    app.footer("The sensor is given by its address, or by its model and interface parameters:\n"
                "  --type TX270 --port COM3 --baudrate 115200\n"
                "  --type CC430 --address 169.254.168.150\n"
-               "or it is searched for, by its serial number, its model or its group:\n"
+               "or by its serial number, model or group, which starts a search:\n"
                "  --serial 1018001 --type TX270");
 }
 
 QStringList SensorOptions::wordsAfterSensor(const std::vector<std::string> &following)
 {
     QStringList words;
-    // An address is left where it is, for resolve() to tell that the sensor is named twice.
+    // If there is an address as well, it stays in place: resolve() then reports that the sensor is named twice.
     if (isNamedByOptions() && m_address.find('@') == std::string::npos) {
         words += QString::fromStdString(m_address);
         m_address.clear();
@@ -81,7 +81,7 @@ QStringList SensorOptions::wordsAfterSensor(const std::vector<std::string> &foll
 SensorAddress SensorOptions::resolve(Console &console, InterruptWatcher &interrupt) const
 {
     if (m_address.empty())
-        return saysHowToReach() ? direct() : search(console, interrupt);
+        return hasInterfaceOptions() ? direct() : search(console, interrupt);
     if (isNamedByOptions())
         throw usage(QStringLiteral("a sensor is named by its address or by options, not by both"));
     QString problem;
@@ -91,7 +91,7 @@ SensorAddress SensorOptions::resolve(Console &console, InterruptWatcher &interru
     return *address;
 }
 
-bool SensorOptions::saysHowToReach() const
+bool SensorOptions::hasInterfaceOptions() const
 {
     const bool anyValue =
         std::any_of(m_values.begin(), m_values.end(), [](const auto &entry) { return !entry.second.empty(); });
@@ -100,7 +100,7 @@ bool SensorOptions::saysHowToReach() const
 
 bool SensorOptions::isNamedByOptions() const
 {
-    return saysHowToReach() || !m_serial.empty() || m_search.type() != NoSensor || m_search.hasGroup();
+    return hasInterfaceOptions() || !m_serial.empty() || m_search.type() != NoSensor || m_search.hasGroup();
 }
 
 SensorAddress SensorOptions::direct() const
@@ -110,7 +110,8 @@ SensorAddress SensorOptions::direct() const
     if (address.type == NoSensor)
         throw usage(QStringLiteral("--type is needed to open a sensor by its interface parameters"));
     if (!m_serial.empty())
-        throw usage(QStringLiteral("--serial searches for the sensor and goes with no interface parameter"));
+        throw usage(
+            QStringLiteral("--serial searches for the sensor and cannot be combined with interface parameters"));
     const auto insert = [&address](const QString &parameter, const QString &value) {
         const QString problem = valueProblem(parameter, value);
         if (!problem.isEmpty())
@@ -162,8 +163,8 @@ SensorAddress SensorOptions::search(Console &console, InterruptWatcher &interrup
         throw Failure{ExitCode::Failed, outcome.problem};
     if (found.size() == 1)
         return SensorAddress::of(found.first());
-    throw notOne(found, serial.isEmpty() ? QStringLiteral("such sensor")
-                                         : QStringLiteral("sensor with the serial number %1").arg(serial));
+    throw notExactlyOne(found, serial.isEmpty() ? QStringLiteral("such sensor")
+                                                : QStringLiteral("sensor with the serial number %1").arg(serial));
 }
 
 std::unique_ptr<SensorInstance> openSensor(const SensorAddress &address, QString *warning)
@@ -181,7 +182,7 @@ std::unique_ptr<SensorInstance> openSensor(const SensorAddress &address, QString
                       QStringLiteral("cannot open %1: %2")
                           .arg(address.toString(), text.isEmpty() ? QStringLiteral("error %1").arg(code) : text)};
     if (const SensorAddress actual = answeringSensor(*instance, address); actual.type != address.type)
-        Console::toStderr(QStringLiteral("the sensor at %1 says that it is another model: %2\n")
+        Console::toStderr(QStringLiteral("the sensor at %1 reports another model: %2\n")
                               .arg(address.toString(), actual.toString())
                               .toUtf8());
     if (warning)

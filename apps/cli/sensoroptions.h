@@ -14,25 +14,25 @@
 #include <string>
 #include <vector>
 
-/// The options that name one sensor: by its address, by its interface parameters or by what a search
-/// for it should look for.
+/// The options that name one sensor: by its address, by its interface parameters, or by serial number, model or group
+/// for a search.
 class SensorOptions
 {
 public:
     void addTo(CLI::App &app);
 
-    /// The words of the command line that follow the sensor: \a following, preceded by the word at the address's
-    /// place where options name the sensor. To be called before resolve().
+    /// The words of the command line after the sensor. If options name the sensor, the word in the place of its address
+    /// belongs to them and is put before \a following. Call this before resolve().
     QStringList wordsAfterSensor(const std::vector<std::string> &following);
 
-    /// The sensor that the options name; searches for it where they do not say how to reach it.
-    /// Throws Failure when they name none or not exactly one.
+    /// The sensor that the options name; searches for it if there are no interface parameters.
+    /// Throws Failure if the options do not lead to exactly one sensor.
     SondixApp::SensorAddress resolve(Console &console, InterruptWatcher &interrupt) const;
 
 private:
     SondixApp::SensorAddress direct() const;
     SondixApp::SensorAddress search(Console &console, InterruptWatcher &interrupt) const;
-    bool saysHowToReach() const;
+    bool hasInterfaceOptions() const;
     bool isNamedByOptions() const;
 
     std::string m_address;
@@ -43,7 +43,7 @@ private:
     std::vector<std::string> m_parameters;
 };
 
-/// Opens the sensor at \a address. Throws Failure when it cannot be opened. \a warning tells what an open
-/// sensor could not be asked; it may be null.
+/// Opens the sensor at \a address. Throws Failure if it cannot be opened. \a warning, which may be null, receives the
+/// text of queries that failed although the sensor is open.
 std::unique_ptr<SondixQt::SensorInstance> openSensor(const SondixApp::SensorAddress &address,
                                                      QString *warning = nullptr);

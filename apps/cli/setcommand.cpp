@@ -17,14 +17,16 @@ public:
     explicit SetCommand(CLI::App &app)
     {
         m_sensor.addTo(app);
-        app.add_option("COMMAND", m_command, "Command that writes, such as Set_Samplerate");
-        app.add_option("PARAMETER=VALUE", m_words, "What it writes, such as SP_Measrate=2.5");
-        app.add_flag("--json", m_json, "One JSON object");
-        app.footer(app.get_footer() +
-                   "\nThe command changes the sensor; whether it outlasts switching off is the sensor's matter.\n"
-                   "A value is an integer or a decimal number where it reads as one, else a text; double quotes\n"
-                   "(which a shell must be kept from taking away) make it a text in any case: 'SP_Name=\"12\"'.\n"
-                   "Example:\n  sondixqt set TX270@RS232,port=COM3 Set_Samplerate SP_Measrate=2.5");
+        app.add_option("COMMAND", m_command, "Writing command, such as Set_Samplerate");
+        app.add_option("PARAMETER=VALUE", m_words, "Values to write, such as SP_Measrate=2.5");
+        app.add_flag("--json", m_json, "Print one JSON object");
+        app.footer(
+            app.get_footer() +
+            "\nThe command changes the sensor. Whether the change survives a power cycle depends on the sensor.\n"
+            "A value that looks like an integer or a decimal number is sent as one, anything else as text. "
+            "Double\n"
+            "quotes, which must be protected from the shell, always make it text: 'SP_Name=\"12\"'.\n"
+            "Example:\n  sondixqt set TX270@RS232,port=COM3 Set_Samplerate SP_Measrate=2.5");
     }
 
     ExitCode run(Console &console, InterruptWatcher &interrupt) override

@@ -11,8 +11,8 @@ using namespace SondixApp;
 SwitchOffCommand::SwitchOffCommand(CLI::App &app)
 {
     m_sensor.addTo(app);
-    app.add_option("off", m_word, "Switch it off, which changes the sensor; otherwise its state is told");
-    app.add_flag("--json", m_json, "One JSON object");
+    app.add_option("off", m_word, "Switch it off, which changes the sensor; without it the state is printed");
+    app.add_flag("--json", m_json, "Print one JSON object");
     app.footer(app.get_footer() + "\nExample:\n  sondixqt " + app.get_name() +
                " CC430@TCP/IP,address=169.254.168.150 off");
 }
@@ -31,7 +31,7 @@ ExitCode SwitchOffCommand::run(Console &console, InterruptWatcher &interrupt)
         QString text;
         Answer::check(switchOff(*instance, &text), QStringLiteral("to switch %1 off").arg(subject()), text);
     } else if (!warning.isEmpty()) {
-        throw Failure{ExitCode::Refused, QStringLiteral("the sensor does not tell its state: %1").arg(warning)};
+        throw Failure{ExitCode::Refused, QStringLiteral("the sensor does not report its state: %1").arg(warning)};
     }
     const State told = state(*instance);
     instance->close();

@@ -6,7 +6,7 @@
 
 #include <QJsonObject>
 
-/// A subcommand that tells whether something of a sensor is on and, on demand, switches it off.
+/// A subcommand that prints whether a function of a sensor is on, or switches it off.
 class SwitchOffCommand : public Command
 {
 public:
@@ -15,14 +15,14 @@ public:
     ExitCode run(Console &console, InterruptWatcher &interrupt) override;
 
 protected:
-    /// What is told, as a sentence and as JSON.
+    /// The state as a sentence and as JSON.
     struct State
     {
         QString sentence;
         QJsonObject json;
     };
 
-    /// What can be on, in words.
+    /// The name of the function in messages.
     virtual QString subject() const = 0;
     virtual State state(const SondixQt::SensorInstance &instance) const = 0;
     virtual SondixQt::ErrorCode switchOff(SondixQt::SensorInstance &instance, QString *errorText) const = 0;

@@ -34,6 +34,7 @@ protected:
 
 std::unique_ptr<Command> makeSyncCommand(CLI::App &app, CLI::App *&subcommand)
 {
-    subcommand = app.add_subcommand("sync", "Tell whether a sensor is synchronised, or switch that off");
+    subcommand =
+        app.add_subcommand("sync", "Print whether a sensor is synchronised with others, or switch that off");
     return std::make_unique<SyncCommand>(*subcommand);
 }

@@ -14,7 +14,7 @@ public:
     }
 
     void addRow(const QStringList &cells) { m_rows.append(cells); }
-    /// The header, when there is one, and the rows, each indented by \a indent blanks.
+    /// The header, if there is one, and the rows, each indented by \a indent spaces.
     QStringList lines(int indent = 0) const;
 
 private:

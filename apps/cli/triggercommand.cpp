@@ -33,6 +33,6 @@ protected:
 
 std::unique_ptr<Command> makeTriggerCommand(CLI::App &app, CLI::App *&subcommand)
 {
-    subcommand = app.add_subcommand("trigger", "Tell whether a sensor waits for a trigger, or switch that off");
+    subcommand = app.add_subcommand("trigger", "Print whether a sensor waits for a trigger, or switch that off");
     return std::make_unique<TriggerCommand>(*subcommand);
 }

@@ -25,7 +25,7 @@ WebInterface webInterfaceOf(const SensorAddress &address)
     return SensorInfo(address.parameters, address.type).getWebInterfaceSupport();
 }
 
-// Throws Failure for a sensor whose pages no tunnel can reach.
+// Throws Failure unless the sensor serves web pages over a serial line.
 void checkWebInterface(const SensorAddress &address)
 {
     const WebInterface kind = webInterfaceOf(address);
@@ -35,7 +35,7 @@ void checkWebInterface(const SensorAddress &address)
     const QString name = sensorName(address.type, true);
     if (kind == SerialWebInterface)
         throw Failure{ExitCode::Usage,
-                      QStringLiteral("%1 is in the network: a tunnel is for serial lines").arg(name)};
+                      QStringLiteral("%1 is connected over the network; a tunnel is for serial lines").arg(name)};
     if (kind == NativeWebInterface)
         throw Failure{ExitCode::Usage,
                       QStringLiteral("%1 serves its web interface itself, over the network").arg(name)};
@@ -49,7 +49,7 @@ void checkWebInterface(const SensorAddress &address)
 
 constexpr char requestCategory[] = "SondixQt.RS232Tunnel.Requests";
 
-// Shows the requests on stderr while it lives. They are logged in the tunnel's thread.
+// Copies the log of the requests to stderr. The messages arrive in the tunnel's thread.
 class RequestLog
 {
 public:
@@ -81,12 +81,11 @@ public:
     explicit TunnelCommand(CLI::App &app)
     {
         m_sensor.addTo(app);
-        app.add_flag("--open", m_open, "Show the web interface in the browser");
-        app.add_flag("--json", m_json, "One JSON object in place of the address alone");
-        app.footer(
-            app.get_footer() +
-            "\nPrints the address for a browser on this computer, and each request on stderr, until Ctrl-C.\n"
-            "Example:\n  sondixqt tunnel TX270@RS232,port=COM3 --open");
+        app.add_flag("--open", m_open, "Open the web interface in the browser");
+        app.add_flag("--json", m_json, "Print one JSON object instead of the plain address");
+        app.footer(app.get_footer() + "\nPrints the address for a browser on this computer and logs each request "
+                                      "on stderr. Ctrl-C ends it.\n"
+                                      "Example:\n  sondixqt tunnel TX270@RS232,port=COM3 --open");
     }
 
     ExitCode run(Console &console, InterruptWatcher &interrupt) override
@@ -100,7 +99,7 @@ public:
             const QUrl url = openTunnel(tunnel, address);
             tell(console, address, url);
             if (m_open && !openBrowser(url))
-                console.note(QStringLiteral("no browser could be started: open the address yourself"));
+                console.note(QStringLiteral("no browser could be started; open the address yourself"));
             serve(console, interrupt, tunnel);
             tunnel.closeTunnel();
         }
@@ -118,7 +117,8 @@ private:
             throw Failure{ExitCode::CannotOpen,
                           QStringLiteral("cannot open %1: error %2").arg(address.toString()).arg(code)};
         if (url.isEmpty())
-            throw Failure{ExitCode::Failed, QStringLiteral("there is no port for browsers to connect to")};
+            throw Failure{ExitCode::Failed,
+                          QStringLiteral("the tunnel could not get a TCP port on this computer")};
         return url;
     }
 

@@ -4,16 +4,16 @@
 #include <functional>
 #include <string>
 
-/// What is wrong with the values of options, in the parser's form: an empty text for nothing.
+/// Checks of option values as the parser takes them: they return an error message, or an empty text for a valid value.
 namespace Validators {
 
 using Check = std::function<std::string(const std::string &)>;
 
-/// Any text but an empty one, which is mostly a variable of a script that is not set.
+/// Any text that is not empty: an empty value usually comes from an unset variable in a script.
 Check notEmpty();
-/// A decimal number of seconds above 0 and at most \a longest.
-Check seconds(double longest);
-/// A whole number from 1 to \a greatest.
-Check count(long long greatest);
+/// A decimal number of seconds above 0 and at most \a maximum.
+Check seconds(double maximum);
+/// A whole number from 1 to \a maximum.
+Check count(long long maximum);
 
 } // namespace Validators

@@ -22,7 +22,7 @@ namespace {
 template<typename... Arguments>
 QByteArray number(Arguments... arguments)
 {
-    std::array<char, 400> buffer; // the largest double in full has 309 digits before its point
+    std::array<char, 400> buffer; // the largest double has 309 digits before the decimal point
     const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), arguments...).ptr;
     return QByteArray(buffer.data(), static_cast<int>(end - buffer.data()));
 }
@@ -39,7 +39,7 @@ QByteArray titled(const QString &name, const QString &unit)
     return (unit.isEmpty() ? name : QStringLiteral("%1 [%2]").arg(name, unit)).toUtf8();
 }
 
-// The first of a frame's values.
+// The first value of a frame.
 template<typename T>
 const T *valuesOf(const T *values, const FrameBlock &block, int frame)
 {

@@ -12,7 +12,7 @@
 
 #include <functional>
 
-/// Turns frames of values into text, one line a frame. Numbers are independent of the locale.
+/// Formats frames as text, one line per frame. Numbers do not depend on the locale.
 class ValueWriter
 {
 public:
@@ -25,20 +25,20 @@ public:
         bool scaled = true;
     };
 
-    /// The text of the error that a scaled value stands for; empty where there is none.
+    /// Returns the error text for a scaled value that is an error value; empty if it has none.
     using ErrorText = std::function<QString(double)>;
 
     ValueWriter(Format format, const Columns &columns, ErrorText errorText);
 
-    /// What stands before the first frame; empty in the formats that need nothing there.
+    /// The header line; empty for formats without one.
     QByteArray header() const;
     QByteArray lines(const SondixApp::FrameBlock &block);
 
-    /// How many error values of each text there were.
+    /// The number of error values by their text.
     const QMap<QString, qint64> &errorCounts() const { return m_errorCounts; }
 
 private:
-    /// What stands in place of the error value \a value of the key \a key.
+    /// The text that is shown instead of the error value \a value with the key \a key.
     QString errorMark(double value, int key);
     void appendFrame(QByteArray &out, const SondixApp::FrameBlock &block, int frame);
     void appendJson(QByteArray &out, const SondixApp::FrameBlock &block, int frame, double time);

@@ -23,7 +23,6 @@ namespace {
 
 using SignalNames = QMap<int, QString>;
 
-/// One line of a video signal.
 struct VideoLine
 {
     int position = 0;
@@ -32,7 +31,7 @@ struct VideoLine
     QVector<int> pixels;
 };
 
-/// What is told of a sensor's video.
+/// The video settings of a sensor.
 struct VideoState
 {
     SignalNames available;
@@ -62,15 +61,15 @@ public:
         app.add_option("--on", m_on, "Switch this video signal on, by position or name; changes the sensor")
             ->check(Validators::notEmpty());
         app.add_flag("--video-mode", m_videoMode,
-                     "Switch a sensor that sends measured values or video to video; changes the sensor");
+                     "Switch the sensor to a mode in which it sends video; changes the sensor");
         app.add_option("--line", m_target,
                        "Fetch one line of a signal that is on and draw it into this PNG file, or as text with -")
             ->check(Validators::notEmpty());
         app.add_option(
                "--signal", m_signal,
-               "The signal for --line, by position or name; otherwise that of --on or the first that is on")
+               "The signal for --line, by position or name (default: the one of --on, or the first that is on)")
             ->check(Validators::notEmpty());
-        app.add_flag("--json", m_json, "One JSON object, with --line also its pixels");
+        app.add_flag("--json", m_json, "Print one JSON object; with --line it contains the pixels");
         app.footer(app.get_footer() + "\nExample:\n  sondixqt video CC430@TCP/IP,address=169.254.168.150 "
                                       "--video-mode --on 0 --line video.png");
     }
@@ -80,7 +79,7 @@ public:
         checkUse();
         const SensorAddress address = m_sensor.resolve(console, interrupt);
         const auto instance = openSensor(address);
-        // A model that cannot be asked whether it sends video goes by what it is told.
+        // Some models cannot report whether they send video: the instance must be told.
         if (isWorkToDo())
             instance->setVideoTransmitted(true);
         VideoState state = readState(*instance);
@@ -131,13 +130,13 @@ private:
         return state;
     }
 
-    // Switches on and fetches what was asked for.
+    // Carries out --video-mode, --on and --line.
     std::optional<VideoLine> work(SensorInstance &instance, VideoState &state) const
     {
         if (state.available.isEmpty())
             throw failed(QStringLiteral("%1 has no video").arg(sensorName(instance.sensorType(), true)));
         if (!state.supported)
-            throw failed(QStringLiteral("video cannot be had over this interface"));
+            throw failed(QStringLiteral("video is not available over this interface"));
         const std::optional<int> on = positionOf(state.available, m_on);
         const std::optional<int> chosen = positionOf(state.available, m_signal);
         if (m_videoMode) {
@@ -205,9 +204,9 @@ private:
                       QStringLiteral("Get_Video"), text);
         const auto pixels = videoPixels(data);
         if (!pixels)
-            throw Failure{ExitCode::Refused,
-                          QStringLiteral("the sensor sends %1 bytes, which are no line of pixels of 2 bytes")
-                              .arg(data.size())};
+            throw Failure{
+                ExitCode::Refused,
+                QStringLiteral("the sensor sends %1 bytes, which are no line of 16-bit pixels").arg(data.size())};
         return {position, state.available.value(position), state.resolution, *pixels};
     }
 
@@ -218,7 +217,7 @@ private:
         const bool drawn =
             buffer.open(QIODevice::WriteOnly) && videoPicture(line.pixels, line.resolution).save(&buffer, "PNG");
         if (!drawn)
-            throw failed(QStringLiteral("the picture cannot be made"));
+            throw failed(QStringLiteral("cannot encode the picture"));
         OutputFile file(QString::fromStdString(m_target));
         if (!file.open() || !file.write(data) || !file.commit())
             throw failed(QStringLiteral("cannot write '%1': %2").arg(file.path(), file.errorString()));
@@ -272,12 +271,12 @@ private:
         console.print(console.styled(lines.takeFirst(), Console::Bold));
         for (const QString &line : qAsConst(lines))
             console.print(line);
-        console.note(
-            QStringLiteral("lines of %1 pixels with %2 steps; video mode %3%4")
-                .arg(state.pixels)
-                .arg(state.resolution)
-                .arg(state.videoMode ? QStringLiteral("on") : QStringLiteral("off"),
-                     state.supported ? QString() : QStringLiteral("; video cannot be had over this interface")));
+        console.note(QStringLiteral("lines of %1 pixels with %2 steps; video mode %3%4")
+                         .arg(state.pixels)
+                         .arg(state.resolution)
+                         .arg(state.videoMode ? QStringLiteral("on") : QStringLiteral("off"),
+                              state.supported ? QString()
+                                              : QStringLiteral("; video is not available over this interface")));
     }
 
     SensorOptions m_sensor;

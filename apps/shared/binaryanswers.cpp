@@ -11,7 +11,7 @@ QStringList binaryAnswers(SensorInstance &instance, const QString &command)
         return {QStringLiteral("SA_HTTPBody")};
     if (command != QLatin1String("Get_Video"))
         return {};
-    // A model that cannot be asked whether it sends video goes by what it is told.
+    // Some models cannot report whether they send video: the instance must be told.
     instance.setVideoTransmitted(true);
     TransmittedDataInfo frame;
     QStringList names;

@@ -9,10 +9,10 @@
 
 namespace SondixApp {
 
-/// The answers to \a command that are bytes. The whole answer is a text and leaves them out.
+/// The names of the binary values in the answer to \a command. SensorInstance::sendCommandGetAll() leaves them out.
 QStringList binaryAnswers(SondixQt::SensorInstance &instance, const QString &command);
 
-/// Sends \a command once more and returns those of its answers \a names that the sensor gives as bytes.
+/// Sends \a command and returns those of the values \a names that the sensor sends as bytes.
 QMap<QString, QVariant> askBinary(SondixQt::SensorInstance &instance, const QString &command,
                                   const QMap<QString, QVariant> &parameters, const QStringList &names);
 

@@ -13,7 +13,7 @@ namespace SondixApp {
 
 namespace {
 
-constexpr int suggestions = 3;
+constexpr int maxSuggestions = 3;
 
 template<typename T>
 struct Candidate
@@ -22,7 +22,8 @@ struct Candidate
     T value;
 };
 
-QString bare(const QString &text)
+// Spaces, hyphens, slashes and letter case do not count in a comparison.
+QString normalized(const QString &text)
 {
     QString result;
     for (const QChar c : text)
@@ -31,7 +32,7 @@ QString bare(const QString &text)
     return result;
 }
 
-// Letters that were swapped, left out, added or replaced count one each.
+// Damerau-Levenshtein distance (restricted form): swaps, deletions, insertions and substitutions count 1 each.
 int editDistance(const QString &a, const QString &b)
 {
     QVector<int> before;
@@ -59,10 +60,10 @@ QStringList allNearNames(const QString &text, const QStringList &names)
         int distance;
         QString name;
     };
-    const QString wanted = bare(text);
+    const QString wanted = normalized(text);
     QVector<Near> near;
     for (const QString &name : names) {
-        const QString candidate = bare(name);
+        const QString candidate = normalized(name);
         int distance = editDistance(wanted, candidate);
         if (wanted.size() >= 3 && candidate.contains(wanted))
             distance = std::min(distance, 1);
@@ -78,7 +79,7 @@ QStringList allNearNames(const QString &text, const QStringList &names)
     return result;
 }
 
-// Several names may mean the same: of those only the nearest is worth suggesting.
+// If several names have the same value, only the nearest of them is suggested.
 template<typename T>
 QStringList nearestOfEach(const QList<Candidate<T>> &candidates, const QString &text, const QStringList &names)
 {
@@ -87,7 +88,7 @@ QStringList nearestOfEach(const QList<Candidate<T>> &candidates, const QString &
     for (const QString &name : allNearNames(text, names)) {
         const auto candidate = std::find_if(candidates.cbegin(), candidates.cend(),
                                             [&](const Candidate<T> &c) { return c.name == name; });
-        if (known.contains(candidate->value) || result.size() == suggestions)
+        if (known.contains(candidate->value) || result.size() == maxSuggestions)
             continue;
         known += candidate->value;
         result += name;
@@ -124,7 +125,7 @@ Named<T> findIn(const QList<Candidate<T>> &candidates, const QString &text, cons
 
 QStringList nearNames(const QString &text, const QStringList &names)
 {
-    return allNearNames(text, names).mid(0, suggestions);
+    return allNearNames(text, names).mid(0, maxSuggestions);
 }
 
 QString unknownName(const QString &what, const QString &text, const QStringList &names, const QString &otherwise)

@@ -10,7 +10,7 @@
 
 namespace SondixApp {
 
-/// What a user's text names in the catalogue, or a sentence that says what is wrong with it.
+/// The result of a lookup by name: the value, or an error message.
 template<typename T>
 struct Named
 {
@@ -18,23 +18,23 @@ struct Named
     QString problem;
 };
 
-/// A model by its short name, its long name (both in any letter case) or its number.
+/// Finds a model by its short name, its long name (both case-insensitive) or its number.
 Named<SondixQt::SensorType> findType(const QString &text);
 
-/// A group by either of its names in any letter case or by its number.
+/// Finds a group by either of its names (case-insensitive) or by its number.
 Named<SondixQt::SensorGroup> findGroup(const QString &text);
 
-/// An interface by its display name or the sensor-access library's name for it, in any letter case,
-/// or by its number.
+/// Finds an interface by its display name or the sensor-access library's name for it (both case-insensitive), or by
+/// its number.
 Named<SondixQt::SensorInterface> findInterface(const QString &text);
 
-/// The interfaces that sensors can hang on, in ascending order.
+/// All interfaces that sensors can be connected to, in ascending order.
 const QList<SondixQt::SensorInterface> &allInterfaces();
 
-/// Up to three of \a names that a misspelt \a text may have meant, the nearest first.
+/// Up to three of \a names that are similar to the misspelt \a text, the nearest first.
 QStringList nearNames(const QString &text, const QStringList &names);
 
-/// "there is no <what> '<text>'; did you mean ...?", ending with \a otherwise where nothing comes near.
+/// "there is no <what> '<text>'; did you mean ...?", ending with \a otherwise if no name is similar.
 QString unknownName(const QString &what, const QString &text, const QStringList &names, const QString &otherwise);
 
 } // namespace SondixApp

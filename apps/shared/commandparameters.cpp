@@ -16,22 +16,22 @@ bool matches(const QString &text, const QString &pattern)
     return QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(text).hasMatch();
 }
 
-QVariant wrong(QString &problem, const QString &sentence)
+QVariant invalid(QString &problem, const QString &sentence)
 {
     problem = sentence;
     return {};
 }
 
-// What does not fit into a byte a character would reach the sensor as a question mark.
-bool reachesTheSensor(const QString &text)
+// The sensor-access library takes 8-bit texts: other characters would arrive as question marks.
+bool isLatin1(const QString &text)
 {
     return std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() <= 0xFF; });
 }
 
 QVariant textValue(const QString &word, const QString &text, QString &problem)
 {
-    if (!reachesTheSensor(text))
-        return wrong(problem, QStringLiteral("'%1' has characters that cannot be sent to a sensor").arg(word));
+    if (!isLatin1(text))
+        return invalid(problem, QStringLiteral("'%1' has characters that cannot be sent to a sensor").arg(word));
     return text;
 }
 
@@ -41,7 +41,7 @@ QVariant numberValue(const QString &word, const QString &text, bool isInteger, Q
     QVariant value = isInteger ? QVariant(text.toInt(&fits)) : QVariant(text.toDouble(&fits));
     if (fits)
         return value;
-    return wrong(
+    return invalid(
         problem,
         QStringLiteral("the number in '%1' is too large%2")
             .arg(word, isInteger ? QStringLiteral(" for an integer; with a point it is a decimal") : QString()));
@@ -51,12 +51,13 @@ QVariant valueOf(const QString &word, const QString &text, QString &problem)
 {
     if (text.startsWith(quote) || text.endsWith(quote)) {
         if (text.size() < 2 || !text.startsWith(quote) || !text.endsWith(quote))
-            return wrong(problem, QStringLiteral("the double quotes in '%1' do not enclose the value").arg(word));
+            return invalid(problem,
+                           QStringLiteral("the double quotes in '%1' do not enclose the value").arg(word));
         return textValue(word, text.mid(1, text.size() - 2), problem);
     }
     if (text.isEmpty())
-        return wrong(problem,
-                     QStringLiteral("'%1' gives no value; two double quotes stand for an empty text").arg(word));
+        return invalid(problem,
+                       QStringLiteral("'%1' gives no value; two double quotes stand for an empty text").arg(word));
     if (matches(text, QStringLiteral("[+-]?[0-9]+")))
         return numberValue(word, text, true, problem);
     if (matches(text, QStringLiteral("[+-]?([0-9]+[.]?[0-9]*|[.][0-9]+)([eE][+-]?[0-9]+)?")))

@@ -10,14 +10,14 @@
 
 namespace SondixApp {
 
-/// Whether \a text can be the name of a command, a parameter or an answer.
+/// Whether \a text has the form of the name of a command, a parameter or an answer.
 bool isCommandWord(const QString &text);
 
-/// The parameters that \a words, each "NAME=VALUE", stand for; nothing, with a sentence in \a problem, when
-/// one of them stands for none.
+/// Parses \a words, each of the form "NAME=VALUE". If one is malformed, returns nothing and an error message in
+/// \a problem.
 ///
-/// A value is an integer or a decimal number (with a point) where it reads as one, else a text. Double quotes
-/// around it, which are no part of it, make it a text in any case.
+/// A value that looks like an integer or a decimal number (with a point) is one, anything else is a text. A value in
+/// double quotes is always a text; the quotes are removed.
 std::optional<QMap<QString, QVariant>> commandParameters(const QStringList &words, QString &problem);
 
 } // namespace SondixApp

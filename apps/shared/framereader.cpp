@@ -13,7 +13,7 @@ namespace {
 constexpr int framesPerTransfer = 8192;
 constexpr int maxTransfersPerPoll = 16;
 constexpr int pollInterval = 40;
-constexpr int shortestInterval = 5;
+constexpr int minPollInterval = 5;
 
 } // namespace
 
@@ -34,10 +34,11 @@ void FrameReader::start(const Plan &plan)
     const auto capacity = static_cast<size_t>(framesPerTransfer) * static_cast<size_t>(m_valuesPerFrame);
     m_scaled.resize(capacity);
     m_raw.resize(capacity);
-    // Such a sensor measures once each time it is asked, so its rate is the rate of asking.
-    const bool asks = m_instance.isGetMeasureNeeded() && m_rateKhz > 0.0;
-    const int interval = asks ? static_cast<int>(std::min<double>(pollInterval, 1.0 / m_rateKhz)) : pollInterval;
-    m_timer.start(std::max(shortestInterval, interval));
+    // Such a sensor measures only when it is polled: poll it at its sample rate.
+    const bool isPolled = m_instance.isGetMeasureNeeded() && m_rateKhz > 0.0;
+    const int interval =
+        isPolled ? static_cast<int>(std::min<double>(pollInterval, 1.0 / m_rateKhz)) : pollInterval;
+    m_timer.start(std::max(minPollInterval, interval));
     m_sinceStart.start();
     m_sinceFrame.start();
 }
@@ -71,7 +72,7 @@ bool FrameReader::transfer(int capacity, int &count)
 {
     QString text;
     count = capacity;
-    // A sensor that must be asked has nothing waiting before the transfer has asked it.
+    // A sensor that measures only when it is polled has no data available before the transfer.
     if (!m_instance.isGetMeasureNeeded()) {
         int available = 0;
         if (m_instance.dataAvail(available, &text) != NoError) {
@@ -130,10 +131,10 @@ void FrameReader::deliver(int count)
 
 void FrameReader::countLost(double blockTime)
 {
-    // A sensor that is asked for each measurement sends no steady stream that could have gaps.
+    // A sensor that is polled sends no continuous stream, so gaps are no losses.
     if (m_framesRead == 0 || m_rateKhz <= 0.0 || m_instance.isGetMeasureNeeded())
         return;
-    // The rate that a sensor tells is rounded, which adds up over a block.
+    // The reported rate is rounded; the error accumulates over a block.
     constexpr double rateTolerance = 0.001;
     const double period = 0.001 / m_rateKhz;
     const double gap = blockTime - m_nextTimestamp;

@@ -11,11 +11,11 @@
 
 namespace SondixApp {
 
-/// Whole frames that were read together; valid during the signal that brings them.
+/// A block of complete frames; the pointers are valid during FrameReader::framesArrived() only.
 struct FrameBlock
 {
-    qint64 firstFrame = 0;          ///< number of the first frame since the start, from 0
-    int frames = 0;                 ///< how many there are
+    qint64 firstFrame = 0;          ///< number of the first frame, counted from 0 at the start
+    int frames = 0;                 ///< number of frames in the block
     int valuesPerFrame = 0;         ///< values of one frame
     const double *scaled = nullptr; ///< frames * valuesPerFrame values
     const int *raw = nullptr;       ///< the same values, raw
@@ -25,8 +25,7 @@ struct FrameBlock
 
 /// Reads an open sensor frame by frame until a number of frames or a time is reached.
 ///
-/// Polls with a timer on its own thread, which needs an event loop. Borrows the instance, which must
-/// outlive it.
+/// Polls with a timer on its thread, which needs an event loop. Does not own the instance, which must outlive it.
 class FrameReader : public QObject
 {
     Q_OBJECT
@@ -35,14 +34,14 @@ public:
     {
         qint64 frames = -1;    ///< frames to read; -1: no limit
         double seconds = -1.0; ///< time to read; below 0: no limit
-        double silence = 5.0;  ///< seconds without a frame after which reading ends
+        double silence = 5.0;  ///< maximum time without a frame, in seconds
     };
 
     enum End {
-        Reached, ///< the frames or the time that were asked for
+        Reached, ///< the requested number of frames or time is complete
         Stopped, ///< stop() was called
-        Silent,  ///< no frame came for too long
-        Failed,  ///< the sensor refused: problem() says why
+        Silent,  ///< no frame arrived for too long
+        Failed,  ///< the sensor reported an error, see problem()
     };
     Q_ENUM(End)
 
@@ -52,8 +51,8 @@ public:
     void stop();
 
     qint64 framesRead() const { return m_framesRead; }
-    /// How many frames never came, told by gaps between the times of the blocks; only where the sample
-    /// rate is known.
+    /// The number of lost frames, computed from gaps between the timestamps of blocks; 0 if the sample rate is not
+    /// known.
     qint64 framesLost() const { return m_framesLost; }
     QString problem() const { return m_problem; }
 
@@ -77,10 +76,10 @@ private:
     QElapsedTimer m_sinceFrame;
     std::vector<double> m_scaled;
     std::vector<int> m_raw;
-    int m_left = 0; // values of a frame whose other values have not come yet
+    int m_left = 0; // number of values of an incomplete frame
     double m_timestamp = 0.0;
     double m_leftTimestamp = 0.0;
-    double m_nextTimestamp = 0.0; // when the frame after the last one is due
+    double m_nextTimestamp = 0.0; // expected timestamp of the next frame
     qint64 m_framesRead = 0;
     qint64 m_framesLost = 0;
     double m_lastBlockSeconds = 0.0;

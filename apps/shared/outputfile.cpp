@@ -46,10 +46,10 @@ bool OutputFile::open()
         return m_direct->open(QIODevice::WriteOnly | QIODevice::Unbuffered) || fail(*m_direct);
     }
     if (info.exists() && !info.isWritable()) {
-        m_error = QStringLiteral("it may not be overwritten");
+        m_error = QStringLiteral("it is write-protected");
         return false;
     }
-    // A part that an earlier run kept is not this run's to overwrite.
+    // Never overwrite a partial file that an earlier run has kept.
     for (int number = 2; QFileInfo::exists(m_partialName); ++number)
         m_partialName = QStringLiteral("%1.partial%2").arg(m_path).arg(number);
     m_save = std::make_unique<QSaveFile>(m_partialName);
@@ -77,7 +77,7 @@ bool OutputFile::commit()
     std::filesystem::rename(nativePath(partialName()), nativePath(m_path), error);
     if (!error)
         return true;
-    // Another program that reads the old file keeps its name on Windows; what was measured cannot be had again.
+    // Windows does not replace a file that another program has open. Keep the data: it cannot be measured again.
     m_error = QStringLiteral("%1; all of it is in '%2'")
                   .arg(QString::fromLocal8Bit(error.message().c_str()), partialName());
     return false;
@@ -93,7 +93,7 @@ bool OutputFile::keepPartial()
 
 bool OutputFile::fail(const QFileDevice &file)
 {
-    // The device does not know why when it could write a part of a block.
+    // After a partial write QFileDevice has no error text, but errno is set.
     m_error = errno != 0 ? QString::fromLocal8Bit(std::strerror(errno)) : file.errorString();
     return false;
 }

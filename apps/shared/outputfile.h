@@ -10,11 +10,10 @@
 
 namespace SondixApp {
 
-/// A file that bears its name only when it is whole.
+/// A file that appears under its name only when it is complete.
 ///
-/// Everything is written beside the target and takes its name in commit(). What is left over when
-/// something failed is either removed or, where the data are worth keeping, bears a name that says
-/// that it is a part. Devices and pipes are written directly. Owned by one thread.
+/// Data are written to a partial file beside the target, which commit() renames. After a failure the partial file is
+/// removed or, with keepPartial(), kept under its own name. Devices and pipes are written directly. Threads: one.
 class OutputFile
 {
 public:
@@ -26,15 +25,15 @@ public:
 
     bool open();
     bool write(const QByteArray &data);
-    /// Brings all that was written to the target; where that refuses its name, it stays under partialName().
+    /// Gives the written file the name of the target. If that fails, the data stay in partialName().
     bool commit();
-    /// Keeps all that was written under partialName() and leaves the target as it was.
+    /// Keeps the written data in partialName() and does not change the target.
     bool keepPartial();
 
     QString path() const { return m_path; }
-    /// The target's name with ".partial" behind it, from open() on with a number where that is taken.
+    /// The target's name with the suffix ".partial". open() appends a number if that file exists.
     QString partialName() const { return m_partialName; }
-    /// Why the last operation failed.
+    /// The reason why the last operation failed.
     QString errorString() const { return m_error; }
 
 private:

@@ -13,21 +13,21 @@ namespace {
 
 constexpr int variantStep = 10000;
 
-/// A base type whose search answers for its variants, whatever they are.
+/// A base type whose search also finds all its variants.
 struct Family
 {
     SensorType base;
-    SensorType alsoFound; ///< a model with a type of its own that the same search finds; NoSensor: none
+    SensorType alsoFound; ///< another type that the same search finds; NoSensor: none
 };
 
-// The colour sensors come first: their own search tells all addresses of a sensor, any other search one of them.
+// The colour sensors come first: only their own search reports all addresses of a sensor.
 constexpr std::array<Family, 3> families{{
     {HV2, NoSensor},
     {GenericKVBus, CP740},
     {XA300, NoSensor},
 }};
 
-// A search for one of these looks at no serial line.
+// A search for one of these does not scan serial lines.
 constexpr std::array<SensorType, 4> interfaceCards{{XA100PCI, XA200PCI, XA100USB, XA200ETH}};
 
 const Family *familyOf(SensorType type)

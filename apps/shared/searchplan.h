@@ -7,20 +7,20 @@
 
 namespace SondixApp {
 
-/// Searches that together find the sensors of several models.
+/// Searches that together find all sensors of several models.
 struct Searches
 {
-    QList<SondixQt::SensorType> types; ///< what is searched, one after the other
-    bool similar = false;              ///< whether sensors of other types must be accepted
+    QList<SondixQt::SensorType> types; ///< the types to search for, in this order
+    bool similar = false;              ///< whether sensors of similar types must be accepted
 };
 
-/// The fewest searches that find all sensors of the models \a wanted, which stand in display order.
+/// The minimum number of searches that find all sensors of the models \a wanted, which are in display order.
 ///
-/// A search for a family with variants finds all of them. The models that hang on a line, a card's channel or an
-/// address of their own are found by one search for any of them that accepts similar sensors.
+/// A search for a family with variants finds all of them. The models that have a serial line, a channel of a card or a
+/// network address for themselves are found by one search for any of them that accepts similar sensors.
 Searches fewestSearches(const QList<SondixQt::SensorType> &wanted);
 
-/// Every model that a search can find, in display order, the hidden variants and the multi-sensor included.
+/// All models that a search can find, in display order, including hidden variants and the multi-sensor.
 QList<SondixQt::SensorType> allSearchedTypes();
 
 } // namespace SondixApp

@@ -41,7 +41,7 @@ void SearchRun::start()
         end(Refused, problem);
         return;
     }
-    // A single type brings its companions along, which a list would not.
+    // A search for a single type includes its companion types, a search for a list does not.
     if (m_plan.types.size() == 1)
         m_finder.startSearch(m_plan.types.first());
     else
@@ -60,7 +60,7 @@ void SearchRun::onStatusChanged(SensorFinder::Status status)
 {
     if (status != SensorFinder::Error)
         return;
-    // A model that is skipped passes through this state as well: what counts is whether it stays.
+    // The finder also enters this state briefly when it skips a model: check whether it stays in it.
     QTimer::singleShot(0, this, [this] {
         if (m_finder.status() == SensorFinder::Error)
             end(Refused, QStringLiteral("the sensor-access library refused the search"));
@@ -69,12 +69,12 @@ void SearchRun::onStatusChanged(SensorFinder::Status status)
 
 void SearchRun::onSensorFound(const SensorInfo &info)
 {
-    // Ethernet and USB are scanned whether they are asked for or not.
+    // Ethernet and USB are scanned even if they are not requested.
     if (!m_plan.interfaces.testFlag(info.interfaceType()))
         return;
     if (!m_plan.announced.isEmpty() && !m_plan.announced.contains(info.sensorType()))
         return;
-    // Searches for different families may tell different details of the same sensor, which the finder takes for two.
+    // Searches for different families may report the same sensor with different details; the finder announces both.
     const QString sensor = SensorAddress::of(info).toString() + QLatin1Char(' ') +
                            info.getParameter(QStringLiteral("SA_SerialNumber")).toString();
     if (m_announced.contains(sensor))

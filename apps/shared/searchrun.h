@@ -10,33 +10,33 @@
 
 namespace SondixApp {
 
-/// One search from start to end, with a single signal for its end however it came about.
+/// Runs one search and emits finished() exactly once, however the search ends.
 ///
-/// Needs a running event loop on its thread.
+/// Threads: one, with a running event loop.
 class SearchRun : public QObject
 {
     Q_OBJECT
 public:
     enum End {
-        Completed, ///< everything that was asked for has been searched
+        Completed, ///< the search is complete
         Stopped,   ///< stop() was called
-        Refused,   ///< the sensor-access library refused: problem() says what
+        Refused,   ///< the sensor-access library refused the search, see problem()
     };
     Q_ENUM(End)
 
     struct Plan
     {
         QList<SondixQt::SensorType> types;
-        QList<SondixQt::SensorType> announced; ///< only sensors of these models; empty: all that answer
+        QList<SondixQt::SensorType> announced; ///< announce only sensors of these models; empty: all
         SondixQt::SensorInterfaces interfaces;
-        QString baudrates; ///< as the sensor-access library takes them; empty: its own choice
+        QString baudrates; ///< comma-separated list; empty: defaults of the sensor-access library
         bool similar = false;
         bool quick = true;
     };
 
     explicit SearchRun(const Plan &plan, QObject *parent = nullptr);
 
-    /// Has the sensor-access library log the search into \a file; without effect when that is empty.
+    /// Makes the sensor-access library log the search to \a file. Does nothing if \a file is empty.
     void setLogFile(const QString &file);
     void start();
     /// Aborts the search in the sensor-access library.

@@ -15,8 +15,8 @@ namespace SondixApp {
 namespace {
 
 const QString interfaceParameter = QStringLiteral("IP_Interface");
-constexpr int greatestBaudRate = 100'000'000;
-constexpr int greatestTcpPort = 65535;
+constexpr int maxBaudRate = 100'000'000;
+constexpr int maxTcpPort = 65535;
 
 QString encode(const QString &text)
 {
@@ -51,7 +51,7 @@ bool isTextParameter(const QString &parameter)
     return parameter == interfaceParameter;
 }
 
-QVariant guessed(const QString &text)
+QVariant numberOrText(const QString &text)
 {
     bool ok = false;
     const int number = text.toInt(&ok);
@@ -61,19 +61,19 @@ QVariant guessed(const QString &text)
     return ok ? QVariant(real) : QVariant(text);
 }
 
-// A value of a parameter that is not known to be a text would be read back as a number when it looks
-// like one; an encoded character marks it as a text.
+// A text that looks like a number would be parsed as a number unless its parameter is known to be a text. Such a
+// text gets a percent-encoded character as a mark.
 QString encodedValue(const QString &parameter, const QVariant &value)
 {
     const QString text = value.toString();
     QString plain = encode(text);
     const bool wasText = value.type() == QVariant::String;
-    if (!wasText || isTextParameter(parameter) || guessed(text).type() == QVariant::String || text.isEmpty())
+    if (!wasText || isTextParameter(parameter) || numberOrText(text).type() == QVariant::String || text.isEmpty())
         return plain;
     return QLatin1Char('%') + QString::fromLatin1(text.left(1).toUtf8().toHex()) + encode(text.mid(1));
 }
 
-// What tells of the sensor but does not lead to it.
+// Parameters that describe the sensor but are not needed to open it.
 bool isDescription(const QString &parameter)
 {
     static const QStringList descriptions{QStringLiteral("IP_SensorTypeName"),
@@ -100,11 +100,12 @@ bool parsePart(const QString &part, SensorAddress &address, QString &problem)
         return false;
     }
     const QString parameter = key ? key->parameter : decode(name);
-    const bool marked = value.contains(QLatin1Char('%'));
+    const bool isMarkedAsText = value.contains(QLatin1Char('%'));
     problem = valueProblem(parameter, decode(value));
     if (!problem.isEmpty())
         return false;
-    address.parameters.insert(parameter, marked ? QVariant(decode(value)) : parameterValue(parameter, value));
+    address.parameters.insert(parameter,
+                              isMarkedAsText ? QVariant(decode(value)) : parameterValue(parameter, value));
     return true;
 }
 
@@ -116,21 +117,21 @@ const QVector<AddressKey> &addressKeys()
         return AddressKey{QString::fromLatin1(name), QString::fromLatin1(parameter), true, 0, 0,
                           QString::fromLatin1(help)};
     };
-    const auto number = [](const char *name, const char *parameter, const char *help, int least = INT_MIN,
-                           int greatest = INT_MAX) {
-        return AddressKey{QString::fromLatin1(name), QString::fromLatin1(parameter), false, least, greatest,
+    const auto number = [](const char *name, const char *parameter, const char *help, int minimum = INT_MIN,
+                           int maximum = INT_MAX) {
+        return AddressKey{QString::fromLatin1(name), QString::fromLatin1(parameter), false, minimum, maximum,
                           QString::fromLatin1(help)};
     };
     static const QVector<AddressKey> keys{
         text("port", "IP_Port", "Serial port, such as COM3"),
-        number("baudrate", "IP_Baudrate", "Baud rate of the serial line", 1, greatestBaudRate),
+        number("baudrate", "IP_Baudrate", "Baud rate of the serial line", 1, maxBaudRate),
         number("stopbits", "IP_Stopbits", "Stop bits of the serial line"),
         number("bytesize", "IP_ByteSize", "Data bits of the serial line"),
         number("parity", "IP_Parity", "Parity of the serial line, as a number"),
         number("sensor-address", "IP_SensorAddress", "The sensor's address on a bus"),
         text("address", "IP_RemoteAddr", "IP address"),
-        number("remote-port", "IP_RemotePort", "TCP port for commands", 0, greatestTcpPort),
-        number("data-port", "IP_DataPort", "TCP port for measured values", 0, greatestTcpPort),
+        number("remote-port", "IP_RemotePort", "TCP port for commands", 0, maxTcpPort),
+        number("data-port", "IP_DataPort", "TCP port for measured values", 0, maxTcpPort),
         number("address-family", "IP_AddressFamily", "IP version, as a number"),
         number("card", "IP_CardInstance", "Number of the interface card"),
         number("device", "IP_DeviceInstance", "Number of the USB device"),
@@ -194,11 +195,11 @@ QString valueProblem(const QString &parameter, const QString &text)
     const int number = text.toInt(&isNumber);
     if (!isNumber)
         return QStringLiteral("the %1 '%2' is no whole number").arg(key->name, text);
-    if (number < key->least || number > key->greatest)
+    if (number < key->minimum || number > key->maximum)
         return QStringLiteral("the %1 %2 is not from %3 to %4")
             .arg(key->name, text)
-            .arg(key->least)
-            .arg(key->greatest);
+            .arg(key->minimum)
+            .arg(key->maximum);
     return {};
 }
 
@@ -208,13 +209,13 @@ bool isBaudRateList(const QString &text)
     return std::all_of(rates.cbegin(), rates.cend(), [](const QString &rate) {
         bool isNumber = false;
         const int number = rate.trimmed().toInt(&isNumber);
-        return isNumber && number >= 1 && number <= greatestBaudRate;
+        return isNumber && number >= 1 && number <= maxBaudRate;
     });
 }
 
 QVariant parameterValue(const QString &parameter, const QString &text)
 {
-    return isTextParameter(parameter) ? QVariant(text) : guessed(text);
+    return isTextParameter(parameter) ? QVariant(text) : numberOrText(text);
 }
 
 SensorInterface interfaceOf(const QMap<QString, QVariant> &parameters)

@@ -14,7 +14,7 @@ Q_LOGGING_CATEGORY(trackingLog, "SondixQt.Application.Tracking")
 
 namespace {
 
-// Whether \a general names a family that \a type belongs to, or \a type itself.
+// Whether \a general is \a type or a family that it belongs to.
 bool isGeneral(SensorType general, SensorType type)
 {
     constexpr int variantStep = 10000;
@@ -44,7 +44,7 @@ ErrorCode openInstance(SensorInstance &instance, const QMap<QString, QVariant> &
 {
     const ErrorCode code = instance.open(parameters, errorText);
     if (code == NoError && qobject_cast<SpecialSensorInstance *>(&instance)) {
-        // Any command makes these instances learn the mode; a sensor that does not tell it can still be read.
+        // Any command makes these instances read the mode. Failure is ignored: the sensor can be read all the same.
         int mode = 0;
         instance.sendCommandGetInt(QStringLiteral("Get_Autostart"), QStringLiteral("SA_AutostartCommand"), mode);
     }
@@ -53,7 +53,7 @@ ErrorCode openInstance(SensorInstance &instance, const QMap<QString, QVariant> &
 
 SensorAddress answeringSensor(const SensorInstance &instance, const SensorAddress &address)
 {
-    // The members of a multi-sensor tell of themselves.
+    // A multi-sensor answers with the descriptions of its members.
     if (address.type == MultiSensor || instance.getInfoParameters().isEmpty())
         return address;
     const SensorType told = SensorInfo(instance.getInfoParameters().first(), NoSensor).sensorType();

@@ -9,19 +9,19 @@
 
 namespace SondixApp {
 
-/// An instance of the class that the model needs. Its commands return their own result, whatever the model.
+/// Creates an instance of the class that the model needs. For RG52x and RG53x that is a TrackingInstance.
 std::unique_ptr<SondixQt::SensorInstance> createInstance(SondixQt::SensorType type);
 
-/// Opens the sensor of \a instance and has the models that measure on their own tell in which mode they
-/// do, so that their sample rate is known.
+/// Opens the sensor of \a instance. For the models that measure on their own it also reads their mode, on which the
+/// sample rate depends.
 SondixQt::ErrorCode openInstance(SondixQt::SensorInstance &instance, const QMap<QString, QVariant> &parameters,
                                  QString *errorText);
 
-/// The sensor that answers, by what the open \a instance was told when it was opened: \a address, with another model
-/// where the sensor's words contradict it, as when several models hang on one bus.
+/// The address of the sensor that has answered the opening of \a instance: \a address, with another model if the sensor
+/// reports another one, as on a bus with several models.
 SensorAddress answeringSensor(const SondixQt::SensorInstance &instance, const SensorAddress &address);
 
-/// Why the sensor-access library could not create \a instance, in its words or, where it has none, ours.
+/// The reason why the sensor-access library could not create \a instance: its error text, or ours if it has none.
 QString creationProblem(const SondixQt::SensorInstance &instance);
 
 } // namespace SondixApp

@@ -5,7 +5,7 @@
 
 namespace SondixApp {
 
-/// Has the simulator play the bench in \a file. To be called before anything asks it for a sensor.
+/// Makes the simulator load the bench \a file. Call this before the first call of the sensor-access library.
 void useBench(const QString &file);
 
 } // namespace SondixApp

@@ -12,10 +12,10 @@ Q_DECLARE_LOGGING_CATEGORY(trackingLog)
 
 /// A special instance, \a Base, whose commands return their own result.
 ///
-/// The library's classes return what became of the restart of tracking, also when the command before it was
-/// refused. Here the restart follows each command that stopped tracking, and its failure is only logged as a
-/// warning of the category "SondixQt.Application.Tracking": the sensor also starts again when it is next opened.
-/// Threads: one thread at a time, as the class that it is made of.
+/// The library's classes return the result of the restart of tracking, even if the command itself was refused. This
+/// class restarts tracking after each command that has stopped it, and logs a failure of the restart as a warning of
+/// the category "SondixQt.Application.Tracking": opening the sensor again starts tracking as well.
+/// Threads: one at a time, as for \a Base.
 template<typename Base>
 class TrackingInstance final : public Base
 {
@@ -79,7 +79,7 @@ public:
     }
 
 protected:
-    // Called for the commands that stop tracking only: there are some that do not, and commands within commands.
+    // Not called for excluded commands, nor for commands that are sent as part of another one.
     ErrorCode actionBeforeSendCommand(const QString &command, QString *errorText) override
     {
         const ErrorCode code = Base::actionBeforeSendCommand(command, errorText);

@@ -10,16 +10,16 @@
 
 namespace SondixApp {
 
-/// The pixels of one video line in the form in which sensors send it: 16 bits each, the low byte first.
-/// Nothing when \a data hold no whole number of pixels or none at all.
+/// Decodes the pixels of one video line: 16 bits each, little-endian. Nothing if \a data are empty or end within a
+/// pixel.
 std::optional<QVector<int>> videoPixels(const QByteArray &data);
 
-/// \a pixels, of which there must be one at least, over their position, from 0 to \a resolution - 1 or, when
-/// there is more, to their maximum. Needs no application object and no display.
+/// Plots \a pixels, at least one, over their position. The vertical axis goes from 0 to \a resolution - 1, or to the
+/// maximum of the pixels if that is higher. Needs no application object and no display.
 QImage videoPicture(const QVector<int> &pixels, int resolution);
 
-/// The same as lines of text, \a columns wide and \a rows high without the axes. A column that stands for
-/// several pixels shows the highest.
+/// The same plot as lines of text, \a columns wide and \a rows high without the axes. A column that covers several
+/// pixels shows their maximum.
 QStringList videoText(const QVector<int> &pixels, int resolution, int columns, int rows);
 
 } // namespace SondixApp

@@ -5,7 +5,7 @@
 
 namespace Benches {
 
-/// A bench of \a sensors, the elements of a JSON array, whose search takes as long as \a search says.
+/// A bench with \a sensors, the elements of a JSON array. \a search sets the duration of a search; default: very short.
 inline QByteArray of(const QByteArray &sensors, const QByteArray &search = QByteArray())
 {
     const QByteArray quick = R"("TCP/IP": 0.01, "WinUSB": 0.01, "RS232": 0.01, "XA100_USB": 0.01, "XA100": 0.01,
@@ -13,7 +13,7 @@ inline QByteArray of(const QByteArray &sensors, const QByteArray &search = QByte
     return R"({ "search": {)" + (search.isEmpty() ? quick : search) + R"(}, "sensors": [)" + sensors + "] }";
 }
 
-/// A laser sensor on COM3 that sends \a rate frames of one value a second; \a more are further keys of it.
+/// A laser sensor on COM3 that sends \a rate frames of one value per second; \a more contains further JSON members.
 inline QByteArray laser(int rate, const QByteArray &more = QByteArray())
 {
     return R"({ "model": "TX270", "serialNumber": "1001", "place": { "interface": "RS232", "port": "COM3" },
@@ -25,7 +25,7 @@ inline QByteArray laser(int rate, const QByteArray &more = QByteArray())
            (more.isEmpty() ? QByteArray() : ", " + more) + "}";
 }
 
-/// A controller in the network.
+/// A controller on the network.
 inline const char *const controller =
     R"({ "model": "CC480", "serialNumber": "2002", "place": { "interface": "TCP/IP", "ip": "192.168.0.10" } })";
 

@@ -11,7 +11,7 @@
 #    include <csignal>
 #endif
 
-/// A program that can be sent Ctrl-C.
+/// A process that the test can interrupt with Ctrl-C.
 class InterruptibleProcess : public QProcess
 {
 public:
@@ -39,12 +39,12 @@ private:
 
 #ifdef Q_OS_WIN
 
-// Ctrl-C reaches all programs of a console, so the program gets one of its own, which nobody sees.
+// Ctrl-C goes to all processes of a console, so the process gets an invisible console of its own.
 inline InterruptibleProcess::InterruptibleProcess()
 {
     if (!CreatePipe(&m_pipes[0], &m_pipes[1], nullptr, 0) || !CreatePipe(&m_pipes[2], &m_pipes[3], nullptr, 0) ||
         CreatePseudoConsole(COORD{80, 25}, m_pipes[0], m_pipes[3], 0, &m_console) != S_OK)
-        qFatal("there is no console to be had");
+        qFatal("cannot create a console");
     SIZE_T size = 0;
     InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
     m_attributes.resize(size);
@@ -52,7 +52,7 @@ inline InterruptibleProcess::InterruptibleProcess()
     if (!InitializeProcThreadAttributeList(m_startup.lpAttributeList, 1, 0, &size) ||
         !UpdateProcThreadAttribute(m_startup.lpAttributeList, 0, PROC_THREAD_ATTRIBUTE_PSEUDOCONSOLE, m_console,
                                    sizeof m_console, nullptr, nullptr))
-        qFatal("the program cannot be given a console");
+        qFatal("cannot attach the console to the process");
     setCreateProcessArgumentsModifier([this](CreateProcessArguments *arguments) {
         m_startup.StartupInfo = *reinterpret_cast<STARTUPINFOW *>(arguments->startupInfo);
         m_startup.StartupInfo.cb = sizeof m_startup;

@@ -12,14 +12,14 @@
 #    include <unistd.h>
 #endif
 
-/// A program whose stdout is a pipe that its reader can leave.
+/// A process whose stdout is a pipe that the test can close.
 class PipedProcess : public QProcess
 {
 public:
     PipedProcess();
     ~PipedProcess() override { leave(); }
 
-    /// The next line of its output; what there is when it has ended. Call it once the program is started.
+    /// Reads the next line of output, or the rest if the process has ended. Call it only after the start.
     QByteArray readLine();
     void leave();
 

@@ -10,7 +10,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-/// A terminal for a program that behaves differently on one.
+/// A pseudo-terminal.
 class Terminal
 {
 public:
@@ -18,9 +18,9 @@ public:
         : m_master(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC))
     {
         if (m_master < 0 || ::grantpt(m_master) != 0 || ::unlockpt(m_master) != 0)
-            qFatal("there is no terminal to be had");
+            qFatal("cannot create a terminal");
         m_name = ::ptsname(m_master);
-        // Held open, so that what was written stays readable after the program has ended.
+        // Kept open, so that the output can still be read after the process has ended.
         m_slave = ::open(m_name.constData(), O_RDWR | O_NOCTTY | O_CLOEXEC);
     }
     ~Terminal()
@@ -39,10 +39,10 @@ public:
         size.ws_row = 24;
         size.ws_col = columns;
         if (::ioctl(m_slave, TIOCSWINSZ, &size) != 0)
-            qFatal("the terminal cannot be given a size");
+            qFatal("cannot set the size of the terminal");
     }
 
-    /// All that was written to it so far.
+    /// All output so far.
     QByteArray text()
     {
         char buffer[4096];
@@ -58,7 +58,7 @@ private:
     QByteArray m_text;
 };
 
-/// A process whose stderr, and on demand stdout, is a terminal.
+/// A process whose stderr, and optionally stdout, is a terminal.
 class ProcessOnTerminal : public InterruptibleProcess
 {
 public:

@@ -15,12 +15,12 @@
 /// How a run of the tool ended.
 struct ToolResult
 {
-    int code = -1; ///< exit code; -1 when it crashed or did not end
+    int code = -1; ///< exit code; -1 after a crash or a timeout
     QByteArray out;
     QByteArray err;
 };
 
-/// Runs the tool on a bench of its own in a folder of its own.
+/// Runs the tool with its own bench in a temporary folder.
 class ToolRunner
 {
 public:
@@ -67,13 +67,13 @@ public:
 
     static ToolResult finish(QProcess &process)
     {
-        constexpr int longest = 60000;
+        constexpr int timeLimitMs = 60000;
         ToolResult result;
-        if (process.waitForFinished(longest) && process.exitStatus() == QProcess::NormalExit)
+        if (process.waitForFinished(timeLimitMs) && process.exitStatus() == QProcess::NormalExit)
             result.code = process.exitCode();
         result.out = process.readAllStandardOutput();
         result.err = process.readAllStandardError();
-        // The exit code is all that tests compare, and it does not tell what was found.
+        // Tests compare only the exit code of a sanitizer failure: print its report.
         if (result.err.contains("Sanitizer"))
             qWarning("%s", result.err.constData());
         return result;
@@ -91,13 +91,13 @@ private:
     QProcessEnvironment m_environment;
 };
 
-/// The arguments of a command line without quotes.
+/// Splits a command line without quotes into arguments.
 inline QStringList words(const char *line)
 {
     return QString::fromUtf8(line).split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
 
-/// The lines of \a text, which must end with a whole one.
+/// Splits \a text, which must end with a line feed, into lines.
 inline QList<QByteArray> linesOf(const QByteArray &text)
 {
     QList<QByteArray> lines = text.split('\n');
@@ -106,7 +106,7 @@ inline QList<QByteArray> linesOf(const QByteArray &text)
     return lines;
 }
 
-/// The object on each line; empty when one of them is none.
+/// Parses each line as a JSON object; returns an empty list if one of them is not an object.
 inline QList<QJsonObject> jsonLines(const QByteArray &text)
 {
     QList<QJsonObject> objects;

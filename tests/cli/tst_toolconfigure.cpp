@@ -25,7 +25,7 @@ QByteArray wholeBench()
     return Benches::of(Benches::laser(100) + "," + triggeredLaser + "," + Benches::controller);
 }
 
-// The arguments of \a line with the sensor's address after the command.
+// The arguments of \a line, with the sensor's address inserted after the command.
 QStringList with(const char *address, const char *line)
 {
     QStringList arguments = words(line);
@@ -57,8 +57,8 @@ private Q_SLOTS:
     void modeListsAndSwitches_data();
     void modeListsAndSwitches();
     void modeTellsAsJson();
-    void modeRefusesWhatThereIsNot_data();
-    void modeRefusesWhatThereIsNot();
+    void modeRefusesUnknownModes_data();
+    void modeRefusesUnknownModes();
     void modeSaysThatAModelHasOneOnly();
     void triggerAndSyncTellAndSwitchOff_data();
     void triggerAndSyncTellAndSwitchOff();
@@ -98,7 +98,7 @@ void TestToolConfigure::paramsFallsBackToWhatTheSensorToldWhenOpened()
     QVERIFY2(text.out.simplified().contains("SA_SerialNumber 2300551"), text.out.constData());
     QVERIFY2(!text.out.contains("S_Command"), text.out.constData());
     QCOMPARE(linesOf(text.err).size(), 1);
-    QVERIFY2(text.err.startsWith("CP730 does not tell all its parameters at once"), text.err.constData());
+    QVERIFY2(text.err.startsWith("CP730 cannot report all its parameters at once"), text.err.constData());
     const ToolResult json = runner.run(words("params CP730@RS232,port=COM6,baudrate=230400 --json"));
     QCOMPARE(objectOf(json).value(QStringLiteral("complete")).toBool(true), false);
 }
@@ -229,7 +229,7 @@ void TestToolConfigure::modeTellsAsJson()
              (QJsonObject{{QStringLiteral("number"), 3}, {QStringLiteral("name"), QStringLiteral("Video")}}));
 }
 
-void TestToolConfigure::modeRefusesWhatThereIsNot_data()
+void TestToolConfigure::modeRefusesUnknownModes_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<int>("code");
@@ -241,7 +241,7 @@ void TestToolConfigure::modeRefusesWhatThereIsNot_data()
     QTest::newRow("number") << "mode 17" << 2 << QByteArray("there is no measuring mode '17'");
 }
 
-void TestToolConfigure::modeRefusesWhatThereIsNot()
+void TestToolConfigure::modeRefusesUnknownModes()
 {
     QFETCH(QString, line);
     QFETCH(int, code);
@@ -313,7 +313,7 @@ void TestToolConfigure::tellsWhenTheStateIsNotKnown()
     const ToolResult state = runner.run(with(laser, "trigger"));
     QCOMPARE(state.code, 6);
     QCOMPARE(state.out, QByteArray());
-    QCOMPARE(state.err, QByteArray("sondixqt: the sensor does not tell its state: it is tired\n"));
+    QCOMPARE(state.err, QByteArray("sondixqt: the sensor does not report its state: it is tired\n"));
     QCOMPARE(runner.run(with(laser, "trigger off")).code, 0);
 }
 
@@ -372,7 +372,7 @@ void TestToolConfigure::endsWithCode4WhenTheSensorIsNotThere()
 
 void TestToolConfigure::wrongUseReachesNoSensor()
 {
-    // Where there is no such sensor, anything but a usage error tells that it was opened.
+    // The bench has no such sensor, so any error other than wrong usage would mean that the tool tried to open it.
     for (const char *line : {"set Set_X SP_X", "exec Set_X SP_X", "get Set_X", "trigger on", "sync on"}) {
         const ToolResult result = ToolRunner(wholeBench()).run(with("TX270@RS232,port=COM9", line));
         QVERIFY2(result.code == 2, line);

@@ -3,7 +3,7 @@
 #include "interruptible.h"
 #include "toolrunner.h"
 
-/// One laser, so slow that the line of headings stays alone on the screen.
+/// A laser that is so slow that only the line of headings appears on the screen.
 QByteArray slowBench(const QByteArray &more = QByteArray())
 {
     return R"({ "clock": { "speed": 0.001 }, "sensors": [ {
@@ -14,7 +14,7 @@ QByteArray slowBench(const QByteArray &more = QByteArray())
 
 const QString heading = QStringLiteral("Gr\u00f6\u00dfe [\u00b5m]");
 
-/// A program whose output is its console, not a pipe.
+/// A process whose output is its console, not a pipe.
 class ConsoleProcess : public InterruptibleProcess
 {
 public:
@@ -32,8 +32,7 @@ public:
         UINT codePage = 0;
     };
 
-    /// Interrupts the program, which does not heed it, until its console has the code page \a expected or 20 seconds
-    /// are over.
+    /// Interrupts the process repeatedly until its console has the code page \a expected, for up to 20 seconds.
     bool hasCodePageOnceInterrupted(UINT expected)
     {
         FreeConsole();
@@ -50,7 +49,7 @@ public:
         return result;
     }
 
-    /// What the console shows now.
+    /// The present content of the console.
     Screen screen() const
     {
         Screen result;
@@ -77,13 +76,13 @@ public:
     }
 };
 
-/// The tool on a console of Windows.
+/// Tests of the tool on a Windows console.
 class TestToolConsole : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
     void textIsShownInAnyAlphabet();
-    void theSecondInterruptGivesTheConsoleBack();
+    void theSecondInterruptRestoresTheConsole();
 };
 
 void TestToolConsole::textIsShownInAnyAlphabet()
@@ -102,7 +101,7 @@ void TestToolConsole::textIsShownInAnyAlphabet()
     QVERIFY(process.waitForFinished(20000));
 }
 
-void TestToolConsole::theSecondInterruptGivesTheConsoleBack()
+void TestToolConsole::theSecondInterruptRestoresTheConsole()
 {
     if (GetOEMCP() == CP_UTF8)
         QSKIP("this system's consoles begin with the code page that the tool sets");

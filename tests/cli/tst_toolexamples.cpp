@@ -11,7 +11,7 @@
 
 namespace {
 
-/// A command line of a document, without the tool's name, and what the document says that it prints.
+/// A command line from a document, without the tool's name, and its output according to the document.
 struct Example
 {
     QString line;
@@ -32,7 +32,7 @@ QString helpOf(const QString &command)
     return QString::fromUtf8(ToolRunner().run(arguments).out);
 }
 
-/// The tool's commands, as its help lists them.
+/// The tool's commands according to its help.
 QStringList commands()
 {
     QStringList names;
@@ -45,7 +45,7 @@ QStringList commands()
 
 const QLatin1String tool("sondixqt ");
 
-/// Ways to name a sensor, which stand in the texts without a command.
+/// Options that name a sensor; the texts show them without a command.
 bool namesASensor(const QString &text)
 {
     static const QRegularExpression way(QStringLiteral("^--(type|serial) \\S+( --\\S+ \\S+)*$"));
@@ -89,14 +89,14 @@ QList<Example> examplesOfReadme()
     return examples;
 }
 
-/// What holds for other measurements as well: numbers and widths of columns are left out.
+/// Makes lines of different measurements comparable: replaces numbers and ignores the widths of columns.
 QString comparable(const QString &line)
 {
     static const QRegularExpression number(QStringLiteral("\\d+(\\.\\d+)?"));
     return line.simplified().replace(number, QStringLiteral("0"));
 }
 
-/// The status line and the rest of what \a url answers to a GET of \a path.
+/// The complete answer of \a url to a GET request for \a path.
 QByteArray get(const QUrl &url, const QString &path)
 {
     QTcpSocket socket;
@@ -110,7 +110,7 @@ QByteArray get(const QUrl &url, const QString &path)
 
 } // namespace
 
-/// Runs what the documents tell users to run, on the bench that the simulator comes up with.
+/// Runs the examples of the documents on the simulator's built-in bench.
 class TestToolExamples : public QObject
 {
     Q_OBJECT
@@ -146,7 +146,7 @@ void TestToolExamples::examplesWork_data()
     QVERIFY(examples.size() >= 12);
     for (const QString &command : QStringList(QString()) + commands())
         examples += examplesOfHelp(command);
-    QSet<QString> known; // all commands explain in the same words how a sensor is named
+    QSet<QString> known; // the help texts of all commands share the examples of how to name a sensor
     for (const Example &example : qAsConst(examples)) {
         if (example.shown.isEmpty() && known.contains(example.line))
             continue;
@@ -179,7 +179,7 @@ void TestToolExamples::examplesWork()
     runner.writeFile(QStringLiteral("mybench.json"), readFile(SONDIXQT_BUILTIN_BENCH).toUtf8());
     QStringList arguments = line.split(QLatin1Char(' '));
 #ifdef Q_OS_WIN
-    arguments.removeAll(QStringLiteral("--open")); // it would start the browser of whoever runs the test
+    arguments.removeAll(QStringLiteral("--open")); // it would start the browser of the user
 #else
     const QString browser =
         runner.writeFile(QStringLiteral("xdg-open"),
@@ -224,7 +224,7 @@ ToolResult TestToolExamples::runUntilInterrupted(const ToolRunner &runner, const
                                           10000);
             }();
     } else {
-        [&] { QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), 20000); }(); // a value under the headings
+        [&] { QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), 20000); }(); // the first values, after the headings
     }
     process.interrupt();
     ToolResult result = ToolRunner::finish(process);
@@ -232,7 +232,7 @@ ToolResult TestToolExamples::runUntilInterrupted(const ToolRunner &runner, const
     return result;
 }
 
-// Checks what the command is there to print. An unknown command fails, so that none is left out unnoticed.
+// Checks the essential output of a command. Fails for unknown commands, so that new ones get a check.
 void TestToolExamples::checkPurpose(const ToolRunner &runner, const QStringList &arguments,
                                     const ToolResult &result)
 {

@@ -129,7 +129,7 @@ void TestToolFind::findsTheWholeBuiltInBenchQuickly()
         QRegularExpression(QStringLiteral("\"serialNumber\": \"(\\w+)\"")).globalMatch(builtInBench());
     while (it.hasNext())
         expected += it.next().captured(1);
-    expected += QStringLiteral("1032101"); // the one with two addresses
+    expected += QStringLiteral("1032101"); // found twice: it has two addresses
     expected.sort();
     QCOMPARE(expected.size(), 25);
 
@@ -162,8 +162,8 @@ void TestToolFind::pointsToTheThoroughSearch()
     const ToolRunner runner(Benches::of(""));
     const ToolResult all = runner.run(words("find"));
     QCOMPARE(all.code, 3);
-    QCOMPARE(all.err, QByteArray("0 sensors found; --thorough searches each family for itself\n"));
-    // One model alone is searched for itself anyway.
+    QCOMPARE(all.err, QByteArray("0 sensors found; --thorough searches each family separately\n"));
+    // The search for a single model is never combined with others.
     QCOMPARE(runner.run(words("find --group Profax")).err, QByteArray("0 sensors found\n"));
 }
 
@@ -193,7 +193,7 @@ void TestToolFind::givesUpInTime()
     const ToolResult result = runner.run(words("find --type TX270 --timeout 1.5"));
     QCOMPARE(result.code, 5);
     QCOMPARE(linesOf(result.out).size(), 1);
-    QCOMPARE(result.err, QByteArray("sondixqt: the search did not end in time, 1 sensor found until then\n"));
+    QCOMPARE(result.err, QByteArray("sondixqt: the search did not end in time, 1 sensor found so far\n"));
 }
 
 void TestToolFind::printsAddressesThatOpenTheSensor()

@@ -8,7 +8,7 @@
 
 #ifdef Q_OS_UNIX
 
-/// A read into a file that tells on a terminal how far it is.
+/// A read into a file with its progress on a terminal.
 class ReadingProcess : private Terminal, public ProcessOnTerminal
 {
 public:
@@ -18,7 +18,7 @@ public:
         runner.setEnvironment("TERM", QStringLiteral("xterm"));
     }
     bool hasRead() { return text().contains(" frames"); }
-    /// What stands on the line from which the progress has been removed.
+    /// The text that follows the erased progress line.
     QByteArray summary(const ToolResult &)
     {
         const QByteArray removal = QByteArrayLiteral("\r\x1b[K");
@@ -28,7 +28,7 @@ public:
 
 #else
 
-/// A read into a file that shows, under another name, as it grows.
+/// A read into a file; the growing partial file shows the progress.
 class ReadingProcess : public InterruptibleProcess
 {
 public:
@@ -61,7 +61,7 @@ private Q_SLOTS:
     void theSecondOneEndsACallThatDoesNotReturn();
 
 private:
-    /// Ctrl-C, or \a politely the request to terminate that Unix knows as well.
+    /// Sends Ctrl-C, or SIGTERM if \a politely is set.
     static void end(InterruptibleProcess &process, bool politely)
     {
         if (politely)
@@ -148,7 +148,7 @@ void TestToolInterrupt::endsAReadToStdoutWithAWholeLine()
 
 void TestToolInterrupt::theSecondOneEndsACallThatDoesNotReturn()
 {
-    // The first read fails, which shows in the log, and the next one in the same call hangs.
+    // The first read fails and is logged; the second one, within the same call, hangs.
     const QByteArray several = R"({ "model": "MultiSensor", "serialNumber": "57", "members": [ "1001" ],
         "place": { "interface": "RS232", "port": "COM9" }, "faults": [
             { "function": "GetParameterString", "parameter": "SA_SensorInformation#S1", "code": -6, "text": "here" },

@@ -53,7 +53,7 @@ void TestToolModels::leavesOutHiddenModelsUnlessAsked()
 
 void TestToolModels::listsEveryModelOfEveryGroup()
 {
-    // 79 models; No Sensor, Unnamed, MULTI_SENSOR and File belong to no group.
+    // 79 models without No Sensor, Unnamed, MULTI_SENSOR and File, which belong to no group.
     QCOMPARE(models("models --all").size(), 1 + 75);
     QCOMPARE(models("models").size(), 1 + 63);
 }

@@ -7,7 +7,7 @@ namespace {
 
 const char *const laser = "TX270@RS232,port=COM3";
 
-/// A laser sensor that sends video without being told to.
+/// A laser sensor that sends video by default.
 const char *const videoLaser = R"({ "model": "TX240", "serialNumber": "240",
     "place": { "interface": "XA100_USB", "device": 0, "port": "COM12" } })";
 const char *const videoLaserAddress = "TX240@XA100_USB,port=COM12";
@@ -35,11 +35,11 @@ class TestToolOutput : public QObject
 private Q_SLOTS:
     void reportsAFullDisk_data();
     void reportsAFullDisk();
-    void isSilentWhenItsReaderHasEnough_data();
-    void isSilentWhenItsReaderHasEnough();
+    void isSilentWhenItsReaderCloses_data();
+    void isSilentWhenItsReaderCloses();
     void verboseShowsTheCommands_data();
     void verboseShowsTheCommands();
-    void bytesAreShownByTheirNumber();
+    void bytesAreShownAsTheirCount();
     void bytesAreBase64InJson();
     void aPageIsFetchedWithItsBytes();
     void tellsThatAnotherModelAnswers();
@@ -90,17 +90,17 @@ void TestToolOutput::reportsAFullDisk()
              result.err.constData());
 }
 
-void TestToolOutput::isSilentWhenItsReaderHasEnough_data()
+void TestToolOutput::isSilentWhenItsReaderCloses_data()
 {
     QTest::addColumn<QString>("line");
     for (const char *line : {"find --type TX270 --json", "read %1 --csv -", "read %1 --json", "read %1"})
         QTest::newRow(line) << QString::fromLatin1(line).replace(QLatin1String("%1"), QLatin1String(laser));
 }
 
-void TestToolOutput::isSilentWhenItsReaderHasEnough()
+void TestToolOutput::isSilentWhenItsReaderCloses()
 {
     QFETCH(QString, line);
-    // Found apart, so that the second is written when the reader of the first has left.
+    // The second sensor is found after the reader has closed the pipe.
     const ToolRunner runner(
         Benches::of(Benches::laser(1000) + "," + Benches::usbLaser, R"("WinUSB": 0.01, "RS232": 1.0)"));
     PipedProcess process;
@@ -137,22 +137,22 @@ void TestToolOutput::verboseShowsTheCommands()
     QVERIFY2(verbose.err.contains(linesOf(quiet.err).value(0).left(12)), verbose.err.constData());
 }
 
-void TestToolOutput::bytesAreShownByTheirNumber()
+void TestToolOutput::bytesAreShownAsTheirCount()
 {
     const ToolRunner runner(Benches::of(videoLaser));
     const ToolResult json =
         runner.run(words("exec") << QString::fromLatin1(videoLaserAddress) << words("Get_Video --json"));
     const int size = bytesOf(answerOf(json).value(QStringLiteral("SA_VideoSignal"))).size();
     QVERIFY(size > 1);
-    const QByteArray told = QByteArray::number(size) + " bytes";
+    const QByteArray shown = QByteArray::number(size) + " bytes";
     const ToolResult all =
         runner.run(words("get") << QString::fromLatin1(videoLaserAddress) << words("Get_Video"));
     QVERIFY2(all.code == 0, all.err.constData());
-    QCOMPARE(all.out.simplified(), "SA_VideoSignal " + told);
+    QCOMPARE(all.out.simplified(), "SA_VideoSignal " + shown);
     const ToolResult one =
         runner.run(words("get") << QString::fromLatin1(videoLaserAddress) << words("Get_Video SA_VideoSignal"));
     QVERIFY2(one.code == 0, one.err.constData());
-    QCOMPARE(one.out, told + '\n');
+    QCOMPARE(one.out, shown + '\n');
 }
 
 void TestToolOutput::bytesAreBase64InJson()
@@ -187,10 +187,9 @@ void TestToolOutput::tellsThatAnotherModelAnswers()
         const ToolResult result =
             runner.run(words(line) << QStringLiteral("GY330@RS232,port=COM8,sensor-address=11"));
         QVERIFY2(result.code == 0, result.err.constData());
-        QVERIFY2(
-            result.err.startsWith("the sensor at GY330@RS232,port=COM8,sensor-address=11 says that it is another "
-                                  "model: MV420@RS232,port=COM8,sensor-address=11\n"),
-            result.err.constData());
+        QVERIFY2(result.err.startsWith("the sensor at GY330@RS232,port=COM8,sensor-address=11 reports another "
+                                       "model: MV420@RS232,port=COM8,sensor-address=11\n"),
+                 result.err.constData());
     }
 }
 

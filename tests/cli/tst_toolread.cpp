@@ -42,14 +42,14 @@ private Q_SLOTS:
     void choosesRawAndScaledValues();
     void marksAndCountsErrorValues();
     void countsErrorsByTheirText();
-    void keepsTextsFromTakingCsvApart();
+    void quotesErrorTextsInCsv();
     void marksErrorsWithoutATextByTheirKey();
     void tellsFramesAsJson();
     void readsForTheTimeAskedFor();
     void readsASensorThatMustBeAsked();
     void writesCsvWholeOrNotAtAll();
     void filesMayBeNamedInAnyAlphabet();
-    void quotesNamesThatCsvWouldTakeApart();
+    void quotesNamesInCsv();
     void endsWithCode6WhenTheSensorVanishes();
     void endsWithCode5WhenNothingComes();
     void endsWithCode7WhenFramesAreLost();
@@ -159,7 +159,7 @@ void TestToolRead::countsErrorsByTheirText()
              result.err.constData());
 }
 
-void TestToolRead::keepsTextsFromTakingCsvApart()
+void TestToolRead::quotesErrorTextsInCsv()
 {
     const ToolRunner runner(Benches::of(
         laserWithErrors(R"([ { "key": -3, "every": 1 } ])", R"({ "-3": "Too much light, or \"fog\"" })")));
@@ -253,7 +253,7 @@ void TestToolRead::filesMayBeNamedInAnyAlphabet()
     QCOMPARE(linesOf(runner.contentOf(values)).size(), 11);
 }
 
-void TestToolRead::quotesNamesThatCsvWouldTakeApart()
+void TestToolRead::quotesNamesInCsv()
 {
     const QByteArray sensor = R"({ "model": "TX270", "serialNumber": "1001",
         "place": { "interface": "RS232", "port": "COM3" }, "rate": 1000,
@@ -269,7 +269,7 @@ void TestToolRead::endsWithCode6WhenTheSensorVanishes()
     const ToolRunner runner(Benches::of(Benches::laser(1000, breakingAfter(5))));
     const ToolResult result = runner.run(words("read -n 100000 --csv values.csv") << QString::fromLatin1(address));
     QCOMPARE(result.code, 6);
-    QVERIFY2(result.err.contains("sondixqt: reading failed: the cable was pulled; what came until then, "),
+    QVERIFY2(result.err.contains("sondixqt: reading failed: the cable was pulled; what was read before, "),
              result.err.constData());
     QVERIFY(!QFile::exists(runner.path(QStringLiteral("values.csv"))));
     const QList<QByteArray> kept = linesOf(runner.contentOf(QStringLiteral("values.csv.partial")));
@@ -280,24 +280,24 @@ void TestToolRead::endsWithCode6WhenTheSensorVanishes()
 
 void TestToolRead::endsWithCode5WhenNothingComes()
 {
-    // It measures when it is triggered, which nobody does.
+    // It waits for an external trigger, which never comes.
     const QByteArray mute = R"({ "model": "RG52x", "serialNumber": "9",
         "place": { "interface": "RS232", "port": "COM9" }, "settings": { "Autostart": { "SA_AutostartCommand": 4 } } })";
     const ToolRunner runner(Benches::of(mute));
     const ToolResult result = runner.run(words("read RG52x@RS232,port=COM9 --silence 0.5 --csv values.csv"));
     QCOMPARE(result.code, 5);
-    QVERIFY2(result.err.endsWith("sondixqt: no values came for 0.5 s\n"), result.err.constData());
+    QVERIFY2(result.err.endsWith("sondixqt: no values arrived for 0.5 s\n"), result.err.constData());
     QCOMPARE(runner.files(), QStringList{QStringLiteral("bench.json")});
 }
 
 void TestToolRead::endsWithCode7WhenFramesAreLost()
 {
-    // At 10 kHz a ring of 100 frames is full after 10 ms, which no polling can meet.
+    // At 10 kHz a ring of 100 frames is full after 10 ms, which is less than the interval of polling.
     const ToolRunner runner(Benches::of(Benches::laser(10000, R"("ring": 100)")));
     const ToolResult result = runner.run(words("read -n 500 --csv values.csv") << QString::fromLatin1(address));
     QCOMPARE(result.code, 7);
     const QRegularExpression lost(
-        QStringLiteral("sondixqt: (\\d+) frames were lost because they were not fetched in time"));
+        QStringLiteral("sondixqt: (\\d+) frames were lost because they were not read in time"));
     const QRegularExpressionMatch match = lost.match(QString::fromUtf8(result.err));
     QVERIFY2(match.hasMatch(), result.err.constData());
     QVERIFY(match.captured(1).toInt() > 400);
@@ -324,7 +324,7 @@ void TestToolRead::reportsAFullDisk()
 void TestToolRead::reportsAFullDiskUnderAFile()
 {
 #ifdef Q_OS_UNIX
-    // A limit on the size of files stands for the full disk: writing beyond it fails in the same place.
+    // A limit on the file size replaces a full disk: both make a write fail.
     class LimitedProcess : public QProcess
     {
     protected:

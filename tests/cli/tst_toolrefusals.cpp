@@ -12,7 +12,7 @@ QByteArray fault(const char *command, const char *more = R"("text": "it is tired
     return QByteArray(R"({ "command": ")") + command + R"(", "code": -77, )" + more + "}";
 }
 
-/// The two models that track, each with \a faults.
+/// The two models with tracking, each with \a faults.
 QByteArray trackers(const QByteArray &faults = QByteArray())
 {
     const QByteArray more = R"(, "faults": [)" + faults + "] }";
@@ -32,21 +32,21 @@ QStringList with(const QByteArray &address, const QString &line)
 
 } // namespace
 
-/// Models that are started again after each command: what the sensor refuses is told all the same.
+/// Tracking is restarted after each command of these models. That must not hide that a command was refused.
 class TestToolRefusals : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void aRefusalIsTold_data();
-    void aRefusalIsTold();
-    void aRefusalWithoutATextIsTold();
+    void aRefusalIsReported_data();
+    void aRefusalIsReported();
+    void aRefusalWithoutATextIsReported();
     void aCommandThatIsNotSentIsARefusal();
     void aFailingRestartIsNoRefusal_data();
     void aFailingRestartIsNoRefusal();
     void whatIsAcceptedIsDone();
 };
 
-void TestToolRefusals::aRefusalIsTold_data()
+void TestToolRefusals::aRefusalIsReported_data()
 {
     QTest::addColumn<QByteArray>("address");
     QTest::addColumn<QString>("line");
@@ -69,7 +69,7 @@ void TestToolRefusals::aRefusalIsTold_data()
                              << QByteArray("sondixqt: the sensor refuses Set_Average: ");
 }
 
-void TestToolRefusals::aRefusalIsTold()
+void TestToolRefusals::aRefusalIsReported()
 {
     QFETCH(QByteArray, address);
     QFETCH(QString, line);
@@ -84,7 +84,7 @@ void TestToolRefusals::aRefusalIsTold()
     }
 }
 
-void TestToolRefusals::aRefusalWithoutATextIsTold()
+void TestToolRefusals::aRefusalWithoutATextIsReported()
 {
     const ToolRunner runner(trackers(fault("Set_Autostart", R"("text": "")")));
     for (const QByteArray &address : {rg52x, rg53x}) {
@@ -97,7 +97,7 @@ void TestToolRefusals::aRefusalWithoutATextIsTold()
 
 void TestToolRefusals::aCommandThatIsNotSentIsARefusal()
 {
-    // From the second on: opening a sensor stops and starts it once.
+    // From the second time on, because opening the sensor already stops and starts it once.
     const ToolRunner runner(trackers(fault("StopTracking", R"("text": "it cannot stop", "from": 2)")));
     const ToolResult result = runner.run(with(rg53x, QStringLiteral("set Set_Average SP_Average=10")));
     QCOMPARE(result.code, 6);

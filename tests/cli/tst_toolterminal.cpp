@@ -86,27 +86,27 @@ void TestToolTerminal::progressIsNotMixedIntoTheData()
     runner.setEnvironment("TERM", QStringLiteral("xterm"));
     runner.setEnvironment("NO_COLOR", QStringLiteral("1"));
     const QByteArray shown = run(runner, "find --type TX270", true);
-    // The line of the bar is empty again before a sensor is printed on it.
+    // The progress line is erased before a sensor is printed.
     QVERIFY2(shown.contains("\r\x1b[KRS232 "), shown.constData());
 }
 
 void TestToolTerminal::progressFitsTheWidthOfTheTerminal_data()
 {
     QTest::addColumn<int>("columns");
-    QTest::addColumn<int>("longest"); // of all that is shown
-    // Brackets, a bar of 24, "100 %" and the model that is searched take 72 characters.
+    QTest::addColumn<int>("maximum"); // length of a progress line
+    // A complete line takes 72 characters: brackets, a bar of 24, "100 %" and the model that is searched.
     QTest::newRow("wide") << 200 << 72;
     QTest::newRow("usual") << 80 << 72;
     QTest::newRow("narrow") << 40 << 39;
     QTest::newRow("the bar alone") << 20 << 19;
     QTest::newRow("hardly any") << 5 << 4;
-    QTest::newRow("not told") << 0 << 72;
+    QTest::newRow("unknown") << 0 << 72;
 }
 
 void TestToolTerminal::progressFitsTheWidthOfTheTerminal()
 {
     QFETCH(int, columns);
-    QFETCH(int, longest);
+    QFETCH(int, maximum);
     ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.5, "XA200_ETH": 0.5)"));
     runner.setEnvironment("TERM", QStringLiteral("xterm"));
     Terminal terminal;
@@ -116,9 +116,9 @@ void TestToolTerminal::progressFitsTheWidthOfTheTerminal()
     QCOMPARE(ToolRunner::finish(process).code, 0);
     int longestShown = 0;
     for (const QByteArray &shown : terminal.text().split('\r'))
-        if (shown.startsWith("\x1b[K[")) // the start of the progress
+        if (shown.startsWith("\x1b[K[")) // a progress line
             longestShown = std::max(longestShown, shown.size() - 3);
-    QCOMPARE(longestShown, longest);
+    QCOMPARE(longestShown, maximum);
 }
 
 QTEST_GUILESS_MAIN(TestToolTerminal)

@@ -10,7 +10,7 @@ namespace {
 
 const char *const serialLaser = "tunnel TX270@RS232,port=COM3";
 
-/// A run of the tool that goes on until it is interrupted.
+/// A tunnel that runs until it is interrupted.
 class RunningTunnel
 {
 public:
@@ -33,7 +33,7 @@ public:
         m_err += m_process.readAllStandardError();
         return m_err;
     }
-    /// The address that it prints, once it has.
+    /// The printed address; empty before it is printed.
     QUrl url() { return out().endsWith('\n') ? QUrl(QString::fromLatin1(m_out.trimmed())) : QUrl(); }
 
     void interrupt() { m_process.interrupt(); }
@@ -52,7 +52,7 @@ private:
     QByteArray m_err;
 };
 
-/// The answer to \a request, as far as it has come when the connection ends; empty when there is none.
+/// The bytes received in answer to \a request until the connection is closed.
 QByteArray ask(const QUrl &url, const QByteArray &request)
 {
     QTcpSocket socket;
@@ -151,7 +151,7 @@ void TestToolTunnel::logsEachRequest_data()
     QTest::addColumn<QByteArray>("shown");
     QTest::newRow("a page") << QByteArray("/") << QByteArray("GET / 200, ");
     QTest::newRow("with a query") << QByteArray("/?a=1") << QByteArray("GET / 200, ");
-    // What a terminal would take for a command.
+    // A control character that would start an escape sequence on a terminal.
     QTest::newRow("no letters") << QByteArray("/\x9b"
                                               "31m")
                                 << QByteArray("GET /%9B31m ");
@@ -199,7 +199,7 @@ void TestToolTunnel::goesOnAfterAFailureOfTheSensor()
 
 void TestToolTunnel::saysWhenTheSensorIsLostAndBack()
 {
-    // When its baud rate is set the sensor is opened again, which fails, as does going back to the old one.
+    // Setting the baud rate opens the sensor again. That fails, and so does the return to the old rate.
     const ToolRunner runner(Benches::of(Benches::laser(
         100,
         R"("faults": [ { "function": "OpenSensor", "from": 2, "times": 2, "code": -78, "text": "no answer" } ])")));
@@ -271,9 +271,9 @@ void TestToolTunnel::refusesModelsWithoutAWebInterface_data()
                                         "TX270, TX280, TX290, TX300, TX310\n");
     QTest::newRow("its own") << "CC480@TCP/IP,address=192.168.0.10"
                              << QByteArray("sondixqt: CC480 serves its web interface itself, over the network\n");
-    QTest::newRow("in the network") << "TX290@TCP/IP,address=192.168.0.31"
-                                    << QByteArray(
-                                           "sondixqt: TX290 is in the network: a tunnel is for serial lines\n");
+    QTest::newRow("in the network")
+        << "TX290@TCP/IP,address=192.168.0.31"
+        << QByteArray("sondixqt: TX290 is connected over the network; a tunnel is for serial lines\n");
 }
 
 void TestToolTunnel::refusesModelsWithoutAWebInterface()
@@ -301,7 +301,7 @@ void TestToolTunnel::theSecondInterruptEndsACallThatDoesNotReturn()
                                            { "command": "Get_HTTP", "from": 2, "delay": 3600 } ])")));
     RunningTunnel tunnel(runner, words(serialLaser));
     QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
-    // Both requests of one connection: while the second is served, the first is in the log.
+    // Two requests on one connection: when the first is in the log, the second is being served.
     QTcpSocket socket;
     socket.connectToHost(tunnel.url().host(), static_cast<quint16>(tunnel.url().port()));
     QVERIFY(socket.waitForConnected(5000));

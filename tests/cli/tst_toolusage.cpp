@@ -18,7 +18,7 @@ private Q_SLOTS:
     void namesTheLineOfABrokenBench_data();
     void namesTheLineOfABrokenBench();
     void namesABenchThatCannotBeRead();
-    void theOptionOutdoesTheEnvironment();
+    void theOptionOverridesTheEnvironment();
     void verboseShowsWhatTheLibraryLogs();
     void numbersHaveAPointInEveryLocale();
 };
@@ -227,7 +227,7 @@ void TestToolUsage::namesABenchThatCannotBeRead()
     QVERIFY2(result.err.contains("missing.json"), result.err.constData());
 }
 
-void TestToolUsage::theOptionOutdoesTheEnvironment()
+void TestToolUsage::theOptionOverridesTheEnvironment()
 {
     const ToolRunner runner(Benches::of(Benches::laser(100)));
     runner.writeFile(QStringLiteral("other.json"), Benches::of(Benches::usbLaser));

@@ -9,7 +9,7 @@ namespace {
 
 const char *const controller = "CC480@TCP/IP,address=192.168.0.10";
 
-// Models that send video in one of their modes only, in two others.
+// A model that sends video in one of its modes only; its sensor is in another mode.
 const QByteArray modal = R"({ "model": "TX260", "serialNumber": "1260",
     "place": { "interface": "TCP/IP", "ip": "192.168.0.20" },
     "settings": { "OutputVideo_ETH": { "SA_OutputVideoRaw_ETH": 1, "SA_OutputVideoCorr_ETH": 1 } } })";
@@ -55,8 +55,8 @@ private Q_SLOTS:
     void drawsTheSignalThatIsAskedFor();
     void drawsASensorWhoseModeItSwitches();
     void drawsAModelThatHasNoSwitch();
-    void explainsWhatHindersIt_data();
-    void explainsWhatHindersIt();
+    void explainsWhyThereIsNoVideo_data();
+    void explainsWhyThereIsNoVideo();
     void endsWithCode6WhenTheSensorRefuses_data();
     void endsWithCode6WhenTheSensorRefuses();
     void leavesNothingHalfWritten();
@@ -197,7 +197,7 @@ void TestToolVideo::drawsAModelThatHasNoSwitch()
     QVERIFY2(linesOf(result.out).last().endsWith(" 127"), result.out.constData());
 }
 
-void TestToolVideo::explainsWhatHindersIt_data()
+void TestToolVideo::explainsWhyThereIsNoVideo_data()
 {
     QTest::addColumn<QByteArray>("sensor");
     QTest::addColumn<QString>("line");
@@ -212,7 +212,7 @@ void TestToolVideo::explainsWhatHindersIt_data()
     const QByteArray networkController = Benches::controller;
     row("no video", Benches::laser(100), "video TX270@RS232,port=COM3 --on 0", 1, "TX270 has no video");
     row("not over this interface", serialController, "video CC430@RS232,port=COM3 --on 0", 1,
-        "video cannot be had over this interface");
+        "video is not available over this interface");
     row("off", networkController, "video CC480@TCP/IP,address=192.168.0.10 --line -", 1,
         "OutputVideoRaw_Ch1 is off; '--on 0' switches it on");
     row("another is on", networkController, "video CC480@TCP/IP,address=192.168.0.10 --on 0 --signal 1 --line -",
@@ -224,7 +224,7 @@ void TestToolVideo::explainsWhatHindersIt_data()
     row("not there", Benches::laser(100), "video CC480@TCP/IP,address=192.168.0.10", 4, "cannot open CC480@");
 }
 
-void TestToolVideo::explainsWhatHindersIt()
+void TestToolVideo::explainsWhyThereIsNoVideo()
 {
     QFETCH(QByteArray, sensor);
     QFETCH(QString, line);

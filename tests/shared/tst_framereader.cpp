@@ -35,8 +35,8 @@ private Q_SLOTS:
     void endsWhenTheSensorRefuses();
     void countsFramesThatWereLost();
     void countsNothingLostInASteadyStream();
-    void copesWithCountsThatCannotBe_data();
-    void copesWithCountsThatCannotBe();
+    void handlesImpossibleCounts_data();
+    void handlesImpossibleCounts();
 
 private:
     void push(const std::vector<double> &scaled, double timestamp)
@@ -81,7 +81,7 @@ void TestFrameReader::errorValuesHaveAKey_data()
     QTest::newRow("the limit") << -1.0e10 << true << 0;
     QTest::newRow("key -5") << -1.0e10 - 5 << true << -5;
     QTest::newRow("truncated") << -1.0e10 - 5.7 << true << -5;
-    QTest::newRow("beyond the keys there are") << -1.0e300 << true << 0;
+    QTest::newRow("key out of range") << -1.0e300 << true << 0;
     QTest::newRow("no number") << std::numeric_limits<double>::quiet_NaN() << true << 0;
 }
 
@@ -169,7 +169,7 @@ void TestFrameReader::countsFramesThatWereLost()
     reader.start({});
     push({1, 2, 3, 4}, 0.001);
     QTRY_COMPARE_WITH_TIMEOUT(reader.framesRead(), 2, longest);
-    push({5, 6}, 0.013); // due at 0.003
+    push({5, 6}, 0.013); // expected at 0.003
     QTRY_COMPARE_WITH_TIMEOUT(reader.framesRead(), 3, longest);
     QCOMPARE(reader.framesLost(), 10);
     reader.stop();
@@ -187,7 +187,7 @@ void TestFrameReader::countsNothingLostInASteadyStream()
     reader.stop();
 }
 
-void TestFrameReader::copesWithCountsThatCannotBe_data()
+void TestFrameReader::handlesImpossibleCounts_data()
 {
     QTest::addColumn<QString>("function");
     QTest::addColumn<int>("count");
@@ -196,7 +196,7 @@ void TestFrameReader::copesWithCountsThatCannotBe_data()
             QTest::addRow("%s %d", function, count) << QString::fromLatin1(function) << count;
 }
 
-void TestFrameReader::copesWithCountsThatCannotBe()
+void TestFrameReader::handlesImpossibleCounts()
 {
     QFETCH(QString, function);
     QFETCH(int, count);

@@ -20,7 +20,7 @@ private Q_SLOTS:
         QVERIFY(m_dir->isValid());
         m_path = m_dir->filePath(QStringLiteral("values of today.csv"));
     }
-    void bearsItsNameOnlyWhenCommitted();
+    void appearsUnderItsNameOnlyWhenCommitted();
     void replacesAnOlderFileAtOnce();
     void leavesNothingWhenItIsDropped();
     void keepsEverythingWhenTheNameIsRefused();
@@ -48,7 +48,7 @@ private:
     QString m_path;
 };
 
-/// A link of the file system: what Qt makes on Windows is a file that only the desktop follows.
+/// Creates a symbolic link. On Windows QFile::link() would create a shortcut instead.
 static bool makeLink(const QString &target, const QString &link)
 {
 #ifdef Q_OS_WIN
@@ -61,7 +61,7 @@ static bool makeLink(const QString &target, const QString &link)
 #endif
 }
 
-void TestOutputFile::bearsItsNameOnlyWhenCommitted()
+void TestOutputFile::appearsUnderItsNameOnlyWhenCommitted()
 {
     OutputFile file(m_path);
     QVERIFY2(file.open(), qPrintable(file.errorString()));

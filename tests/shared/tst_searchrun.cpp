@@ -41,7 +41,7 @@ private Q_SLOTS:
     void stoppingAbortsTheSearchInTheLibrary();
     void aRefusedStartEndsTheRun();
     void aModelThatCannotBeCreatedIsSkipped();
-    void sayWhyWhenNoModelCanBeCreated();
+    void saysWhyNoModelCanBeCreated();
 
 private:
     static void load(const QByteArray &bench)
@@ -168,7 +168,7 @@ void TestSearchRun::aModelThatCannotBeCreatedIsSkipped()
     QCOMPARE(found.size(), 2);
 }
 
-void TestSearchRun::sayWhyWhenNoModelCanBeCreated()
+void TestSearchRun::saysWhyNoModelCanBeCreated()
 {
     sondixsim::Fault fault;
     fault.function = "CreateSensorInstance";

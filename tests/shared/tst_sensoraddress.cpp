@@ -17,7 +17,7 @@ private Q_SLOTS:
     void readsWhatItShows_data();
     void readsWhatItShows();
     void textsThatLookLikeNumbersStayTexts();
-    void isNotTakenApartByAShell();
+    void needsNoQuotesInAShell();
     void takesEveryNameOfModelsAndInterfaces();
     void explainsWhatIsWrong_data();
     void explainsWhatIsWrong();
@@ -111,7 +111,7 @@ void TestSensorAddress::textsThatLookLikeNumbersStayTexts()
     QCOMPARE(address.parameters.value(QStringLiteral("IP_SerialNumber")).toString(), QStringLiteral("0815"));
 }
 
-void TestSensorAddress::isNotTakenApartByAShell()
+void TestSensorAddress::needsNoQuotesInAShell()
 {
     const SensorAddress address{
         TX270,

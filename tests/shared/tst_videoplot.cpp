@@ -7,7 +7,7 @@ using namespace SondixApp;
 
 namespace {
 
-// The rows, of each column, in which the picture shows the curve: neither white nor a shade of grey.
+// For each column, the rows in which the picture shows the curve: pixels that are neither white nor grey.
 QVector<QVector<int>> curveRows(const QImage &picture)
 {
     QVector<QVector<int>> rows(picture.width());
