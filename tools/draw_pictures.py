@@ -166,7 +166,7 @@ def write_all():
 
 
 def check():
-    """Says what differs between the table and the committed files; None when nothing does."""
+    """Returns the differences between the table and the committed files."""
     faults = []
     names = [row[0] for row in PICTURES]
     faults += [f"{name}: twice in the table" for name in sorted(set(names)) if names.count(name) > 1]

@@ -37,7 +37,7 @@ class Canvas:
         self.stroke_width = STROKE
 
     def inset(self, x, y, draw):
-        """Draws with `draw` at half size; even coordinates keep falling on pixel centres."""
+        """Draws with `draw` at half size; even coordinates are still on pixel centres."""
         self.ctx.save()
         self.ctx.translate(x + 0.5, y + 0.5)
         self.ctx.scale(0.5, 0.5)
@@ -162,7 +162,7 @@ class Canvas:
         tip = [(x, y), (base[0] - dy * half, base[1] + dx * half), (base[0] + dy * half, base[1] - dx * half)]
         self.shape(tip, fill=colour, outline=None)
 
-    # Things that many pictures show
+    # Elements that many pictures show
 
     def label(self, text, accent):
         """The plate at the bottom with the model's number."""

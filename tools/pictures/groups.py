@@ -101,7 +101,7 @@ TILES = (
 
 
 def all_families(c, accent, accents):
-    """A grid of signs, one a family, each in its family's colour."""
+    """A grid of symbols, one per family, each in the colour of its family."""
     del accent
     for i, (family, draw) in enumerate(TILES):
         x, y = 2 + 33 * (i % 3), 26 * (i // 3)

@@ -49,7 +49,7 @@ GLYPHS = {
 
 
 def advance(character):
-    """From the beginning of this letter to the beginning of the next."""
+    """The distance from the start of this letter to the start of the next."""
     return GAP + max((x for polyline in GLYPHS[character] for x, _ in polyline), default=0)
 
 

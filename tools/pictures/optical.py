@@ -11,7 +11,7 @@ FIBRE = "#e8b21c"
 def triangulation(c, accent, w, h, beam, lens, nose=0, cable="top", screen=False):
     """A laser head over a target: the beam goes straight down, the lens looks at the spot from the side.
 
-    beam and lens are distances from the housing's left side; a nose is a chamfer that turns the lens to the spot.
+    beam and lens are distances from the housing's left side; nose is the size of a chamfer that turns the lens towards the spot.
     """
     left, top = (96 - w) // 2, 10
     bottom, right = top + h, (96 + w) // 2
