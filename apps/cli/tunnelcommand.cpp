@@ -97,13 +97,13 @@ public:
             const RequestLog log;
             RS232Tunnel tunnel(*instance);
             const QUrl url = openTunnel(tunnel, address);
-            tell(console, address, url);
+            printAddress(console, address, url);
             if (m_open && !openBrowser(url))
                 console.note(QStringLiteral("no browser could be started; open the address yourself"));
             serve(console, interrupt, tunnel);
             tunnel.closeTunnel();
         }
-        tellNewAddress(console, address, *instance);
+        printNewAddress(console, address, *instance);
         instance->close();
         return ExitCode::Interrupted;
     }
@@ -122,7 +122,7 @@ private:
         return url;
     }
 
-    void tell(Console &console, const SensorAddress &address, const QUrl &url) const
+    void printAddress(Console &console, const SensorAddress &address, const QUrl &url) const
     {
         if (m_json)
             Answer::printJson(console, address, {{QStringLiteral("url"), url.toString()}});
@@ -153,7 +153,7 @@ private:
     }
 
     // A browser may have changed the baud rate.
-    static void tellNewAddress(Console &console, SensorAddress address, const SensorInstance &instance)
+    static void printNewAddress(Console &console, SensorAddress address, const SensorInstance &instance)
     {
         const QMap<QString, QVariant> stored = instance.storedInterfaceParameters();
         if (stored == address.parameters)

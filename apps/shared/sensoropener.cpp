@@ -56,10 +56,10 @@ SensorAddress answeringSensor(const SensorInstance &instance, const SensorAddres
     // A multi-sensor answers with the descriptions of its members.
     if (address.type == MultiSensor || instance.getInfoParameters().isEmpty())
         return address;
-    const SensorType told = SensorInfo(instance.getInfoParameters().first(), NoSensor).sensorType();
-    if (told == NoSensor || isGeneral(told, address.type) || isGeneral(address.type, told))
+    const SensorType reported = SensorInfo(instance.getInfoParameters().first(), NoSensor).sensorType();
+    if (reported == NoSensor || isGeneral(reported, address.type) || isGeneral(address.type, reported))
         return address;
-    return {told, address.parameters};
+    return {reported, address.parameters};
 }
 
 QString creationProblem(const SensorInstance &instance)
