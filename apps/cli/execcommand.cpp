@@ -19,7 +19,7 @@ public:
         m_sensor.addTo(app);
         app.add_option("COMMAND", m_command, "Any command of the sensor, such as Clear_Buffers");
         app.add_option("PARAMETER=VALUE", m_words, "Parameters of the command; values are written as for 'set'");
-        app.add_flag("--json", m_json, "One JSON object");
+        app.add_flag("--json", m_json, "Print one JSON object");
         app.footer(app.get_footer() +
                    "\nThe command may change the sensor; it is sent unchecked.\n"
                    "Example:\n  sondixqt exec TX270@RS232,port=COM3 Update_TriggerMode SP_TriggerMode=0");

@@ -112,7 +112,7 @@ public:
         auto *csv = app.add_option("--csv", m_csv, "Write CSV to this file, or to stdout with -")
                         ->check(Validators::notEmpty());
         app.add_flag("--json", m_json, "Print one JSON object per line, one line per frame")->excludes(csv);
-        app.footer(app.get_footer() + "\nExamples (the second one until Ctrl-C):\n"
+        app.footer(app.get_footer() + "\nExamples (the second one runs until Ctrl-C):\n"
                                       "  sondixqt read TX270@RS232,port=COM3 --duration 2 --csv values.csv\n"
                                       "  sondixqt read TX270@RS232,port=COM3");
     }

@@ -37,7 +37,7 @@ void SearchOptions::addScanOptions(CLI::App &app)
                        ? std::string()
                        : "'" + text + "' is no list of baud rates, such as 9600,115200";
         });
-    app.add_flag("--similar", m_similar, "Also announce sensors of other models that answer the search");
+    app.add_flag("--similar", m_similar, "Also print sensors of other models that answer the search");
     app.add_flag("--quick,!--no-quick", m_quick,
                  "Search RS485 buses quickly (default); --no-quick searches them thoroughly");
 }
