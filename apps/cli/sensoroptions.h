@@ -21,8 +21,8 @@ class SensorOptions
 public:
     void addTo(CLI::App &app);
 
-    /// The words of the command line after the sensor. If options name the sensor, the word in the place of its address
-    /// belongs to them and is put before \a following. Call this before resolve().
+    /// The words of the command line after the sensor. If options name the sensor, the parsed argument SENSOR is really
+    /// the first of these words and is put before \a following. Call this before resolve().
     QStringList wordsAfterSensor(const std::vector<std::string> &following);
 
     /// The sensor that the options name; searches for it if there are no interface parameters.
