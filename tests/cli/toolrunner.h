@@ -27,10 +27,10 @@ public:
     explicit ToolRunner(const QByteArray &bench = QByteArray())
         : m_environment(QProcessEnvironment::systemEnvironment())
     {
-        m_environment.remove(QStringLiteral("NO_COLOR"));
-        m_environment.remove(QStringLiteral("SONDIX_BENCH"));
+        m_environment.remove("NO_COLOR");
+        m_environment.remove("SONDIX_BENCH");
         if (!bench.isEmpty())
-            setEnvironment("SONDIX_BENCH", writeFile(QStringLiteral("bench.json"), bench));
+            setEnvironment("SONDIX_BENCH", writeFile("bench.json", bench));
     }
 
     void setEnvironment(const char *name, const QString &value)

@@ -44,25 +44,25 @@ class TestToolConfigure : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void paramsTellsAllSettings();
+    void paramsReportsAllSettings();
     void paramsFallsBackToWhatTheSensorToldWhenOpened();
     void getPrintsTheWholeAnswer();
     void getPrintsOneValue_data();
     void getPrintsOneValue();
-    void getTellsWhatTheAnswerLacks();
+    void getReportsAMissingAnswer();
     void getAsksASensorNamedByOptions();
     void setIsSilent();
-    void setTellsAsJsonWhatItSent();
+    void setReportsAsJsonWhatItSent();
     void execPrintsTheAnswer();
     void modeListsAndSwitches_data();
     void modeListsAndSwitches();
-    void modeTellsAsJson();
+    void modeReportsAsJson();
     void modeRefusesUnknownModes_data();
     void modeRefusesUnknownModes();
     void modeSaysThatAModelHasOneOnly();
-    void triggerAndSyncTellAndSwitchOff_data();
-    void triggerAndSyncTellAndSwitchOff();
-    void tellsWhenTheStateIsNotKnown();
+    void triggerAndSyncReportAndSwitchOff_data();
+    void triggerAndSyncReportAndSwitchOff();
+    void reportsWhenTheStateIsNotKnown();
     void endsWithCode6WhenTheSensorRefuses_data();
     void endsWithCode6WhenTheSensorRefuses();
     void endsWithCode4WhenTheSensorIsNotThere_data();
@@ -70,7 +70,7 @@ private Q_SLOTS:
     void wrongUseReachesNoSensor();
 };
 
-void TestToolConfigure::paramsTellsAllSettings()
+void TestToolConfigure::paramsReportsAllSettings()
 {
     const ToolRunner runner(wholeBench());
     const ToolResult text = runner.run(with(laser, "params"));
@@ -79,13 +79,13 @@ void TestToolConfigure::paramsTellsAllSettings()
     QVERIFY2(text.out.simplified().contains("SA_TriggerMode 0"), text.out.constData());
     const ToolResult json = runner.run(with(laser, "params --json"));
     QCOMPARE(json.code, 0);
-    QCOMPARE(objectOf(json).value(QStringLiteral("model")).toString(), QStringLiteral("TX270"));
-    QCOMPARE(objectOf(json).value(QStringLiteral("address")).toString(), QString::fromLatin1(laser));
-    QCOMPARE(objectOf(json).value(QStringLiteral("complete")).toBool(), true);
-    const QJsonArray parameters = objectOf(json).value(QStringLiteral("parameters")).toArray();
+    QCOMPARE(objectOf(json).value("model").toString(), QStringLiteral("TX270"));
+    QCOMPARE(objectOf(json).value("address").toString(), QString::fromLatin1(laser));
+    QCOMPARE(objectOf(json).value("complete").toBool(), true);
+    const QJsonArray parameters = objectOf(json).value("parameters").toArray();
     QCOMPARE(parameters.size(), 1);
-    QCOMPARE(parameters.first().toObject().value(QStringLiteral("SA_LaserPower")).toInt(), 1);
-    QVERIFY(!parameters.first().toObject().contains(QStringLiteral("S_Command")));
+    QCOMPARE(parameters.first().toObject().value("SA_LaserPower").toInt(), 1);
+    QVERIFY(!parameters.first().toObject().contains("S_Command"));
 }
 
 void TestToolConfigure::paramsFallsBackToWhatTheSensorToldWhenOpened()
@@ -100,7 +100,7 @@ void TestToolConfigure::paramsFallsBackToWhatTheSensorToldWhenOpened()
     QCOMPARE(linesOf(text.err).size(), 1);
     QVERIFY2(text.err.startsWith("CP730 cannot report all its parameters at once"), text.err.constData());
     const ToolResult json = runner.run(words("params CP730@RS232,port=COM6,baudrate=230400 --json"));
-    QCOMPARE(objectOf(json).value(QStringLiteral("complete")).toBool(true), false);
+    QCOMPARE(objectOf(json).value("complete").toBool(true), false);
 }
 
 void TestToolConfigure::getPrintsTheWholeAnswer()
@@ -110,9 +110,9 @@ void TestToolConfigure::getPrintsTheWholeAnswer()
     QVERIFY2(text.code == 0, text.err.constData());
     QVERIFY2(text.out.simplified().contains("SA_SerialNumber 1001"), text.out.constData());
     const ToolResult json = runner.run(with(laser, "get Get_Info --json"));
-    QCOMPARE(objectOf(json).value(QStringLiteral("command")).toString(), QStringLiteral("Get_Info"));
-    const QJsonObject answer = objectOf(json).value(QStringLiteral("answer")).toObject();
-    QCOMPARE(answer.value(QStringLiteral("SA_SerialNumber")).toString(), QStringLiteral("1001"));
+    QCOMPARE(objectOf(json).value("command").toString(), QStringLiteral("Get_Info"));
+    const QJsonObject answer = objectOf(json).value("answer").toObject();
+    QCOMPARE(answer.value("SA_SerialNumber").toString(), QStringLiteral("1001"));
 }
 
 void TestToolConfigure::getPrintsOneValue_data()
@@ -134,7 +134,7 @@ void TestToolConfigure::getPrintsOneValue()
     QCOMPARE(result.err, QByteArray());
 }
 
-void TestToolConfigure::getTellsWhatTheAnswerLacks()
+void TestToolConfigure::getReportsAMissingAnswer()
 {
     const ToolResult result = ToolRunner(wholeBench()).run(with(laser, "get Get_Info SA_SerialNumbre"));
     QCOMPARE(result.code, 6);
@@ -166,14 +166,13 @@ void TestToolConfigure::setIsSilent()
     }
 }
 
-void TestToolConfigure::setTellsAsJsonWhatItSent()
+void TestToolConfigure::setReportsAsJsonWhatItSent()
 {
     const ToolResult result =
         ToolRunner(wholeBench()).run(with(laser, "set Set_LaserPower SP_LaserPower=2 --json"));
     QVERIFY2(result.code == 0, result.err.constData());
-    QCOMPARE(objectOf(result).value(QStringLiteral("command")).toString(), QStringLiteral("Set_LaserPower"));
-    QCOMPARE(objectOf(result).value(QStringLiteral("parameters")).toObject(),
-             (QJsonObject{{QStringLiteral("SP_LaserPower"), 2}}));
+    QCOMPARE(objectOf(result).value("command").toString(), QStringLiteral("Set_LaserPower"));
+    QCOMPARE(objectOf(result).value("parameters").toObject(), (QJsonObject{{"SP_LaserPower", 2}}));
 }
 
 void TestToolConfigure::execPrintsTheAnswer()
@@ -187,9 +186,8 @@ void TestToolConfigure::execPrintsTheAnswer()
     QCOMPARE(nothing.out, QByteArray());
     const ToolResult json = runner.run(with(laser, "exec Set_LaserPower SP_LaserPower=0 --json"));
     QCOMPARE(json.code, 0);
-    QCOMPARE(objectOf(json).value(QStringLiteral("parameters")).toObject(),
-             (QJsonObject{{QStringLiteral("SP_LaserPower"), 0}}));
-    QVERIFY(objectOf(json).value(QStringLiteral("answer")).isObject());
+    QCOMPARE(objectOf(json).value("parameters").toObject(), (QJsonObject{{"SP_LaserPower", 0}}));
+    QVERIFY(objectOf(json).value("answer").isObject());
 }
 
 void TestToolConfigure::modeListsAndSwitches_data()
@@ -218,15 +216,14 @@ void TestToolConfigure::modeListsAndSwitches()
     QCOMPARE(marked, QList<QByteArray>{current});
 }
 
-void TestToolConfigure::modeTellsAsJson()
+void TestToolConfigure::modeReportsAsJson()
 {
     const ToolResult result = ToolRunner(wholeBench()).run(with(ethernetLaser, "mode --json"));
     QCOMPARE(result.code, 0);
-    QCOMPARE(objectOf(result).value(QStringLiteral("current")).toInt(-1), 1);
-    const QJsonArray modes = objectOf(result).value(QStringLiteral("modes")).toArray();
+    QCOMPARE(objectOf(result).value("current").toInt(-1), 1);
+    const QJsonArray modes = objectOf(result).value("modes").toArray();
     QCOMPARE(modes.size(), 4);
-    QCOMPARE(modes.at(3).toObject(),
-             (QJsonObject{{QStringLiteral("number"), 3}, {QStringLiteral("name"), QStringLiteral("Video")}}));
+    QCOMPARE(modes.at(3).toObject(), (QJsonObject{{"number", 3}, {"name", "Video"}}));
 }
 
 void TestToolConfigure::modeRefusesUnknownModes_data()
@@ -264,11 +261,11 @@ void TestToolConfigure::modeSaysThatAModelHasOneOnly()
     QCOMPARE(number.code, 6);
     QVERIFY2(number.err.startsWith("sondixqt: the sensor refuses the measuring mode 1: "), number.err.constData());
     const ToolResult json = runner.run(with(laser, "mode --json"));
-    QCOMPARE(objectOf(json).value(QStringLiteral("modes")), QJsonValue(QJsonArray()));
-    QVERIFY(objectOf(json).value(QStringLiteral("current")).isNull());
+    QCOMPARE(objectOf(json).value("modes"), QJsonValue(QJsonArray()));
+    QVERIFY(objectOf(json).value("current").isNull());
 }
 
-void TestToolConfigure::triggerAndSyncTellAndSwitchOff_data()
+void TestToolConfigure::triggerAndSyncReportAndSwitchOff_data()
 {
     QTest::addColumn<QString>("address");
     QTest::addColumn<QString>("line");
@@ -289,7 +286,7 @@ void TestToolConfigure::triggerAndSyncTellAndSwitchOff_data()
     row("sync is off", controller, "sync", "the sensor measures on its own", "sync", false);
 }
 
-void TestToolConfigure::triggerAndSyncTellAndSwitchOff()
+void TestToolConfigure::triggerAndSyncReportAndSwitchOff()
 {
     QFETCH(QString, address);
     QFETCH(QString, line);
@@ -307,7 +304,7 @@ void TestToolConfigure::triggerAndSyncTellAndSwitchOff()
     QCOMPARE(objectOf(json).value(key).toBool(), on);
 }
 
-void TestToolConfigure::tellsWhenTheStateIsNotKnown()
+void TestToolConfigure::reportsWhenTheStateIsNotKnown()
 {
     const ToolRunner runner(Benches::of(Benches::laser(100, refusing("Get_TriggerMode"))));
     const ToolResult state = runner.run(with(laser, "trigger"));

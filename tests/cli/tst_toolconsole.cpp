@@ -12,7 +12,7 @@ QByteArray slowBench(const QByteArray &more = QByteArray())
            more + "} ] }";
 }
 
-const QString heading = QStringLiteral("Gr\u00f6\u00dfe [\u00b5m]");
+const QString heading = "Gr\u00f6\u00dfe [\u00b5m]";
 
 /// A process whose output is its console, not a pipe.
 class ConsoleProcess : public InterruptibleProcess
@@ -21,8 +21,8 @@ public:
     void start(const ToolRunner &runner, const QStringList &arguments)
     {
         setProcessEnvironment(runner.environment());
-        const QStringList line{QStringLiteral("/c"), QStringLiteral(SONDIXQT_TOOL)};
-        QProcess::start(QStringLiteral("cmd"), line + arguments + QStringList(QStringLiteral(">CON")));
+        const QStringList line{"/c", QStringLiteral(SONDIXQT_TOOL)};
+        QProcess::start("cmd", line + arguments + QStringList(">CON"));
         QVERIFY(waitForStarted());
     }
 

@@ -26,7 +26,7 @@ QString readFile(const char *path)
 
 QString helpOf(const QString &command)
 {
-    QStringList arguments{QStringLiteral("--help")};
+    QStringList arguments{"--help"};
     if (!command.isEmpty())
         arguments.prepend(command);
     return QString::fromUtf8(ToolRunner().run(arguments).out);
@@ -36,8 +36,7 @@ QString helpOf(const QString &command)
 QStringList commands()
 {
     QStringList names;
-    const QString list =
-        helpOf(QString()).section(QStringLiteral("Subcommands:\n"), 1).section(QStringLiteral("\n\n"), 0, 0);
+    const QString list = helpOf(QString()).section("Subcommands:\n", 1).section("\n\n", 0, 0);
     for (const QString &line : list.split(QLatin1Char('\n')))
         names += line.trimmed().section(QLatin1Char(' '), 0, 0);
     return names;
@@ -48,7 +47,7 @@ const QLatin1String tool("sondixqt ");
 /// Options that name a sensor; the texts show them without a command.
 bool namesASensor(const QString &text)
 {
-    static const QRegularExpression way(QStringLiteral("^--(type|serial) \\S+( --\\S+ \\S+)*$"));
+    static const QRegularExpression way("^--(type|serial) \\S+( --\\S+ \\S+)*$");
     return way.match(text).hasMatch();
 }
 
@@ -57,14 +56,14 @@ void addText(QList<Example> &examples, const QString &text)
     if (text.startsWith(tool))
         examples += {text.mid(tool.size()), {}};
     else if (namesASensor(text))
-        examples += {QStringLiteral("info ") + text, {}};
+        examples += {"info " + text, {}};
 }
 
 QList<Example> examplesOfHelp(const QString &command)
 {
     QList<Example> examples;
     for (const QString &line : helpOf(command).split(QLatin1Char('\n')))
-        if (line.startsWith(QLatin1String("  ")))
+        if (line.startsWith("  "))
             addText(examples, line.mid(2));
     return examples;
 }
@@ -76,14 +75,14 @@ QList<Example> examplesOfReadme()
     bool inConsole = false;
     for (const QString &line : text.split(QLatin1Char('\n'))) {
         const QLatin1String prompt("$ sondixqt ");
-        if (line.startsWith(QLatin1String("```")))
-            inConsole = line == QLatin1String("```console");
+        if (line.startsWith("```"))
+            inConsole = line == "```console";
         else if (inConsole && line.startsWith(prompt))
-            examples += {line.mid(prompt.size()).section(QStringLiteral("  #"), 0, 0).trimmed(), {}};
+            examples += {line.mid(prompt.size()).section("  #", 0, 0).trimmed(), {}};
         else if (inConsole)
             examples.last().shown += line;
     }
-    static const QRegularExpression inlineCode(QStringLiteral("`([^`\n]+)`"));
+    static const QRegularExpression inlineCode("`([^`\n]+)`");
     for (auto it = inlineCode.globalMatch(text); it.hasNext();)
         addText(examples, it.next().captured(1));
     return examples;
@@ -92,8 +91,8 @@ QList<Example> examplesOfReadme()
 /// Makes lines of different measurements comparable: replaces numbers and ignores the widths of columns.
 QString comparable(const QString &line)
 {
-    static const QRegularExpression number(QStringLiteral("\\d+(\\.\\d+)?"));
-    return line.simplified().replace(number, QStringLiteral("0"));
+    static const QRegularExpression number("\\d+(\\.\\d+)?");
+    return line.simplified().replace(number, "0");
 }
 
 /// The complete answer of \a url to a GET request for \a path.
@@ -151,12 +150,12 @@ void TestToolExamples::examplesWork_data()
         if (example.shown.isEmpty() && known.contains(example.line))
             continue;
         known += example.line;
-        if (!example.line.contains(QLatin1String("<command>"))) {
+        if (!example.line.contains("<command>")) {
             QTest::newRow(qPrintable(example.line)) << example.line << example.shown;
             continue;
         }
         for (const QString &command : commands()) {
-            const QString line = QString(example.line).replace(QLatin1String("<command>"), command);
+            const QString line = QString(example.line).replace("<command>", command);
             QTest::newRow(qPrintable(line)) << line << example.shown;
         }
     }
@@ -164,11 +163,9 @@ void TestToolExamples::examplesWork_data()
 
 bool TestToolExamples::isEndless(const QStringList &arguments)
 {
-    const bool isLimited = arguments.contains(QLatin1String("-n")) ||
-                           arguments.contains(QLatin1String("--duration")) ||
-                           arguments.contains(QLatin1String("--help"));
-    return !isLimited &&
-           (arguments.first() == QLatin1String("tunnel") || arguments.first() == QLatin1String("read"));
+    const bool isLimited =
+        arguments.contains("-n") || arguments.contains("--duration") || arguments.contains("--help");
+    return !isLimited && (arguments.first() == "tunnel" || arguments.first() == "read");
 }
 
 void TestToolExamples::examplesWork()
@@ -176,16 +173,15 @@ void TestToolExamples::examplesWork()
     QFETCH(QString, line);
     QFETCH(QStringList, shown);
     ToolRunner runner;
-    runner.writeFile(QStringLiteral("mybench.json"), readFile(SONDIXQT_BUILTIN_BENCH).toUtf8());
+    runner.writeFile("mybench.json", readFile(SONDIXQT_BUILTIN_BENCH).toUtf8());
     QStringList arguments = line.split(QLatin1Char(' '));
 #ifdef Q_OS_WIN
-    arguments.removeAll(QStringLiteral("--open")); // it would start the browser of the user
+    arguments.removeAll("--open"); // it would start the browser of the user
 #else
     const QString browser =
-        runner.writeFile(QStringLiteral("xdg-open"),
-                         "#!/bin/sh\necho \"$*\" >" + runner.path(QStringLiteral("opened")).toUtf8() + "\n");
+        runner.writeFile("xdg-open", "#!/bin/sh\necho \"$*\" >" + runner.path("opened").toUtf8() + "\n");
     QVERIFY(QFile::setPermissions(browser, QFile::ReadOwner | QFile::ExeOwner));
-    runner.setEnvironment("PATH", runner.path(QString()) + QStringLiteral(":/usr/bin:/bin"));
+    runner.setEnvironment("PATH", runner.path(QString()) + ":/usr/bin:/bin");
 #endif
 
     const bool endless = isEndless(arguments);
@@ -195,9 +191,9 @@ void TestToolExamples::examplesWork()
     for (const QString &one : QString::fromUtf8(result.out + result.err).split(QLatin1Char('\n')))
         printed += comparable(one);
     for (const QString &one : qAsConst(shown)) {
-        const QString expected = comparable(one.section(QStringLiteral("..."), 0, 0));
+        const QString expected = comparable(one.section("...", 0, 0));
         const bool found = std::any_of(printed.cbegin(), printed.cend(), [&](const QString &candidate) {
-            return one.contains(QLatin1String("...")) ? candidate.startsWith(expected) : candidate == expected;
+            return one.contains("...") ? candidate.startsWith(expected) : candidate == expected;
         });
         QVERIFY2(found, qPrintable(one));
     }
@@ -212,17 +208,14 @@ ToolResult TestToolExamples::runUntilInterrupted(const ToolRunner &runner, const
     QByteArray line;
     [&] { QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), 20000); }();
     line = process.readLine();
-    if (arguments.first() == QLatin1String("tunnel")) {
+    if (arguments.first() == "tunnel") {
         const QUrl url(QString::fromLatin1(line.trimmed()));
-        static const QRegularExpression request(QStringLiteral("^GET (\\S+) 200, "));
-        for (const QString &one : QStringList(QStringLiteral("GET / 200, ")) + shown)
+        static const QRegularExpression request("^GET (\\S+) 200, ");
+        for (const QString &one : QStringList("GET / 200, ") + shown)
             if (const auto match = request.match(one); match.hasMatch())
                 [&] { QVERIFY2(get(url, match.captured(1)).startsWith("HTTP/1.1 200 OK"), qPrintable(one)); }();
-        if (arguments.contains(QLatin1String("--open")))
-            [&] {
-                QTRY_COMPARE_WITH_TIMEOUT(runner.contentOf(QStringLiteral("opened")).trimmed(), line.trimmed(),
-                                          10000);
-            }();
+        if (arguments.contains("--open"))
+            [&] { QTRY_COMPARE_WITH_TIMEOUT(runner.contentOf("opened").trimmed(), line.trimmed(), 10000); }();
     } else {
         [&] { QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), 20000); }(); // the first values, after the headings
     }
@@ -242,35 +235,35 @@ void TestToolExamples::checkPurpose(const ToolRunner &runner, const QStringList 
         return at < 0 ? QString() : arguments.value(at + 1);
     };
     const QByteArray out = result.out.simplified();
-    if (arguments.contains(QLatin1String("--help"))) {
+    if (arguments.contains("--help")) {
         QVERIFY(out.contains("Usage: sondixqt " + command.toLatin1()));
-    } else if (command == QLatin1String("models")) {
+    } else if (command == "models") {
         QVERIFY(out.contains("TX270 41 Tavrin TX270 Tavrin"));
-    } else if (command == QLatin1String("find")) {
+    } else if (command == "find") {
         QVERIFY(out.contains("RS232 COM3 TX270 1018001 TX270@RS232,port=COM3,baudrate=115200"));
-    } else if (command == QLatin1String("info")) {
+    } else if (command == "info") {
         QVERIFY(out.contains("Data frame"));
-    } else if (command == QLatin1String("read")) {
+    } else if (command == "read") {
         const QString file = valueOf("--csv");
         const QByteArray values = file.isEmpty() ? result.out : runner.contentOf(file);
         QVERIFY(values.startsWith("time [s]") || values.simplified().startsWith("time [s]"));
         QVERIFY(linesOf(values).size() >= 2);
         QVERIFY(result.err.contains("1 value read in "));
-    } else if (command == QLatin1String("params")) {
+    } else if (command == "params") {
         QVERIFY(out.contains("SA_Measrate 2"));
-    } else if (command == QLatin1String("get")) {
+    } else if (command == "get") {
         QCOMPARE(out, QByteArray("1018001"));
-    } else if (command == QLatin1String("set") || command == QLatin1String("exec")) {
+    } else if (command == "set" || command == "exec") {
         QCOMPARE(result.out + result.err, QByteArray());
-    } else if (command == QLatin1String("mode")) {
+    } else if (command == "mode") {
         QVERIFY(out.contains("1 Thickness current"));
-    } else if (command == QLatin1String("trigger")) {
+    } else if (command == "trigger") {
         QCOMPARE(out, QByteArray("the sensor measures without a trigger"));
-    } else if (command == QLatin1String("sync")) {
+    } else if (command == "sync") {
         QCOMPARE(out, QByteArray("the sensor measures on its own"));
-    } else if (command == QLatin1String("video")) {
+    } else if (command == "video") {
         QVERIFY(runner.contentOf(valueOf("--line")).startsWith("\x89PNG"));
-    } else if (command == QLatin1String("tunnel")) {
+    } else if (command == "tunnel") {
         QVERIFY(out.startsWith("http://127.0.0.1:"));
         QVERIFY(result.err.contains("GET / 200, "));
     } else {

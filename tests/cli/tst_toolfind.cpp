@@ -17,7 +17,7 @@ QStringList serialNumbers(const ToolResult &result)
 {
     QStringList numbers;
     for (const QJsonObject &sensor : jsonLines(result.out))
-        numbers += sensor.value(QStringLiteral("serialNumber")).toString();
+        numbers += sensor.value("serialNumber").toString();
     numbers.sort();
     return numbers;
 }
@@ -37,7 +37,7 @@ private Q_SLOTS:
     void printsEachSensorWithItsAddress();
     void findsWhatIsAskedFor_data();
     void findsWhatIsAskedFor();
-    void tellsEverythingAsJson();
+    void reportsEverythingAsJson();
     void findsTheHiddenVariantsOfAGroup();
     void findsTheWholeBuiltInBenchQuickly();
     void findsTheSameWhenItSearchesEachFamily();
@@ -96,21 +96,19 @@ void TestToolFind::findsWhatIsAskedFor()
     QCOMPARE(serialNumbers(result).join(QLatin1Char(' ')), expected);
 }
 
-void TestToolFind::tellsEverythingAsJson()
+void TestToolFind::reportsEverythingAsJson()
 {
     const ToolResult result = ToolRunner(twoLasersAndAController).run(words("find --type CC480 --json"));
     const QJsonObject sensor = jsonLines(result.out).value(0);
-    QCOMPARE(sensor.value(QStringLiteral("model")).toString(), QStringLiteral("CC480"));
-    QCOMPARE(sensor.value(QStringLiteral("name")).toString(), QStringLiteral("Oscura CC480"));
-    QCOMPARE(sensor.value(QStringLiteral("number")).toInt(), 47);
-    QCOMPARE(sensor.value(QStringLiteral("interface")).toString(), QStringLiteral("Ethernet"));
-    QCOMPARE(sensor.value(QStringLiteral("place")).toString(), QStringLiteral("192.168.0.10"));
-    QVERIFY(sensor.value(QStringLiteral("address"))
-                .toString()
-                .startsWith(QStringLiteral("CC480@TCP/IP,address=192.168.0.10")));
-    const QJsonObject parameters = sensor.value(QStringLiteral("parameters")).toObject();
-    QCOMPARE(parameters.value(QStringLiteral("IP_RemoteAddr")).toString(), QStringLiteral("192.168.0.10"));
-    QCOMPARE(parameters.value(QStringLiteral("IP_InterfaceIdx")).toInt(), 3);
+    QCOMPARE(sensor.value("model").toString(), QStringLiteral("CC480"));
+    QCOMPARE(sensor.value("name").toString(), QStringLiteral("Oscura CC480"));
+    QCOMPARE(sensor.value("number").toInt(), 47);
+    QCOMPARE(sensor.value("interface").toString(), QStringLiteral("Ethernet"));
+    QCOMPARE(sensor.value("place").toString(), QStringLiteral("192.168.0.10"));
+    QVERIFY(sensor.value("address").toString().startsWith("CC480@TCP/IP,address=192.168.0.10"));
+    const QJsonObject parameters = sensor.value("parameters").toObject();
+    QCOMPARE(parameters.value("IP_RemoteAddr").toString(), QStringLiteral("192.168.0.10"));
+    QCOMPARE(parameters.value("IP_InterfaceIdx").toInt(), 3);
 }
 
 void TestToolFind::findsTheHiddenVariantsOfAGroup()
@@ -119,17 +117,17 @@ void TestToolFind::findsTheHiddenVariantsOfAGroup()
         "place": { "interface": "RS232", "port": "COM8", "busAddress": 11 } })"));
     const ToolResult result = runner.run(words("find --group Morvik --json"));
     QVERIFY2(result.code == 0, result.err.constData());
-    QCOMPARE(jsonLines(result.out).value(0).value(QStringLiteral("model")).toString(), QStringLiteral("MV420"));
+    QCOMPARE(jsonLines(result.out).value(0).value("model").toString(), QStringLiteral("MV420"));
 }
 
 void TestToolFind::findsTheWholeBuiltInBenchQuickly()
 {
     QStringList expected;
     QRegularExpressionMatchIterator it =
-        QRegularExpression(QStringLiteral("\"serialNumber\": \"(\\w+)\"")).globalMatch(builtInBench());
+        QRegularExpression("\"serialNumber\": \"(\\w+)\"").globalMatch(builtInBench());
     while (it.hasNext())
         expected += it.next().captured(1);
-    expected += QStringLiteral("1032101"); // found twice: it has two addresses
+    expected += "1032101"; // found twice: it has two addresses
     expected.sort();
     QCOMPARE(expected.size(), 25);
 
@@ -144,7 +142,7 @@ void TestToolFind::findsTheWholeBuiltInBenchQuickly()
 void TestToolFind::findsTheSameWhenItSearchesEachFamily()
 {
     QString bench = builtInBench();
-    bench.insert(bench.indexOf(QLatin1Char('{')) + 1, QStringLiteral("\"clock\": { \"speed\": 1000 },"));
+    bench.insert(bench.indexOf(QLatin1Char('{')) + 1, "\"clock\": { \"speed\": 1000 },");
     const ToolRunner runner(bench.toUtf8());
     const ToolResult thorough = runner.run(words("find --thorough"));
     const ToolResult quick = runner.run(words("find"));
@@ -202,12 +200,10 @@ void TestToolFind::printsAddressesThatOpenTheSensor()
     const QList<QJsonObject> sensors = jsonLines(runner.run(words("find --type TX270 --similar --json")).out);
     QCOMPARE(sensors.size(), 3);
     for (const QJsonObject &sensor : sensors) {
-        const ToolResult info =
-            runner.run({QStringLiteral("info"), sensor.value(QStringLiteral("address")).toString(),
-                        QStringLiteral("--json")});
+        const ToolResult info = runner.run({"info", sensor.value("address").toString(), "--json"});
         QVERIFY2(info.code == 0, info.err.constData());
         const QJsonObject told = QJsonDocument::fromJson(info.out).object();
-        QCOMPARE(told.value(QStringLiteral("model")), sensor.value(QStringLiteral("model")));
+        QCOMPARE(told.value("model"), sensor.value("model"));
     }
 }
 

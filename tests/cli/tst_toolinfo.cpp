@@ -18,10 +18,10 @@ class TestToolInfo : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void tellsWhatASensorIsAndSends();
-    void tellsTheSameAsJson();
-    void tellsTheRateOfModelsThatMeasureOnTheirOwn_data();
-    void tellsTheRateOfModelsThatMeasureOnTheirOwn();
+    void reportsIdentityAndData();
+    void reportsTheSameAsJson();
+    void reportsTheRateOfModelsThatMeasureOnTheirOwn_data();
+    void reportsTheRateOfModelsThatMeasureOnTheirOwn();
     void opensASensorHoweverItIsNamed_data();
     void opensASensorHoweverItIsNamed();
     void asksWhichWhenSeveralAnswer();
@@ -33,7 +33,7 @@ private Q_SLOTS:
     void endsWithTheLibrarysTextWhenTheModelIsNotSupported();
 };
 
-void TestToolInfo::tellsWhatASensorIsAndSends()
+void TestToolInfo::reportsIdentityAndData()
 {
     const ToolResult result =
         ToolRunner(Benches::of(twoSignals)).run(words("info TX270@RS232,port=COM3,baudrate=115200"));
@@ -48,30 +48,29 @@ void TestToolInfo::tellsWhatASensorIsAndSends()
     QVERIFY2(!text.contains("S_Command"), "what the sensor was asked with is none of its parameters");
 }
 
-void TestToolInfo::tellsTheSameAsJson()
+void TestToolInfo::reportsTheSameAsJson()
 {
     const ToolResult result = ToolRunner(Benches::of(twoSignals)).run(words("info TX270@RS232,port=COM3 --json"));
     QCOMPARE(result.code, 0);
     const QJsonObject object = QJsonDocument::fromJson(result.out).object();
-    QCOMPARE(object.value(QStringLiteral("model")).toString(), QStringLiteral("TX270"));
-    QCOMPARE(object.value(QStringLiteral("address")).toString(), QStringLiteral("TX270@RS232,port=COM3"));
-    QCOMPARE(object.value(QStringLiteral("interface")).toObject().value(QStringLiteral("IP_Port")).toString(),
-             QStringLiteral("COM3"));
-    const QJsonArray sensors = object.value(QStringLiteral("info")).toArray();
+    QCOMPARE(object.value("model").toString(), QStringLiteral("TX270"));
+    QCOMPARE(object.value("address").toString(), QStringLiteral("TX270@RS232,port=COM3"));
+    QCOMPARE(object.value("interface").toObject().value("IP_Port").toString(), QStringLiteral("COM3"));
+    const QJsonArray sensors = object.value("info").toArray();
     QCOMPARE(sensors.size(), 1);
-    QVERIFY(sensors.first().toObject().contains(QStringLiteral("SA_SerialNumber")));
-    QVERIFY(!sensors.first().toObject().contains(QStringLiteral("S_Command")));
-    const QJsonObject frame = object.value(QStringLiteral("frame")).toObject();
-    QCOMPARE(frame.value(QStringLiteral("sampleRateKhz")).toDouble(), 2.5);
-    QCOMPARE(frame.value(QStringLiteral("valuesPerFrame")).toInt(), 2);
-    const QJsonObject temperature = frame.value(QStringLiteral("signals")).toArray().at(1).toObject();
-    QCOMPARE(temperature.value(QStringLiteral("name")).toString(), QStringLiteral("Temperature"));
-    QCOMPARE(temperature.value(QStringLiteral("unit")).toString(), QStringLiteral("°C"));
-    QCOMPARE(temperature.value(QStringLiteral("rangeMin")).toDouble(), -40.0);
-    QCOMPARE(temperature.value(QStringLiteral("major")).toBool(true), false);
+    QVERIFY(sensors.first().toObject().contains("SA_SerialNumber"));
+    QVERIFY(!sensors.first().toObject().contains("S_Command"));
+    const QJsonObject frame = object.value("frame").toObject();
+    QCOMPARE(frame.value("sampleRateKhz").toDouble(), 2.5);
+    QCOMPARE(frame.value("valuesPerFrame").toInt(), 2);
+    const QJsonObject temperature = frame.value("signals").toArray().at(1).toObject();
+    QCOMPARE(temperature.value("name").toString(), QStringLiteral("Temperature"));
+    QCOMPARE(temperature.value("unit").toString(), QStringLiteral("°C"));
+    QCOMPARE(temperature.value("rangeMin").toDouble(), -40.0);
+    QCOMPARE(temperature.value("major").toBool(true), false);
 }
 
-void TestToolInfo::tellsTheRateOfModelsThatMeasureOnTheirOwn_data()
+void TestToolInfo::reportsTheRateOfModelsThatMeasureOnTheirOwn_data()
 {
     QTest::addColumn<QByteArray>("model");
     QTest::addColumn<QByteArray>("settings");
@@ -91,7 +90,7 @@ void TestToolInfo::tellsTheRateOfModelsThatMeasureOnTheirOwn_data()
                                   << 0.004;
 }
 
-void TestToolInfo::tellsTheRateOfModelsThatMeasureOnTheirOwn()
+void TestToolInfo::reportsTheRateOfModelsThatMeasureOnTheirOwn()
 {
     QFETCH(QByteArray, model);
     QFETCH(QByteArray, settings);
@@ -100,12 +99,10 @@ void TestToolInfo::tellsTheRateOfModelsThatMeasureOnTheirOwn()
         "place": { "interface": "RS232", "port": "COM5" }, "settings": { )" +
                                         settings + " } }"));
     const ToolResult result =
-        runner.run({QStringLiteral("info"), QStringLiteral("--json"), QStringLiteral("--type"),
-                    QString::fromLatin1(model), QStringLiteral("--port"), QStringLiteral("COM5")});
+        runner.run({"info", "--json", "--type", QString::fromLatin1(model), "--port", "COM5"});
     QVERIFY2(result.code == 0, result.err.constData());
-    const QJsonObject frame =
-        QJsonDocument::fromJson(result.out).object().value(QStringLiteral("frame")).toObject();
-    QCOMPARE(frame.value(QStringLiteral("sampleRateKhz")).toDouble(), rateKhz);
+    const QJsonObject frame = QJsonDocument::fromJson(result.out).object().value("frame").toObject();
+    QCOMPARE(frame.value("sampleRateKhz").toDouble(), rateKhz);
 }
 
 void TestToolInfo::opensASensorHoweverItIsNamed_data()

@@ -15,7 +15,7 @@ public:
     explicit ReadingProcess(ToolRunner &runner)
         : ProcessOnTerminal(static_cast<const Terminal &>(*this), false)
     {
-        runner.setEnvironment("TERM", QStringLiteral("xterm"));
+        runner.setEnvironment("TERM", "xterm");
     }
     bool hasRead() { return text().contains(" frames"); }
     /// The text that follows the erased progress line.
@@ -38,7 +38,7 @@ public:
     }
     bool hasRead() const
     {
-        const QFileInfoList files = m_folder.entryInfoList({QStringLiteral("values.csv*")}, QDir::Files);
+        const QFileInfoList files = m_folder.entryInfoList({"values.csv*"}, QDir::Files);
         return !files.isEmpty() && files.first().size() > 0;
     }
     static QByteArray summary(const ToolResult &result) { return result.err; }
@@ -94,7 +94,7 @@ void TestToolInterrupt::endsASearch()
     QFETCH(bool, politely);
     const ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.01, "XA200_ETH": 3600)"));
     InterruptibleProcess process;
-    runner.start(process, QStringList{QStringLiteral("--verbose")} + line.split(QLatin1Char(' ')));
+    runner.start(process, QStringList{"--verbose"} + line.split(QLatin1Char(' ')));
     process.setReadChannel(QProcess::StandardError);
     QByteArray log;
     QTRY_VERIFY_WITH_TIMEOUT((log += process.readAllStandardError()).contains("searching: "), 10000);
@@ -119,12 +119,12 @@ void TestToolInterrupt::leavesAWholeFile()
     ReadingProcess process(runner);
     runner.start(process, words("read TX270@RS232,port=COM3 --csv values.csv"));
     QTRY_VERIFY_WITH_TIMEOUT(process.hasRead(), 10000);
-    QVERIFY(!QFile::exists(runner.path(QStringLiteral("values.csv"))));
+    QVERIFY(!QFile::exists(runner.path("values.csv")));
     end(process, politely);
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 130);
-    QCOMPARE(runner.files(), (QStringList{QStringLiteral("bench.json"), QStringLiteral("values.csv")}));
-    const QByteArray content = runner.contentOf(QStringLiteral("values.csv"));
+    QCOMPARE(runner.files(), (QStringList{"bench.json", "values.csv"}));
+    const QByteArray content = runner.contentOf("values.csv");
     QVERIFY(content.endsWith('\n'));
     const QList<QByteArray> lines = linesOf(content);
     const QByteArray summary = QByteArray::number(lines.size() - 1) + " frames of 1 value read in ";
@@ -164,7 +164,7 @@ void TestToolInterrupt::theSecondOneEndsACallThatDoesNotReturn()
     process.interrupt();
     QVERIFY(process.waitForFinished(10000));
     QCOMPARE(process.exitStatus(), QProcess::CrashExit);
-    QVERIFY(!QFile::exists(runner.path(QStringLiteral("values.csv"))));
+    QVERIFY(!QFile::exists(runner.path("values.csv")));
 }
 
 QTEST_GUILESS_MAIN(TestToolInterrupt)

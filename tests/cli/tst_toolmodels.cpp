@@ -33,7 +33,7 @@ private:
 
 void TestToolModels::listsTheModelsOfAGroupInDisplayOrder()
 {
-    const QString expected = QStringLiteral("MODEL CP720 CP740 CP730 CP710 CP750 CB910 CB92xx");
+    const QString expected = "MODEL CP720 CP740 CP730 CP710 CP750 CB910 CB92xx";
     QCOMPARE(models("models --group Delmar").join(QLatin1Char(' ')), expected);
     QCOMPARE(models("models --group delmar").join(QLatin1Char(' ')), expected);
     QCOMPARE(models("models -g 64").join(QLatin1Char(' ')), expected);
@@ -42,12 +42,12 @@ void TestToolModels::listsTheModelsOfAGroupInDisplayOrder()
 void TestToolModels::leavesOutHiddenModelsUnlessAsked()
 {
     const QStringList plain = models("models --group KV-BUS");
-    QVERIFY(plain.contains(QStringLiteral("MV4xx")));
-    QVERIFY(!plain.contains(QStringLiteral("MV410")));
-    QVERIFY(!plain.contains(QStringLiteral("CP740_XA300ETH")));
+    QVERIFY(plain.contains("MV4xx"));
+    QVERIFY(!plain.contains("MV410"));
+    QVERIFY(!plain.contains("CP740_XA300ETH"));
     const QStringList all = models("models --group KV-BUS --all");
-    QVERIFY(all.contains(QStringLiteral("MV410")));
-    QVERIFY(all.contains(QStringLiteral("CP740_XA300ETH")));
+    QVERIFY(all.contains("MV410"));
+    QVERIFY(all.contains("CP740_XA300ETH"));
     QCOMPARE(all.size(), plain.size() + 12);
 }
 
@@ -65,21 +65,21 @@ void TestToolModels::describesModelsAsJson()
     const QJsonArray array = QJsonDocument::fromJson(result.out).array();
     QCOMPARE(array.size(), 5);
     const QJsonObject first = array.first().toObject();
-    QCOMPARE(first.value(QStringLiteral("model")).toString(), QStringLiteral("PG110"));
-    QCOMPARE(first.value(QStringLiteral("name")).toString(), QStringLiteral("Pigmar PG"));
-    QCOMPARE(first.value(QStringLiteral("number")).toInt(), 35);
-    QCOMPARE(first.value(QStringLiteral("groups")).toArray(), QJsonArray{QStringLiteral("Color")});
-    QCOMPARE(first.value(QStringLiteral("asciiProtocol")).toBool(), true);
-    QCOMPARE(first.value(QStringLiteral("hidden")).toBool(true), false);
+    QCOMPARE(first.value("model").toString(), QStringLiteral("PG110"));
+    QCOMPARE(first.value("name").toString(), QStringLiteral("Pigmar PG"));
+    QCOMPARE(first.value("number").toInt(), 35);
+    QCOMPARE(first.value("groups").toArray(), QJsonArray{"Color"});
+    QCOMPARE(first.value("asciiProtocol").toBool(), true);
+    QCOMPARE(first.value("hidden").toBool(true), false);
 }
 
 void TestToolModels::reportsAFullDisk()
 {
-    if (!QFile::exists(QStringLiteral("/dev/full")))
+    if (!QFile::exists("/dev/full"))
         QSKIP("there is no /dev/full here");
     for (const char *line : {"models", "models --json"}) {
         QProcess process;
-        process.setStandardOutputFile(QStringLiteral("/dev/full"));
+        process.setStandardOutputFile("/dev/full");
         const ToolRunner runner;
         runner.start(process, words(line));
         const ToolResult result = ToolRunner::finish(process);

@@ -19,12 +19,12 @@ const char *const bus = R"({ "model": "MV420", "name": "MV420-S", "serialNumber"
 
 QJsonObject answerOf(const ToolResult &result)
 {
-    return QJsonDocument::fromJson(result.out).object().value(QStringLiteral("answer")).toObject();
+    return QJsonDocument::fromJson(result.out).object().value("answer").toObject();
 }
 
 QByteArray bytesOf(const QJsonValue &value)
 {
-    return QByteArray::fromBase64(value.toObject().value(QStringLiteral("base64")).toString().toLatin1());
+    return QByteArray::fromBase64(value.toObject().value("base64").toString().toLatin1());
 }
 
 } // namespace
@@ -42,7 +42,7 @@ private Q_SLOTS:
     void bytesAreShownAsTheirCount();
     void bytesAreBase64InJson();
     void aPageIsFetchedWithItsBytes();
-    void tellsThatAnotherModelAnswers();
+    void reportsThatAnotherModelAnswers();
     void saysNothingOfAModelThatFits_data();
     void saysNothingOfAModelThatFits();
 };
@@ -71,17 +71,17 @@ void TestToolOutput::reportsAFullDisk_data()
                              "read %1 -n 10 --json",
                              "video %1 --json",
                              "tunnel %1"})
-        QTest::newRow(line) << QString::fromLatin1(line).replace(QLatin1String("%1"), QLatin1String(laser));
+        QTest::newRow(line) << QString::fromLatin1(line).replace("%1", QLatin1String(laser));
 }
 
 void TestToolOutput::reportsAFullDisk()
 {
-    if (!QFile::exists(QStringLiteral("/dev/full")))
+    if (!QFile::exists("/dev/full"))
         QSKIP("there is no /dev/full here");
     QFETCH(QString, line);
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
     QProcess process;
-    process.setStandardOutputFile(QStringLiteral("/dev/full"));
+    process.setStandardOutputFile("/dev/full");
     runner.start(process, line.split(QLatin1Char(' ')));
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 1);
@@ -94,7 +94,7 @@ void TestToolOutput::isSilentWhenItsReaderCloses_data()
 {
     QTest::addColumn<QString>("line");
     for (const char *line : {"find --type TX270 --json", "read %1 --csv -", "read %1 --json", "read %1"})
-        QTest::newRow(line) << QString::fromLatin1(line).replace(QLatin1String("%1"), QLatin1String(laser));
+        QTest::newRow(line) << QString::fromLatin1(line).replace("%1", QLatin1String(laser));
 }
 
 void TestToolOutput::isSilentWhenItsReaderCloses()
@@ -127,11 +127,11 @@ void TestToolOutput::verboseShowsTheCommands()
 {
     QFETCH(QString, line);
     QFETCH(QByteArray, expected);
-    line.replace(QLatin1String("%1"), QLatin1String(laser));
+    line.replace("%1", QLatin1String(laser));
     const ToolRunner runner(Benches::of(Benches::laser(100)));
     const ToolResult quiet = runner.run(line.split(QLatin1Char(' ')));
     QVERIFY(!quiet.err.contains("Sondix"));
-    const ToolResult verbose = runner.run((QStringLiteral("-v ") + line).split(QLatin1Char(' ')));
+    const ToolResult verbose = runner.run(("-v " + line).split(QLatin1Char(' ')));
     QVERIFY2(verbose.err.contains(expected), verbose.err.constData());
     QCOMPARE(verbose.code, quiet.code);
     QVERIFY2(verbose.err.contains(linesOf(quiet.err).value(0).left(12)), verbose.err.constData());
@@ -142,7 +142,7 @@ void TestToolOutput::bytesAreShownAsTheirCount()
     const ToolRunner runner(Benches::of(videoLaser));
     const ToolResult json =
         runner.run(words("exec") << QString::fromLatin1(videoLaserAddress) << words("Get_Video --json"));
-    const int size = bytesOf(answerOf(json).value(QStringLiteral("SA_VideoSignal"))).size();
+    const int size = bytesOf(answerOf(json).value("SA_VideoSignal")).size();
     QVERIFY(size > 1);
     const QByteArray shown = QByteArray::number(size) + " bytes";
     const ToolResult all =
@@ -161,7 +161,7 @@ void TestToolOutput::bytesAreBase64InJson()
     const ToolResult result = runner.run(words("get") << QString::fromLatin1(videoLaserAddress)
                                                       << words("Get_Video SA_VideoSignal --json"));
     QVERIFY2(result.code == 0, result.err.constData());
-    const QByteArray bytes = bytesOf(answerOf(result).value(QStringLiteral("SA_VideoSignal")));
+    const QByteArray bytes = bytesOf(answerOf(result).value("SA_VideoSignal"));
     QVERIFY(bytes.size() > 2);
     QCOMPARE(bytes.size() % 2, 0); // pixels of 16 bits
 }
@@ -173,19 +173,15 @@ void TestToolOutput::aPageIsFetchedWithItsBytes()
         runner.run(words("exec") << QString::fromLatin1(laser)
                                  << words("Get_HTTP SP_HTTPPath=/small.txt SP_HTTPMaxLength=1000 --json"));
     QVERIFY2(result.code == 0, result.err.constData());
-    QCOMPARE(bytesOf(answerOf(result).value(QStringLiteral("SA_HTTPBody"))), QByteArray("small"));
-    QVERIFY(answerOf(result)
-                .value(QStringLiteral("SA_HTTPHeader"))
-                .toString()
-                .startsWith(QLatin1String("HTTP/1.1 200")));
+    QCOMPARE(bytesOf(answerOf(result).value("SA_HTTPBody")), QByteArray("small"));
+    QVERIFY(answerOf(result).value("SA_HTTPHeader").toString().startsWith("HTTP/1.1 200"));
 }
 
-void TestToolOutput::tellsThatAnotherModelAnswers()
+void TestToolOutput::reportsThatAnotherModelAnswers()
 {
     const ToolRunner runner(Benches::of(bus));
     for (const char *line : {"info", "trigger", "read -n 1"}) {
-        const ToolResult result =
-            runner.run(words(line) << QStringLiteral("GY330@RS232,port=COM8,sensor-address=11"));
+        const ToolResult result = runner.run(words(line) << "GY330@RS232,port=COM8,sensor-address=11");
         QVERIFY2(result.code == 0, result.err.constData());
         QVERIFY2(result.err.startsWith("the sensor at GY330@RS232,port=COM8,sensor-address=11 reports another "
                                        "model: MV420@RS232,port=COM8,sensor-address=11\n"),

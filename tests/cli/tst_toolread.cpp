@@ -44,7 +44,7 @@ private Q_SLOTS:
     void countsErrorsByTheirText();
     void quotesErrorTextsInCsv();
     void marksErrorsWithoutATextByTheirKey();
-    void tellsFramesAsJson();
+    void reportsFramesAsJson();
     void readsForTheTimeAskedFor();
     void readsASensorThatMustBeAsked();
     void writesCsvWholeOrNotAtAll();
@@ -74,8 +74,8 @@ void TestToolRead::stopsAtExactlyTheFramesAskedFor()
     QFETCH(int, rate);
     QFETCH(int, frames);
     const ToolRunner runner(Benches::of(Benches::laser(rate)));
-    const ToolResult result = runner.run(words("read --csv -") << QString::fromLatin1(address)
-                                                               << QStringLiteral("-n") << QString::number(frames));
+    const ToolResult result =
+        runner.run(words("read --csv -") << QString::fromLatin1(address) << "-n" << QString::number(frames));
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(linesOf(result.out).size(), frames + 1);
     QVERIFY2(result.err.startsWith(QByteArray::number(frames) + (frames == 1 ? " frame" : " frames") +
@@ -185,7 +185,7 @@ void TestToolRead::marksErrorsWithoutATextByTheirKey()
     QVERIFY2(json.out.contains(R"({"error":-3,"text":"error -3"})"), json.out.constData());
 }
 
-void TestToolRead::tellsFramesAsJson()
+void TestToolRead::reportsFramesAsJson()
 {
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
     const ToolResult result = runner.run(words("read --json --raw --scaled -n 8") << QString::fromLatin1(address));
@@ -194,14 +194,13 @@ void TestToolRead::tellsFramesAsJson()
     QCOMPARE(frames.size(), 8);
     int errors = 0;
     for (int i = 0; i < frames.size(); ++i) {
-        QCOMPARE(frames[i].value(QStringLiteral("frame")).toInt(-1), i);
-        QVERIFY(frames[i].value(QStringLiteral("time")).isDouble());
-        QCOMPARE(frames[i].value(QStringLiteral("raw")).toArray().size(), 1);
-        const QJsonValue value = frames[i].value(QStringLiteral("values")).toArray().at(0);
+        QCOMPARE(frames[i].value("frame").toInt(-1), i);
+        QVERIFY(frames[i].value("time").isDouble());
+        QCOMPARE(frames[i].value("raw").toArray().size(), 1);
+        const QJsonValue value = frames[i].value("values").toArray().at(0);
         if (value.isObject()) {
             ++errors;
-            QCOMPARE(value.toObject(), (QJsonObject{{QStringLiteral("error"), -3},
-                                                    {QStringLiteral("text"), QStringLiteral("Too much light")}}));
+            QCOMPARE(value.toObject(), (QJsonObject{{"error", -3}, {"text", "Too much light"}}));
         } else {
             QCOMPARE(value.toDouble(), 12.5);
         }
@@ -237,18 +236,17 @@ void TestToolRead::writesCsvWholeOrNotAtAll()
     const ToolResult result = runner.run(words("read -n 300 --csv values.csv") << QString::fromLatin1(address));
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(result.out, QByteArray());
-    QCOMPARE(linesOf(runner.contentOf(QStringLiteral("values.csv"))).size(), 301);
-    QCOMPARE(runner.files(), (QStringList{QStringLiteral("bench.json"), QStringLiteral("values.csv")}));
+    QCOMPARE(linesOf(runner.contentOf("values.csv")).size(), 301);
+    QCOMPARE(runner.files(), (QStringList{"bench.json", "values.csv"}));
 }
 
 void TestToolRead::filesMayBeNamedInAnyAlphabet()
 {
     const ToolRunner runner;
-    const QString bench =
-        runner.writeFile(QStringLiteral("Pr\u00FCfstand \u6D4B\u91CF.json"), Benches::of(Benches::laser(1000)));
-    const QString values = QStringLiteral("Me\u00DFwerte \u503C.csv");
-    const ToolResult result = runner.run(QStringList{QStringLiteral("--bench"), bench}
-                                         << words("read -n 10 --csv") << values << QString::fromLatin1(address));
+    const QString bench = runner.writeFile("Pr\u00FCfstand \u6D4B\u91CF.json", Benches::of(Benches::laser(1000)));
+    const QString values = "Me\u00DFwerte \u503C.csv";
+    const ToolResult result = runner.run(QStringList{"--bench", bench} << words("read -n 10 --csv") << values
+                                                                       << QString::fromLatin1(address));
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(linesOf(runner.contentOf(values)).size(), 11);
 }
@@ -271,8 +269,8 @@ void TestToolRead::endsWithCode6WhenTheSensorVanishes()
     QCOMPARE(result.code, 6);
     QVERIFY2(result.err.contains("sondixqt: reading failed: the cable was pulled; what was read before, "),
              result.err.constData());
-    QVERIFY(!QFile::exists(runner.path(QStringLiteral("values.csv"))));
-    const QList<QByteArray> kept = linesOf(runner.contentOf(QStringLiteral("values.csv.partial")));
+    QVERIFY(!QFile::exists(runner.path("values.csv")));
+    const QList<QByteArray> kept = linesOf(runner.contentOf("values.csv.partial"));
     QVERIFY(kept.size() > 1);
     QVERIFY2(result.err.contains(" " + QByteArray::number(kept.size() - 1) + " frames, is in '"),
              result.err.constData());
@@ -287,7 +285,7 @@ void TestToolRead::endsWithCode5WhenNothingComes()
     const ToolResult result = runner.run(words("read RG52x@RS232,port=COM9 --silence 0.5 --csv values.csv"));
     QCOMPARE(result.code, 5);
     QVERIFY2(result.err.endsWith("sondixqt: no values arrived for 0.5 s\n"), result.err.constData());
-    QCOMPARE(runner.files(), QStringList{QStringLiteral("bench.json")});
+    QCOMPARE(runner.files(), QStringList{"bench.json"});
 }
 
 void TestToolRead::endsWithCode7WhenFramesAreLost()
@@ -296,17 +294,16 @@ void TestToolRead::endsWithCode7WhenFramesAreLost()
     const ToolRunner runner(Benches::of(Benches::laser(10000, R"("ring": 100)")));
     const ToolResult result = runner.run(words("read -n 500 --csv values.csv") << QString::fromLatin1(address));
     QCOMPARE(result.code, 7);
-    const QRegularExpression lost(
-        QStringLiteral("sondixqt: (\\d+) frames were lost because they were not read in time"));
+    const QRegularExpression lost("sondixqt: (\\d+) frames were lost because they were not read in time");
     const QRegularExpressionMatch match = lost.match(QString::fromUtf8(result.err));
     QVERIFY2(match.hasMatch(), result.err.constData());
     QVERIFY(match.captured(1).toInt() > 400);
-    QCOMPARE(linesOf(runner.contentOf(QStringLiteral("values.csv"))).size(), 501);
+    QCOMPARE(linesOf(runner.contentOf("values.csv")).size(), 501);
 }
 
 void TestToolRead::reportsAFullDisk()
 {
-    if (!QFile::exists(QStringLiteral("/dev/full")))
+    if (!QFile::exists("/dev/full"))
         QSKIP("there is no /dev/full here");
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
     const ToolResult toFile = runner.run(words("read -n 100 --csv /dev/full") << QString::fromLatin1(address));
@@ -314,7 +311,7 @@ void TestToolRead::reportsAFullDisk()
     QVERIFY2(toFile.err.contains("sondixqt: cannot write '/dev/full': "), toFile.err.constData());
 
     QProcess process;
-    process.setStandardOutputFile(QStringLiteral("/dev/full"));
+    process.setStandardOutputFile("/dev/full");
     runner.start(process, words("read -n 100") << QString::fromLatin1(address));
     const ToolResult toStdout = ToolRunner::finish(process);
     QCOMPARE(toStdout.code, 1);
@@ -337,15 +334,15 @@ void TestToolRead::reportsAFullDiskUnderAFile()
         }
     };
     const ToolRunner runner(Benches::of(Benches::laser(50000)));
-    runner.writeFile(QStringLiteral("values.csv"), "older\n");
+    runner.writeFile("values.csv", "older\n");
     LimitedProcess process;
     runner.start(process, words("read -n 40000 --csv values.csv") << QString::fromLatin1(address));
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 1);
     QVERIFY2(result.err.contains("sondixqt: cannot write '"), result.err.constData());
     QVERIFY2(result.err.contains("values.csv': File too large\n"), result.err.constData());
-    QCOMPARE(runner.contentOf(QStringLiteral("values.csv")), QByteArray("older\n"));
-    QCOMPARE(runner.files(), (QStringList{QStringLiteral("bench.json"), QStringLiteral("values.csv")}));
+    QCOMPARE(runner.contentOf("values.csv"), QByteArray("older\n"));
+    QCOMPARE(runner.files(), (QStringList{"bench.json", "values.csv"}));
 #else
     QSKIP("there is no limit on the size of files here");
 #endif

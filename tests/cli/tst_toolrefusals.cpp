@@ -65,7 +65,7 @@ void TestToolRefusals::aRefusalIsReported_data()
     row("mode 1", "the sensor refuses the measuring mode 1: ");
     row("trigger off", "the sensor refuses to switch the trigger off: ");
     row("sync off", "the sensor refuses to switch the synchronisation off: ");
-    QTest::newRow("average") << rg53x << QStringLiteral("set Set_Average SP_Average=99999")
+    QTest::newRow("average") << rg53x << "set Set_Average SP_Average=99999"
                              << QByteArray("sondixqt: the sensor refuses Set_Average: ");
 }
 
@@ -75,7 +75,7 @@ void TestToolRefusals::aRefusalIsReported()
     QFETCH(QString, line);
     QFETCH(QByteArray, sentence);
     const ToolRunner runner(trackers());
-    for (const QString &option : {QString(), QStringLiteral(" --json")}) {
+    for (const char *option : {"", " --json"}) {
         const ToolResult result = runner.run(with(address, line + option));
         QVERIFY2(result.code == 6, result.err.constData());
         QCOMPARE(result.out, QByteArray());
@@ -88,8 +88,7 @@ void TestToolRefusals::aRefusalWithoutATextIsReported()
 {
     const ToolRunner runner(trackers(fault("Set_Autostart", R"("text": "")")));
     for (const QByteArray &address : {rg52x, rg53x}) {
-        const ToolResult result =
-            runner.run(with(address, QStringLiteral("set Set_Autostart SP_AutostartCommand=0")));
+        const ToolResult result = runner.run(with(address, "set Set_Autostart SP_AutostartCommand=0"));
         QCOMPARE(result.code, 6);
         QCOMPARE(result.err, QByteArray("sondixqt: the sensor refuses Set_Autostart: error -77\n"));
     }
@@ -99,7 +98,7 @@ void TestToolRefusals::aCommandThatIsNotSentIsARefusal()
 {
     // From the second time on, because opening the sensor already stops and starts it once.
     const ToolRunner runner(trackers(fault("StopTracking", R"("text": "it cannot stop", "from": 2)")));
-    const ToolResult result = runner.run(with(rg53x, QStringLiteral("set Set_Average SP_Average=10")));
+    const ToolResult result = runner.run(with(rg53x, "set Set_Average SP_Average=10"));
     QCOMPARE(result.code, 6);
     QCOMPARE(result.err, QByteArray("sondixqt: the sensor refuses Set_Average: it cannot stop\n"));
 }
@@ -117,12 +116,12 @@ void TestToolRefusals::aFailingRestartIsNoRefusal()
     QFETCH(QByteArray, address);
     QFETCH(QByteArray, restart);
     const ToolRunner runner(trackers(fault(restart.constData(), R"("text": "it does not start", "from": 2)")));
-    const ToolResult set = runner.run(with(address, QStringLiteral("set Set_Autostart SP_AutostartCommand=2")));
+    const ToolResult set = runner.run(with(address, "set Set_Autostart SP_AutostartCommand=2"));
     QVERIFY2(set.code == 0, set.err.constData());
     QCOMPARE(linesOf(set.err).size(), 1);
     QVERIFY2(set.err.contains("the sensor did not start to measure again after Set_Autostart: it does not start"),
              set.err.constData());
-    const ToolResult get = runner.run(with(address, QStringLiteral("get Get_Autostart SA_AutostartCommand")));
+    const ToolResult get = runner.run(with(address, "get Get_Autostart SA_AutostartCommand"));
     QCOMPARE(get.code, 0);
     QCOMPARE(get.out, QByteArray("2\n"));
 }
@@ -131,13 +130,12 @@ void TestToolRefusals::whatIsAcceptedIsDone()
 {
     const ToolRunner runner(trackers());
     for (const QByteArray &address : {rg52x, rg53x}) {
-        const ToolResult set =
-            runner.run(with(address, QStringLiteral("set Set_Autostart SP_AutostartCommand=2")));
+        const ToolResult set = runner.run(with(address, "set Set_Autostart SP_AutostartCommand=2"));
         QCOMPARE(set.code, 0);
         QCOMPARE(set.err, QByteArray());
-        QCOMPARE(runner.run(with(address, QStringLiteral("exec Get_Autostart"))).out.simplified(),
+        QCOMPARE(runner.run(with(address, "exec Get_Autostart")).out.simplified(),
                  QByteArray("SA_AutostartCommand 2"));
-        const ToolResult read = runner.run(with(address, QStringLiteral("read -n 2 --csv -")));
+        const ToolResult read = runner.run(with(address, "read -n 2 --csv -"));
         QVERIFY2(read.code == 0, read.err.constData());
         QCOMPARE(linesOf(read.out).size(), 3);
     }

@@ -49,7 +49,7 @@ void TestToolTerminal::styleIsForTerminalsThatWantIt()
     QFETCH(QString, value);
     QFETCH(bool, styled);
     ToolRunner runner;
-    runner.setEnvironment("TERM", QStringLiteral("xterm"));
+    runner.setEnvironment("TERM", "xterm");
     runner.setEnvironment(qPrintable(variable), value);
     const QByteArray table = run(runner, "models --group Color", true);
     QCOMPARE(table.contains("\x1b[1mMODEL"), styled);
@@ -62,7 +62,7 @@ void TestToolTerminal::styleIsForTerminalsThatWantIt()
 void TestToolTerminal::aSearchShowsItsProgress()
 {
     ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.5, "XA200_ETH": 0.5)"));
-    runner.setEnvironment("TERM", QStringLiteral("xterm"));
+    runner.setEnvironment("TERM", "xterm");
     QByteArray out;
     const QByteArray shown = run(runner, "find --type TX270", false, &out);
     QVERIFY2(shown.contains("[") && shown.contains("100 %"), shown.constData());
@@ -75,7 +75,7 @@ void TestToolTerminal::aSearchShowsItsProgress()
 void TestToolTerminal::aReadIntoAFileShowsItsProgress()
 {
     ToolRunner runner(Benches::of(Benches::laser(1000)));
-    runner.setEnvironment("TERM", QStringLiteral("xterm"));
+    runner.setEnvironment("TERM", "xterm");
     const QByteArray shown = run(runner, "read TX270@RS232,port=COM3 -n 200 --csv values.csv", false);
     QVERIFY2(shown.contains("\r\x1b[K200 frames"), shown.constData());
 }
@@ -83,8 +83,8 @@ void TestToolTerminal::aReadIntoAFileShowsItsProgress()
 void TestToolTerminal::progressIsNotMixedIntoTheData()
 {
     ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.5, "XA200_ETH": 0.5)"));
-    runner.setEnvironment("TERM", QStringLiteral("xterm"));
-    runner.setEnvironment("NO_COLOR", QStringLiteral("1"));
+    runner.setEnvironment("TERM", "xterm");
+    runner.setEnvironment("NO_COLOR", "1");
     const QByteArray shown = run(runner, "find --type TX270", true);
     // The progress line is erased before a sensor is printed.
     QVERIFY2(shown.contains("\r\x1b[KRS232 "), shown.constData());
@@ -108,7 +108,7 @@ void TestToolTerminal::progressFitsTheWidthOfTheTerminal()
     QFETCH(int, columns);
     QFETCH(int, maximum);
     ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.5, "XA200_ETH": 0.5)"));
-    runner.setEnvironment("TERM", QStringLiteral("xterm"));
+    runner.setEnvironment("TERM", "xterm");
     Terminal terminal;
     terminal.setColumns(static_cast<unsigned short>(columns));
     ProcessOnTerminal process(terminal, false);

@@ -94,7 +94,7 @@ private Q_SLOTS:
     void logsWhatItRefuses();
     void goesOnAfterAFailureOfTheSensor();
     void saysWhenTheSensorIsLostAndBack();
-    void tellsTheNewAddressWhenTheBaudRateWasChanged();
+    void reportsTheNewAddressWhenTheBaudRateWasChanged();
     void startsTheBrowser();
     void goesOnWithoutABrowser();
     void refusesModelsWithoutAWebInterface_data();
@@ -121,12 +121,12 @@ void TestToolTunnel::printsTheAddressAlone()
 void TestToolTunnel::printsTheAddressAsJson()
 {
     const ToolRunner runner(Benches::of(Benches::laser(100)));
-    RunningTunnel tunnel(runner, words(serialLaser) << QStringLiteral("--json"));
+    RunningTunnel tunnel(runner, words(serialLaser) << "--json");
     QJsonObject object;
     QTRY_VERIFY_WITH_TIMEOUT(!(object = QJsonDocument::fromJson(tunnel.out()).object()).isEmpty(), 10000);
-    QCOMPARE(object.value(QStringLiteral("model")).toString(), QStringLiteral("TX270"));
-    QCOMPARE(object.value(QStringLiteral("address")).toString(), QStringLiteral("TX270@RS232,port=COM3"));
-    const QUrl url(object.value(QStringLiteral("url")).toString());
+    QCOMPARE(object.value("model").toString(), QStringLiteral("TX270"));
+    QCOMPARE(object.value("address").toString(), QStringLiteral("TX270@RS232,port=COM3"));
+    const QUrl url(object.value("url").toString());
     QCOMPARE(status(get(url, "/")), QByteArray("HTTP/1.1 200 OK"));
     tunnel.interrupt();
     QCOMPARE(tunnel.finish().code, 130);
@@ -167,7 +167,7 @@ void TestToolTunnel::logsEachRequest()
     QVERIFY(get(tunnel.url(), path).startsWith("HTTP/1.1 "));
     QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains('\n' + shown), tunnel.err().constData(), 10000);
     const QByteArray line = tunnel.err().mid(tunnel.err().indexOf(shown)).split('\n').first();
-    const QRegularExpression rest(QStringLiteral(" [0-9]{3}, [0-9]+ bytes in [0-9]+ ms$"));
+    const QRegularExpression rest(" [0-9]{3}, [0-9]+ bytes in [0-9]+ ms$");
     QVERIFY2(rest.match(QString::fromUtf8(line)).hasMatch(), line.constData());
     QCOMPARE(tunnel.err().count("GET "), 1);
 }
@@ -214,7 +214,7 @@ void TestToolTunnel::saysWhenTheSensorIsLostAndBack()
     QCOMPARE(tunnel.finish().code, 130);
 }
 
-void TestToolTunnel::tellsTheNewAddressWhenTheBaudRateWasChanged()
+void TestToolTunnel::reportsTheNewAddressWhenTheBaudRateWasChanged()
 {
     const ToolRunner runner(Benches::of(Benches::laser(100)));
     RunningTunnel tunnel(runner, words("tunnel TX270@RS232,port=COM3,baudrate=115200"));
@@ -233,16 +233,14 @@ void TestToolTunnel::startsTheBrowser()
     QSKIP("Windows starts the browser of its user, not what stands first in the path");
 #endif
     ToolRunner runner(Benches::of(Benches::laser(100)));
-    const QString shown = runner.path(QStringLiteral("shown"));
-    const QString browser =
-        runner.writeFile(QStringLiteral("xdg-open"),
-                         "#!/bin/sh\necho noise; echo noise >&2; echo \"$*\" >" + shown.toUtf8() + "\n");
+    const QString shown = runner.path("shown");
+    const QString browser = runner.writeFile("xdg-open", "#!/bin/sh\necho noise; echo noise >&2; echo \"$*\" >" +
+                                                             shown.toUtf8() + "\n");
     QVERIFY(QFile::setPermissions(browser, QFile::ReadOwner | QFile::ExeOwner));
-    runner.setEnvironment("PATH", runner.path(QString()) + QStringLiteral(":/usr/bin:/bin"));
-    RunningTunnel tunnel(runner, words(serialLaser) << QStringLiteral("--open"));
+    runner.setEnvironment("PATH", runner.path(QString()) + ":/usr/bin:/bin");
+    RunningTunnel tunnel(runner, words(serialLaser) << "--open");
     QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
-    QTRY_COMPARE_WITH_TIMEOUT(runner.contentOf(QStringLiteral("shown")), tunnel.url().toString().toUtf8() + '\n',
-                              10000);
+    QTRY_COMPARE_WITH_TIMEOUT(runner.contentOf("shown"), tunnel.url().toString().toUtf8() + '\n', 10000);
     tunnel.interrupt();
     const ToolResult result = tunnel.finish();
     QCOMPARE(result.code, 130);
@@ -256,7 +254,7 @@ void TestToolTunnel::goesOnWithoutABrowser()
 #endif
     ToolRunner runner(Benches::of(Benches::laser(100)));
     runner.setEnvironment("PATH", runner.path(QString()));
-    RunningTunnel tunnel(runner, words(serialLaser) << QStringLiteral("--open"));
+    RunningTunnel tunnel(runner, words(serialLaser) << "--open");
     QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("no browser could be started"), tunnel.err().constData(),
                               10000);
     QCOMPARE(status(get(tunnel.url(), "/")), QByteArray("HTTP/1.1 200 OK"));
@@ -280,7 +278,7 @@ void TestToolTunnel::refusesModelsWithoutAWebInterface()
 {
     QFETCH(QString, address);
     QFETCH(QByteArray, expected);
-    const ToolResult result = ToolRunner(Benches::of("")).run({QStringLiteral("tunnel"), address});
+    const ToolResult result = ToolRunner(Benches::of("")).run({"tunnel", address});
     QCOMPARE(result.err, expected);
     QCOMPARE(result.code, 2);
     QCOMPARE(result.out, QByteArray());

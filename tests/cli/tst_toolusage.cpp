@@ -10,7 +10,7 @@ class TestToolUsage : public QObject
 private Q_SLOTS:
     void helpGoesToStdout_data();
     void helpGoesToStdout();
-    void tellsItsVersion();
+    void reportsItsVersion();
     void refusesWrongUse_data();
     void refusesWrongUse();
     void refusesEmptyValues_data();
@@ -67,13 +67,11 @@ void TestToolUsage::helpGoesToStdout()
     QCOMPARE(result.err, QByteArray());
 }
 
-void TestToolUsage::tellsItsVersion()
+void TestToolUsage::reportsItsVersion()
 {
-    const ToolResult result = ToolRunner().run({QStringLiteral("--version")});
+    const ToolResult result = ToolRunner().run({"--version"});
     QCOMPARE(result.code, 0);
-    QVERIFY(QRegularExpression(QStringLiteral("^sondixqt \\d+\\.\\d+\\.\\d+\n$"))
-                .match(QString::fromUtf8(result.out))
-                .hasMatch());
+    QVERIFY(QRegularExpression("^sondixqt \\d+\\.\\d+\\.\\d+\n$").match(QString::fromUtf8(result.out)).hasMatch());
 }
 
 void TestToolUsage::refusesWrongUse_data()
@@ -230,14 +228,12 @@ void TestToolUsage::namesABenchThatCannotBeRead()
 void TestToolUsage::theOptionOverridesTheEnvironment()
 {
     const ToolRunner runner(Benches::of(Benches::laser(100)));
-    runner.writeFile(QStringLiteral("other.json"), Benches::of(Benches::usbLaser));
+    runner.writeFile("other.json", Benches::of(Benches::usbLaser));
     const ToolResult fromEnvironment = runner.run(words("find --type TX270 --json"));
-    QCOMPARE(jsonLines(fromEnvironment.out).value(0).value(QStringLiteral("serialNumber")).toString(),
-             QStringLiteral("1001"));
+    QCOMPARE(jsonLines(fromEnvironment.out).value(0).value("serialNumber").toString(), QStringLiteral("1001"));
     const ToolResult fromOption = runner.run(words("find --type TX270 --json --bench other.json"));
     QCOMPARE(jsonLines(fromOption.out).size(), 1);
-    QCOMPARE(jsonLines(fromOption.out).value(0).value(QStringLiteral("serialNumber")).toString(),
-             QStringLiteral("1003"));
+    QCOMPARE(jsonLines(fromOption.out).value(0).value("serialNumber").toString(), QStringLiteral("1003"));
 }
 
 void TestToolUsage::verboseShowsWhatTheLibraryLogs()
@@ -256,7 +252,7 @@ void TestToolUsage::numbersHaveAPointInEveryLocale()
         QSKIP("there is no locale with a comma here");
     std::setlocale(LC_NUMERIC, "C");
     ToolRunner runner(Benches::of(Benches::laser(100)));
-    runner.setEnvironment("LC_ALL", QStringLiteral("de_DE.UTF-8"));
+    runner.setEnvironment("LC_ALL", "de_DE.UTF-8");
     const ToolResult result = runner.run(words("read TX270@RS232,port=COM3 -n 1 --silence 2.5 --csv -"));
     QVERIFY2(result.code == 0, result.err.constData());
     QVERIFY2(linesOf(result.out).value(1).endsWith(",12.5"), result.out.constData());

@@ -36,7 +36,7 @@ QJsonObject objectOf(const ToolResult &result)
 
 QJsonObject signalOf(const ToolResult &result, int position)
 {
-    return objectOf(result).value(QStringLiteral("signals")).toArray().at(position).toObject();
+    return objectOf(result).value("signals").toArray().at(position).toObject();
 }
 
 } // namespace
@@ -51,7 +51,7 @@ private Q_SLOTS:
     void switchesASignalOn();
     void drawsALineIntoAPicture();
     void drawsALineAsText();
-    void tellsThePixelsAsJson();
+    void reportsThePixelsAsJson();
     void drawsTheSignalThatIsAskedFor();
     void drawsASensorWhoseModeItSwitches();
     void drawsAModelThatHasNoSwitch();
@@ -84,15 +84,13 @@ void TestToolVideo::listsSignalsAsJson()
     QCOMPARE(result.code, 0);
     QCOMPARE(result.err, QByteArray());
     const QJsonObject object = objectOf(result);
-    QCOMPARE(object.value(QStringLiteral("model")).toString(), QStringLiteral("CC480"));
-    QCOMPARE(object.value(QStringLiteral("pixels")).toInt(), 512);
-    QCOMPARE(object.value(QStringLiteral("resolution")).toInt(), 4096);
-    QCOMPARE(object.value(QStringLiteral("supported")).toBool(), true);
-    QCOMPARE(object.value(QStringLiteral("signals")).toArray().size(), 6);
-    QCOMPARE(signalOf(result, 3), (QJsonObject{{QStringLiteral("position"), 3},
-                                               {QStringLiteral("name"), QStringLiteral("OutputVideoRaw_Ch2")},
-                                               {QStringLiteral("on"), false}}));
-    QVERIFY(!object.contains(QStringLiteral("line")));
+    QCOMPARE(object.value("model").toString(), QStringLiteral("CC480"));
+    QCOMPARE(object.value("pixels").toInt(), 512);
+    QCOMPARE(object.value("resolution").toInt(), 4096);
+    QCOMPARE(object.value("supported").toBool(), true);
+    QCOMPARE(object.value("signals").toArray().size(), 6);
+    QCOMPARE(signalOf(result, 3), (QJsonObject{{"position", 3}, {"name", "OutputVideoRaw_Ch2"}, {"on", false}}));
+    QVERIFY(!object.contains("line"));
 }
 
 void TestToolVideo::switchesASignalOn_data()
@@ -108,11 +106,11 @@ void TestToolVideo::switchesASignalOn()
 {
     QFETCH(QString, line);
     QFETCH(int, position);
-    const ToolResult result = ToolRunner(Benches::of(Benches::controller))
-                                  .run(with(controller, qPrintable(line)) << QStringLiteral("--json"));
+    const ToolResult result =
+        ToolRunner(Benches::of(Benches::controller)).run(with(controller, qPrintable(line)) << "--json");
     QVERIFY2(result.code == 0, result.err.constData());
     for (int i = 0; i < 6; ++i)
-        QCOMPARE(signalOf(result, i).value(QStringLiteral("on")).toBool(), i == position);
+        QCOMPARE(signalOf(result, i).value("on").toBool(), i == position);
 }
 
 void TestToolVideo::drawsALineIntoAPicture()
@@ -124,8 +122,8 @@ void TestToolVideo::drawsALineIntoAPicture()
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(result.out, QByteArray());
     QCOMPARE(result.err, QByteArray("one line of OutputVideoRaw_Ch1, 512 pixels\n"));
-    QCOMPARE(runner.files(), (QStringList{QStringLiteral("bench.json"), QStringLiteral("line.png")}));
-    const QImage picture(runner.path(QStringLiteral("line.png")), "PNG");
+    QCOMPARE(runner.files(), (QStringList{"bench.json", "line.png"}));
+    const QImage picture(runner.path("line.png"), "PNG");
     QVERIFY(!picture.isNull());
     QVERIFY(picture.width() > 512);
 }
@@ -140,18 +138,18 @@ void TestToolVideo::drawsALineAsText()
     QVERIFY2(lines.first().startsWith("4095 |"), result.out.constData());
     QVERIFY2(lines.last().endsWith(" 511"), result.out.constData());
     QVERIFY2(result.out.contains('#'), result.out.constData());
-    QCOMPARE(runner.files(), QStringList{QStringLiteral("bench.json")});
+    QCOMPARE(runner.files(), QStringList{"bench.json"});
 }
 
-void TestToolVideo::tellsThePixelsAsJson()
+void TestToolVideo::reportsThePixelsAsJson()
 {
     const ToolRunner runner(Benches::of(Benches::controller));
     const ToolResult result = runner.run(with(controller, "video --on 0 --line - --json"));
     QVERIFY2(result.code == 0, result.err.constData());
-    const QJsonObject line = objectOf(result).value(QStringLiteral("line")).toObject();
-    QCOMPARE(line.value(QStringLiteral("position")).toInt(-1), 0);
-    QCOMPARE(line.value(QStringLiteral("name")).toString(), QStringLiteral("OutputVideoRaw_Ch1"));
-    const QJsonArray values = line.value(QStringLiteral("values")).toArray();
+    const QJsonObject line = objectOf(result).value("line").toObject();
+    QCOMPARE(line.value("position").toInt(-1), 0);
+    QCOMPARE(line.value("name").toString(), QStringLiteral("OutputVideoRaw_Ch1"));
+    const QJsonArray values = line.value("values").toArray();
     QCOMPARE(values.size(), 512);
     int highest = 0;
     for (const QJsonValue value : values) {
@@ -168,9 +166,8 @@ void TestToolVideo::drawsTheSignalThatIsAskedFor()
         const ToolResult result = runner.run(with(modalAddress, "video --video-mode --line - --json --signal")
                                              << QString::fromLatin1(name));
         QVERIFY2(result.code == 0, result.err.constData());
-        QCOMPARE(
-            objectOf(result).value(QStringLiteral("line")).toObject().value(QStringLiteral("name")).toString(),
-            QStringLiteral("OutputVideo") + QString::fromLatin1(name));
+        QCOMPARE(objectOf(result).value("line").toObject().value("name").toString(),
+                 QStringLiteral("OutputVideo") + QString::fromLatin1(name));
     }
     const ToolResult first = runner.run(with(modalAddress, "video --video-mode --line -"));
     QCOMPARE(first.err, QByteArray("one line of OutputVideoRaw, 512 pixels\n"));
@@ -180,9 +177,9 @@ void TestToolVideo::drawsASensorWhoseModeItSwitches()
 {
     const ToolRunner runner(Benches::of(modal));
     const ToolResult before = runner.run(with(modalAddress, "video --json"));
-    QCOMPARE(objectOf(before).value(QStringLiteral("videoMode")).toBool(true), false);
+    QCOMPARE(objectOf(before).value("videoMode").toBool(true), false);
     const ToolResult after = runner.run(with(modalAddress, "video --video-mode --json"));
-    QCOMPARE(objectOf(after).value(QStringLiteral("videoMode")).toBool(false), true);
+    QCOMPARE(objectOf(after).value("videoMode").toBool(false), true);
     const ToolResult refused = runner.run(with(modalAddress, "video --line -"));
     QCOMPARE(refused.code, 1);
     QVERIFY2(refused.err.contains("'--video-mode' switches to one"), refused.err.constData());
@@ -256,7 +253,7 @@ void TestToolVideo::endsWithCode6WhenTheSensorRefuses()
     const ToolResult result = runner.run(with(controller, "video --on 0 --line line.png"));
     QCOMPARE(result.code, 6);
     QCOMPARE(result.err, "sondixqt: " + sentence + '\n');
-    QCOMPARE(runner.files(), QStringList{QStringLiteral("bench.json")});
+    QCOMPARE(runner.files(), QStringList{"bench.json"});
 }
 
 void TestToolVideo::leavesNothingHalfWritten()
@@ -266,7 +263,7 @@ void TestToolVideo::leavesNothingHalfWritten()
     QCOMPARE(result.code, 1);
     QCOMPARE(result.out, QByteArray());
     QVERIFY2(result.err.startsWith("sondixqt: cannot write 'missing/line.png': "), result.err.constData());
-    QCOMPARE(runner.files(), QStringList{QStringLiteral("bench.json")});
+    QCOMPARE(runner.files(), QStringList{"bench.json"});
 }
 
 QTEST_GUILESS_MAIN(TestToolVideo)

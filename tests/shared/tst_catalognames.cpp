@@ -25,103 +25,102 @@ private Q_SLOTS:
 void TestCatalogNames::typesAreFoundByNameAndNumber_data()
 {
     QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("type");
-    QTest::newRow("short name") << "TX270" << 41;
-    QTest::newRow("lower case") << "tx270" << 41;
-    QTest::newRow("long name") << "Tavrin TX270" << 41;
-    QTest::newRow("long name in capitals") << "TAVRIN TX270" << 41;
-    QTest::newRow("number") << "41" << 41;
-    QTest::newRow("variant's number") << "20043" << 20043;
-    QTest::newRow("slash") << "xa100/usb" << 36;
-    QTest::newRow("blanks around it") << "  RG52x " << 20;
-    QTest::newRow("hidden variant") << "MV410" << 120043;
-    QTest::newRow("long name of two models is the first's") << "Korrin EC82x" << 50;
-    QTest::newRow("short name that begins another") << "EC82x" << 80043;
-    QTest::newRow("file") << "file" << 99999;
+    QTest::addColumn<SensorType>("type");
+    QTest::newRow("short name") << "TX270" << TX270;
+    QTest::newRow("lower case") << "tx270" << TX270;
+    QTest::newRow("long name") << "Tavrin TX270" << TX270;
+    QTest::newRow("long name in capitals") << "TAVRIN TX270" << TX270;
+    QTest::newRow("number") << "41" << TX270;
+    QTest::newRow("variant's number") << "20043" << MV4xx;
+    QTest::newRow("slash") << "xa100/usb" << XA100USB;
+    QTest::newRow("blanks around it") << "  RG52x " << RG52x;
+    QTest::newRow("hidden variant") << "MV410" << MV410;
+    QTest::newRow("long name of two models is the first's") << "Korrin EC82x" << EC82x_ETH;
+    QTest::newRow("short name that begins another") << "EC82x" << EC82x;
+    QTest::newRow("file") << "file" << File;
 }
 
 void TestCatalogNames::typesAreFoundByNameAndNumber()
 {
     QFETCH(QString, text);
-    QFETCH(int, type);
+    QFETCH(SensorType, type);
     const auto named = findType(text);
     QVERIFY2(named.value, qPrintable(named.problem));
-    QCOMPARE(static_cast<int>(*named.value), type);
+    QCOMPARE(*named.value, type);
     QVERIFY(named.problem.isEmpty());
 }
 
 void TestCatalogNames::groupsAreFoundByEitherNameAndNumber_data()
 {
     QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("group");
-    QTest::newRow("name") << "Tavrin" << 1;
-    QTest::newRow("other letter case") << "tavrin rg" << 2;
-    QTest::newRow("second name") << "Oscura CC" << 4;
-    QTest::newRow("first of two names") << "oscura" << 4;
-    QTest::newRow("hyphen") << "kv-bus" << 4096;
-    QTest::newRow("longer name") << "Other sensors" << 8192;
-    QTest::newRow("all") << "any group" << -1;
-    QTest::newRow("all by number") << "-1" << -1;
-    QTest::newRow("number") << "128" << 128;
+    QTest::addColumn<SensorGroup>("group");
+    QTest::newRow("name") << "Tavrin" << Tavrin;
+    QTest::newRow("other letter case") << "tavrin rg" << TavrinRG;
+    QTest::newRow("second name") << "Oscura CC" << Oscura;
+    QTest::newRow("first of two names") << "oscura" << Oscura;
+    QTest::newRow("hyphen") << "kv-bus" << KVBus;
+    QTest::newRow("longer name") << "Other sensors" << Other;
+    QTest::newRow("all") << "any group" << AllGroups;
+    QTest::newRow("all by number") << "-1" << AllGroups;
+    QTest::newRow("number") << "128" << Color;
 }
 
 void TestCatalogNames::groupsAreFoundByEitherNameAndNumber()
 {
     QFETCH(QString, text);
-    QFETCH(int, group);
+    QFETCH(SensorGroup, group);
     const auto named = findGroup(text);
     QVERIFY2(named.value, qPrintable(named.problem));
-    QCOMPARE(static_cast<int>(*named.value), group);
+    QCOMPARE(*named.value, group);
 }
 
 void TestCatalogNames::interfacesAreFoundByEitherNameAndNumber_data()
 {
     QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("iface");
-    QTest::newRow("RS232") << "rs232" << 1;
-    QTest::newRow("display name of Ethernet") << "Ethernet" << 4;
-    QTest::newRow("library name of Ethernet") << "tcp/ip" << 4;
-    QTest::newRow("display name of USB") << "usb" << 16;
-    QTest::newRow("library name of USB") << "WinUSB" << 16;
-    QTest::newRow("display name of XA100/USB") << "XA100/USB" << 2;
-    QTest::newRow("library name of XA100/USB") << "xa100_usb" << 2;
-    QTest::newRow("XA100") << "XA100" << 32;
-    QTest::newRow("XA200/PCI") << "xa200/pci" << 8;
-    QTest::newRow("XA200_ETH") << "XA200_ETH" << 64;
-    QTest::newRow("number") << "64" << 64;
+    QTest::addColumn<SensorInterface>("iface");
+    QTest::newRow("RS232") << "rs232" << RS232;
+    QTest::newRow("display name of Ethernet") << "Ethernet" << TCPIP;
+    QTest::newRow("library name of Ethernet") << "tcp/ip" << TCPIP;
+    QTest::newRow("display name of USB") << "usb" << WinUSB;
+    QTest::newRow("library name of USB") << "WinUSB" << WinUSB;
+    QTest::newRow("display name of XA100/USB") << "XA100/USB" << XA100_USB;
+    QTest::newRow("library name of XA100/USB") << "xa100_usb" << XA100_USB;
+    QTest::newRow("XA100") << "XA100" << XA100;
+    QTest::newRow("XA200/PCI") << "xa200/pci" << XA200;
+    QTest::newRow("XA200_ETH") << "XA200_ETH" << XA200_ETH;
+    QTest::newRow("number") << "64" << XA200_ETH;
 }
 
 void TestCatalogNames::interfacesAreFoundByEitherNameAndNumber()
 {
     QFETCH(QString, text);
-    QFETCH(int, iface);
+    QFETCH(SensorInterface, iface);
     const auto named = findInterface(text);
     QVERIFY2(named.value, qPrintable(named.problem));
-    QCOMPARE(static_cast<int>(*named.value), iface);
+    QCOMPARE(*named.value, iface);
 }
 
 void TestCatalogNames::unknownNamesAreExplained_data()
 {
     QTest::addColumn<QString>("problem");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("one letter wrong") << findType(QStringLiteral("TX271")).problem
+    QTest::newRow("one letter wrong") << findType("TX271").problem
                                       << "there is no model 'TX271'; did you mean TX270";
-    QTest::newRow("without the slash") << findType(QStringLiteral("XA100USB")).problem
+    QTest::newRow("without the slash") << findType("XA100USB").problem
                                        << "there is no model 'XA100USB'; did you mean XA100/USB";
-    QTest::newRow("nothing like it") << findType(QStringLiteral("thermometer")).problem
+    QTest::newRow("nothing like it") << findType("thermometer").problem
                                      << "there is no model 'thermometer'; 'sondixqt models' lists them all";
-    QTest::newRow("number of no model") << findType(QStringLiteral("27")).problem << "there is no model '27'";
-    QTest::newRow("no model") << findType(QStringLiteral("No Sensor")).problem << "there is no model 'No Sensor'";
+    QTest::newRow("number of no model") << findType("27").problem << "there is no model '27'";
+    QTest::newRow("no model") << findType("No Sensor").problem << "there is no model 'No Sensor'";
     QTest::newRow("empty") << findType(QString()).problem << "there is no model ''";
-    QTest::newRow("group") << findGroup(QStringLiteral("Tavrim")).problem
-                           << "there is no group 'Tavrim'; did you mean Tavrin";
-    QTest::newRow("group unlike all") << findGroup(QStringLiteral("qqqqqq")).problem
+    QTest::newRow("group") << findGroup("Tavrim").problem << "there is no group 'Tavrim'; did you mean Tavrin";
+    QTest::newRow("group unlike all") << findGroup("qqqqqq").problem
                                       << "there is no group 'qqqqqq'; the groups are Any group, Tavrin,";
-    QTest::newRow("interface") << findInterface(QStringLiteral("RS233")).problem
+    QTest::newRow("interface") << findInterface("RS233").problem
                                << "there is no interface 'RS233'; did you mean RS232";
-    QTest::newRow("interface unlike all") << findInterface(QStringLiteral("bluetooth")).problem
-                                          << "there is no interface 'bluetooth'; the interfaces are RS232,";
-    QTest::newRow("no interface") << findInterface(QStringLiteral("No Interface")).problem
+    QTest::newRow("interface unlike all")
+        << findInterface("bluetooth").problem << "there is no interface 'bluetooth'; the interfaces are RS232,";
+    QTest::newRow("no interface") << findInterface("No Interface").problem
                                   << "there is no interface 'No Interface'";
 }
 
@@ -134,11 +133,11 @@ void TestCatalogNames::unknownNamesAreExplained()
 
 void TestCatalogNames::suggestionsAreDistinctModels()
 {
-    const auto named = findType(QStringLiteral("Tavrin TX27O"));
+    const auto named = findType("Tavrin TX27O");
     QVERIFY(!named.value);
-    const QString list = named.problem.section(QStringLiteral("did you mean "), 1).chopped(1);
+    const QString list = named.problem.section("did you mean ", 1).chopped(1);
     QSet<int> models;
-    const QStringList names = list.split(QStringLiteral(" or "));
+    const QStringList names = list.split(" or ");
     QVERIFY2(names.size() > 1, qPrintable(named.problem));
     for (const QString &name : names) {
         const auto model = findType(name);
@@ -146,18 +145,16 @@ void TestCatalogNames::suggestionsAreDistinctModels()
         models.insert(*model.value);
     }
     QCOMPARE(models.size(), names.size());
-    QCOMPARE(findType(QStringLiteral("TX27")).problem,
-             QStringLiteral("there is no model 'TX27'; did you mean TX270?"));
+    QCOMPARE(findType("TX27").problem, QStringLiteral("there is no model 'TX27'; did you mean TX270?"));
 }
 
 void TestCatalogNames::nearNamesComeNearestFirst()
 {
-    const QStringList names{QStringLiteral("DV-xxx"), QStringLiteral("MV4xx"), QStringLiteral("MV410"),
-                            QStringLiteral("MV420"),  QStringLiteral("MV430"), QStringLiteral("TX270")};
-    const QStringList near = nearNames(QStringLiteral("mv 420"), names);
+    const QStringList names{"DV-xxx", "MV4xx", "MV410", "MV420", "MV430", "TX270"};
+    const QStringList near = nearNames("mv 420", names);
     QCOMPARE(near.value(0), QStringLiteral("MV420"));
     QVERIFY(near.size() <= 3);
-    QVERIFY(nearNames(QStringLiteral("sausage"), names).isEmpty());
+    QVERIFY(nearNames("sausage", names).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestCatalogNames)

@@ -61,10 +61,10 @@ void TestCommandParameters::valuesHaveTheTypeInWhichTheyRead()
     QFETCH(QString, text);
     QFETCH(QVariant, value);
     QString problem;
-    const auto parameters = commandParameters({QStringLiteral("SP_Value=") + text}, problem);
+    const auto parameters = commandParameters({"SP_Value=" + text}, problem);
     QVERIFY2(parameters, qPrintable(problem));
     QCOMPARE(parameters->size(), 1);
-    const QVariant read = parameters->value(QStringLiteral("SP_Value"));
+    const QVariant read = parameters->value("SP_Value");
     QCOMPARE(read.userType(), value.userType());
     QCOMPARE(read, value);
 }
@@ -74,10 +74,9 @@ void TestCommandParameters::severalWordsGiveSeveralParameters()
     QString problem;
     const auto none = commandParameters({}, problem);
     QVERIFY(none && none->isEmpty());
-    const auto two = commandParameters({QStringLiteral("SP_B=1"), QStringLiteral("CP_A#2=x")}, problem);
+    const auto two = commandParameters({"SP_B=1", "CP_A#2=x"}, problem);
     QVERIFY(two);
-    QCOMPARE(*two, (QMap<QString, QVariant>{{QStringLiteral("CP_A#2"), QStringLiteral("x")},
-                                            {QStringLiteral("SP_B"), 1}}));
+    QCOMPARE(*two, (QMap<QString, QVariant>{{"CP_A#2", "x"}, {"SP_B", 1}}));
 }
 
 void TestCommandParameters::wrongWordsAreExplained_data()

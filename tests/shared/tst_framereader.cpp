@@ -57,9 +57,7 @@ void TestFrameReader::init()
     sondixsim::useVirtualClock();
     m_instance = createInstance(TX270);
     QString text;
-    QVERIFY2(m_instance->open({{QStringLiteral("IP_Interface"), QStringLiteral("RS232")},
-                               {QStringLiteral("IP_Port"), QStringLiteral("COM3")}},
-                              &text) == NoError,
+    QVERIFY2(m_instance->open({{"IP_Interface", "RS232"}, {"IP_Port", "COM3"}}, &text) == NoError,
              qPrintable(text));
 }
 

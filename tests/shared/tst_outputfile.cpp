@@ -18,7 +18,7 @@ private Q_SLOTS:
     {
         m_dir = std::make_unique<QTemporaryDir>();
         QVERIFY(m_dir->isValid());
-        m_path = m_dir->filePath(QStringLiteral("values of today.csv"));
+        m_path = m_dir->filePath("values of today.csv");
     }
     void appearsUnderItsNameOnlyWhenCommitted();
     void replacesAnOlderFileAtOnce();
@@ -70,7 +70,7 @@ void TestOutputFile::appearsUnderItsNameOnlyWhenCommitted()
     QVERIFY(!QFile::exists(m_path));
     QVERIFY2(file.commit(), qPrintable(file.errorString()));
     QCOMPARE(contentOf(m_path), QByteArray("1\n2\n"));
-    QCOMPARE(files(), QStringList{QStringLiteral("values of today.csv")});
+    QCOMPARE(files(), QStringList{"values of today.csv"});
 }
 
 void TestOutputFile::replacesAnOlderFileAtOnce()
@@ -119,8 +119,7 @@ void TestOutputFile::keepsAPartUnderAnotherName()
 
 void TestOutputFile::leavesEarlierPartsAlone()
 {
-    const QStringList names{m_path + QStringLiteral(".partial"), m_path + QStringLiteral(".partial2"),
-                            m_path + QStringLiteral(".partial3")};
+    const QStringList names{m_path + ".partial", m_path + ".partial2", m_path + ".partial3"};
     for (int i = 0; i < names.size(); ++i) {
         OutputFile file(m_path);
         QVERIFY(file.open());
@@ -141,7 +140,7 @@ void TestOutputFile::leavesEarlierPartsAlone()
 void TestOutputFile::goesThroughALink()
 {
     writeOlderFile();
-    const QString link = m_dir->filePath(QStringLiteral("link.csv"));
+    const QString link = m_dir->filePath("link.csv");
     if (!makeLink(m_path, link))
         QSKIP("there are no symbolic links here");
     OutputFile file(link);
@@ -157,16 +156,16 @@ void TestOutputFile::refusesADirectoryAndAMissingOne()
     OutputFile directory(m_dir->path());
     QVERIFY(!directory.open());
     QCOMPARE(directory.errorString(), QStringLiteral("it is a directory"));
-    OutputFile missing(m_dir->filePath(QStringLiteral("missing/values.csv")));
+    OutputFile missing(m_dir->filePath("missing/values.csv"));
     QVERIFY(!missing.open());
     QVERIFY(!missing.errorString().isEmpty());
 }
 
 void TestOutputFile::reportsAFullDevice()
 {
-    if (!QFile::exists(QStringLiteral("/dev/full")))
+    if (!QFile::exists("/dev/full"))
         QSKIP("there is no /dev/full here");
-    OutputFile file(QStringLiteral("/dev/full"));
+    OutputFile file("/dev/full");
     QVERIFY(file.open());
     QVERIFY(!file.write("1\n"));
     QVERIFY(!file.errorString().isEmpty());

@@ -104,9 +104,9 @@ void TestSearchRun::announcesASensorThatSeveralSearchesFindOnce()
     QVERIFY(finished.wait(longest));
     QStringList addresses;
     for (const QList<QVariant> &one : qAsConst(found))
-        addresses += one.first().value<SensorInfo>().getParameter(QStringLiteral("IP_RemoteAddr")).toString();
+        addresses += one.first().value<SensorInfo>().getParameter("IP_RemoteAddr").toString();
     addresses.sort();
-    QCOMPARE(addresses, QStringList({QStringLiteral("10.0.0.1"), QStringLiteral("10.0.0.2")}));
+    QCOMPARE(addresses, QStringList({"10.0.0.1", "10.0.0.2"}));
 }
 
 void TestSearchRun::endsOnceAlthoughSeveralTypesAreSearched()

@@ -21,8 +21,8 @@ private Q_SLOTS:
     void takesEveryNameOfModelsAndInterfaces();
     void explainsWhatIsWrong_data();
     void explainsWhatIsWrong();
-    void tellsThePlaceInWords_data();
-    void tellsThePlaceInWords();
+    void describesThePlace_data();
+    void describesThePlace();
 
 private:
     static SensorAddress parsed(const QString &text)
@@ -37,62 +37,56 @@ private:
 
 void TestSensorAddress::showsModelInterfaceAndParameters()
 {
-    const SensorAddress address{TX270,
-                                {{QStringLiteral("IP_Interface"), QStringLiteral("RS232")},
-                                 {QStringLiteral("IP_Baudrate"), 115200},
-                                 {QStringLiteral("IP_Port"), QStringLiteral("COM3")}}};
+    const SensorAddress address{TX270, {{"IP_Interface", "RS232"}, {"IP_Baudrate", 115200}, {"IP_Port", "COM3"}}};
     QCOMPARE(address.toString(), QStringLiteral("TX270@RS232,port=COM3,baudrate=115200"));
 }
 
 void TestSensorAddress::leavesOutWhatOnlyDescribes()
 {
-    const SensorInfo info({{QStringLiteral("IP_SensorType"), 47},
-                           {QStringLiteral("IP_SensorTypeName"), QStringLiteral("CC480")},
-                           {QStringLiteral("IP_InterfaceIdx"), 3},
-                           {QStringLiteral("IP_Interface"), QStringLiteral("TCP/IP")},
-                           {QStringLiteral("IP_RemoteAddr"), QStringLiteral("192.168.0.10")},
-                           {QStringLiteral("SA_MacAddress"), QStringLiteral("00:11:22:33:44:55")},
-                           {QStringLiteral("SA_Softwareversion"), QStringLiteral("1.2 (test)")},
-                           {QStringLiteral("SA_Range"), 10}},
+    const SensorInfo info({{"IP_SensorType", CC480},
+                           {"IP_SensorTypeName", "CC480"},
+                           {"IP_InterfaceIdx", 3},
+                           {"IP_Interface", "TCP/IP"},
+                           {"IP_RemoteAddr", "192.168.0.10"},
+                           {"SA_MacAddress", "00:11:22:33:44:55"},
+                           {"SA_Softwareversion", "1.2 (test)"},
+                           {"SA_Range", 10}},
                           NoSensor);
     QCOMPARE(SensorAddress::of(info).toString(), QStringLiteral("CC480@TCP/IP,address=192.168.0.10"));
 }
 
 void TestSensorAddress::readsWhatItShows_data()
 {
-    QTest::addColumn<int>("type");
+    QTest::addColumn<SensorType>("type");
     QTest::addColumn<Parameters>("parameters");
     const auto row = [](const char *name, SensorType type, const char *iface, Parameters parameters) {
-        parameters.insert(QStringLiteral("IP_Interface"), QString::fromLatin1(iface));
-        QTest::newRow(name) << static_cast<int>(type) << parameters;
+        parameters.insert("IP_Interface", QString::fromLatin1(iface));
+        QTest::newRow(name) << type << parameters;
     };
     row("serial line", TX270, "RS232",
-        {{QStringLiteral("IP_Port"), QStringLiteral("COM3")},
-         {QStringLiteral("IP_Baudrate"), 921600},
-         {QStringLiteral("IP_Stopbits"), 1},
-         {QStringLiteral("IP_ByteSize"), 8},
-         {QStringLiteral("IP_Parity"), 0},
-         {QStringLiteral("IP_SensorAddress"), 126}});
-    row("device file", TX270, "RS232", {{QStringLiteral("IP_Port"), QStringLiteral("/dev/serial/by id, 1=2&3")}});
-    row("network", CC480, "TCP/IP",
-        {{QStringLiteral("IP_RemoteAddr"), QStringLiteral("fe80::1%eth0")},
-         {QStringLiteral("IP_RemotePort"), 23}});
-    row("card", CC420, "XA200", {{QStringLiteral("IP_CardInstance"), 0}, {QStringLiteral("IP_ChannelNumber"), 1}});
-    row("model with a hyphen", DVxxx, "RS232", {{QStringLiteral("IP_Port"), QStringLiteral("COM1")}});
-    row("model with a slash", XA100USB, "XA100_USB", {{QStringLiteral("IP_DeviceInstance"), 0}});
+        {{"IP_Port", "COM3"},
+         {"IP_Baudrate", 921600},
+         {"IP_Stopbits", 1},
+         {"IP_ByteSize", 8},
+         {"IP_Parity", 0},
+         {"IP_SensorAddress", 126}});
+    row("device file", TX270, "RS232", {{"IP_Port", "/dev/serial/by id, 1=2&3"}});
+    row("network", CC480, "TCP/IP", {{"IP_RemoteAddr", "fe80::1%eth0"}, {"IP_RemotePort", 23}});
+    row("card", CC420, "XA200", {{"IP_CardInstance", 0}, {"IP_ChannelNumber", 1}});
+    row("model with a hyphen", DVxxx, "RS232", {{"IP_Port", "COM1"}});
+    row("model with a slash", XA100USB, "XA100_USB", {{"IP_DeviceInstance", 0}});
     row("model with a blank in its name", TX270, "WinUSB",
-        {{QStringLiteral("IP_DeviceInstance"), 0}, {QStringLiteral("SA_SerialNumber"), QStringLiteral("0012")}});
-    row("further parameters", TX270, "RS232",
-        {{QStringLiteral("IP_Timeout"), 1.5}, {QStringLiteral("IP_Odd Name"), QStringLiteral("µ")}});
+        {{"IP_DeviceInstance", 0}, {"SA_SerialNumber", "0012"}});
+    row("further parameters", TX270, "RS232", {{"IP_Timeout", 1.5}, {"IP_Odd Name", "µ"}});
 }
 
 void TestSensorAddress::readsWhatItShows()
 {
-    QFETCH(int, type);
+    QFETCH(SensorType, type);
     QFETCH(Parameters, parameters);
-    const QString text = SensorAddress{SensorType(type), parameters}.toString();
+    const QString text = SensorAddress{type, parameters}.toString();
     const SensorAddress address = parsed(text);
-    QCOMPARE(static_cast<int>(address.type), type);
+    QCOMPARE(address.type, type);
     QCOMPARE(address.parameters.keys(), parameters.keys());
     for (auto it = parameters.cbegin(); it != parameters.cend(); ++it) {
         QCOMPARE(address.parameters.value(it.key()), it.value());
@@ -102,32 +96,28 @@ void TestSensorAddress::readsWhatItShows()
 
 void TestSensorAddress::textsThatLookLikeNumbersStayTexts()
 {
-    const Parameters parameters{{QStringLiteral("IP_Interface"), QStringLiteral("RS232")},
-                                {QStringLiteral("IP_Port"), QStringLiteral("3")},
-                                {QStringLiteral("IP_SerialNumber"), QStringLiteral("0815")}};
+    const Parameters parameters{{"IP_Interface", "RS232"}, {"IP_Port", "3"}, {"IP_SerialNumber", "0815"}};
     const SensorAddress address = parsed(SensorAddress{TX270, parameters}.toString());
-    QCOMPARE(address.parameters.value(QStringLiteral("IP_Port")).type(), QVariant::String);
-    QCOMPARE(address.parameters.value(QStringLiteral("IP_SerialNumber")).type(), QVariant::String);
-    QCOMPARE(address.parameters.value(QStringLiteral("IP_SerialNumber")).toString(), QStringLiteral("0815"));
+    QCOMPARE(address.parameters.value("IP_Port").type(), QVariant::String);
+    QCOMPARE(address.parameters.value("IP_SerialNumber").type(), QVariant::String);
+    QCOMPARE(address.parameters.value("IP_SerialNumber").toString(), QStringLiteral("0815"));
 }
 
 void TestSensorAddress::needsNoQuotesInAShell()
 {
     const SensorAddress address{
-        TX270,
-        {{QStringLiteral("IP_Interface"), QStringLiteral("RS232")},
-         {QStringLiteral("IP_Port"), QStringLiteral("a b;c|d&e$f*g?h'i\"j\\k(l)<m>`n`#~!{}[]")}}};
-    const QRegularExpression harmless(QStringLiteral("^[A-Za-z0-9@/:+,.=_%~-]*$"));
+        TX270, {{"IP_Interface", "RS232"}, {"IP_Port", "a b;c|d&e$f*g?h'i\"j\\k(l)<m>`n`#~!{}[]"}}};
+    const QRegularExpression harmless("^[A-Za-z0-9@/:+,.=_%~-]*$");
     const QString text = address.toString();
     QVERIFY2(harmless.match(text).hasMatch(), qPrintable(text));
 }
 
 void TestSensorAddress::takesEveryNameOfModelsAndInterfaces()
 {
-    const SensorAddress address = parsed(QStringLiteral("tx270@ethernet,ADDRESS=10.0.0.1"));
+    const SensorAddress address = parsed("tx270@ethernet,ADDRESS=10.0.0.1");
     QCOMPARE(address.type, TX270);
-    QCOMPARE(address.parameters.value(QStringLiteral("IP_Interface")).toString(), QStringLiteral("TCP/IP"));
-    QCOMPARE(address.parameters.value(QStringLiteral("IP_RemoteAddr")).toString(), QStringLiteral("10.0.0.1"));
+    QCOMPARE(address.parameters.value("IP_Interface").toString(), QStringLiteral("TCP/IP"));
+    QCOMPARE(address.parameters.value("IP_RemoteAddr").toString(), QStringLiteral("10.0.0.1"));
     QCOMPARE(interfaceOf(address.parameters), TCPIP);
 }
 
@@ -164,25 +154,18 @@ void TestSensorAddress::explainsWhatIsWrong()
     QVERIFY2(problem.startsWith(expected), qPrintable(problem));
 }
 
-void TestSensorAddress::tellsThePlaceInWords_data()
+void TestSensorAddress::describesThePlace_data()
 {
     QTest::addColumn<Parameters>("parameters");
     QTest::addColumn<QString>("place");
-    QTest::newRow("serial port") << Parameters{{QStringLiteral("IP_Port"), QStringLiteral("COM3")},
-                                               {QStringLiteral("IP_Baudrate"), 9600}}
-                                 << "COM3";
-    QTest::newRow("bus") << Parameters{{QStringLiteral("IP_Port"), QStringLiteral("COM3")},
-                                       {QStringLiteral("IP_SensorAddress"), 126}}
-                         << "COM3, bus address 126";
-    QTest::newRow("network") << Parameters{{QStringLiteral("IP_RemoteAddr"), QStringLiteral("10.1.2.3")}}
-                             << "10.1.2.3";
-    QTest::newRow("card") << Parameters{{QStringLiteral("IP_CardInstance"), 0},
-                                        {QStringLiteral("IP_ChannelNumber"), 1}}
-                          << "card 0, channel 1";
+    QTest::newRow("serial port") << Parameters{{"IP_Port", "COM3"}, {"IP_Baudrate", 9600}} << "COM3";
+    QTest::newRow("bus") << Parameters{{"IP_Port", "COM3"}, {"IP_SensorAddress", 126}} << "COM3, bus address 126";
+    QTest::newRow("network") << Parameters{{"IP_RemoteAddr", "10.1.2.3"}} << "10.1.2.3";
+    QTest::newRow("card") << Parameters{{"IP_CardInstance", 0}, {"IP_ChannelNumber", 1}} << "card 0, channel 1";
     QTest::newRow("nothing known") << Parameters{} << "";
 }
 
-void TestSensorAddress::tellsThePlaceInWords()
+void TestSensorAddress::describesThePlace()
 {
     QFETCH(Parameters, parameters);
     QFETCH(QString, place);

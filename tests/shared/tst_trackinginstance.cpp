@@ -61,7 +61,7 @@ void TestTrackingInstance::init()
             .toStdString());
     m_sensor = createInstance(RG53x);
     QString text;
-    QCOMPARE(int(openInstance(*m_sensor, {{QStringLiteral("IP_Interface"), QStringLiteral("RS232")}}, &text)), 0);
+    QCOMPARE(int(openInstance(*m_sensor, {{"IP_Interface", "RS232"}}, &text)), 0);
     sondixsim::recordCalls(true);
 }
 
@@ -83,8 +83,8 @@ void TestTrackingInstance::eachCommandMethodReturnsItsOwnResult()
 {
     QFETCH(int, method);
     const auto send = [&](QString &text) {
-        const QString command = QStringLiteral("Get_Average");
-        const QString name = QStringLiteral("SA_Average");
+        const QString command = "Get_Average";
+        const QString name = "SA_Average";
         Parameters answer;
         int number = 0;
         double real = 0.0;
@@ -118,17 +118,16 @@ void TestTrackingInstance::eachCommandMethodReturnsItsOwnResult()
 void TestTrackingInstance::theRestartFollowsOnce()
 {
     Parameters answer;
-    QCOMPARE(int(m_sensor->sendCommandGetAll(QStringLiteral("Get_Average"), {}, answer)), 0);
-    QCOMPARE(commandsSent(), QStringList({QStringLiteral("StopTracking"), QStringLiteral("Get_Average"),
-                                          QStringLiteral("DistanceTracking")}));
-    QCOMPARE(answer.value(QStringLiteral("SA_Average")).toInt(), 20);
+    QCOMPARE(int(m_sensor->sendCommandGetAll("Get_Average", {}, answer)), 0);
+    QCOMPARE(commandsSent(), QStringList({"StopTracking", "Get_Average", "DistanceTracking"}));
+    QCOMPARE(answer.value("SA_Average").toInt(), 20);
 }
 
 void TestTrackingInstance::noRestartAfterACommandThatDoesNotStop()
 {
     Parameters answer;
-    QCOMPARE(int(m_sensor->sendCommandGetAll(QStringLiteral("SpeedTracking"), {}, answer)), 0);
-    QCOMPARE(commandsSent(), QStringList(QStringLiteral("SpeedTracking")));
+    QCOMPARE(int(m_sensor->sendCommandGetAll("SpeedTracking", {}, answer)), 0);
+    QCOMPARE(commandsSent(), QStringList("SpeedTracking"));
 }
 
 void TestTrackingInstance::noRestartWhenItWasNotStopped()
@@ -136,9 +135,9 @@ void TestTrackingInstance::noRestartWhenItWasNotStopped()
     refuse("StopTracking", "it cannot stop");
     Parameters answer;
     QString text;
-    QCOMPARE(int(m_sensor->sendCommandGetAll(QStringLiteral("Get_Average"), {}, answer, &text)), -77);
+    QCOMPARE(int(m_sensor->sendCommandGetAll("Get_Average", {}, answer, &text)), -77);
     QCOMPARE(text, QStringLiteral("it cannot stop"));
-    QCOMPARE(commandsSent(), QStringList(QStringLiteral("StopTracking")));
+    QCOMPARE(commandsSent(), QStringList("StopTracking"));
 }
 
 void TestTrackingInstance::aFailingRestartIsLogged()
@@ -147,8 +146,7 @@ void TestTrackingInstance::aFailingRestartIsLogged()
     QTest::ignoreMessage(QtWarningMsg,
                          "the sensor did not start to measure again after Set_Average: it does not start");
     QString text;
-    QCOMPARE(
-        int(m_sensor->sendCommand(QStringLiteral("Set_Average"), {{QStringLiteral("SP_Average"), 10}}, &text)), 0);
+    QCOMPARE(int(m_sensor->sendCommand("Set_Average", {{"SP_Average", 10}}, &text)), 0);
     QCOMPARE(text, QString());
 }
 

@@ -101,17 +101,15 @@ void TestVideoPlot::textShowsThePeakInItsColumn()
     pixels[101] = 512;
     const QStringList lines = videoText(pixels, 1024, 64, 4);
     const QString bar = QString(12, QLatin1Char(' ')) + QLatin1Char('#');
-    QCOMPARE(lines, (QStringList{QStringLiteral("1023 |") + bar, QStringLiteral("     |") + bar,
-                                 QStringLiteral("     |") + bar, QStringLiteral("     |") + bar,
-                                 QStringLiteral("   0 +") + QString(64, QLatin1Char('-')),
-                                 QStringLiteral("      0") + QStringLiteral("511").rightJustified(63)}));
+    QCOMPARE(lines, (QStringList{"1023 |" + bar, "     |" + bar, "     |" + bar, "     |" + bar,
+                                 "   0 +" + QString(64, QLatin1Char('-')),
+                                 "      0" + QStringLiteral("511").rightJustified(63)}));
 }
 
 void TestVideoPlot::textIsNoWiderThanThePixels()
 {
     const QStringList lines = videoText({0, 1, 2, 3}, 4, 64, 3);
-    QCOMPARE(lines, (QStringList{QStringLiteral("3 |   #"), QStringLiteral("  |  ##"), QStringLiteral("  | ###"),
-                                 QStringLiteral("0 +----"), QStringLiteral("   0  3")}));
+    QCOMPARE(lines, (QStringList{"3 |   #", "  |  ##", "  | ###", "0 +----", "   0  3"}));
 }
 
 QTEST_GUILESS_MAIN(TestVideoPlot)
