@@ -5,17 +5,17 @@
 
 namespace SondixQt {
 
-/// The step between the variants of a model in the numbers of the sensor types.
+/// The type of a variant is the type of its model plus a multiple of this.
 constexpr qint32 variantStep = 10000;
 
-/// The type of which \a type is a variant; \a type itself if it is none. Not for File, which is no model: check for
-/// it first.
+/// The model that \a type is a variant of, or \a type itself if it is not a variant. Do not call it for File,
+/// which is not a model.
 constexpr SensorType baseType(SensorType type)
 {
     return SensorType(type % variantStep);
 }
 
-/// Whether \a type is a variant of another one. True for File as well.
+/// Whether \a type is a variant of a model. Also true for File.
 constexpr bool isVariant(SensorType type)
 {
     return type > variantStep;

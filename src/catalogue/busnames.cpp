@@ -5,7 +5,7 @@ namespace SondixQt {
 
 namespace {
 
-/// The name that a model reports on the bus, and the model's own.
+/// The name that a sensor reports on the bus and the name of its model.
 struct ReportedName
 {
     const char *reported;
@@ -14,7 +14,7 @@ struct ReportedName
 
 // clang-format off
 
-// The order counts: "MV410" must come before "MV4".
+// The order matters: "MV410" must come before "MV4".
 constexpr NamePart converterNames[] = {
     {MV410_XA300ETH, "XA300/ETH_MV410"},
     {MV420_XA300ETH, "XA300/ETH_MV420"},

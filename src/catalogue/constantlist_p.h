@@ -23,7 +23,7 @@ public:
     constexpr int size() const { return count; }
     constexpr bool isEmpty() const { return count == 0; }
 
-    /// The entry at \a index, a default-constructed one outside the list.
+    /// The entry at \a index, or a default-constructed entry if \a index is out of range.
     constexpr Entry value(int index) const { return index >= 0 && index < count ? entries[index] : Entry(); }
 
 private:
@@ -31,7 +31,7 @@ private:
     int count = 0;
 };
 
-/// Whether the rows of \a table are in ascending order of \a key, each type once.
+/// Whether the rows of \a table are sorted by \a key without duplicates.
 template<typename Row, int Count>
 constexpr bool isAscending(const Row (&table)[Count], SensorType Row::*key)
 {

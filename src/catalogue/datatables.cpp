@@ -7,7 +7,7 @@ namespace {
 
 constexpr const char *unchanged = nullptr;
 constexpr const char *namesGY310[] = {"Signal1 Low-pass filter", "Signal2 SensorFUSION"};
-constexpr ConstantList<const char *> own = {};
+constexpr ConstantList<const char *> none = {};
 
 struct PolledRow
 {
@@ -19,7 +19,7 @@ struct PolledRow
 constexpr SignalNamingRow signalNamingRows[] = {
     // type              first signals  "Switch"        off
     {SensorType::GY310,  namesGY310,    unchanged,      unchanged},
-    {SensorType::GY330,  own,           "Acceleration", "OFF"},
+    {SensorType::GY330,  none,          "Acceleration", "OFF"},
 };
 
 constexpr PolledRow polledRows[] = {

@@ -5,19 +5,19 @@
 
 namespace SondixQt {
 
-/// How the signals of one model are named where the sensor does not name them well.
+/// Replacements for the signal names that the sensors of one model report.
 struct SignalNamingRow
 {
     SensorType type;
-    ConstantList<const char *> fixedNames; ///< of the first signals, whatever the sensor calls them
-    const char *switchName;                ///< replaces "Switch" in the name of a switched signal; null: it stays
-    const char *offName;                   ///< of a signal whose name says that it is off; null: it stays
+    ConstantList<const char *> fixedNames; ///< of the first signals
+    const char *switchName;                ///< replaces "Switch" in the name of a switched signal; null: unchanged
+    const char *offName;                   ///< replaces the name of a signal that is off; null: unchanged
 };
 
-/// The row of exactly \a type, or null when the sensor's own names are shown.
+/// The row of exactly \a type, or null if the reported names are used.
 const SignalNamingRow *signalNamingRow(SensorType type);
 
-/// Whether a value must be asked for before every transfer of a sensor of exactly \a type.
+/// Whether a sensor of exactly \a type must be polled with "Get_Measure" before every transfer.
 bool isPolled(SensorType type);
 
 } // namespace SondixQt

@@ -7,7 +7,7 @@
 
 namespace SondixQt {
 
-/// The commands by which a setting is read and written, with the parameter that carries its value.
+/// The commands that read and write a setting, with the parameters that carry its value.
 struct SettingCommands
 {
     const char *getCommand;
@@ -21,33 +21,33 @@ struct TriggerRow
 {
     SensorType type;
     SettingCommands commands;
-    int offValue; ///< every other value means that the sensor waits for a trigger
+    int offValue; ///< with any other value the sensor waits for a trigger
 };
 
-/// The synchronisation of one model; 0 means off.
+/// The synchronisation of one model. The value 0 switches it off.
 struct SyncRow
 {
     SensorType type;
     SettingCommands commands;
-    bool sharedWithTrigger; ///< one setting serves sync and trigger
-    bool hasTermination;    ///< the line's termination is switched off along with it
+    bool sharedWithTrigger; ///< sync and trigger are the same setting
+    bool hasTermination;    ///< the line termination is switched off together with sync
 };
 
-/// One of the modes in which a model can measure.
+/// A measuring mode of a model.
 struct MeasuringMode
 {
     const char *name;
-    int number; ///< as "SP_MeasureMode" carries it
+    int number; ///< the value of "SP_MeasureMode"
 };
 
-/// The modes of one model.
+/// The measuring modes of one model.
 struct MeasuringModesRow
 {
     SensorType type;
     ConstantList<MeasuringMode> modes;
 };
 
-/// The modes between which a model and all bus variants of it are switched to measure or to send video.
+/// The values of "SP_MeasureMode" that switch a model and all its bus variants to measuring and to video.
 struct SwitchedModesRow
 {
     SensorType model; ///< a base type
@@ -55,14 +55,14 @@ struct SwitchedModesRow
     int videoMode;
 };
 
-/// The rows of \a type, or null when it has none. Bus variants have none of their base type's rows.
+/// The row of exactly \a type, or null if it has none. A bus variant does not inherit the row of its base type.
 const TriggerRow *triggerRow(SensorType type);
 /// \copydoc triggerRow
 const SyncRow *syncRow(SensorType type);
 /// \copydoc triggerRow
 const MeasuringModesRow *measuringModesRow(SensorType type);
 
-/// The row of the base type \a model, or null when it has none.
+/// The row of the base type \a model, or null if it has none.
 const SwitchedModesRow *switchedModesRow(SensorType model);
 
 } // namespace SondixQt

@@ -10,22 +10,22 @@ namespace SondixQt {
 namespace {
 
 constexpr SensorType noType = SensorType{};
-constexpr int shortestContainedName = 3;
+constexpr int minContainedNameSize = 3;
 
 std::u16string_view view(const QString &text)
 {
     return {reinterpret_cast<const char16_t *>(text.utf16()), static_cast<std::size_t>(text.size())};
 }
 
-/// Folds as QString's case-insensitive search does, which also takes the Kelvin sign for "k" and the long s
-/// for "s". A surrogate pair folds to something else there, but never to a character that a name can have.
+/// The case folding of QString's case-insensitive search, in which the Kelvin sign equals "k" and the long s
+/// equals "s". Surrogate pairs fold differently there, but never to a character that occurs in a name.
 char16_t folded(QChar character)
 {
     return character.toCaseFolded().unicode();
 }
 
-/// 64-bit Bloom filter of character pairs: a name can only occur in the text if its bits are a subset. Searching the
-/// text for every name instead takes more than ten times as long.
+/// 64-bit Bloom filter of character pairs: a name can only occur in the text if its bits are a subset. Searching
+/// the text for every name instead takes more than ten times as long.
 quint64 pairsOf(std::u16string_view text)
 {
     quint64 set = 0;
@@ -65,7 +65,7 @@ NameMatcher::Needles NameMatcher::prepared(const QVector<NameCandidate> &candida
         QString text = candidate.*name;
         if (reduced)
             text.remove(QLatin1Char('x'), Qt::CaseInsensitive).remove(QLatin1Char('-'));
-        if (text.size() < shortestContainedName)
+        if (text.size() < minContainedNameSize)
             continue;
         for (QChar &character : text)
             character = QChar(folded(character));

@@ -11,7 +11,7 @@ namespace SondixQt {
 
 enum SensorType : qint32;
 
-/// The names under which a type can be found.
+/// A type and its names.
 struct NameCandidate
 {
     SensorType type;
@@ -21,19 +21,20 @@ struct NameCandidate
 
 /// Finds the type that a free text names.
 ///
-/// The rules: an exact short name wins, then an exact long name. Otherwise the longest name that the text
-/// contains, whatever its case, decides, and of equally long ones the lowest type. Reduced names (without "x"
-/// and "-") go before full ones and long names before short ones; names of one or two letters are found by an
-/// exact text only. Short names are looked for in the text without its spaces.
+/// A text that equals a short name gives its type, then a text that equals a long name. Otherwise the text is
+/// searched for names, ignoring case: first for long names without "x" and "-", then for such short names, then
+/// for unchanged long names, then for unchanged short names. Within each search the longest name that the text
+/// contains is used, and the lowest type among names of equal length. Names shorter than three characters only
+/// match the exact text. Spaces in the text are ignored when it is searched for short names.
 ///
-/// All that depends on the names alone is prepared once, so that a text costs little. Names must be of the
-/// basic multilingual plane. Any thread may use a matcher.
+/// The constructor prepares everything that depends on the names alone, so that match() is fast. Names must be
+/// limited to the basic multilingual plane. match() is thread-safe.
 class NameMatcher
 {
 public:
     explicit NameMatcher(const QVector<NameCandidate> &candidates);
 
-    /// The type that \a text names, the type 0 if it names none.
+    /// The type that \a text names, or the type 0 if it names none.
     SensorType match(const QString &text) const;
 
 private:
@@ -56,9 +57,9 @@ private:
     Needles m_reducedLong;
 };
 
-/// Whether the name that a sensor reports, \a reportedName, means the catalogue's \a catalogueName:
-/// the one contains the other once more and more of the characters are left out in which the two
-/// customarily differ.
+/// Whether the name \a reportedName that a sensor reports matches \a catalogueName: whether one of them contains
+/// the other. The comparison is repeated while the characters in which the two usually differ are removed one by
+/// one.
 bool confirmsModel(QString catalogueName, QString reportedName);
 
 } // namespace SondixQt

@@ -9,17 +9,17 @@ namespace SondixQt {
 
 /// Where the frame rate of a model comes from.
 enum class SampleRateRule {
-    Unknown,            ///< nobody tells
+    Unknown,            ///< the rate cannot be determined
     IndexTable,         ///< the answer is an index into the model's rates
-    KilohertzAnswer,    ///< the answer is the rate
+    KilohertzAnswer,    ///< the answer is the rate in kHz
     HertzAnswer,        ///< the answer is the rate in Hz
-    MicrosecondsAnswer, ///< the answer is the time between two frames
-    DistanceTracking,   ///< the tracking mode and the measuring time of RG52x
-    FrequencyAverage,   ///< the measuring frequency and the average of RG53x
-    IndexAndAverage,    ///< the rate index and the averaging of EC810
+    MicrosecondsAnswer, ///< the answer is the time between two frames in microseconds
+    DistanceTracking,   ///< computed from the tracking mode and the measuring time of an RG52x
+    FrequencyAverage,   ///< computed from the measuring frequency and the average of an RG53x
+    IndexAndAverage,    ///< computed from the rate index and the averaging of an EC810
 };
 
-/// The rule of one model and of all bus variants of it.
+/// The rule of one model and all its bus variants.
 struct SampleRateRow
 {
     SensorType model = NoSensor; ///< a base type
@@ -29,10 +29,10 @@ struct SampleRateRow
     ConstantList<double> rates = {}; ///< in kHz
 };
 
-/// The rate in kHz of a type whose rate never changes (0.0: not known); empty when a rule decides.
+/// The rate in kHz of a type with a constant rate (0.0: unknown), or nullopt if a rule applies to the type.
 std::optional<double> fixedSampleRate(SensorType type);
 
-/// The rule of \a type's model; SampleRateRule::Unknown for a model without one.
+/// The row of the model of \a type; its rule is SampleRateRule::Unknown if the model has no row.
 const SampleRateRow &sampleRateRow(SensorType type);
 
 } // namespace SondixQt

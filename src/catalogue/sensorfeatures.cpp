@@ -8,7 +8,7 @@ namespace SondixQt {
 
 namespace {
 
-/// One model as it stands in the table below.
+/// A row of the table below.
 struct ModelRow
 {
     SensorType type;
@@ -55,8 +55,8 @@ constexpr WebInterface serial = SerialWebInterface;
 
 const ModelTables &modelTables()
 {
-    // "number" is the model's number as its record gives it. For RG540, PG120 and DVxxx_XA300ETH that is not
-    // the number under which the model is found; nothing in the library looks at it.
+    // "number" becomes SensorFeatures::type. For RG540, PG120 and DVxxx_XA300ETH it differs from the key of the
+    // row; the library itself does not use it.
     static const ModelTables tables = {
         // type           number  order help all  ASCII hidden group           name                             shortName             image                            web
         {NoSensor,            0,     0, no,  no,  no,   no,    NoGroup,        S("No Sensor"),                  S("No Sensor"),       S(":/images/All-groups.png"),    none},
@@ -145,7 +145,7 @@ const ModelTables &modelTables()
 #undef S
 // clang-format on
 
-/// Builds the tables when the library is loaded, or before that for whoever needs them sooner.
+/// Builds the tables when the library is loaded, unless another static initialiser has used them before.
 [[maybe_unused]] const ModelTables &builtAtLoadTime = modelTables();
 
 } // namespace

@@ -5,7 +5,7 @@
 
 namespace SondixQt {
 
-/// The types that offer a web interface; a type that is not in it has none.
+/// The web interfaces of the types that have one.
 const QMap<SensorType, WebInterface> &webInterfaceTable();
 
 } // namespace SondixQt

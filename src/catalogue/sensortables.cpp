@@ -55,7 +55,7 @@ QMap<SensorInterface, InterfaceRecord> makeInterfaceTable()
 #undef S
 // clang-format on
 
-/// Build the tables when the library is loaded, or before that for whoever needs them sooner.
+/// Build the tables when the library is loaded, unless another static initialiser has used them before.
 [[maybe_unused]] const QMap<SensorGroup, GroupRecord> &groupsBuiltAtLoadTime = groupTable();
 [[maybe_unused]] const QMap<SensorInterface, InterfaceRecord> &interfacesBuiltAtLoadTime = interfaceTable();
 

@@ -21,7 +21,7 @@ QString &applicationName()
     return name;
 }
 
-/// A model in the order in which lists show it.
+/// An entry of the display order.
 struct ListedType
 {
     SensorType type;
@@ -58,9 +58,8 @@ bool wantsHighResolution()
            qGuiApp->devicePixelRatio() > 1.0;
 }
 
-/// Loads through the cache of the application. It is asked under a key of our own, so that no other pixmap
-/// that an application keeps by its path is taken for ours, and it frees the pixmaps before the application
-/// object goes, which a static table of pixmaps would not.
+/// Loads \a image through QPixmapCache. Unlike a static table, the cache frees its pixmaps before the application
+/// object is destroyed. Our keys have a prefix because an application may cache other pixmaps by their paths.
 QPixmap loadImage(const QString &image)
 {
     QString path = image.isEmpty() ? QStringLiteral(":/images/genericSensor.png") : image;
@@ -73,7 +72,7 @@ QPixmap loadImage(const QString &image)
     return pixmap;
 }
 
-/// The ways in which callers write the types in queued calls.
+/// Registers the names with and without namespace: callers use either in queued calls.
 void registerMetaTypes()
 {
     qRegisterMetaType<SensorType>();
@@ -164,7 +163,7 @@ QList<SensorType> sensorsInGroup(SensorGroups groups, bool includeHidden)
         return all;
     }();
 
-    // Overwriting a copy is several times as fast as appending one by one.
+    // Overwriting a copy is several times faster than appending to an empty list.
     QList<SensorType> types = everything;
     auto end = types.begin();
     for (const ListedType &entry : listed) {

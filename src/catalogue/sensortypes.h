@@ -8,66 +8,65 @@
 #include <QString>
 
 /// \file
-/// Lookups of names and pictures of the sensor models, sensor families and connection interfaces that the
-/// library knows (SensorType, SensorGroup, SensorInterface).
+/// Names and pictures of the sensor models, sensor families and connection interfaces that the library knows
+/// (SensorType, SensorGroup, SensorInterface).
 ///
-/// Lookups never fail: what is not in the catalogue gives an empty text, NoSensor, NoGroup, 0 or a generic
-/// picture. Where a function says nothing else, any thread may call it at any time.
+/// Lookups do not fail: a value that is not in the catalogue gives an empty string, NoSensor, NoGroup, 0 or a
+/// generic picture. Functions are thread-safe unless their description says otherwise.
 
 namespace SondixQt {
 
-/// The display name of \a type, or with \a shortName its short name. Empty for a type that is not in the
-/// catalogue, and for Unnamed, which is.
+/// The display name of \a type, or its short name if \a shortName is set. Empty for Unnamed and for a type that is
+/// not in the catalogue.
 SONDIXQT_EXPORT QString sensorName(SensorType type, bool shortName = false);
 
-/// The type that the free text \a name means, NoSensor when it names none.
+/// The type that the free text \a name names, or NoSensor if it names none.
 ///
-/// A text that is exactly a short or a long name gives its type. Otherwise the text is searched, whatever its
-/// case, for names of at least three characters; the longest one decides. A letter "x" in a model's name may
-/// be missing from the text, and so may a dash: "RG525" means RG52x. Names without their x and dashes go
-/// before full ones, and of each kind long names before short ones: "Tavrin TX270 with MC320" gives MC320,
-/// as the name of the TX270 has an x.
-/// Meant for what sensors report and people type: "Profile sensor" contains "File" and therefore gives File.
+/// A text that equals a short or a long name gives its type. Otherwise the text is searched for names of at least
+/// three characters, ignoring case, and the longest name found is used. The text may lack the letter "x" and the
+/// dashes of a name: "RG525" gives RG52x. Names without "x" and dashes are searched before unchanged names, and
+/// long names before short ones: "Tavrin TX270 with MC320" gives MC320, because the name of the TX270 contains an
+/// "x". Intended for texts that sensors report or users type. Other texts can give unexpected results: "Profile
+/// sensor" contains "File" and gives File.
 SONDIXQT_EXPORT SensorType getSensorTypeFromName(const QString &name);
 
-/// The families of \a type, often a combination of flags; NoGroup for a type that is not in the catalogue.
+/// The families of \a type as a combination of flags; NoGroup for a type that is not in the catalogue.
 SONDIXQT_EXPORT SensorGroup getSensorGroupFromSensorType(SensorType type);
 
-/// The picture of \a type; a generic one where it has none.
+/// The picture of \a type, or a generic picture if it has none.
 ///
-/// Needs a QGuiApplication. Any thread may call it on a platform whose pixmaps are not bound to the main
-/// thread, as on Windows and X11; on others Qt warns and the picture is null. On the main thread pictures are
-/// kept in QPixmapCache, on other threads they are loaded each time. With Qt::AA_UseHighDpiPixmaps set, a
-/// screen that scales gets a picture of twice the resolution, with the device pixel ratio 2.
+/// Requires a QGuiApplication. Thread-safe on platforms that support pixmaps outside the main thread, such as
+/// Windows and X11; on other platforms Qt prints a warning and the picture is null. Pictures are cached in
+/// QPixmapCache on the main thread and loaded at each call on other threads. If Qt::AA_UseHighDpiPixmaps is set
+/// and the screen is scaled, the picture has twice the resolution and the device pixel ratio 2.
 SONDIXQT_EXPORT QPixmap getSensorImage(SensorType type);
 
-/// The picture of the family \a group; a generic one for a combination of families and for unknown values.
-/// What getSensorImage says of threads and resolution holds here, too.
+/// The picture of the family \a group, or a generic picture for a combination of families and for unknown values.
+/// Threads and resolution: as for getSensorImage().
 SONDIXQT_EXPORT QPixmap getSensorGroupImage(SensorGroup group);
 
-/// The display name of \a group, or with \a shortName its second name, which is not always the shorter one.
+/// The display name of \a group, or its second name if \a shortName is set; that one is not always shorter.
 /// Empty for NoGroup, for a combination of families and for unknown values.
 SONDIXQT_EXPORT QString sensorGroupName(SensorGroup group, bool shortName = false);
 
-/// All 16 groups in ascending signed order: AllGroups, NoGroup, then the families.
+/// All 16 groups in ascending order of their signed values: AllGroups, NoGroup, then the families.
 SONDIXQT_EXPORT QList<SensorGroup> sensorGroups();
 
-/// The types that belong to at least one family of \a groups, in the order in which lists show them.
-/// Variants that lists leave out come only with \a includeHidden; types without family never do.
+/// The types that belong to at least one family of \a groups, in display order. Hidden variants are included only
+/// if \a includeHidden is set, types without a family never.
 SONDIXQT_EXPORT QList<SensorType> sensorsInGroup(SensorGroups groups, bool includeHidden = false);
 
-/// The display name of \a iface, or with \a libraryName what the sensor-access library calls it in
-/// "IP_Interface". Empty for a combination of interfaces and for unknown values.
+/// The display name of \a iface, or its name in the sensor-access library ("IP_Interface") if \a libraryName is
+/// set. Empty for a combination of interfaces and for unknown values.
 SONDIXQT_EXPORT QString interfaceName(SensorInterface iface, bool libraryName = false);
 
-/// The number of \a iface in "IP_InterfaceIdx", which is not its flag; 0 for NoInterface, for a combination
-/// of interfaces and for unknown values.
+/// The value of "IP_InterfaceIdx" for \a iface, which differs from the enumerator. 0 for NoInterface, for a
+/// combination of interfaces and for unknown values.
 SONDIXQT_EXPORT int interfaceIndex(SensorInterface iface);
 
-/// Sets the name that is written into sensor logs, none while it is empty.
+/// Sets the application name that is written into sensor logs. While it is empty, no name is written.
 ///
-/// Call it once, before sensors are opened: unlike everything else here it changes something, and nothing
-/// locks it.
+/// Not thread-safe: call it once, before sensors are opened.
 SONDIXQT_EXPORT void setUsedByApplicationName(const QString &name);
 
 } // namespace SondixQt

@@ -26,7 +26,7 @@ struct InterfaceRecord
 const QMap<SensorGroup, GroupRecord> &groupTable();
 const QMap<SensorInterface, InterfaceRecord> &interfaceTable();
 
-/// What setUsedByApplicationName stored.
+/// The name that was set with setUsedByApplicationName().
 QString usedByApplicationName();
 
 } // namespace SondixQt

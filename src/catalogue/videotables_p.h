@@ -9,12 +9,12 @@
 
 namespace SondixQt {
 
-/// How a sensor tells that it sends video or measured values.
+/// How to find out whether a sensor sends video or measured values.
 enum class VideoModeRule {
-    Fixed,           ///< both at any time: it is not asked
-    TransmittedFlag, ///< it is not asked at all: its one signal is on when video is transmitted
-    StreamMode,      ///< mode 4 sends video along with the values, 2 neither, all others values alone
-    ExclusiveMode,   ///< mode 3 sends video instead of the values
+    Fixed,           ///< no query: it can always send both
+    TransmittedFlag, ///< no query: its only signal is on if VideoState::transmitted is set
+    StreamMode,      ///< "SA_MeasureMode" is 4 for video and values, 2 for neither, else values only
+    ExclusiveMode,   ///< "SA_MeasureMode" is 3 for video only, else values only
 };
 
 /// One video signal of a model.
@@ -24,12 +24,12 @@ struct VideoSignal
     const char *answerParameter;
 };
 
-/// The video of one model. A name that is null stays what it was.
+/// The video properties of one model. A null name leaves the name of the instance unchanged.
 struct VideoRow
 {
     SensorType type;
     VideoModeRule modeRule;
-    int pixels; ///< of one line; 0: they follow from the measuring range
+    int pixels; ///< of one line; 0: they depend on the measuring range
     ConstantList<VideoSignal> videoSignals;
     int resolution;
     const char *outputStem;
@@ -41,19 +41,20 @@ struct VideoRow
     bool overAnyInterface;
     bool transmitted;
     bool videoMode;
-    int channels; ///< 0: stays what it was
+    int channels; ///< 0: unchanged
 };
 
-/// The row of \a type, or null when it has no video. Bus variants have none of their base type's rows.
+/// The row of exactly \a type, or null if it has no video. A bus variant does not inherit the row of its base
+/// type.
 const VideoRow *videoRow(SensorType type);
 
-/// The pixels of a line of an MC340 with the measuring range \a millimetres.
+/// The number of pixels in a line of an MC340 with the measuring range \a millimetres.
 int pixelsOfRange(double millimetres);
 
-/// The parameter that switches a video signal ("SP_") or tells its state ("SA_").
+/// The parameter that switches a video signal ("SP_") or, with \a answer, reports its state ("SA_").
 QString videoParameterName(const QString &outputStem, bool answer, bool ethernet);
 
-/// The command that reads or writes the video switches of a model.
+/// The command that reads (\a get) or writes the video switches of a model.
 QString videoOutputCommand(const QString &outputStem, bool get, bool ethernet);
 
 } // namespace SondixQt

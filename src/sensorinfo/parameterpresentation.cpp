@@ -23,27 +23,21 @@ constexpr int firstFreeRow = 2;
 
 QMap<QString, QString> makeFriendlyNames()
 {
-    // Of rows with the same parameter the last one holds.
     return {
         // parameter                        friendly name
         {S("IP_SensorTypeName"),            S("$SensorType$")},
         {S("IP_Interface"),                 S("$Interface$")},
-        {S("IP_Port"),                      S("$PortNumber$")},
         {S("IP_Baudrate"),                  S("$Baudrate$")},
         {S("IP_Stopbits"),                  S("$Stopbits$")},
         {S("IP_Parity"),                    S("$Parity$")},
         {S("IP_ByteSize"),                  S("$Byte Size$")},
         {S("IP_CardInstance"),              S("$Card Instance$")},
-        {S("IP_ChannelNumber"),             S("$Channel Number$")},
-        {S("IP_Baudrate"),                  S("$Baudrate$")},
         {S("IP_DeviceInstance"),            S("$Device Instance$")},
         {S("IP_SerialNumber"),              S("$Serial Number (Interface)$")},
         {S("SA_ControllerSerialNumber"),    S("$Serial Number (Controller)$")},
         {S("SA_SerialNumber"),              S("$Serial Number (Controller)$")},
         {S("IP_Port"),                      S("$Port Number$")},
         {S("IP_ChannelNumber"),             S("$Channel Number$")},
-        {S("IP_Baudrate"),                  S("$Baudrate$")},
-        {S("IP_Parity"),                    S("$Parity$")},
         {S("SA_MacAddress"),                S("$MAC Address$")},
         {S("IP_RemoteAddr"),                S("$IP Address$")},
         {S("SA_SubnetMask"),                S("$Subnet Mask$")},

@@ -14,7 +14,7 @@ namespace SondixQt {
 
 namespace {
 
-/// The type of the first part that \a name contains, \a otherwise when it contains none.
+/// The type of the first part that \a name contains, or \a otherwise if it contains none.
 SensorType firstContained(const QString &name, ConstantList<NamePart> parts, SensorType otherwise)
 {
     const auto part = std::find_if(parts.begin(), parts.end(), [&name](const NamePart &candidate) {
@@ -23,7 +23,7 @@ SensorType firstContained(const QString &name, ConstantList<NamePart> parts, Sen
     return part == parts.end() ? otherwise : part->type;
 }
 
-/// The model that a part of \a name means, NoSensor when none does.
+/// The model that a part of \a name identifies, or NoSensor.
 SensorType busTypeByPart(const QString &name, SensorType reported)
 {
     const ConstantList<BusFamily> families = busFamilies();
@@ -33,7 +33,7 @@ SensorType busTypeByPart(const QString &name, SensorType reported)
     return family == families.end() ? NoSensor : firstContained(name, family->models, NoSensor);
 }
 
-/// A reduced short name of a bus sensor and its type.
+/// The short name of a bus sensor without "x" and "/", and its type.
 struct BusName
 {
     QString text;
@@ -52,7 +52,7 @@ std::vector<BusName> busNamesInDisplayOrder()
     return names;
 }
 
-/// The first bus sensor in display order whose reduced name \a name contains.
+/// The first bus sensor in display order whose BusName::text is contained in \a name, or \a otherwise.
 SensorType busTypeByName(QString name, SensorType otherwise)
 {
     static const std::vector<BusName> busNames = busNamesInDisplayOrder();
@@ -66,13 +66,14 @@ SensorType busTypeByName(QString name, SensorType otherwise)
     return hit == busNames.end() ? otherwise : hit->type;
 }
 
-/// The short names of the bus sensors that the XA300 converter carries, as they are without it.
-QStringList modelsCarriedByConverter()
+/// The short names of the bus sensors that can be connected to the XA300 converter, without the converter's
+/// suffix.
+QStringList modelsSupportedByConverter()
 {
     const QLatin1String suffix("_XA300ETH");
     QStringList models;
-    for (const NamePart &carried : converterModels()) {
-        QString model = sensorName(carried.type, true);
+    for (const NamePart &supported : converterModels()) {
+        QString model = sensorName(supported.type, true);
         if (model.endsWith(suffix))
             model.chop(suffix.size());
         models.append(model);
@@ -210,7 +211,7 @@ SensorType SensorInfo::getRealSensorTypeFromParams(const QString &name) const
 
 bool isKVBusSensorSupportedByXA300ETH(const QString &name)
 {
-    static const QStringList models = modelsCarriedByConverter();
+    static const QStringList models = modelsSupportedByConverter();
     return std::any_of(models.begin(), models.end(),
                        [&name](const QString &model) { return model.contains(name); });
 }

@@ -7,7 +7,7 @@ namespace SondixQt {
 
 namespace {
 
-/// A part of the answer.
+/// A range of characters of the answer.
 struct Part
 {
     const ushort *begin;
@@ -22,8 +22,8 @@ bool isSpace(ushort c)
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-/// The end of the quoted text that begins at \a quote, behind its closing quote; null when it does
-/// not end. A backslash escapes every character but a line feed.
+/// The position after the closing quote of the quoted text at \a quote, or null if it is not terminated. A
+/// backslash escapes every character except a line feed.
 const ushort *quotedEnd(const ushort *quote, const ushort *end)
 {
     for (const ushort *p = quote + 1; p < end; ++p) {
@@ -35,7 +35,7 @@ const ushort *quotedEnd(const ushort *quote, const ushort *end)
     return nullptr;
 }
 
-/// Calls \a found with the key and the value of each pair of \a answer in turn.
+/// Calls \a found with the key and the value of each pair of \a answer, in order.
 template<typename Found>
 void splitPairs(Part answer, Found found)
 {
@@ -46,34 +46,34 @@ void splitPairs(Part answer, Found found)
             ++p;
             continue;
         }
-        // A run can hold one pair only, as a value without quotes reaches to the run's end. Its key
-        // ends at the last "=" that a value follows.
+        // A run without white space and quotes contains at most one pair, because an unquoted value extends to the
+        // end of the run. The key ends at the last "=" that is followed by a value.
         const ushort *const run = p;
         const ushort *last = nullptr;
-        const ushort *inner = nullptr; // the "=" before the last
+        const ushort *previous = nullptr; // the "=" before the last one
         for (; p < end; ++p) {
             if (isSpace(*p) || *p == '"')
                 break;
             if (*p == '=' && p > run) {
-                inner = last;
+                previous = last;
                 last = p;
             }
         }
-        const bool endsOpen = last && last + 1 == p;
-        if (endsOpen && p < end && *p == '"') {
+        const bool endsWithSeparator = last && last + 1 == p;
+        if (endsWithSeparator && p < end && *p == '"') {
             if (const ushort *close = quotedEnd(p, end)) {
                 found(Part{run, last}, Part{p, close});
                 p = close;
                 continue;
             }
         }
-        if (const ushort *const separator = endsOpen ? inner : last)
+        if (const ushort *const separator = endsWithSeparator ? previous : last)
             found(Part{run, separator}, Part{separator + 1, p});
     }
 }
 
-/// Sets \a value if \a text is a plain decimal number such as -12 or 3.25. Up to 15 digits, these and
-/// the power of ten are exact as doubles, so that their quotient is the nearest double.
+/// Fast path for plain decimal numbers such as -12 or 3.25; false for any other \a text. Up to 15 digits and the
+/// power of ten are exact as doubles, so their quotient is correctly rounded.
 bool setPlainNumber(QVariant &value, Part text)
 {
     static constexpr double powersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
@@ -104,7 +104,7 @@ bool setPlainNumber(QVariant &value, Part text)
     return true;
 }
 
-/// Sets \a value to what \a text stands for; false when it cannot be converted.
+/// Converts \a text into \a value; false if it is not a valid value.
 bool setValue(QVariant &value, Part text)
 {
     if (*text.begin == '"') {

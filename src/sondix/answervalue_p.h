@@ -7,15 +7,15 @@
 
 namespace SondixQt {
 
-/// No setup holds more sensors: a larger count is a mistake, of a caller or of a sensor, that must not
-/// eat the memory.
+/// The maximum number of sensors in a setup. A larger count is an error of the caller or of the sensor and must
+/// not exhaust the memory.
 constexpr int maxSensorCount = 10000;
 
-/// The integer that an answer holds, 0 if it holds none. QVariant's own conversion of a number that no
-/// int can hold is undefined or takes its low bits.
+/// Converts an answer to int; 0 if it is not a number or is out of range. For the latter QVariant::toInt() is
+/// undefined or returns the low bits.
 inline int intAnswer(const QVariant &value)
 {
-    const double exact = value.toDouble(); // 0 for an enumerator, which fits
+    const double exact = value.toDouble(); // 0 for an enumerator, whose value is always in range
     if (!(exact >= std::numeric_limits<int>::min() && exact <= std::numeric_limits<int>::max()))
         return 0;
     return value.toInt();

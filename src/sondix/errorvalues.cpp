@@ -18,7 +18,7 @@ int errorValueKey(double value)
     if (!(value <= firstErrorValue))
         return 0;
     const double key = value - firstErrorValue;
-    // Truncation takes what lies less than 1 below the lowest int up to it.
+    // The cast truncates towards zero, so that everything above the lowest int minus 1 is in range.
     return key > std::numeric_limits<int>::min() - 1.0 ? static_cast<int>(key) : 0;
 }
 

@@ -6,12 +6,12 @@
 
 namespace SondixQt {
 
-/// The key of the error that the scaled \a value stands for; 0 for a measured value and for one that
-/// no error can have: not a number, or a key that no int can hold.
+/// The error number that the scaled \a value encodes; 0 for a measured value, for NaN and for an error number
+/// outside the range of int.
 int errorValueKey(double value);
 
-/// Adds the texts of \a source, lines "key: text", to \a texts; a later line replaces an earlier one
-/// of the same key, and lines of another form are skipped.
+/// Parses the lines "key: text" of \a source and adds them to \a texts. A later line replaces an earlier one with
+/// the same key; malformed lines are skipped.
 void addErrorValueTexts(const QString &source, QHash<int, QString> &texts);
 
 } // namespace SondixQt

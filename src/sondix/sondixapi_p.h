@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-// The C interface of the sensor-access library, imported by name from the dynamic library Sondix.
+// The C interface of the sensor-access library Sondix, a shared library.
 
 #if defined(_WIN32)
 #    define SONDIX_IMPORT __declspec(dllimport)

@@ -7,7 +7,7 @@
 
 namespace SondixQt {
 
-/// The text in \a bytes, windows-1250 as the sensor-access library writes it, up to a zero byte.
+/// Decodes \a bytes up to the first zero byte. The sensor-access library encodes its texts in windows-1250.
 inline QString decodeText(const QByteArray &bytes)
 {
     static const QTextCodec *const codec = QTextCodec::codecForName("windows-1250");
