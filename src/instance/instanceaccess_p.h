@@ -7,14 +7,14 @@
 #include <mutex>
 
 /// \file
-/// What the other parts of the library may do with an instance beyond its public functions.
+/// Access to a SensorInstance for other parts of the library, beyond its public functions.
 
 namespace SondixQt {
 
 class SensorInstance;
 class SensorInstancePrivate;
 
-/// Holds the recursive mutex of an instance: no other thread's command comes between those sent meanwhile.
+/// Locks the recursive mutex of an instance, so that commands of other threads cannot interrupt a sequence.
 class InstanceLock
 {
 public:
@@ -25,8 +25,8 @@ private:
     std::lock_guard<std::recursive_mutex> guard;
 };
 
-/// The bytes of the last command's answer \a name, empty if there is none. Unlike any other answer, one that is
-/// missing is not reported as a failure. Hold an InstanceLock since the command.
+/// The bytes of the answer parameter \a name of the last command; empty if it is missing, which is not reported as
+/// a failure. The caller must hold an InstanceLock from before the command on.
 QByteArray optionalAnswer(SensorInstance *instance, const QString &name);
 
 } // namespace SondixQt

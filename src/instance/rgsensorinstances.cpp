@@ -32,7 +32,7 @@ QString TrackingInstancePrivate::commandOf(int mode) const
     return QString::fromLatin1(trackingCommand(row, mode));
 }
 
-ErrorCode TrackingInstancePrivate::learnTrackingMode(QString *errorText)
+ErrorCode TrackingInstancePrivate::readTrackingMode(QString *errorText)
 {
     const InstanceLock lock(this);
     const QScopedValueRollback<bool> guard(inAction, true);
@@ -47,7 +47,7 @@ ErrorCode TrackingInstancePrivate::learnTrackingMode(QString *errorText)
 ErrorCode TrackingInstancePrivate::restartTracking(QString *errorText)
 {
     if (trackingMode == unknownTrackingMode) {
-        const ErrorCode result = learnTrackingMode(errorText);
+        const ErrorCode result = readTrackingMode(errorText);
         if (result != NoError)
             return result;
     }

@@ -19,7 +19,7 @@ int sensorCount(const QMap<QString, QVariant> &parameters)
     return qMin(intAnswer(parameters.value(QStringLiteral("IP_SensorCount"), 1)), maxSensorCount);
 }
 
-/// Queued connections, and callers that name types by their text, find the types under these names.
+/// Registers the names that queued connections and QMetaObject::invokeMethod() use for these types.
 void registerMetaTypes()
 {
     qRegisterMetaType<ErrorCode>("ErrorCode");

@@ -18,99 +18,97 @@ namespace SondixQt {
 
 class SensorInstancePrivate;
 
-/// One sensor that is, or is to be, opened through the sensor-access library.
+/// Opens a sensor through the sensor-access library, sends commands to it and reads its measured values.
 ///
 /// \par Use
-/// Construct it for a type, open() it with the interface parameters of a SensorInfo, send commands,
-/// read transmittedDataInfo() and poll transferDataScaled() or one of its siblings, close() it.
-/// A command stops the measurement of an RG52x or RG53x: use SpecialSensorInstanceRG52x or
-/// SpecialSensorInstanceRG531 for these. The other RG models (RG4xx, RG540) need no class of their own.
+/// Construct it for a type, open() it with the interface parameters of a SensorInfo, send commands, call
+/// transmittedDataInfo(), poll one of the transfer functions such as transferDataScaled(), and close() it. A
+/// command stops the measurement of an RG52x or RG53x: use SpecialSensorInstanceRG52x or
+/// SpecialSensorInstanceRG531 for these. The other RG models (RG4xx, RG540) do not need a special class.
 ///
 /// \par Results
-/// Every operation that reaches the sensor returns an ErrorCode (0: done) and takes an optional
-/// \c errorText: cleared on success, filled with the sensor-access library's own text on failure.
-/// A null pointer means that no text is wanted. Failures are signalled by errorMessage() as well. A
-/// failure for which the library knows no error of its own leaves the text alone, and so does an
-/// operation that finds nothing to do. open() may succeed with a text: that of the sensor's
-/// information, trigger or synchronisation, which could not be read.
+/// Every operation that accesses the sensor returns an ErrorCode (NoError on success) and has an optional
+/// parameter \c errorText, which is cleared on success and set to the error text of the sensor-access library on
+/// failure. It may be null. Failures are also reported by the signal errorMessage(). The text is not changed if
+/// the library has no error text for a failure, or if there is nothing to do. open() can return NoError and still
+/// set a text, if the sensor's information, trigger or synchronisation could not be read.
 ///
 /// \par Threads
-/// Commands, open() and the transfers hold the instance's recursive mutex for their whole sequence,
-/// so several threads may issue them on one instance. Operations that send several commands
-/// (transmittedDataInfo() on models with video, for one) let others in between. Construction,
-/// destruction, close(), release(), move assignment, the info parameters and the plain accessors are
-/// not locked: keep them to one thread at a time. All calls block until the sensor has answered.
+/// Commands, open() and the transfers lock the recursive mutex of the instance for their whole sequence, so that
+/// several threads can use them on one instance. Operations that send several commands (for example
+/// transmittedDataInfo() on models with video) may be interleaved with commands of other threads. Construction,
+/// destruction, close(), release(), move assignment, the info parameters and the plain accessors are not locked:
+/// use them from one thread at a time. All calls block until the sensor has answered.
 ///
 /// \par Parameter maps
-/// Keys are the sensor-access library's names: "IP_" (interface), "SP_" (sent with a command), "SA_"
-/// (sensor answers), "IA_" (interface answers), "CP_" (control). Values that are staged may be bool,
-/// int, double, QString or QByteArray; values of any other type are skipped.
-/// Parameters are staged in the order of their names; the next command or open() consumes all of them. When
-/// staging one fails, the command is not sent and those before stay staged, so that the next command would
-/// take them along: call clearAllParameters() after such a failure.
+/// Keys are the parameter names of the sensor-access library: "IP_" (interface), "SP_" (sent with a command),
+/// "SA_" (sensor answers), "IA_" (interface answers), "CP_" (control). Values to send may be bool, int, double,
+/// QString or QByteArray; values of other types are ignored. Parameters are staged in the order of their names;
+/// the next command or open() consumes all of them. If staging a parameter fails, the command is not sent. The
+/// parameters before it remain staged and would be sent with the next command: call clearAllParameters() after
+/// such a failure.
 class SONDIXQT_EXPORT SensorInstance : public QObject
 {
     Q_OBJECT
 public:
-    /// When result parameters are read after a command.
+    /// Determines when answers are read after a command.
     enum ErrorHandling : qint32 {
         NoErrorHandling = 0,      ///< after success only
         ReadAfterSuccess = 1,     ///< after success only
         ReadAfterPartialFail = 2, ///< also after PartialFailure26 and PartialFailure27
-        ReadAlways = 3,           ///< always: whatever the sensor did answer
+        ReadAlways = 3,           ///< after any result
     };
     Q_ENUM(ErrorHandling)
 
-    /// Levels of the sensor-access library's log; its documentation defines further ones.
+    /// Levels of the log of the sensor-access library; its documentation defines more of them.
     enum LogLevel : qint32 {
         LogInformation = 32,
         LogAllLevels = 0x7fffffff,
     };
     Q_ENUM(LogLevel)
 
-    /// Kinds of entries in the sensor-access library's log; its documentation defines further ones.
+    /// Types of entries in the log of the sensor-access library; its documentation defines more of them.
     enum LogType : qint32 {
         LogAllTypes = 0x7fffffff,
     };
     Q_ENUM(LogType)
 
-    /// Creates the library instance for \a type, or adopts \a handle when it is not 0. For NoSensor
-    /// and File no library instance is created. On a library instance that is already open the
-    /// command tables of the model are filled at once and trigger and sync are checked.
-    /// Where the library cannot create an instance, isValid() is false.
-    /// A sensor that is open already is not asked whether its values must be asked for (isGetMeasureNeeded()):
-    /// from a bus sensor or a CP740 the transfers of this object get no values before open().
+    /// Creates a library instance for \a type, or takes ownership of \a handle if it is not 0. For NoSensor and
+    /// File no library instance is created. If the sensor of \a handle is already open, the command tables of the
+    /// model are filled, and trigger and synchronisation are read. isValid() is false if the library cannot create
+    /// an instance. isGetMeasureNeeded() is determined by open() only: with a \a handle that is already open, the
+    /// transfers return no values of a bus sensor or a CP740 until open() is called.
     explicit SensorInstance(SensorType type, unsigned long handle = 0);
     ~SensorInstance() override;
 
     SensorInstance(const SensorInstance &) = delete;
     SensorInstance &operator=(const SensorInstance &) = delete;
 
-    /// Takes over the library instance and the type of \a other; nothing else moves. What this object
-    /// knew of its former sensor stays until it is opened again, the info parameters and a true
-    /// isGetMeasureNeeded() even then. Before open() the sensor is not asked whether its values must be asked for.
+    /// Takes over the library instance and the type of \a other, but no other state. The state of the previous
+    /// sensor is kept until the next open(); info parameters and a true isGetMeasureNeeded() are kept even then.
+    /// isGetMeasureNeeded() is determined for the new sensor by open() only.
     SensorInstance &operator=(SensorInstance &&other) noexcept;
 
     /// \name Command layer
     /// \{
 
-    /// Stages \a parameters, sends \a command and reads \a results: each value of \a results holds a
-    /// pointer (bool *, int *, double *, QString *, QByteArray * or QVariant *, see resultPointer)
-    /// that says where an answer goes. Reads stop at the first that fails; where results are read,
-    /// the read's result replaces the command's.
+    /// Stages \a parameters, sends \a command and reads \a results. Each value of \a results is a pointer to the
+    /// variable that receives the answer (bool *, int *, double *, QString *, QByteArray * or QVariant *, see
+    /// resultPointer()). Reading stops at the first failure. If answers are read, the result of reading is
+    /// returned instead of that of the command.
     virtual ErrorCode sendCommand(const QString &command, const QMap<QString, QVariant> &parameters,
                                   const QMap<QString, QVariant> &results, QString *errorText = nullptr,
                                   ErrorHandling errorHandling = ReadAfterSuccess);
     /// Stages \a parameters and sends \a command.
     virtual ErrorCode sendCommand(const QString &command, const QMap<QString, QVariant> &parameters,
                                   QString *errorText = nullptr);
-    /// Sends \a command with what is staged.
+    /// Sends \a command with the parameters that are staged.
     virtual ErrorCode sendCommand(const QString &command, QString *errorText = nullptr);
-    /// Stages \a parameters, sends \a command and replaces \a results by the sensor's whole answer.
+    /// Stages \a parameters, sends \a command and replaces \a results by the complete answer of the sensor.
     virtual ErrorCode sendCommandGetAll(const QString &command, const QMap<QString, QVariant> &parameters,
                                         QMap<QString, QVariant> &results, QString *errorText = nullptr,
                                         ErrorHandling errorHandling = ReadAfterSuccess);
-    /// Sends \a command and reads the answer \a resultName; \a value is untouched on failure.
+    /// Sends \a command and reads the answer \a resultName. \a value is not changed on failure.
     virtual ErrorCode sendCommandGetInt(const QString &command, const QString &resultName, int &value,
                                         QString *errorText = nullptr);
     /// \copydoc sendCommandGetInt
@@ -120,8 +118,8 @@ public:
     virtual ErrorCode sendCommandGetString(const QString &command, const QString &resultName, QString &value,
                                            QString *errorText = nullptr);
 
-    /// Stages one parameter and sends \a command. Not for an RG53x, whose parameter would be lost: see
-    /// SpecialSensorInstanceRG531.
+    /// Stages one parameter and sends \a command. Do not use it for an RG53x, which would not receive the
+    /// parameter: see SpecialSensorInstanceRG531.
     ErrorCode sendCommand(const QString &command, const QString &parameterName, const QString &value,
                           QString *errorText = nullptr);
     /// \overload
@@ -134,13 +132,14 @@ public:
     /// Staged as the integer 0 or 1.
     ErrorCode sendCommand(const QString &command, const QString &parameterName, bool value,
                           QString *errorText = nullptr);
-    /// Any pointer, a string literal or a forgotten value's \c errorText, would silently become true.
+    /// Deleted because a pointer (a string literal, or \c errorText if the value was forgotten) would be converted
+    /// to bool.
     template<typename T>
     ErrorCode sendCommand(const QString &command, const QString &parameterName, T *value,
                           QString *errorText = nullptr) = delete;
 
-    /// Wraps a pointer for the \c results map of sendCommand. \a T is bool, int, double, QString,
-    /// QByteArray or QVariant (read according to the variant's type at that time).
+    /// Wraps a pointer for the \c results map of sendCommand(). \a T is bool, int, double, QString, QByteArray or
+    /// QVariant (which is read as a value of its current type).
     template<typename T>
     static QVariant resultPointer(T *target)
     {
@@ -151,217 +150,217 @@ public:
     /// \name Lifetime
     /// \{
 
-    /// Gives the library instance back early. Always 0.
+    /// Releases the library instance before destruction. Always returns NoError.
     ErrorCode release();
     /// Whether there is a library instance.
     bool isValid() const;
-    /// Asks the library whether the sensor is open; false when that fails.
+    /// Queries the library whether the sensor is open; false if the query fails.
     bool isOpen();
-    /// The model: the type modulo 10000, File unchanged.
+    /// The model: the type modulo 10000, or File.
     SensorType sensorType() const;
-    /// The type as it was given to the constructor.
+    /// The type that was passed to the constructor.
     SensorType sensorTypeFull() const;
-    /// The library's handle of this instance, 0 when there is none.
+    /// The handle of the library instance; 0 if there is none.
     quint32 handle() const;
     /// \}
 
     /// \name Opening and closing
     /// \{
 
-    /// Opens the sensor with the interface parameters \a parameters (see
-    /// SensorInfo::getInterfaceParameters) and reads its information. A map that is not empty is kept
-    /// with storeInterfaceParameters. When the sensor cannot be opened, one info map a sensor
-    /// ("IP_SensorCount", else 1) holds its number as "ST_Empty".
-    /// Then what depends on the model is filled. For an MC340 that takes "Get_Info": if it fails, its error
-    /// and text are returned although the sensor is open. Otherwise it is asked whether trigger and
-    /// synchronisation are on; a failure there is not in the result. \a errorText is that of the last
-    /// question: errorMessage() reports each failure.
+    /// Opens the sensor with the interface parameters \a parameters (see SensorInfo::getInterfaceParameters()) and
+    /// reads its information. \a parameters are stored as by storeInterfaceParameters(), unless they are empty. If
+    /// the sensor cannot be opened, an info map with the number of the sensor as "ST_Empty" is added for each
+    /// sensor ("IP_SensorCount", default 1). Afterwards the model-dependent state is initialised. For an MC340
+    /// this requires "Get_Info": if it fails, its error is returned although the sensor is open. Finally the state
+    /// of trigger and synchronisation is read; a failure of this is not returned. \a errorText is that of the last
+    /// query; errorMessage() reports all failures.
     ErrorCode open(const QMap<QString, QVariant> &parameters, QString *errorText = nullptr);
-    /// Opens the sensor with the parameters that are staged already.
+    /// Opens the sensor with the parameters that are already staged.
     ErrorCode open(QString *errorText = nullptr);
-    /// Closes the sensor; a File instance has nothing to close. Not locked.
+    /// Closes the sensor. Does nothing for a File instance. Not locked.
     ErrorCode close(QString *errorText = nullptr);
-    /// Drops all staged parameters, such as those that a failed call has left.
+    /// Discards all staged parameters, for example those that a failed call has left.
     ErrorCode clearAllParameters(QString *errorText = nullptr);
     /// \}
 
     /// \name Info parameters
-    /// What the sensors told of themselves when they were opened: one map a sensor, numbered from 1.
-    /// Nothing removes them: after opening another sensor with the same object, parameters that it does not
-    /// have, and maps beyond its number of sensors, are those of the earlier one. Use a new object for another
-    /// sensor.
+    /// The information that the sensors report when they are opened: one map per sensor, numbered from 1. The maps
+    /// are never cleared: if another sensor is opened with the same object, parameters and maps that the new
+    /// sensor does not have are those of the previous one. Use a new object for another sensor.
     /// \{
     void addInfoParameters(const QMap<QString, QVariant> &map, int sensorIndex);
-    /// Parses \a answer, lines of "key=value" pairs as the library writes them, and adds the result.
+    /// Parses \a answer, which consists of lines of "key=value" pairs, and adds the result.
     void addInfoParameters(const QString &answer, int sensorIndex);
-    /// The value of \a name of sensor \a sensorIndex (from 1), invalid when there is none.
+    /// The value of \a name of the sensor \a sensorIndex (from 1); invalid if there is none.
     QVariant getInfoParameter(const QString &name, int sensorIndex) const;
     const QVector<QMap<QString, QVariant>> &getInfoParameters() const;
 
-    /// Keeps a copy of how the sensor is reached.
+    /// Stores the parameters with which the sensor was or will be opened.
     void storeInterfaceParameters(const QMap<QString, QVariant> &parameters);
     QMap<QString, QVariant> storedInterfaceParameters() const;
     /// \}
 
     /// \name Logging
-    /// The log is written by the sensor-access library, whose documentation defines the numbers. On Windows
-    /// characters of a file's name that the system's code page lacks are replaced: the file bears another name, or there
-    /// is none and the call fails.
+    /// The log is written by the sensor-access library, whose documentation defines the numbers. On Windows,
+    /// characters of a file name that are not in the system's code page are replaced: the file then has another
+    /// name, or the call fails.
     /// \{
     ErrorCode enableLogging(const QString &fileName, LogLevel level, LogType type, bool flag1, bool flag2,
                             int count, QString *errorText = nullptr);
-    /// Logs everything into \a fileName; with a placeholder such as "%[10]" in the name and a
-    /// \a count of 1 or more into a series of files.
+    /// Logs everything into \a fileName. If the name contains a placeholder such as "%[10]" and \a count is at
+    /// least 1, the log is a series of files.
     ErrorCode enableLogging(const QString &fileName, int count = 0, QString *errorText = nullptr);
     ErrorCode disableLogging(QString *errorText = nullptr);
     void logToFile(LogLevel level, const QString &source, const QString &message);
-    /// Whether logging was asked for, also when that failed.
+    /// Whether logging was requested, even if the request failed.
     bool GetLogging() const;
     /// \}
 
     /// \name Measuring modes, trigger and synchronisation
-    /// What a model offers is known once it is open. The flags hold what was last read from the sensor
-    /// (trigger and synchronisation by open(), the mode by transmittedDataInfo() and
-    /// setMeasurementMode()) or written to it; close() leaves them. An object that was open for another
-    /// model before keeps that one's commands where its own model has none.
-    /// The queries, enableMeasMode() and disableTrigger() are not locked as a whole: keep them to the
-    /// thread that opens.
+    /// The modes and settings of a model are available after open(). The flags are those last read from the sensor
+    /// (trigger and synchronisation by open(), the mode by transmittedDataInfo() and setMeasurementMode()) or
+    /// written to it; close() does not change them. If the object was used for another model before, the commands
+    /// of that model are kept where the new model has none. The accessors, enableMeasMode() and disableTrigger()
+    /// are not locked as a whole: use them in the thread that opens the sensor.
     /// \{
 
-    /// The modes that setMeasurementMode() takes for this model, with their names; empty for a model
-    /// with one mode only, and for bus variants. Valid until the next open().
+    /// The names and numbers of the modes for setMeasurementMode(). Empty for a model with only one mode and for
+    /// bus variants. Valid until the next open().
     const QVector<QPair<QString, int>> &getAvailableMeasModi() const;
-    /// Switches to the mode with the number \a mode ("SP_MeasureMode"), then asks which video signals
-    /// are on, whether the switch succeeded or not. Takes any number: the sensor refuses what it lacks.
+    /// Switches to the mode with the number \a mode ("SP_MeasureMode"). Then reads which video signals are
+    /// enabled, even if the switch failed. \a mode is not validated here but by the sensor.
     ErrorCode setMeasurementMode(int mode, QString *errorText = nullptr);
-    /// Switches a model that sends measured values or video to measured values. 0 without any
-    /// command for every other model.
+    /// Switches a model that sends either measured values or video to measured values. For any other model nothing
+    /// is sent and NoError is returned.
     ErrorCode enableMeasMode(QString *errorText = nullptr);
-    /// Whether the sensor measures rather than sending video alone. Asked by transmittedDataInfo() and
-    /// setMeasurementMode(); false before, whatever the sensor does.
+    /// Whether the sensor sends measured values and not only video. Read by transmittedDataInfo() and
+    /// setMeasurementMode(); false before the first of these calls.
     bool isMeasModeEnabled() const;
 
     /// Whether the sensor waits for an external trigger.
     bool isTriggerEnabled() const;
-    /// Makes the sensor measure without a trigger. A model that has none refuses.
+    /// Makes the sensor measure without a trigger. Fails for a model without a trigger.
     ErrorCode disableTrigger(QString *errorText = nullptr);
     /// Whether the sensor is synchronised with others.
     bool isSyncEnabled() const;
-    /// Makes the sensor measure on its own. A model that has no synchronisation refuses.
+    /// Switches the synchronisation off. Fails for a model without synchronisation.
     ErrorCode disableSync(QString *errorText = nullptr);
-    /// Whether one setting of the sensor serves trigger and synchronisation. Stays true once it was.
+    /// Whether trigger and synchronisation are one setting of the sensor. Once true, it remains true for this
+    /// object.
     bool isSyncSharedWithTrigger() const;
     /// \}
 
     /// \name Measured values
-    /// Values come as consecutive frames of TransmittedDataInfo::valuesPerFrame values each, in the order of
-    /// its signals. A block may end inside a frame: where the caller's buffers are no multiple of the frame, or
-    /// where the library announces such a count. The rest of the frame then begins the next block.
+    /// Values are transferred as consecutive frames of TransmittedDataInfo::valuesPerFrame values each, in the
+    /// order of its signals. A block ends inside a frame if the size of the caller's buffer or the number of
+    /// available values is not a multiple of the frame size. The next block then begins with the rest of the
+    /// frame.
     ///
-    /// Timestamps are seconds on the clock of the sensor-access library. That of a block tells when the frame
-    /// of its first value arose; it is left alone by the vector forms when no value waits. Only differences of
-    /// timestamps mean something. (The simulator counts from the loading of its bench.)
+    /// Timestamps are in seconds on the clock of the sensor-access library. The timestamp of a block is the time
+    /// of the frame that contains its first value. The overloads with a vector do not change it if no value is
+    /// available. Only differences of timestamps are meaningful. (The simulator counts from the time at which its
+    /// bench was loaded.)
     ///
-    /// The library keeps a limited number of values. When nobody fetches them, the oldest frames are lost, which
-    /// is no failure: the transfers return 0. It shows in the timestamps of a sensor that measures without a
-    /// trigger: the difference between two consecutive blocks is then more than the first one's number of frames
-    /// divided by TransmittedDataInfo::datarate.
+    /// The library buffers a limited number of values. If they are not read in time, the oldest frames are lost.
+    /// This is not a failure: the transfers return NoError. For a sensor that measures without a trigger it can be
+    /// detected by the timestamps: the difference between two consecutive blocks is then greater than the number
+    /// of frames in the first block divided by TransmittedDataInfo::datarate.
     /// \{
 
-    /// Describes what the sensor sends with every frame; \a info is untouched on failure. Not locked as a
-    /// whole: one thread at a time.
+    /// Reads the description of the data frames. \a info is not changed on failure. Not locked as a whole: use it
+    /// from one thread at a time.
     ErrorCode transmittedDataInfo(TransmittedDataInfo &info, QString *errorText = nullptr);
-    /// The frame rate in kHz; 0.0 means that it is not known, which is no failure. \a rate is written
-    /// always, with 0.0 on failure; it may be null. A sensor that tells nonsense may make it infinite or
-    /// not a number.
-    /// The rate of an RG52x or RG53x is computed without a question, from the info parameters of open(), which
-    /// later settings do not change, and from the tracking mode, which is known after a command or
-    /// setTrackingMode(). Until then an RG52x has the rate 0.0 and an RG53x that tracks speed 25 times its own.
+    /// Reads the frame rate in kHz; 0.0 if it is unknown, which is not a failure. \a rate may be null; it is set
+    /// to 0.0 on failure. It can be infinite or NaN if the sensor returns invalid settings. The rate of an RG52x
+    /// or RG53x is computed without a query, from the info parameters of open(), which later settings do not
+    /// change, and from the tracking mode, which is known after a command or setTrackingMode(). Until then the
+    /// rate is 0.0 for an RG52x and 25 times too high for an RG53x that tracks speed.
     ErrorCode getSampleRateInKhz(double *rate, QString *errorText = nullptr);
-    /// The measuring channels of the sensor.
+    /// The number of measuring channels of the sensor.
     int getChannelCount() const;
-    /// Whether values must be asked for before every transfer, which the transfers do themselves. Decided by
-    /// open(); once true it stays true for this object.
+    /// Whether the sensor must be polled before every transfer; the transfers do this themselves. Determined by
+    /// open(). Once true, it remains true for this object.
     bool isGetMeasureNeeded() const;
 
-    /// The number of values (not frames) that wait in the library; never negative.
+    /// Reads the number of values (not frames) that are available for transfer; never negative.
     ErrorCode dataAvail(int &available, QString *errorText = nullptr);
-    /// Takes all waiting scaled values: consecutive frames in the units of SignalInfo::scaledUnit.
-    /// \a values keeps its storage from call to call; it is untouched when the count cannot be read.
-    /// This and the two other forms with a vector take 16,777,216 values at most, in whole frames; more
-    /// stay for the next call. A failure of this form is signalled twice.
+    /// Transfers all available scaled values, in the units of SignalInfo::scaledUnit. \a values keeps its storage
+    /// between calls; it is not changed if the number of available values cannot be read. This overload and the
+    /// two other functions with a vector transfer at most 16,777,216 values, in whole frames; the rest remains for
+    /// the next call. This overload emits errorMessage() twice for a failure.
     ErrorCode transferData(QVector<double> &values, QString *errorText = nullptr);
-    /// Takes up to \a count values into the caller's buffers (either may be null) and sets \a count
-    /// to the number taken. \a timestamp is the library's, of this block, and may be null. Allocates nothing.
+    /// Transfers up to \a count values into the caller's buffers, of which either may be null, and sets \a count
+    /// to the number of transferred values. \a timestamp receives the time of the block and may be null. Does not
+    /// allocate memory.
     ErrorCode transferData(double *scaled, int *raw, double *timestamp, int &count, QString *errorText = nullptr);
-    /// Takes all waiting raw values. \a errorText tells of a failing transfer, not of a count that cannot
-    /// be read.
+    /// Transfers all available raw values. \a errorText is not set if the number of available values cannot be
+    /// read.
     ErrorCode transferDataRaw(QVector<int> &values, double &timestamp, QString *errorText = nullptr);
-    /// Takes all waiting scaled values with the timestamp of the block.
+    /// Transfers all available scaled values with the timestamp of the block.
     ErrorCode transferDataScaled(QVector<double> &values, double &timestamp, QString *errorText = nullptr);
     /// \}
 
     /// \name Video
-    /// A video signal is one line of the receiving element, or a corrected or reference line. A
-    /// model's signals are known once it is open; a position is the place in that list, from 0. Which
-    /// of them are on is what transmittedDataInfo() or setMeasurementMode() last found.
-    /// The queries are not locked: keep them to the thread that opens and describes.
+    /// A video signal is a line of the receiving element, or a corrected or reference line. The signals of a model
+    /// are available after open(); a position is an index into the list of signals, from 0. Which signals are
+    /// enabled is read by transmittedDataInfo() and setMeasurementMode(). The accessors are not locked: use them
+    /// in the thread that calls open() and transmittedDataInfo().
     ///
-    /// To get video: open(), switch signals on with enableVideoSignal(), call enableVideoMode(), then
-    /// transmittedDataInfo(), also when it was called before. Only then does getBinaryVideoParam() name the
-    /// answers in which "Get_Video" delivers the lines.
+    /// To receive video: call open(), enable signals with enableVideoSignal(), call enableVideoMode() and then
+    /// transmittedDataInfo(), even if it was called before. Only then does getBinaryVideoParam() return the names
+    /// of the answers in which "Get_Video" delivers the lines.
     /// \{
 
-    /// Whether video can be had over the interface by which the sensor was opened. For a File: what
-    /// setProtocolVideo() was told.
+    /// Whether video is available on the interface on which the sensor was opened. For File, the value of
+    /// setProtocolVideo().
     bool isVideoSupported() const;
-    /// Whether the model can send video along with the measured values.
+    /// Whether the model can send video and measured values at the same time.
     bool supportsVideoStreamMode() const;
-    /// Whether the sensor is in the mode in which it sends video. Asked by transmittedDataInfo() and
-    /// setMeasurementMode(), where the model can be asked; after open() what is usual for the model, whatever
-    /// the sensor does.
+    /// Whether the sensor is in a mode in which it sends video. Read by transmittedDataInfo() and
+    /// setMeasurementMode() if the model supports the query. After open() it is the default of the model, which
+    /// may differ from the actual mode.
     bool isVideoModeEnabled() const;
-    /// Switches a model that sends measured values or video to video; 0 without any command for every
-    /// other model. Call transmittedDataInfo() afterwards: the list of transmitted signals is that of its last
-    /// call.
+    /// Switches a model that sends either measured values or video to video. For any other model nothing is sent
+    /// and NoError is returned. Call transmittedDataInfo() afterwards to update the list of transmitted signals.
     ErrorCode enableVideoMode(QString *errorText = nullptr);
 
-    /// Writes the names of all video signals into \a names, keyed by position; other entries stay.
-    /// \a names may be null. Returns their number.
+    /// Returns the number of video signals and inserts their names into \a names, keyed by position. Other entries
+    /// are kept. \a names may be null.
     int getAvailableVideoSignals(QMap<int, QString> *names) const;
     int getAvailableVideoSignalCount() const;
-    /// As getAvailableVideoSignals() for the signals that are on: positions may have gaps.
+    /// Like getAvailableVideoSignals(), but for enabled signals only; the positions can have gaps.
     int getEnabledVideoSignals(QMap<int, QString> *names) const;
     int getEnabledVideoSignalCount() const;
-    /// Switches the signal at \a position on (\a value 1) or off (0). A position that the model lacks
-    /// is no failure and does nothing; neither does a model whose only signal cannot be switched. Where
-    /// the switches cannot be written over the present interface, the value is only staged. A failure to
-    /// stage it leaves \a errorText alone.
+    /// Switches the signal at \a position on (\a value 1) or off (0). Does nothing and returns NoError if the
+    /// model has no signal at \a position or if its only signal cannot be switched. If the switches cannot be
+    /// written on the current interface, the value is only staged. A failure to stage it does not set \a
+    /// errorText.
     ErrorCode enableVideoSignal(int position, int value, QString *errorText = nullptr);
-    /// The answer that carries the data of a transmitted video signal; \a position counts the signals
-    /// that were on when transmittedDataInfo() was last called. False when there is no such signal.
+    /// Sets \a name to the answer that contains the data of a transmitted video signal. \a position is an index
+    /// into the signals that were enabled at the last call of transmittedDataInfo(). False if there is no such
+    /// signal.
     bool getBinaryVideoParam(QString &name, int position) const;
 
-    /// The pixels of one line.
+    /// The number of pixels in a line.
     int getVideoSignalPixelCount() const;
-    /// Replaces the pixels of one line, of every signal, until the next open().
+    /// Sets the number of pixels in a line of every signal, until the next open().
     void SetVideoPixelCount(int pixels);
-    /// The number of steps of a pixel's value.
+    /// The number of different values of a pixel.
     int getVideoResolution() const;
 
-    /// Whether video is sent, as far as the model (at open()) or the application says.
+    /// Whether video is sent: the default of the model after open(), or the value of setVideoTransmitted().
     bool isVideoTransmitted() const;
-    /// Says whether video is sent; the signal of a model that cannot be asked follows it.
+    /// Sets whether video is sent. A model that does not support the query uses it as the state of its signal.
     void setVideoTransmitted(bool transmitted);
-    /// Says whether the recording of a File instance holds video.
+    /// Sets whether the recording of a File instance contains video.
     void setProtocolVideo(bool video);
 
-    /// Whether the sensor has a detection threshold to set, and with which command; only then the name
-    /// means something.
+    /// Whether the sensor has a detection threshold. GetThresholdCommandName() is the name in its command and is
+    /// only valid if it has one.
     bool isThresholdSupported() const;
     QString GetThresholdCommandName() const;
-    /// Whether the sensor has a region of interest to set, and with which command; only then the name
-    /// means something.
+    /// Whether the sensor has a region of interest. GetROICommandName() is the name in its command and is only
+    /// valid if it has one.
     bool isROISupported() const;
     QString GetROICommandName() const;
     /// \}
@@ -369,24 +368,24 @@ public:
     /// \name Error values
     /// \{
 
-    /// The text of the error that the scaled value \a value stands for: sensors report a failed
-    /// measurement as a value of -1.0e10 or below. For a measured value, for one that is not a number
-    /// and for an error without a text, the text of error 0, which may be empty.
-    /// The texts are asked for at the first call, of every sensor of a multi-sensor or a recording,
-    /// and kept; sensors that cannot be asked contribute none. The reference stays valid while the
-    /// instance lives. Not locked: keep it to one thread.
+    /// The text of the error that the scaled value \a value encodes: sensors report a failed measurement as a
+    /// value of -1.0e10 or below. For a measured value, for NaN and for an error without a text it is the text of
+    /// error 0, which may be empty. The texts are read at the first call, for all sensors of a multi-sensor or a
+    /// recording, and are then kept. Sensors that cannot be queried have no texts. The reference is valid for the
+    /// lifetime of the instance. Not locked: use it in one thread.
     const QString &getErrorValueText(double value);
     /// \}
 
-    /// Turns a result of the sensor-access library into its text: for a \a code other than 0 the
-    /// library is asked for its last error, whose text goes to the debug log, to \a errorText and, on
-    /// demand, into errorMessage(). Success clears \a errorText. Any thread that uses the instance.
+    /// Reports a result of the sensor-access library. If \a code is not NoError, the text of the library's last
+    /// error is written to the debug log and to \a errorText and, if \a emitSignal is set, emitted by
+    /// errorMessage(). Otherwise \a errorText is cleared. May be called from any thread that uses the instance.
     void checkError(ErrorCode code, QString *errorText, bool emitSignal) const;
 
 Q_SIGNALS:
-    /// A call failed: the library's last error and its text. Emitted on the thread of that call, while
-    /// it holds the instance's mutex: a slot may send commands, but must neither wait for another
-    /// thread that uses the instance nor delete the instance (deleteLater() is fine).
+    /// Emitted when a call fails, with the last error of the sensor-access library and its text. It is emitted in
+    /// the thread of the call, which usually holds the mutex of the instance. A slot may send commands, but must
+    /// not wait for another thread that uses the instance and must not delete the instance (deleteLater() is
+    /// allowed).
     void errorMessage(SondixQt::ErrorCode errorCode, const QString &text);
 
 protected:

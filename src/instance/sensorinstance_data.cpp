@@ -7,8 +7,8 @@ namespace SondixQt {
 
 namespace {
 
-// No sensor has frames of more than some hundred values. The limit keeps an answer with a spoilt
-// count from filling the memory with empty descriptions.
+// Frames have at most a few hundred values. The limit keeps a corrupt count in an answer from exhausting the memory
+// with empty descriptions.
 constexpr int maxSignalsPerFrame = 16384;
 
 using Answer = QMap<QString, QVariant>;
@@ -36,36 +36,36 @@ SignalInfo signalFromAnswer(const Answer &answer, int number)
     return signal;
 }
 
-bool namesSwitchedOff(const QString &name)
+bool containsOff(const QString &name)
 {
     return name.toUpper().contains(QLatin1String("OFF"));
 }
 
-bool namesSwitch(const QString &name)
+bool containsSwitch(const QString &name)
 {
     return name.toUpper().contains(QLatin1String("SWITCH"));
 }
 
-void cutAtParenthesis(QString &name)
+void truncateAtParenthesis(QString &name)
 {
     const int parenthesis = name.indexOf(QLatin1Char('('));
     if (parenthesis >= 0)
         name.truncate(parenthesis);
 }
 
-/// Names \a signal, the one with \a number in the frame, as \a row says.
-void completeSignal(SignalInfo &signal, int number, const SignalNamingRow &row)
+/// Applies \a row to \a signal, whose place in the frame is \a number (from 1).
+void applyNaming(SignalInfo &signal, int number, const SignalNamingRow &row)
 {
-    if (namesSwitchedOff(signal.scaledName)) {
+    if (containsOff(signal.scaledName)) {
         signal.scaledUnit = QStringLiteral("OFF");
-    } else if (namesSwitch(signal.scaledName)) {
+    } else if (containsSwitch(signal.scaledName)) {
         if (row.switchName)
             signal.scaledName.replace(QLatin1String("Switch"), QLatin1String(row.switchName));
         signal.scaledUnit = QStringLiteral("SWITCH");
     }
     if (const char *fixedName = row.fixedNames.value(number - 1))
         signal.scaledName = QString::fromLatin1(fixedName);
-    cutAtParenthesis(signal.scaledName);
+    truncateAtParenthesis(signal.scaledName);
     if (row.offName && signal.scaledName.contains(QLatin1String("Off")))
         signal.scaledName = QString::fromLatin1(row.offName);
 }
@@ -79,7 +79,7 @@ QVector<SignalInfo> signalsFromAnswer(const Answer &answer, int valuesPerFrame, 
     for (int number = 1; number <= count; ++number) {
         SignalInfo signal = signalFromAnswer(answer, number);
         if (naming)
-            completeSignal(signal, number, *naming);
+            applyNaming(signal, number, *naming);
         infos.append(std::move(signal));
     }
     return infos;

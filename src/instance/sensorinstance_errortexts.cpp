@@ -9,8 +9,8 @@ const QString &SensorInstance::getErrorValueText(double value)
 {
     Q_D(SensorInstance);
     if (d->errorValueTexts.isEmpty()) {
-        // Error 0 gets an entry even without a text, and first of all: nobody is asked twice, not even
-        // when a slot on a failure asks for a text.
+        // The entry for error 0 marks the texts as loaded, even if there are none. It is inserted first because a
+        // slot connected to errorMessage() may call this function again.
         d->errorValueTexts.insert(0, QString());
         d->initErrorValueMap();
     }
@@ -46,7 +46,7 @@ const QHash<int, QString> &SensorInstancePrivate::initErrorValueMap()
     return errorValueTexts;
 }
 
-// The library knows the texts of a type without an open connection.
+// An instance that is not open is sufficient: the sensor-access library knows the texts of each type.
 void SensorInstancePrivate::addErrorValueTextsOfType(SensorType type)
 {
     SensorInstance sensor(type);

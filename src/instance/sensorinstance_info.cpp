@@ -30,7 +30,7 @@ void SensorInstance::addInfoParameters(const QString &answer, int sensorIndex)
 {
     const QStringList lines = answer.split(QStringLiteral("\r\n"));
     for (QString line : lines) {
-        // The parameters of a recorded setting command are what the sensor is set to.
+        // The parameters of a recorded "Set_" command are the current settings of the sensor.
         if (line.startsWith(QLatin1String("S_Command=\"Set_")))
             line.replace(QLatin1String("SP_"), QLatin1String("SA_"));
         addInfoParameters(parseAllParameters(line), sensorIndex);

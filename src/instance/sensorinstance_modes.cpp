@@ -42,7 +42,7 @@ void SensorInstancePrivate::fillTriggerCommandsForSensor()
     }
 }
 
-// Unlike the trigger's, the flag of a type without synchronisation stays as it was.
+// Unlike trigger.enabled, sync.enabled is kept for a type without synchronisation.
 void SensorInstancePrivate::fillSyncCommandsForSensor()
 {
     const SyncRow *row = syncRow(sensorType);

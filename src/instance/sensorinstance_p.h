@@ -11,11 +11,11 @@ namespace SondixQt {
 
 struct SettingCommands;
 
-/// A setting that a model may have, with the commands that read and write it.
+/// An optional setting of a model, with the commands that read and write it.
 struct SettingState
 {
     void setCommands(const SettingCommands &commands);
-    /// Forgets how the setting is read; how it is written stays known.
+    /// Clears the read command; the write command is kept.
     void clearGetCommand();
 
     QString getCommand;
@@ -26,7 +26,7 @@ struct SettingState
     bool enabled = false; ///< as last read or written
 };
 
-/// What is known of the sensor's video.
+/// The video properties and the video state of a sensor.
 struct VideoState
 {
     bool capable = false; ///< the model has video
@@ -36,18 +36,18 @@ struct VideoState
     bool roiSupported = false;
     bool modeEnabled = false;
     bool transmitted = false;
-    bool protocolVideo = false; ///< what a file's recording holds
-    QString outputStem;         ///< of the command that reads or writes the switches; empty: none
+    bool protocolVideo = false; ///< the recording of a File instance contains video
+    QString outputStem;         ///< stem of the command that reads or writes the switches; empty: none
     QString thresholdCommandName;
     QString roiCommandName;
     int resolution = 0;
     int enabledSignalCount = 0;
     int signalPixelCount = 0;
     QVector<VideoInfo> infos;            ///< all signals of the model
-    QVector<VideoInfo> transmittedInfos; ///< those that were on, with video mode, when the data were described
+    QVector<VideoInfo> transmittedInfos; ///< signals enabled at the last transmittedDataInfo(), if in video mode
 };
 
-/// The state of a SensorInstance and the steps that its public operations are made of.
+/// The state of a SensorInstance and the steps of its public operations.
 class SensorInstancePrivate
 {
 public:
@@ -57,10 +57,10 @@ public:
 
     void init(SensorInstance *q, SensorType type, unsigned long adoptedHandle);
 
-    /// The one funnel for results of the C interface.
+    /// Reports a failure of the C interface. All its results pass through here.
     ErrorCode check(qint32 code, QString *errorText) const;
 
-    // Typed access to the library's parameters; each failure is reported.
+    // Typed access to the parameters of the sensor-access library; failures are reported with check().
     ErrorCode setParameter(const QString &name, int value, QString *errorText);
     ErrorCode setParameter(const QString &name, double value, QString *errorText);
     ErrorCode setParameter(const QString &name, const QString &value, QString *errorText);
@@ -71,13 +71,13 @@ public:
     ErrorCode getParameter(const QString &name, QString &value, QString *errorText);
     ErrorCode getParameter(const QString &name, QByteArray &value, QString *errorText);
     ErrorCode getParameter(const QString &name, bool &value, QString *errorText);
-    /// Reads what the variant's current type asks for; a bool is read as an integer and becomes one.
+    /// Reads a value of the current type of the variant. A bool is read as an int and becomes an int.
     ErrorCode getParameter(const QString &name, QVariant &value, QString *errorText);
     template<typename Value>
     ErrorCode getVariant(const QString &name, QVariant &variant, QString *errorText);
     ErrorCode getParameters(const QMap<QString, QVariant> &results, QString *errorText);
     ErrorCode getAllParameters(QMap<QString, QVariant> &out, QString *errorText);
-    /// The bytes of an answer that need not be there: empty then, without a word.
+    /// The bytes of the answer \a name; empty if it is missing, which is not reported.
     QByteArray optionalAnswer(const QString &name) const;
 
     template<typename Value>
@@ -86,34 +86,34 @@ public:
     ErrorCode sendCommandWith(const QString &command, const QString &parameterName, const Value &value,
                               QString *errorText);
 
-    // What the sample rate of a model that tracks depends on; the classes of these models know it.
-    /// The command that starts the present tracking of distances, empty if there is none.
+    // Needed for the sample rate of models with tracking modes; overridden by their classes.
+    /// The command of the current distance tracking mode; empty if there is none.
     virtual QString distanceTrackingCommand() const { return {}; }
     virtual bool isSpeedTracking() const { return false; }
 
-    /// Whether answers are read after a command that ended with \a code.
+    /// Whether answers are read after a command with the result \a code.
     static bool readsResults(ErrorCode code, SensorInstance::ErrorHandling errorHandling);
 
-    /// The model number; File stays File.
+    /// The model of sensorType; File for File.
     SensorType baseType() const;
 
     void readSensorInformation(const QMap<QString, QVariant> &parameters, QString *errorText);
 
-    /// Fills what depends on the model: video, trigger, sync and measuring modes. The result is that
-    /// of the questions to the sensor that this takes.
+    /// Fills the model-dependent state: video, trigger, sync and measuring modes. Returns the result of the
+    /// queries that this requires.
     ErrorCode fillCommandTables(QString *errorText);
     void fillTriggerCommandsForSensor();
     void fillSyncCommandsForSensor();
     void fillAvailableMeasModiForSensor();
-    /// Asks the sensor whether trigger and sync are on, where it has them.
+    /// Reads whether trigger and sync are enabled, if the sensor has them.
     void checkTriggerAndSync(QString *errorText);
     ErrorCode checkIfTriggerIsEnabled(QString *errorText);
     ErrorCode checkIfSyncIsEnabled(QString *errorText);
 
     ErrorCode fillVideoCommandsForSensor(QVector<VideoInfo> &list, QString *errorText);
     void initializeVideoInfos(QVector<VideoInfo> &list, int pixels, int count);
-    /// Asks the sensor whether it sends video and which of its video signals are switched into the
-    /// output. -1 for a type without video, else 0.
+    /// Reads whether the sensor sends video and which video signals are enabled. Returns -1 for a type without
+    /// video, otherwise 0.
     int getVideoInformationFromSensor();
     void readVideoMode(VideoModeRule rule);
     void readVideoSwitches(bool switchable);
@@ -125,10 +125,10 @@ public:
     void addErrorValueTextsOfType(SensorType type);
 
     ErrorCode determineGetMeasureSensorNumbers();
-    /// Asks for the values of these sensors, which come with the next transfer.
+    /// Requests new values from the polled sensors; the next transfer returns them.
     ErrorCode getMeasureForKvBusSensors(QString *errorText);
 
-    // The steps that the transfers share; called with the mutex held.
+    // Steps of the transfer functions; the caller holds the mutex.
     ErrorCode pollMeasures(QString *errorText);
     ErrorCode announcedValues(int &count, QString *errorText);
 
@@ -154,7 +154,7 @@ public:
     bool getMeasureNeeded = false;
     QVector<int> getMeasureSensorNumbers;
 
-    QVector<int> rawBuffer; // used while logging only
+    QVector<int> rawBuffer; // used only while logging
     bool loggingEnabled = false;
 
     Q_DECLARE_PUBLIC(SensorInstance)

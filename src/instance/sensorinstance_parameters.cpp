@@ -11,11 +11,11 @@ namespace SondixQt {
 
 namespace {
 
-/// No real answer is longer: a larger length is the sensor's mistake and must not eat the memory.
+/// The maximum length of an answer. A larger length is an error of the sensor and must not exhaust the memory.
 constexpr uint32_t maxAnswerLength = 64 * 1024 * 1024;
 
-/// Reads what the library delivers in two calls, the length first. \a get is called with a buffer and
-/// a pointer to its length, \a check with each result.
+/// Reads data in two calls of \a get: the first one returns the length, the second one fills a buffer of that
+/// length. \a check is called with the result of each call.
 template<typename Get, typename Check>
 ErrorCode readBytes(QByteArray &bytes, Get get, Check check)
 {
@@ -24,7 +24,7 @@ ErrorCode readBytes(QByteArray &bytes, Get get, Check check)
     if (result != NoError)
         return result;
     length = qMin(length, maxAnswerLength);
-    // One byte more than announced: a library that does not count the closing zero may still write it.
+    // One byte more than announced, in case the library does not count the terminating zero that it writes.
     QByteArray buffer(int(length) + 1, '\0');
     uint32_t written = length;
     result = check(get(buffer.data(), &written));
@@ -35,7 +35,7 @@ ErrorCode readBytes(QByteArray &bytes, Get get, Check check)
     return NoError;
 }
 
-/// The target that \a pointer holds if it is a \a T pointer, else null.
+/// The pointer in \a pointer if it is a T *, otherwise null.
 template<typename T>
 T *targetOf(const QVariant &pointer)
 {

@@ -49,8 +49,7 @@ double frequencyRate(const SensorInstancePrivate &d)
                                   d.isSpeedTracking());
 }
 
-/// What the sensor does not answer stays -1, which means an unknown rate: the command's own result
-/// is of no interest.
+/// The result of the command is ignored: answers that are missing keep the value -1, which gives an unknown rate.
 double averagedRate(SensorInstance &instance, const SampleRateRow &row)
 {
     int rateIndex = -1;
@@ -99,14 +98,14 @@ ErrorCode readRate(SensorInstancePrivate &d, const SampleRateRow &row, double &r
 ErrorCode SensorInstance::getSampleRateInKhz(double *rate, QString *errorText)
 {
     Q_D(SensorInstance);
-    double unwanted = 0.0;
-    double &result = rate ? *rate : unwanted;
+    double unused = 0.0;
+    double &result = rate ? *rate : unused;
     result = 0.0;
     if (const std::optional<double> fixed = fixedSampleRate(d->sensorType)) {
         result = *fixed;
         return d->check(NoError, errorText);
     }
-    // Each step that succeeds clears its text (a null QString). A text of the library is never null.
+    // Each successful step clears the text to a null QString, whereas a text of the library is never null.
     QString text;
     const ErrorCode code = readRate(*d, sampleRateRow(d->sensorType), result, errorText ? &text : nullptr);
     if (errorText && (code == NoError || !text.isNull()))

@@ -9,8 +9,8 @@ namespace SondixQt {
 
 namespace {
 
-/// Resizes \a values, whose contents will be overwritten: a copy that somebody else holds is left to
-/// them instead of being copied first.
+/// Resizes \a values, whose contents will be overwritten. If the data are shared, allocates new ones instead of
+/// copying the old ones first.
 template<typename T>
 void resizeForOverwriting(QVector<T> &values, int count)
 {
@@ -65,7 +65,7 @@ ErrorCode SensorInstancePrivate::getMeasureForKvBusSensors(QString *errorText)
         const ErrorCode result = q->sendCommand(command, errorText);
         return result == NoError ? NoError : check(result, errorText);
     }
-    const QVector<int> numbers = getMeasureSensorNumbers; // a slot may re-open the setup meanwhile
+    const QVector<int> numbers = getMeasureSensorNumbers; // copied: a slot may re-open the setup
     for (const int number : numbers) {
         const ErrorCode result = q->sendCommand(command, {{QStringLiteral("IP_SensorIndex"), number}}, errorText);
         if (result != NoError)
@@ -112,7 +112,7 @@ ErrorCode SensorInstance::transferData(QVector<double> &values, QString *errorTe
         result = d->check(::TransferData(d->handle, nullptr, values.data(), count, &read), errorText);
         shrink(values, transferredValues(read, count));
     }
-    // Reported once more whatever it was: a failure of this form shows twice in errorMessage().
+    // Documented behaviour: this overload emits errorMessage() twice for a failure.
     return d->check(result, errorText);
 }
 
@@ -126,9 +126,9 @@ ErrorCode SensorInstance::transferData(double *scaled, int *raw, double *timesta
 
     const int capacity = qMax(count, 0);
     int read = 0;
-    double unwanted = 0.0;
+    double unused = 0.0;
     const ErrorCode result = d->check(
-        ::TransferDataTS(d->handle, raw, scaled, capacity, &read, timestamp ? timestamp : &unwanted), errorText);
+        ::TransferDataTS(d->handle, raw, scaled, capacity, &read, timestamp ? timestamp : &unused), errorText);
     count = transferredValues(read, capacity);
     return result;
 }
@@ -173,7 +173,7 @@ ErrorCode SensorInstance::transferDataScaled(QVector<double> &values, double &ti
     if (count == 0)
         return NoError;
 
-    // The library logs the raw values only where it is asked for them.
+    // The sensor-access library logs raw values only if they are requested.
     int *raw = d->loggingEnabled ? d->rawBuffer.data() : nullptr;
     int read = 0;
     result = d->check(::TransferDataTS(d->handle, raw, values.data(), count, &read, &timestamp), errorText);

@@ -30,7 +30,7 @@ void applyRow(VideoState &video, const VideoRow &row)
     video.modeEnabled = row.videoMode;
 }
 
-/// Names, signals and sizes stay what they were.
+/// Clears the flags only; names, signals and sizes are kept.
 void clearFlags(VideoState &video)
 {
     video.streamModeSupported = false;
@@ -150,7 +150,7 @@ void SensorInstancePrivate::readVideoSwitches(bool switchable)
         int value = 0;
         if (getParameter(name, value, nullptr) != NoError)
             value = 0;
-        if (switchable && position < video.infos.size()) // a slot on the failure may have re-opened the sensor
+        if (switchable && position < video.infos.size()) // a slot of errorMessage() may have re-opened the sensor
             video.infos[position].enabled = value != 0;
     }
 }

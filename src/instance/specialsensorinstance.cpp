@@ -8,6 +8,7 @@
 namespace SondixQt {
 
 using Action = SpecialSensorInstance::ExecSpecialAction;
+
 SpecialSensorInstance::SpecialSensorInstance(SensorType type, unsigned long handle)
     : SpecialSensorInstance(*new SpecialSensorInstancePrivate, type, handle)
 {

@@ -11,17 +11,17 @@ class SpecialSensorInstancePrivate;
 class SpecialSensorInstanceRG52xPrivate;
 class SpecialSensorInstanceRG531Private;
 
-/// A sensor instance with an action before and after every command.
+/// A sensor instance that runs an action before and after every command.
 ///
-/// Some models measure continuously in a tracking mode that a command interrupts; their subclasses
-/// fill the two hooks. The command methods are used as those of SensorInstance; the variants with an
-/// ExecSpecialAction choose the actions. Threads: as SensorInstance, but only one thread at a time may
-/// be inside a command sequence.
+/// Some models measure continuously in a tracking mode that a command interrupts. Their subclasses reimplement the
+/// two action functions. The command functions are used like those of SensorInstance; the overloads with an
+/// ExecSpecialAction select the actions. Threads: as for SensorInstance, but only one thread at a time may execute
+/// a command sequence.
 class SONDIXQT_EXPORT SpecialSensorInstance : public SensorInstance
 {
     Q_OBJECT
 public:
-    /// Which actions run; bits. A value without any of them runs none.
+    /// The actions to run, as bits. Other bits are ignored.
     enum ExecSpecialAction : qint32 {
         NoSpecialAction = 0,
         ActionBefore = 2,
@@ -51,16 +51,17 @@ public:
     ErrorCode sendCommandGetString(const QString &command, const QString &resultName, QString &value,
                                    QString *errorText = nullptr) override;
 
-    /// \name Command variants that choose their actions
-    /// A failing before-action prevents the command. After the variants with maps or results the
-    /// after-action runs even when the command failed, and its result replaces the command's.
+    /// \name Command functions with a selection of actions
+    /// If the action before the command fails, the command is not sent. In the overloads with maps or results, the
+    /// action after the command runs even if the command failed, and its result is returned instead of the
+    /// command's.
     /// \{
     ErrorCode sendCommand(const QString &command, const QMap<QString, QVariant> &parameters,
                           const QMap<QString, QVariant> &results, ExecSpecialAction action,
                           QString *errorText = nullptr, ErrorHandling errorHandling = ReadAfterSuccess);
     ErrorCode sendCommand(const QString &command, const QMap<QString, QVariant> &parameters,
                           ExecSpecialAction action, QString *errorText = nullptr);
-    /// After this one a failed command is returned at once, without the after-action.
+    /// If the command fails, this overload returns its result at once, without the action after it.
     ErrorCode sendCommand(const QString &command, ExecSpecialAction action, QString *errorText = nullptr);
     ErrorCode sendCommandGetAll(const QString &command, const QMap<QString, QVariant> &parameters,
                                 QMap<QString, QVariant> &results, ExecSpecialAction action,
@@ -73,14 +74,14 @@ public:
                                    ExecSpecialAction action, QString *errorText = nullptr);
     /// \}
 
-    /// Adds commands around which no action runs. "Enable_Logging", "Automatic_Setup",
-    /// "Get_TransmittedDataInfo", "Clear_Buffers" and "Get_OpenState" are in the set from the start.
+    /// Adds commands to the set of excluded commands, which run no actions. Initially these are "Enable_Logging",
+    /// "Automatic_Setup", "Get_TransmittedDataInfo", "Clear_Buffers" and "Get_OpenState".
     void addToExcludedCommandList(const QStringList &commands);
-    /// Replaces the whole set, the initial commands included.
+    /// Replaces the set of excluded commands, including the initial ones.
     void setExcludedCommandList(const QStringList &commands);
 
 protected:
-    /// The action before \a command; a failure prevents the command.
+    /// The action before \a command. If it fails, the command is not sent.
     virtual ErrorCode actionBeforeSendCommand(const QString &command, QString *errorText);
     /// The action after \a command.
     virtual ErrorCode actionAfterSendCommand(const QString &command, QString *errorText);
@@ -91,26 +92,27 @@ private:
     Q_DECLARE_PRIVATE(SpecialSensorInstance)
 };
 
-/// The RG52x models: after every command the distance tracking is started again, best effort.
+/// An instance for the RG52x models: restarts the distance tracking after every command. A failure to restart it
+/// is not returned.
 ///
-/// The tracking mode is learnt from the sensor after the first command, not by open(); "Get_OpenState",
-/// "Get_TransmittedDataInfo" and the other excluded commands do not count. getSampleRateInKhz() depends on it.
+/// The tracking mode is read from the sensor after the first command that is not excluded (such as "Get_OpenState"
+/// or "Get_TransmittedDataInfo"); open() does not read it. getSampleRateInKhz() depends on it.
 ///
-/// A result of 0 says that the action after the command went well; of the command itself that is true
-/// for sendCommand(command) only. A command with maps or results that failed shows in errorMessage().
+/// NoError means that the action after the command succeeded. Only for sendCommand(command) does it also mean that
+/// the command succeeded: a failure of a command with maps or results is reported by errorMessage() alone.
 class SONDIXQT_EXPORT SpecialSensorInstanceRG52x : public SpecialSensorInstance
 {
     Q_OBJECT
 public:
     explicit SpecialSensorInstanceRG52x(unsigned long handle = 0);
-    /// A type is no handle; the type of these models is known.
+    /// Deleted because a type that is passed by mistake would be converted to a handle.
     explicit SpecialSensorInstanceRG52x(SensorType) = delete;
     ~SpecialSensorInstanceRG52x() override;
 
-    /// The tracking mode that is started again after a command; -1 until it was learnt or set.
+    /// The tracking mode that is restarted after a command; -1 until it has been read or set.
     int getTrackingMode() const;
     void setTrackingMode(int mode);
-    /// The command that starts tracking in \a mode; empty for a mode that there is not.
+    /// The command that starts tracking in \a mode; empty for an invalid mode.
     QString convertMeasurementModeToCommand(int mode) const;
 
 protected:
@@ -120,25 +122,29 @@ private:
     Q_DECLARE_PRIVATE(SpecialSensorInstanceRG52x)
 };
 
-/// The RG53x models: tracking is stopped before every command and started again after it.
+/// An instance for the RG53x models: stops tracking before every command and restarts it afterwards.
 ///
-/// \copydetails SpecialSensorInstanceRG52x
+/// The tracking mode is read from the sensor after the first command that is not excluded (such as "Get_OpenState"
+/// or "Get_TransmittedDataInfo"); open() does not read it. getSampleRateInKhz() depends on it.
 ///
-/// Pass parameters in a map: `sendCommand("Set_Average", {{"SP_Average", 50}})`. The forms with one parameter
-/// stage it before "StopTracking", which consumes it: the command then goes out without its parameter.
+/// NoError means that the action after the command succeeded. Only for sendCommand(command) does it also mean that
+/// the command succeeded: a failure of a command with maps or results is reported by errorMessage() alone.
+///
+/// Pass parameters in a map: `sendCommand("Set_Average", {{"SP_Average", 50}})`. The overloads with a single
+/// parameter stage it before "StopTracking", which consumes it, so that the command is sent without its parameter.
 class SONDIXQT_EXPORT SpecialSensorInstanceRG531 : public SpecialSensorInstance
 {
     Q_OBJECT
 public:
     explicit SpecialSensorInstanceRG531(unsigned long handle = 0);
-    /// A type is no handle; the type of these models is known.
+    /// Deleted because a type that is passed by mistake would be converted to a handle.
     explicit SpecialSensorInstanceRG531(SensorType) = delete;
     ~SpecialSensorInstanceRG531() override;
 
     /// \copydoc SpecialSensorInstanceRG52x::getTrackingMode
     int getTrackingMode() const;
     void setTrackingMode(int mode);
-    /// "SpeedTracking" for mode 5, "DistanceTracking" for every other.
+    /// "SpeedTracking" for mode 5, "DistanceTracking" for any other mode.
     QString convertMeasurementModeToCommand(int mode) const;
 
 protected:

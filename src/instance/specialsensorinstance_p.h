@@ -16,7 +16,7 @@ public:
     bool executeActionBefore(const QString &command, SpecialSensorInstance::ExecSpecialAction action) const;
     bool executeActionAfter(const QString &command, SpecialSensorInstance::ExecSpecialAction action) const;
 
-    /// Runs \a send, the base class's own variant of \a command, between the actions.
+    /// Calls \a send, which sends \a command with the function of the base class, between the actions.
     template<typename Send>
     ErrorCode sendBetweenActions(const QString &command, SpecialSensorInstance::ExecSpecialAction action,
                                  QString *errorText, Send send);
@@ -24,12 +24,12 @@ public:
     QSet<QString> excludedCommands{QStringLiteral("Enable_Logging"), QStringLiteral("Automatic_Setup"),
                                    QStringLiteral("Get_TransmittedDataInfo"), QStringLiteral("Clear_Buffers"),
                                    QStringLiteral("Get_OpenState")};
-    bool inAction = false; // keeps a command inside a command from running the actions again
+    bool inAction = false; // a command sent by an action or by another command does not run the actions again
 
     Q_DECLARE_PUBLIC(SpecialSensorInstance)
 };
 
-/// What the models that track have in common. What differs is in their rows.
+/// Common to the models with tracking modes; their differences are in their TrackingRow.
 class TrackingInstancePrivate : public SpecialSensorInstancePrivate
 {
 public:
@@ -38,13 +38,13 @@ public:
     QStringList commandsWithoutTracking() const;
     QString commandOf(int mode) const;
 
-    /// Starts tracking in the known mode; asks the sensor for its mode first if it is not known.
+    /// Starts tracking in the current mode; reads it from the sensor first if it is unknown.
     ErrorCode restartTracking(QString *errorText);
 
     int trackingMode = -1; // unknown
 
 private:
-    ErrorCode learnTrackingMode(QString *errorText);
+    ErrorCode readTrackingMode(QString *errorText);
 
     const TrackingRow &row;
 };

@@ -5,7 +5,7 @@ namespace SondixQt {
 
 namespace {
 
-/// The ways in which callers write the types in queued calls.
+/// Registers the names with and without namespace: callers use either in queued calls.
 void registerMetaTypes()
 {
     qRegisterMetaType<SignalInfo>();
@@ -14,7 +14,7 @@ void registerMetaTypes()
     qRegisterMetaType<VideoInfo>("VideoInfo");
     qRegisterMetaType<TransmittedDataInfo>();
     qRegisterMetaType<TransmittedDataInfo>("TransmittedDataInfo");
-    // Without these a QVariant compares the addresses of two descriptions.
+    // Without a comparator QVariant compares addresses.
     QMetaType::registerEqualsComparator<SignalInfo>();
     QMetaType::registerEqualsComparator<VideoInfo>();
     QMetaType::registerEqualsComparator<TransmittedDataInfo>();

@@ -7,7 +7,7 @@
 #include <QString>
 #include <QVector>
 
-// The field "signals" below bears the name of a Qt keyword macro, which would replace it.
+// "signals" is a keyword macro of Qt, which would replace the field of that name below.
 #pragma push_macro("signals")
 #undef signals
 
@@ -31,7 +31,7 @@ struct SONDIXQT_EXPORT SignalInfo
     bool majorSignal = false;    ///< one of the sensor's main measured values
     QString additionalInfo;      ///< free text of the sensor
 
-    /// Every field counts; doubles compare exactly, so a NaN makes two records differ.
+    /// Compares all fields. Doubles are compared exactly, so that a record with a NaN differs from itself.
     bool operator!=(const SignalInfo &other) const;
     bool operator==(const SignalInfo &other) const { return !(*this != other); }
 };
@@ -39,19 +39,19 @@ struct SONDIXQT_EXPORT SignalInfo
 /// One video signal of a sensor.
 struct SONDIXQT_EXPORT VideoInfo
 {
-    int index = 0;           ///< 0 in every description: the place in the list is the position of a signal
-    bool enabled = false;    ///< switched into the sensor's output
+    int index = 0;           ///< always 0: the position of a signal is its index in the list
+    bool enabled = false;    ///< part of the sensor's output
     QString answerParameter; ///< answer that carries the data, such as "SA_VideoRaw"
     QString outputStem;      ///< stem of the switch, such as "OutputVideoRaw"
     int pixelCount = 0;      ///< pixels of one line
     int pixelSize = 0;       ///< bytes of one pixel; a line has pixelCount * pixelSize bytes
 
-    /// The two texts do not count.
+    /// Compares all fields except the two texts.
     bool operator!=(const VideoInfo &other) const;
     bool operator==(const VideoInfo &other) const { return !(*this != other); }
 };
 
-/// What an open sensor sends with every data frame.
+/// Describes the data frames of an open sensor.
 struct SONDIXQT_EXPORT TransmittedDataInfo
 {
     TransmittedDataInfo() = default;
@@ -60,16 +60,16 @@ struct SONDIXQT_EXPORT TransmittedDataInfo
 
     double datarate = -1.0;          ///< frames a second (Hz), as the sensor reports it
     int valuesPerFrame = 0;          ///< values of one frame, as the sensor reports it
-    int maxValuesPerFrame = 0;       ///< most values that a frame of this sensor can hold
+    int maxValuesPerFrame = 0;       ///< maximum number of values in a frame of this sensor
     int videoSignalCount = 0;        ///< entries in videoSignals
     int reserved = -1;               ///< always -1
-    QVector<SignalInfo> signals;     ///< one entry a value, in frame order; 16,384 at most
-    QVector<VideoInfo> videoSignals; ///< all video signals of the model, also those that are off
+    QVector<SignalInfo> signals;     ///< one entry per value, in frame order; 16,384 at most
+    QVector<VideoInfo> videoSignals; ///< all video signals of the model, including disabled ones
 
-    /// The field \c signals, for code in which that word is Qt's keyword macro.
+    /// The field \c signals, for code in which Qt's keyword macro of that name is defined.
     const QVector<SignalInfo> &signalList() const { return signals; }
 
-    /// Only valuesPerFrame and the signals count.
+    /// Compares valuesPerFrame and signals only.
     bool operator!=(const TransmittedDataInfo &other) const;
     bool operator==(const TransmittedDataInfo &other) const { return !(*this != other); }
 };
