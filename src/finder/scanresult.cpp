@@ -12,7 +12,7 @@ namespace SondixQt {
 
 namespace {
 
-/// No sensor has more addresses: a longer list is a garbled answer that must not eat the memory.
+/// The maximum number of addresses of a sensor. A longer list is a corrupt answer and must not exhaust the memory.
 constexpr int maxAddressCount = 256;
 
 constexpr std::size_t channelPosition = 3;
@@ -39,8 +39,7 @@ SensorIdentity identityOf(const SensorInfo &info)
     return identity;
 }
 
-/// Equal in everything as isParamEqual has it: QVariant's equality is not symmetric, the new values
-/// stand on the left.
+/// Compares as isParamEqual() does. QVariant::operator== is not symmetric: the new values go on the left.
 bool isSameSensor(const SensorIdentity &found, const SensorIdentity &known, bool ignoreChannel)
 {
     for (std::size_t i = 0; i < found.size(); ++i) {
@@ -88,7 +87,7 @@ QList<SensorInfo> SensorFinderPrivate::AnalyseScanResult(const SensorInfo &resul
     return records;
 }
 
-bool SensorFinderPrivate::AddScanResult(const SensorInfo &result)
+void SensorFinderPrivate::AddScanResult(const SensorInfo &result)
 {
     Q_Q(SensorFinder);
 
@@ -96,17 +95,15 @@ bool SensorFinderPrivate::AddScanResult(const SensorInfo &result)
     const bool isCard = getSensorGroupFromSensorType(SensorType(reportedType)) & Interfaces;
     SensorIdentity identity = identityOf(result);
     if (isKnown(identity, isCard))
-        return false;
+        return;
 
     const QString typeName = result.getParameter(QStringLiteral("IP_SensorTypeName")).toString();
     if (reportedType == NoSensor && typeName.contains(QLatin1String("Unknown")))
-        return false;
+        return;
 
-    foundSensors.append(result);
     foundIdentities.push_back(std::move(identity));
     qCInfo(sensorFinderLog).noquote() << QLatin1String("Found sensor ") + sensorName(result.sensorType());
     Q_EMIT q->sensorFound(result);
-    return true;
 }
 
 bool SensorFinderPrivate::isKnown(const SensorIdentity &identity, bool ignoreChannel) const
@@ -116,15 +113,8 @@ bool SensorFinderPrivate::isKnown(const SensorIdentity &identity, bool ignoreCha
            std::any_of(blacklistIdentities.begin(), blacklistIdentities.end(), isSame);
 }
 
-void SensorFinderPrivate::clearFoundSensors()
-{
-    foundSensors.clear();
-    foundIdentities.clear();
-}
-
 void SensorFinderPrivate::setBlacklist(const QList<SensorInfo> &blacklist)
 {
-    outputFoundSensorBlacklist = blacklist;
     blacklistIdentities.clear();
     blacklistIdentities.reserve(std::size_t(blacklist.size()));
     for (const SensorInfo &known : blacklist)

@@ -22,27 +22,26 @@ using namespace std::chrono_literals;
 constexpr auto progressInterval = 250ms;
 constexpr auto statusLineLifetime = 15s;
 
-/// No search of one type finds more sensors: a larger count is a garbled answer that must not keep
-/// the finder asking for ever.
+/// The maximum number of results for one type. A larger count is a corrupt answer and must not block the finder.
 constexpr int maxResultCount = 10000;
 
 constexpr QLatin1String progressCommand = "Get_FindSensorProgress"_latin1;
 constexpr QLatin1String progressAnswer = "IA_Progress"_latin1;
 
-/// A percentage that can be computed with, whatever the library answered.
-double saneProgress(double progress)
+/// Replaces infinity and NaN in the answer of the library by 0.
+double finiteProgress(double progress)
 {
     return std::isfinite(progress) ? progress : 0.0;
 }
 
-/// The types that are always searched together with \a type, itself first; empty for most types.
+/// The types that are always searched together with \a type, \a type first; empty if it is searched alone.
 QList<SensorType> typesSearchedTogether(SensorType type)
 {
     const ConstantList<SensorType> types = searchRow(type).companions;
     return QList<SensorType>(types.begin(), types.end());
 }
 
-double shareOfOneBaseType(const QList<SensorType> &types)
+double progressPerBaseType(const QList<SensorType> &types)
 {
     QSet<SensorType> baseTypes;
     for (SensorType type : types)
@@ -132,10 +131,7 @@ void SensorFinder::setForceScanXA200ETH(bool enable)
     d_func()->forceScanXA200ETH = enable;
 }
 
-void SensorFinder::setSensorType(SensorType type)
-{
-    d_func()->sensorType = type;
-}
+void SensorFinder::setSensorType(SensorType) {}
 
 void SensorFinder::setOutputFoundSensorBlacklist(const QList<SensorInfo> &blacklist)
 {
@@ -187,7 +183,7 @@ void SensorFinder::startSearch(SensorType type)
         return;
     }
     d->showSondixQtType = true;
-    d->clearFoundSensors();
+    d->foundIdentities.clear();
     d->pendingTypes.clear();
     d->progressOffset = 0.0;
     d->progressScale = 1.0;
@@ -197,7 +193,7 @@ void SensorFinder::startSearch(SensorType type)
 void SensorFinder::startSearch(QList<SensorType> sensorTypeList, bool showSondixQtType)
 {
     Q_D(SensorFinder);
-    // NoSensor names nothing to search; left in the queue it would bring the search to a standstill.
+    // startSearchInternal() does nothing for NoSensor: such an entry in the queue would stall the search.
     sensorTypeList.removeAll(NoSensor);
     if (!sensorTypeList.isEmpty())
         d->beginRequest();
@@ -215,9 +211,9 @@ void SensorFinder::startSearch(QList<SensorType> sensorTypeList, bool showSondix
         return;
     }
     d->showSondixQtType = showSondixQtType;
-    d->clearFoundSensors();
+    d->foundIdentities.clear();
     d->progressOffset = 0.0;
-    d->progressScale = shareOfOneBaseType(sensorTypeList);
+    d->progressScale = progressPerBaseType(sensorTypeList);
     d->startSearchInternal(d->pendingTypes.takeFirst());
 }
 
@@ -252,7 +248,7 @@ void SensorFinder::stopSensorFinderScan()
 void SensorFinderPrivate::beginRequest()
 {
     ++request;
-    progressTimer->stop(); // a slot's event loop must not let the search before go on
+    progressTimer->stop(); // or the previous search would go on inside a slot's nested event loop
 }
 
 void SensorFinderPrivate::startSearchInternal(SensorType type)
@@ -303,7 +299,7 @@ void SensorFinderPrivate::skipType(const QString &name)
         return;
 
     if (!pendingTypes.isEmpty()) {
-        updateStatus(SensorFinder::Searching); // the next tick moves on to the next type
+        updateStatus(SensorFinder::Searching); // updateProgress() starts the next type
         return;
     }
     stopSearch();
@@ -319,7 +315,7 @@ ErrorCode SensorFinderPrivate::sendStartCommand(SensorType type)
     const auto scans = [&](SensorInterface iface) { return searchInterfaces.testFlag(iface) || card == iface; };
     const bool findSimilar = isVariant(sensorInstance.sensorTypeFull()) || searchSimilarSensors;
 
-    // Ethernet and USB devices answer at once and are looked for whatever interfaces are selected.
+    // Ethernet and USB scans are fast and therefore always enabled, whatever interfaces are selected.
     const QMap<QString, QVariant> parameters = {
         {QStringLiteral("IP_SensorType"), int(type)},
         {QStringLiteral("IP_FindSimilarSensors"), findSimilar},
@@ -342,7 +338,7 @@ ErrorCode SensorFinderPrivate::sendStartCommand(SensorType type)
 void SensorFinderPrivate::updateProgress()
 {
     Q_Q(SensorFinder);
-    // A slot of this very step runs an event loop of its own.
+    // Re-entered from a nested event loop in one of our own slots: skip this tick.
     if (busyRequest == request)
         return;
     if (status != SensorFinder::Searching) {
@@ -388,7 +384,7 @@ bool SensorFinderPrivate::readProgress(double &progress, int &found)
     };
     const ErrorCode result = sensorInstance.sendCommand(progressCommand, QMap<QString, QVariant>(), results,
                                                         nullptr, SensorInstance::ReadAfterSuccess);
-    progress = result == NoError ? saneProgress(progress) : 0.0;
+    progress = result == NoError ? finiteProgress(progress) : 0.0;
     return result == NoError;
 }
 
@@ -418,12 +414,12 @@ bool SensorFinderPrivate::isWanted(SensorType found) const
            (found != NoSensor && found == searchRow(currentSearchType).alsoFinds) || searchSimilarSensors;
 }
 
-/// One finished search covers all queued types of the same base type.
+/// When the search is complete, removes the pending types that it has covered: those of the same base type.
 void SensorFinderPrivate::dropCoveredTypes()
 {
     double progress = 0.0;
     sensorInstance.sendCommandGetDouble(progressCommand, progressAnswer, progress, nullptr);
-    if (saneProgress(progress) < 100.0)
+    if (finiteProgress(progress) < 100.0)
         return;
     const auto isCovered = [this](SensorType type) { return baseType(type) == baseType(currentSearchType); };
     pendingTypes.erase(std::remove_if(pendingTypes.begin(), pendingTypes.end(), isCovered), pendingTypes.end());
@@ -444,7 +440,7 @@ void SensorFinderPrivate::stopSearch()
     Q_EMIT q->searchFinished();
 }
 
-/// Returns false when a slot has interrupted it.
+/// Returns false if a slot interrupted the step.
 bool SensorFinderPrivate::abortSearch()
 {
     Q_Q(SensorFinder);
@@ -459,13 +455,13 @@ bool SensorFinderPrivate::abortSearch()
     if (interruption.happened())
         return false;
 
-    if (foundSensors.isEmpty()) {
+    if (foundIdentities.empty()) {
         Q_EMIT q->showNothingFoundMsg();
         if (interruption.happened())
             return false;
     }
     Q_EMIT q->updateSensorFinderStatus(
-        QStringLiteral("Scan finished, devices found: %1").arg(foundSensors.size()));
+        QStringLiteral("Scan finished, devices found: %1").arg(foundIdentities.size()));
     return !interruption.happened();
 }
 

@@ -12,136 +12,136 @@ namespace SondixQt {
 
 class SensorFinderPrivate;
 
-/// Searches the selected connection interfaces for sensors and announces each one as it is found.
+/// Searches the selected connection interfaces for sensors and emits a signal for each sensor found.
 ///
 /// \par Use
-/// Choose the interfaces, connect to sensorFound() and searchFinished(), call startSearch() with one
-/// type, a list of types or a set of groups. Several types are searched one after another; progress
-/// counts over all of them. A search ends when the sensor-access library reports that it is complete. As
-/// long as the question for the progress fails, the search goes on and finds nothing: where that matters,
-/// call stopSearch() after a time limit of your own. An application that hands sensors to a
-/// SensorInstance should stop the search first: it occupies the interfaces.
+/// Select the interfaces, connect to sensorFound() and searchFinished(), and call startSearch() with one
+/// type, a list of types or a set of groups. Several types are searched one after another; the progress
+/// covers all of them. A search ends when the sensor-access library reports that it is complete. While the
+/// query of the progress fails, the search continues without results: if this matters, call stopSearch()
+/// after a timeout of your own. Stop the search before you open a sensor with SensorInstance, because the
+/// search occupies the interfaces.
 ///
 /// \par Threads
-/// All functions belong to the thread that owns the finder, which needs a running event loop: a timer
-/// asks the sensor-access library for news every 250 ms, and each of these calls blocks until it is
-/// answered. There are no other threads and no locks. From another thread the slots are invoked
-/// through the event queue, for example
+/// All functions must be called in the thread that owns the finder. That thread needs a running event loop: a
+/// timer queries the sensor-access library every 250 ms, and each query blocks until it is answered. The finder
+/// has no other threads and no locks. From another thread, invoke the slots through the event queue, for example
 /// \code
 /// QMetaObject::invokeMethod(finder, "startSearch", Qt::QueuedConnection,
 ///                           Q_ARG(SondixQt::SensorType, SondixQt::TX270));
 /// \endcode
-/// The types that the signals and slots carry are registered meta-types once a finder exists.
+/// The parameter types of the signals and slots are registered as meta-types when the first finder is constructed.
 ///
 /// \par What slots may do
-/// A slot connected to any signal of the finder may start or stop a search, run an event loop of its
-/// own (the search waits meanwhile) and even delete the finder. The later request wins: the search, or
-/// the call, whose signal it was says no more. A stop that is being announced is not announced again
-/// when a slot stops once more. Two things are for the application to avoid, because they never end: starting a search from
-/// every searchStarted(), and restarting from searchFinished() with a direct connection when the search
-/// cannot start at all, since that is finished within the call; use a queued connection there.
+/// A slot connected to any signal of the finder may start or stop a search, run a nested event loop (the search
+/// waits meanwhile) and even delete the finder. The later request wins: the search or the call that emitted the
+/// signal ends without further signals. If a slot stops the search while its end is being announced, the end is
+/// not announced again. The application must avoid two endless recursions: starting a search from every
+/// searchStarted(), and restarting from searchFinished() with a direct connection if the search cannot be
+/// started, because searchFinished() is then emitted within startSearch(). Use a queued connection there.
 ///
 /// \par Ownership
-/// The finder owns the SensorInstance that carries the search. Destroying the finder during a search
-/// aborts it without a signal.
+/// The finder owns the SensorInstance that performs the search. Destroying the finder aborts a running search
+/// without a signal.
 class SONDIXQT_EXPORT SensorFinder : public QObject
 {
     Q_OBJECT
 public:
     enum Status : qint32 {
-        Ready = 0,     ///< nothing is being searched
-        Searching = 1, ///< a search is under way
-        /// The last search could not be started or aborted; a new one may be started. Followed at once by
-        /// Searching it means that a type was skipped.
+        Ready = 0,     ///< no search is running
+        Searching = 1, ///< a search is running
+        /// The last search could not be started or aborted; a new one can be started. If Searching follows
+        /// immediately, a type was skipped.
         Error = 2,
     };
     Q_ENUM(Status)
 
     explicit SensorFinder(QObject *parent = nullptr);
-    /// Aborts a search that is under way; no signal is emitted.
+    /// Aborts a running search; no signal is emitted.
     ~SensorFinder() override;
 
     /// \name Options
-    /// Taken as they are, checked by the sensor-access library alone. They hold from the next type that
-    /// is searched; the blacklist and the choice of what is announced hold at once.
+    /// The options are not validated here but by the sensor-access library. They take effect with the next type
+    /// that is searched; the blacklist and setSearchSimilarSensors() also affect further results at once.
     /// \{
 
-    /// Adds \a interfaces to those that are scanned (\a enable) or removes them. Ethernet and USB devices
-    /// are looked for in any case; an interface card is looked for on its own interface in any case and
-    /// never on RS232. At first TCPIP and WinUSB are selected.
+    /// Adds \a interfaces to the scanned interfaces (\a enable) or removes them. Ethernet and USB are always
+    /// scanned. An interface card is always searched on its own interface and never on RS232. Default: TCPIP and
+    /// WinUSB.
     void setSearchInterface(SondixQt::SensorInterfaces interfaces, bool enable);
-    /// The baud rates to try on serial lines, in the form that the sensor-access library expects;
-    /// empty (as at first) leaves the choice to it.
+    /// Sets the baud rates to try on serial lines, in the format of the sensor-access library. If empty (default),
+    /// the library chooses them.
     void setSearchBaudrates(const QString &baudrates);
-    /// Whether RS485 buses are scanned the quick way; at first true.
+    /// Whether the quick scan is used on RS485 buses. Default: true.
     void setQuickScanRS485(bool enable);
     bool quickScanRS485() const;
-    /// Whether the quick scan makes a difference for \a type.
+    /// Whether the quick scan applies to sensors of \a type.
     bool quickScanRS485Supported(SondixQt::SensorType type) const;
-    /// Whether sensors of other types than those asked for are announced as well; at first false. Switch it
-    /// on to find every model on a bus.
+    /// Whether sensors of other types than the requested ones are reported, too. Default: false. Enable it to find
+    /// every model on a bus.
     void setSearchSimilarSensors(bool enable);
     bool searchSimilarSensors() const;
-    /// Whether channels that are in use are scanned as well; at first false.
+    /// Whether channels that are in use are scanned, too. Default: false.
     void setForceScanXA200ETH(bool enable);
-    /// Stored only: what is searched is told to startSearch().
+    /// Has no effect: the type to search is a parameter of startSearch().
     void setSensorType(SondixQt::SensorType type);
-    /// The sensors that are never announced, because the application knows them already. A sensor is
-    /// recognised by its interface, its place there and its identity (serial number and the like).
+    /// Sets the sensors that are not reported, for example because the application knows them already. Sensors are
+    /// compared by interface, address on that interface and identity (such as the serial number).
     void setOutputFoundSensorBlacklist(const QList<SondixQt::SensorInfo> &blacklist);
-    /// Lets the sensor-access library log the searches, into the file that was given last.
+    /// Enables the log of the sensor-access library for searches, into the file that was set last.
     void enableLogging();
-    /// Lets the sensor-access library log the searches into \a file.
+    /// Enables the log of the sensor-access library for searches, into \a file.
     void enableLogging(const QString &file);
     void disableLogging();
     /// \}
 
     Status status() const;
 
-    /// Searches all types of the families \a groups that are not hidden, in display order. A sensor that
-    /// reports itself under a type that is not searched is not announced. That concerns the bus models which
-    /// lists leave out: an MV420 is not found in the group KVBus. With setSearchSimilarSensors() it is.
+    /// Searches all types of the families \a groups that are not hidden, in display order. Sensors of
+    /// other types are not reported, which includes hidden bus models: an MV420 is not found in the group KVBus,
+    /// unless setSearchSimilarSensors() is enabled.
     void startSearch(SondixQt::SensorGroups groups);
 
-    /// Whether \a a and \a b have equal values of the parameter \a name, as QVariant's equality has it
-    /// with the value of \a a on the left; a parameter that both lack is equal. Any thread.
+    /// Whether the parameter \a name has equal values in \a a and \a b according to QVariant::operator== with the
+    /// value of \a a on the left. True if both lack the parameter. Thread-safe.
     static bool isParamEqual(const SensorInfo &a, const SensorInfo &b, const QString &name);
 
 public Q_SLOTS:
-    /// Searches sensors of \a sensorType, for some bus sensors together with the types under which the
-    /// same models answer behind a converter; searchStarted() is then emitted twice. A search that is
-    /// under way is replaced without searchFinished(). NoSensor searches nothing: started, finished.
+    /// Searches for sensors of \a sensorType. Some bus sensors are searched together with the types that the same
+    /// models report behind a converter; searchStarted() is then emitted twice. A running search is replaced
+    /// without searchFinished(). For NoSensor only searchStarted() and searchFinished() are emitted.
     void startSearch(SondixQt::SensorType sensorType);
-    /// Searches the types of \a sensorTypeList in this order; NoSensor entries are left out. Types that
-    /// share their base type (value modulo 10000) with one whose search is complete are covered by it.
-    /// Status texts name the type searched when \a showSondixQtType is set, else its base type, except
-    /// for the last one. An empty list drops the types that still wait.
+    /// Searches for the types of \a sensorTypeList in this order; NoSensor entries are ignored. A type is skipped
+    /// if the search for another type with the same base type (value modulo 10000) has been completed. Status
+    /// texts contain the name of the type if \a showSondixQtType is set or if it is the last one, otherwise the
+    /// name of its base type. An empty list removes the types that are still pending.
     void startSearch(QList<SondixQt::SensorType> sensorTypeList, bool showSondixQtType);
-    /// Aborts the search. searchFinished() is emitted also when there was none.
+    /// Aborts the search. searchFinished() is emitted even if no search is running.
     void stopSearch();
-    /// Aborts the search as stopSearch() does, with a second searchFinished().
+    /// Aborts the search like stopSearch(), but emits searchFinished() twice.
     void stopSensorFinderScan();
 
 Q_SIGNALS:
-    /// At the start of every search, also when nothing will be searched.
+    /// Emitted at the start of every search, even if there is nothing to search.
     void searchStarted();
-    /// A search has come to its end, was stopped, or had nothing to search. When the last type of a
-    /// search cannot be searched at all, and after stopSensorFinderScan(), it comes twice. A search that
-    /// the library refuses to start ends with statusChanged(Error) alone: the types that still wait are
-    /// not searched. It may come before startSearch() returns.
+    /// Emitted when a search is complete, was stopped or had nothing to search. Emitted twice if the last type of
+    /// a search cannot be searched, and by stopSensorFinderScan(). Not emitted if the sensor-access library
+    /// refuses to start a search: this ends with statusChanged(Error), and the pending types are not searched. May
+    /// be emitted before startSearch() returns.
     void searchFinished();
-    /// A sensor that was not announced since the search started and is not on the blacklist. Its type is
-    /// NoSensor where similar sensors are searched and the answer tells none.
+    /// Emitted for each sensor that is not on the blacklist, once per search. Its type is NoSensor if similar
+    /// sensors are searched and the answer contains no type.
     void sensorFound(const SondixQt::SensorInfo &resultInfo);
-    /// At every tick of the search: \a progress over all types, in percent, 0 to 100, rounded down. Types
-    /// that are skipped add nothing, so do not wait for 100: the end is searchFinished().
+    /// Emitted at every tick of the search with the \a progress over all types, in percent (0 to 100, rounded
+    /// down). Skipped types do not count, so that 100 may never be reached: use searchFinished() to detect the
+    /// end.
     void progressChanged(int progress);
-    /// The status was set, be it to the same value.
+    /// Emitted whenever the status is set, even to the same value.
     void statusChanged(SondixQt::SensorFinder::Status status);
-    /// A running search has ended or was stopped without any sensor found.
+    /// Emitted when a running search ends or is stopped and no sensor was found.
     void showNothingFoundMsg();
-    /// A line in English for a status bar. 15 s after each end of a search it is a single blank, also
-    /// when a new search is under way by then.
+    /// Emitted with an English text for a status bar. 15 s after each end of a search the text is a single space,
+    /// even if another search is running by then.
     void updateSensorFinderStatus(QString sensorFinderStatus);
 
 private:

@@ -19,7 +19,7 @@ namespace SondixQt {
 
 Q_DECLARE_LOGGING_CATEGORY(sensorFinderLog)
 
-/// The values by which two answers are recognised as one sensor, the most telling ones first.
+/// The parameter values that identify a sensor. Those that differ most often come first, for fast comparison.
 using SensorIdentity = std::array<QVariant, 13>;
 
 /// The state of a SensorFinder and the steps of a search.
@@ -37,16 +37,14 @@ public:
 
     SensorInfo getResultInfo(int index);
     QList<SensorInfo> AnalyseScanResult(const SensorInfo &result) const;
-    bool AddScanResult(const SensorInfo &result);
+    void AddScanResult(const SensorInfo &result);
 
-    void clearFoundSensors();
     void setBlacklist(const QList<SensorInfo> &blacklist);
     void emitFinished();
 
-    /// Whether a slot asks to stop what is being stopped already.
+    /// Whether the stop that a slot requests is already being announced.
     bool isStopUnderWay() const { return status != SensorFinder::Searching && stoppingRequest == request; }
 
-    SensorType sensorType = NoSensor;
     SensorType currentSearchType = NoSensor;
     SensorInstance sensorInstance{NoSensor};
     bool searchSimilarSensors = false;
@@ -59,23 +57,17 @@ public:
     QList<SensorType> pendingTypes;
     double progressOffset = 0.0;
     double progressScale = 1.0;
-    QList<SensorInfo> foundSensors;
-    QList<SensorInfo> outputFoundSensorBlacklist;
+    std::vector<SensorIdentity> foundIdentities;
+    std::vector<SensorIdentity> blacklistIdentities;
     bool loggingEnabled = false;
     QString logFile;
     QString searchBaudrates;
     bool showSondixQtType = false;
 
-    // One for each entry of foundSensors and of outputFoundSensorBlacklist.
-    std::vector<SensorIdentity> foundIdentities;
-    std::vector<SensorIdentity> blacklistIdentities;
-
-    // Counts the starts and stops that the application asks for. The other two name the request during
-    // which a stop is announced, or a step of the search is taken that no timer tick may enter again.
     static constexpr quint64 noRequest = std::numeric_limits<quint64>::max();
-    quint64 request = 0;
-    quint64 stoppingRequest = noRequest;
-    quint64 busyRequest = noRequest;
+    quint64 request = 0;                 // the number of starts and stops requested by the application
+    quint64 stoppingRequest = noRequest; // the request during which the end of a search is being announced
+    quint64 busyRequest = noRequest;     // the request during which a step of the search is running: no re-entry
 
     SensorFinder *q_ptr;
     Q_DECLARE_PUBLIC(SensorFinder)
@@ -90,8 +82,8 @@ private:
     bool isKnown(const SensorIdentity &identity, bool ignoreChannel) const;
 };
 
-/// Tells a step that has just emitted a signal whether a slot has meanwhile started or stopped a
-/// search or has destroyed the finder. The step must then return at once.
+/// Detects that a slot has started or stopped a search or has destroyed the finder since this object was
+/// constructed. A step checks this after each signal that it emits and returns at once if it happened.
 class Interruption
 {
 public:
@@ -111,7 +103,7 @@ private:
     quint64 request;
 };
 
-/// Notes in one of the finder's marks that a request is being served, as long as this object lives.
+/// Sets one of the finder's request members to the current request for the lifetime of this object.
 class RequestMark
 {
 public:
