@@ -8,7 +8,7 @@
 
 namespace expected {
 
-/// What the catalogue must say of one model, written down a second time to prove the first.
+/// The expected catalogue entry of one model, independent of the library's table.
 struct Model
 {
     SondixQt::SensorType type;
@@ -22,10 +22,7 @@ struct Model
     int web;
 
     bool can(char capability) const { return QLatin1String(capabilities).contains(QLatin1Char(capability)); }
-    QString picturePath() const
-    {
-        return QLatin1String(":/images/") + QLatin1String(picture) + QLatin1String(".png");
-    }
+    QString picturePath() const { return QLatin1String(":/images/") + QLatin1String(picture) + ".png"; }
 };
 
 // clang-format off

@@ -19,7 +19,7 @@ using namespace SondixQt;
 
 namespace {
 
-/// One table of the catalogue, and whether a type has something to say in it.
+/// One table of the catalogue, and whether a type has a row in it.
 struct Table
 {
     const char *name;
@@ -62,7 +62,7 @@ constexpr Table tables[] = {
     {"name parts", hasNamePart},
 };
 
-/// Of each table, in the order of the tables above, whether a type needs a row there (+) or needs none (-).
+/// For each table, in the order above, whether a type needs a row in it (+) or not (-).
 struct Need
 {
     SensorType type;
@@ -187,7 +187,7 @@ QByteArray title(SensorType type)
 
 } // namespace
 
-/// Every type of the catalogue either has a row in a table or is listed as one that needs none.
+/// Every type of the catalogue has a row in each table or is listed as a type that needs none.
 class ModelRowsTest : public QObject
 {
     Q_OBJECT
@@ -229,7 +229,7 @@ void ModelRowsTest::everyTypeHasItsRows()
                                                                        ? ": no row"
                                                                        : ": has a row, listed as needing none"));
     }
-    QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(QStringLiteral("; "))));
+    QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join("; ")));
 }
 
 QTEST_GUILESS_MAIN(ModelRowsTest)

@@ -15,7 +15,7 @@ namespace {
 
 using Candidates = QVector<NameCandidate>;
 
-/// The matching as it is described, step by step, with Qt's own searches.
+/// A straightforward implementation of the matching rules with the search functions of Qt.
 SensorType matchedStepByStep(const Candidates &ascending, const QString &name)
 {
     if (name.isEmpty())
@@ -31,13 +31,13 @@ SensorType matchedStepByStep(const Candidates &ascending, const QString &name)
                 return entry.type;
             if (reduced) {
                 candidate.remove(QLatin1Char('x'), Qt::CaseInsensitive);
-                candidate.remove(QLatin1Char('-'));
+                candidate.remove('-');
             }
             if (candidate.size() <= 2)
                 continue;
             QString text = name;
             if (shortNames)
-                text.remove(QLatin1Char(' '));
+                text.remove(' ');
             if (text.contains(candidate, Qt::CaseInsensitive) && candidate.size() > best.size()) {
                 best = candidate;
                 result = entry.type;
@@ -55,8 +55,8 @@ Candidates catalogue()
     return candidates;
 }
 
-/// Makes texts that are near to names: pieces of them, in other cases, with spaces, dashes, "x" and characters
-/// that fold to letters.
+/// Generates texts that are similar to names: parts of names in upper and lower case, with spaces, dashes, "x" and
+/// characters whose case folding is a letter.
 class TextMaker
 {
 public:
@@ -80,11 +80,21 @@ private:
     QString piece()
     {
         static const QStringList odd = {
-            QStringLiteral(" "),      QStringLiteral("x"),      QStringLiteral("X"),
-            QStringLiteral("-"),      QStringLiteral("_"),      QStringLiteral("/"),
-            QStringLiteral("\u212A"), QStringLiteral("\u017F"), QStringLiteral("\u0130"),
-            QStringLiteral("\u00DF"), QStringLiteral("\uFB01"), QString(QChar(0xD801)),
-            QString(QChar(0xDC00)),   QStringLiteral("file"),   QStringLiteral("sensor "),
+            " ",
+            "x",
+            "X",
+            "-",
+            "_",
+            "/",
+            QStringLiteral("\u212A"),
+            QStringLiteral("\u017F"),
+            QStringLiteral("\u0130"),
+            QStringLiteral("\u00DF"),
+            QStringLiteral("\uFB01"),
+            QString(QChar(0xD801)),
+            QString(QChar(0xDC00)),
+            "file",
+            "sensor ",
             QString(QChar(0)),
         };
         if (upTo(3) == 0)
@@ -106,13 +116,13 @@ private:
         case 2:
             return name.remove(QLatin1Char('x'), Qt::CaseInsensitive);
         case 3:
-            return name.remove(QLatin1Char('-'));
+            return name.remove('-');
         case 4:
-            return name.insert(upTo(name.size()), QLatin1Char(' '));
+            return name.insert(upTo(name.size()), ' ');
         case 5:
-            return name.replace(QLatin1Char('s'), QChar(0x017F)).replace(QLatin1Char('k'), QChar(0x212A));
+            return name.replace('s', QChar(0x017F)).replace('k', QChar(0x212A));
         case 6:
-            return name.replace(QLatin1Char('S'), QChar(0x017F)).replace(QLatin1Char('K'), QChar(0x212A));
+            return name.replace('S', QChar(0x017F)).replace('K', QChar(0x212A));
         default:
             return name;
         }
@@ -209,26 +219,23 @@ void TestNameMatching::textGivesType()
 
 void TestNameMatching::exactShortNameGoesBeforeExactLongName()
 {
-    const NameMatcher matcher({{TX210, QStringLiteral("twin"), QStringLiteral("first")},
-                               {TX220, QStringLiteral("second"), QStringLiteral("twin")},
-                               {TX230, QStringLiteral("third"), QStringLiteral("twin")}});
-    QCOMPARE(matcher.match(QStringLiteral("twin")), TX220);
-    QCOMPARE(matcher.match(QStringLiteral("third")), TX230);
+    const NameMatcher matcher({{TX210, "twin", "first"}, {TX220, "second", "twin"}, {TX230, "third", "twin"}});
+    QCOMPARE(matcher.match("twin"), TX220);
+    QCOMPARE(matcher.match("third"), TX230);
 }
 
 void TestNameMatching::exactLongNameGoesBeforeContainedShortName()
 {
-    const NameMatcher matcher({{TX210, QStringLiteral("one"), QStringLiteral("long name")},
-                               {TX220, QStringLiteral("a long name here"), QStringLiteral("two")}});
-    QCOMPARE(matcher.match(QStringLiteral("a long name here")), TX220);
+    const NameMatcher matcher({{TX210, "one", "long name"}, {TX220, "a long name here", "two"}});
+    QCOMPARE(matcher.match("a long name here"), TX220);
 }
 
 void TestNameMatching::exactNamesMayBeShorterThanThreeCharacters()
 {
-    const NameMatcher matcher({{TX210, QStringLiteral("a"), QStringLiteral("bb")}});
-    QCOMPARE(matcher.match(QStringLiteral("a")), TX210);
-    QCOMPARE(matcher.match(QStringLiteral("bb")), TX210);
-    QCOMPARE(matcher.match(QStringLiteral("abba")), NoSensor);
+    const NameMatcher matcher({{TX210, "a", "bb"}});
+    QCOMPARE(matcher.match("a"), TX210);
+    QCOMPARE(matcher.match("bb"), TX210);
+    QCOMPARE(matcher.match("abba"), NoSensor);
 }
 
 void TestNameMatching::candidatesNeedNoOrder()
@@ -247,7 +254,7 @@ void TestNameMatching::noCandidatesMatchNothing()
 {
     const NameMatcher matcher({});
     QCOMPARE(matcher.match(QString()), NoSensor);
-    QCOMPARE(matcher.match(QStringLiteral("TX270")), NoSensor);
+    QCOMPARE(matcher.match("TX270"), NoSensor);
 }
 
 void TestNameMatching::catalogueTextsAgreeWithTheDescription_data()
@@ -274,7 +281,7 @@ void TestNameMatching::catalogueTextsAgreeWithTheDescription()
 
 void TestNameMatching::anyCandidatesAgreeWithTheDescription()
 {
-    // A small alphabet makes ties, repeated names, and names within names.
+    // A small alphabet produces names of equal length, duplicate names and names within names.
     std::mt19937 random(99);
     const auto word = [&random](const QString &alphabet, quint32 longest) {
         QString made;
@@ -298,7 +305,7 @@ void TestNameMatching::anyCandidatesAgreeWithTheDescription()
 
 void TestNameMatching::everyCharacterFoldsAsInAQtSearch()
 {
-    const QString letters = QStringLiteral("abcdefghijklmnopqrstuvwxyz0123456789 -_/");
+    const QString letters = "abcdefghijklmnopqrstuvwxyz0123456789 -_/";
     Candidates candidates;
     for (const QChar letter : letters)
         candidates.append({static_cast<SensorType>(letter.unicode()), QString(3, letter), QString()});

@@ -23,7 +23,7 @@ void TestPictureResolution::scaledScreenGetsTwofoldPictures()
         QVERIFY(!picture.isNull());
         QCOMPARE(picture.devicePixelRatio(), 2.0);
     }
-    QCOMPARE(getSensorImage(XA100PCI).toImage(), QPixmap(QStringLiteral(":/images/XA100 (PCI)@2x.png")).toImage());
+    QCOMPARE(getSensorImage(XA100PCI).toImage(), QPixmap(":/images/XA100 (PCI)@2x.png").toImage());
 }
 
 void TestPictureResolution::applicationThatDoesNotAskGetsSinglePictures()
@@ -32,7 +32,7 @@ void TestPictureResolution::applicationThatDoesNotAskGetsSinglePictures()
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps, false);
     const QPixmap picture = getSensorImage(XA100PCI);
     QCOMPARE(picture.devicePixelRatio(), 1.0);
-    QCOMPARE(picture.toImage(), QPixmap(QStringLiteral(":/images/XA100 (PCI).png")).toImage());
+    QCOMPARE(picture.toImage(), QPixmap(":/images/XA100 (PCI).png").toImage());
 }
 
 int main(int argc, char *argv[])

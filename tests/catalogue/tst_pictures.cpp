@@ -12,7 +12,7 @@ using namespace SondixQt;
 
 namespace {
 
-const QString genericPath = QStringLiteral(":/images/genericSensor.png");
+const QString genericPath = ":/images/genericSensor.png";
 
 /// The groups in the order of their flags, and their pictures.
 struct GroupPicture
@@ -42,7 +42,7 @@ constexpr GroupPicture groupPictures[] = {
 
 QStringList namedPictures()
 {
-    QStringList names = {QStringLiteral("genericSensor")};
+    QStringList names = {"genericSensor"};
     for (const expected::Model &model : expected::models)
         names.append(QString::fromLatin1(model.picture));
     for (const GroupPicture &group : groupPictures)
@@ -100,9 +100,9 @@ void TestPictures::libraryCarriesNoOtherPictures()
     QStringList files;
     const QStringList names = namedPictures();
     for (const QString &name : names)
-        files << name + QLatin1String(".png") << name + QLatin1String("@2x.png");
+        files << name + ".png" << name + "@2x.png";
     files.sort();
-    QStringList carried = QDir(QStringLiteral(":/images")).entryList(QDir::Files);
+    QStringList carried = QDir(":/images").entryList(QDir::Files);
     carried.sort();
     QCOMPARE(carried, files);
 }
@@ -114,7 +114,7 @@ void TestPictures::differentPicturesLookDifferent()
     for (const QString &name : names) {
         const QImage image(QStringLiteral(":/images/%1.png").arg(name));
         const int twin = seen.indexOf(image);
-        QVERIFY2(twin < 0, qPrintable(name + QLatin1String(" looks like ") + names.value(twin)));
+        QVERIFY2(twin < 0, qPrintable(name + " looks like " + names.value(twin)));
         seen.append(image);
     }
 }
@@ -200,7 +200,7 @@ void TestPictures::pictureOfTheApplicationIsNotTakenForOurs()
 {
     QPixmap thumbnail(4, 4);
     thumbnail.fill(Qt::red);
-    QPixmapCache::insert(QStringLiteral(":/images/TX270.png"), thumbnail);
+    QPixmapCache::insert(":/images/TX270.png", thumbnail);
     QVERIFY(getSensorImage(TX270).size() != thumbnail.size());
     QPixmap changed = getSensorImage(TX270);
     changed.fill(Qt::red);
@@ -212,7 +212,7 @@ void TestPictures::anyThreadMayAsk()
     QMap<SensorType, QImage> expectedPictures;
     for (const expected::Model &model : expected::models)
         expectedPictures.insert(model.type, QPixmap(model.picturePath()).toImage());
-    const QImage groupPicture = QPixmap(QStringLiteral(":/images/TX-group.png")).toImage();
+    const QImage groupPicture = QPixmap(":/images/TX-group.png").toImage();
     QPixmapCache::clear();
     std::atomic<int> wrong{0};
     const auto work = [&] {

@@ -191,14 +191,13 @@ void TestSensorFeatures::recordsAreCopiedAndMovedWhole()
     const auto isMC320 = [](const SensorFeatures &features) {
         return features.type == MC320 && features.order == 63 && features.hasHelp &&
                features.hasGetAllParameters && !features.hasASCIIProtocol && !features.hidden &&
-               features.group == Silvant && features.name == QLatin1String("Silvant MC320") &&
-               features.shortName == QLatin1String("MC320") &&
-               features.image == QLatin1String(":/images/MC320.png");
+               features.group == Silvant && features.name == "Silvant MC320" && features.shortName == "MC320" &&
+               features.image == ":/images/MC320.png";
     };
     SensorFeatures original = getSensorFeatures().value(MC320);
     SensorFeatures copied(original);
     QVERIFY(isMC320(copied));
-    copied.name.append(QLatin1Char('!'));
+    copied.name.append('!');
     QVERIFY(isMC320(original));
     copied = original;
     QVERIFY(isMC320(copied));

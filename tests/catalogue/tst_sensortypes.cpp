@@ -39,7 +39,7 @@ const QList<int> numbersOfNoModel = {3,
                                      std::numeric_limits<int>::min(),
                                      std::numeric_limits<int>::max()};
 
-/// The described way to list a group: insert one type after the other where its order wants it.
+/// A straightforward implementation of the group list: inserts each type at the position of its sort key.
 QList<SensorType> listedOneByOne(int groups, bool includeHidden)
 {
     QList<SensorType> types;
@@ -63,7 +63,8 @@ class TestSensorTypes : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void lookupsFromSeveralThreadsAtOnce(); // the first, so that they race for what is prepared on first use
+    // Runs first, so that the threads race for the data initialised on first use.
+    void lookupsFromSeveralThreadsAtOnce();
     void namesOfModel_data();
     void namesOfModel();
     void unknownTypeHasNoNameAndNoGroup_data();
@@ -236,7 +237,7 @@ void TestSensorTypes::interfaceRecord()
     QTEST(interfaceName(iface, true), "libraryName");
     QCOMPARE(interfaceTable().size(), 8);
     QVERIFY(interfaceTable().contains(iface));
-    QTEST(interfaceTable().value(iface).parameterKeys.join(QLatin1Char(' ')), "keys");
+    QTEST(interfaceTable().value(iface).parameterKeys.join(' '), "keys");
 }
 
 void TestSensorTypes::unknownInterfaceHasNoNameAndIndexZero_data()
@@ -384,7 +385,7 @@ void TestSensorTypes::typesTravelThroughQueuedCalls()
 {
     Receiver receiver;
     const QList<SensorType> list = {TX270, File};
-    const SensorInfo info({{QStringLiteral("IP_SensorType"), 41}}, NoSensor);
+    const SensorInfo info({{"IP_SensorType", 41}}, NoSensor);
     std::atomic<int> accepted{0};
     std::thread caller([&] {
         accepted += QMetaObject::invokeMethod(&receiver, "takeType", Qt::QueuedConnection,
@@ -419,10 +420,10 @@ void TestSensorTypes::lookupsFromSeveralThreadsAtOnce()
             }
             wrong += sensorsInGroup(AllGroups, true).size() != 75;
             wrong += sensorGroups().size() != 16;
-            wrong += interfaceName(TCPIP, true) != QLatin1String("TCP/IP");
+            wrong += interfaceName(TCPIP, true) != "TCP/IP";
             wrong += interfaceIndex(XA200_ETH) != 10;
-            wrong += sensorGroupName(Other, true) != QLatin1String("Other");
-            wrong += !isKVBusSensorSupportedByXA300ETH(QStringLiteral("MV410"));
+            wrong += sensorGroupName(Other, true) != "Other";
+            wrong += !isKVBusSensorSupportedByXA300ETH("MV410");
         }
     };
     std::vector<std::thread> threads;

@@ -13,7 +13,7 @@ using namespace SondixQt;
 
 Q_DECLARE_METATYPE(SondixQt::VideoModeRule)
 
-/// The table of video signals against a list of its own, and the names that are made from it.
+/// Compares the video table with an independent list, and tests the names that are derived from it.
 class VideoTablesTest : public QObject
 {
     Q_OBJECT
@@ -122,17 +122,17 @@ void VideoTablesTest::parameterNames_data()
     QTest::addColumn<bool>("answer");
     QTest::addColumn<bool>("ethernet");
     QTest::addColumn<QString>("name");
-    QTest::newRow("answer, Ethernet") << true << true << QStringLiteral("SA_OutputVideoRaw_ETH");
-    QTest::newRow("answer, serial") << true << false << QStringLiteral("SA_OutputVideoRaw_RS422");
-    QTest::newRow("setting, Ethernet") << false << true << QStringLiteral("SP_OutputVideoRaw_ETH");
-    QTest::newRow("setting, serial") << false << false << QStringLiteral("SP_OutputVideoRaw_RS422");
+    QTest::newRow("answer, Ethernet") << true << true << "SA_OutputVideoRaw_ETH";
+    QTest::newRow("answer, serial") << true << false << "SA_OutputVideoRaw_RS422";
+    QTest::newRow("setting, Ethernet") << false << true << "SP_OutputVideoRaw_ETH";
+    QTest::newRow("setting, serial") << false << false << "SP_OutputVideoRaw_RS422";
 }
 
 void VideoTablesTest::parameterNames()
 {
     QFETCH(bool, answer);
     QFETCH(bool, ethernet);
-    QTEST(videoParameterName(QStringLiteral("OutputVideoRaw"), answer, ethernet), "name");
+    QTEST(videoParameterName("OutputVideoRaw", answer, ethernet), "name");
 }
 
 void VideoTablesTest::outputCommands_data()
@@ -140,17 +140,17 @@ void VideoTablesTest::outputCommands_data()
     QTest::addColumn<bool>("get");
     QTest::addColumn<bool>("ethernet");
     QTest::addColumn<QString>("command");
-    QTest::newRow("read, Ethernet") << true << true << QStringLiteral("Get_OutputVideo_ETH");
-    QTest::newRow("read, serial") << true << false << QStringLiteral("Get_OutputVideo_RS422");
-    QTest::newRow("write, Ethernet") << false << true << QStringLiteral("Update_OutputVideo_ETH");
-    QTest::newRow("write, serial") << false << false << QStringLiteral("Update_OutputVideo_RS422");
+    QTest::newRow("read, Ethernet") << true << true << "Get_OutputVideo_ETH";
+    QTest::newRow("read, serial") << true << false << "Get_OutputVideo_RS422";
+    QTest::newRow("write, Ethernet") << false << true << "Update_OutputVideo_ETH";
+    QTest::newRow("write, serial") << false << false << "Update_OutputVideo_RS422";
 }
 
 void VideoTablesTest::outputCommands()
 {
     QFETCH(bool, get);
     QFETCH(bool, ethernet);
-    QTEST(videoOutputCommand(QStringLiteral("OutputVideo"), get, ethernet), "command");
+    QTEST(videoOutputCommand("OutputVideo", get, ethernet), "command");
 }
 
 QTEST_GUILESS_MAIN(VideoTablesTest)

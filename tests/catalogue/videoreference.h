@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <SondixQt/sondixqtnamespace.h>
+
 #include <QStringList>
 #include <QVector>
 
 /// \file
-/// The video of every model, written down from the models' description independently of the library's
-/// own table.
+/// The expected video properties of every model, independent of the library's table.
 
 namespace reference {
 
@@ -27,19 +28,20 @@ struct Video
     QStringList stems;   ///< without "OutputVideo"
     QStringList answers; ///< without "SA_Video"
     const char *outputStem;
-    const char *threshold; ///< null: not touched
-    const char *roi;       ///< null: not touched
+    const char *threshold; ///< null: unchanged
+    const char *roi;       ///< null: unchanged
     int flags;
-    int channels; ///< 0: not touched
+    int channels; ///< 0: unchanged
 };
 
 inline QStringList list(const char *text)
 {
-    return QString::fromLatin1(text).split(QLatin1Char(' '));
+    return QString::fromLatin1(text).split(' ');
 }
 
 inline QVector<Video> videos()
 {
+    using namespace SondixQt;
     const QStringList oneChannel = list("Raw_Ch1 Dark_Ch1 Light_Ch1");
     const QStringList twoChannels = oneChannel + list("Raw_Ch2 Dark_Ch2 Light_Ch2");
     const QStringList five = list("Raw Dark Light DarkTable LightTable");
@@ -49,8 +51,8 @@ inline QVector<Video> videos()
     const QStringList abs = list("Abs_Ch1");
     constexpr int everything = Threshold | Roi | Stream | AnyInterface | Transmitted | VideoMode;
     return {
-        {{23}, 128, 1024, raw, list("Signal"), "", "Threshold", nullptr, AnyInterface | VideoMode, 0},
-        {{26, 30, 39, 44},
+        {{TX240}, 128, 1024, raw, list("Signal"), "", "Threshold", nullptr, AnyInterface | VideoMode, 0},
+        {{CC430, CC440, CC450, CC460},
          512,
          16384,
          five,
@@ -60,8 +62,8 @@ inline QVector<Video> videos()
          "ROI",
          Threshold | Roi | Stream | Transmitted,
          0},
-        {{29}, 512, 1024, two, two, "OutputVideo", "Threshold", "ROI", Roi | Transmitted | VideoMode, 0},
-        {{37},
+        {{TX260}, 512, 1024, two, two, "OutputVideo", "Threshold", "ROI", Roi | Transmitted | VideoMode, 0},
+        {{MC340},
          0,
          4096,
          three,
@@ -71,15 +73,24 @@ inline QVector<Video> videos()
          "ROI",
          Threshold | Roi | Stream | Transmitted | VideoMode,
          0},
-        {{42}, 512, 65536, raw, raw, "Output", "", "ROI", everything & ~Threshold, 0},
-        {{46}, 512, 4096, oneChannel, oneChannel, "Output", "MinimumThreshold", "ROI", everything, 0},
-        {{47, 62, 63}, 512, 4096, twoChannels, twoChannels, "Output", "MinimumThreshold", "ROI", everything, 2},
-        {{51, 58}, 512, 1024, raw, raw, "Output", nullptr, "ROI", everything & ~Threshold, 0},
-        {{55, 59}, 512, 4096, abs, abs, "Output", "MinimumThreshold", "ROI", everything, 1},
+        {{TX280}, 512, 65536, raw, raw, "Output", "", "ROI", everything & ~Threshold, 0},
+        {{CC470}, 512, 4096, oneChannel, oneChannel, "Output", "MinimumThreshold", "ROI", everything, 0},
+        {{CC480, CC490, CC495},
+         512,
+         4096,
+         twoChannels,
+         twoChannels,
+         "Output",
+         "MinimumThreshold",
+         "ROI",
+         everything,
+         2},
+        {{TX290, TX310}, 512, 1024, raw, raw, "Output", nullptr, "ROI", everything & ~Threshold, 0},
+        {{WI610, WI620}, 512, 4096, abs, abs, "Output", "MinimumThreshold", "ROI", everything, 1},
     };
 }
 
-/// Null for a type without video.
+/// Returns null for a type without video.
 inline const Video *video(int code)
 {
     static const QVector<Video> all = videos();

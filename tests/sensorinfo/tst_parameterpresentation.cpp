@@ -53,9 +53,9 @@ private Q_SLOTS:
 
 namespace {
 
-const QString interfaceKey = QStringLiteral("IP_Interface");
-const QString portKey = QStringLiteral("IP_Port");
-const QString serialKey = QStringLiteral("SA_SerialNumber");
+const QString interfaceKey = "IP_Interface";
+const QString portKey = "IP_Port";
+const QString serialKey = "SA_SerialNumber";
 
 QLabel *labelAt(const QGridLayout &layout, int row, int column)
 {
@@ -63,7 +63,7 @@ QLabel *labelAt(const QGridLayout &layout, int row, int column)
     return item ? qobject_cast<QLabel *>(const_cast<QLayoutItem *>(item)->widget()) : nullptr;
 }
 
-/// The table as "row: caption | value" lines; a row without labels is left out.
+/// The table as lines "row: caption | value"; empty rows are left out.
 QStringList rowsOf(const QGridLayout &layout)
 {
     QStringList rows;
@@ -71,21 +71,21 @@ QStringList rowsOf(const QGridLayout &layout)
         const QLabel *name = labelAt(layout, row, 0);
         const QLabel *value = labelAt(layout, row, 1);
         if (name || value)
-            rows.append(QStringLiteral("%1: %2 | %3")
-                            .arg(QString::number(row), name ? name->text() : QStringLiteral("no caption"),
-                                 value ? value->text() : QStringLiteral("no value")));
+            rows.append(QString("%1: %2 | %3")
+                            .arg(QString::number(row), name ? name->text() : "no caption",
+                                 value ? value->text() : "no value"));
     }
     return rows;
 }
 
-/// A grid on a widget of its own.
+/// A widget with a grid layout.
 struct Grid
 {
     QWidget widget;
     QGridLayout *layout = new QGridLayout(&widget);
 };
 
-/// Every parameter that any list of basic parameters could name, and more, each with its key as its value.
+/// All parameters that occur in a list of basic parameters and some others, each with its key as its value.
 Parameters everyParameter(int interfaceIndex)
 {
     static const char *const keys[] = {
@@ -99,7 +99,7 @@ Parameters everyParameter(int interfaceIndex)
     Parameters parameters;
     for (const char *key : keys)
         parameters.insert(QLatin1String(key), QLatin1String(key));
-    parameters.insert(QStringLiteral("IP_InterfaceIdx"), interfaceIndex);
+    parameters.insert("IP_InterfaceIdx", interfaceIndex);
     return parameters;
 }
 
@@ -145,14 +145,14 @@ void TestParameterPresentation::otherTextsHaveNoFriendlyName_data()
 {
     QTest::addColumn<QString>("parameter");
     QTest::newRow("empty") << QString();
-    QTest::newRow("not in the table") << QStringLiteral("SA_Sensor");
-    QTest::newRow("number of the interface") << QStringLiteral("IP_InterfaceIdx");
-    QTest::newRow("answer with the name of a setting") << QStringLiteral("SA_Baudrate");
-    QTest::newRow("other case") << QStringLiteral("ip_port");
-    QTest::newRow("part of a name") << QStringLiteral("IP_Por");
-    QTest::newRow("longer than a name") << QStringLiteral("IP_Port ");
-    QTest::newRow("without its marks") << QStringLiteral("Unknown");
-    QTest::newRow("a friendly name") << QStringLiteral("$Port Number$");
+    QTest::newRow("not in the table") << "SA_Sensor";
+    QTest::newRow("number of the interface") << "IP_InterfaceIdx";
+    QTest::newRow("answer with the name of a setting") << "SA_Baudrate";
+    QTest::newRow("other case") << "ip_port";
+    QTest::newRow("part of a name") << "IP_Por";
+    QTest::newRow("longer than a name") << "IP_Port ";
+    QTest::newRow("without its marks") << "Unknown";
+    QTest::newRow("a friendly name") << "$Port Number$";
 }
 
 void TestParameterPresentation::otherTextsHaveNoFriendlyName()
@@ -169,7 +169,7 @@ void TestParameterPresentation::friendlyNamesFromManyThreads()
     for (int &count : correct) {
         threads.emplace_back([&count] {
             for (int i = 0; i < calls; ++i)
-                count += friendlyParameterName(portKey) == QLatin1String("$Port Number$") ? 1 : 0;
+                count += friendlyParameterName(portKey) == "$Port Number$" ? 1 : 0;
         });
     }
     for (std::thread &thread : threads)
@@ -204,21 +204,19 @@ void TestParameterPresentation::basicParameters()
     QFETCH(int, interfaceIndex);
     QFETCH(QString, basic);
     const Parameters extracted = extractBasicParameters(SensorInfo(everyParameter(interfaceIndex), TX270));
-    QCOMPARE(QStringList(extracted.keys()).join(QLatin1Char(' ')), basic);
+    QCOMPARE(QStringList(extracted.keys()).join(' '), basic);
     for (auto parameter = extracted.begin(); parameter != extracted.end(); ++parameter)
         QCOMPARE(parameter->toString(), parameter.key());
 }
 
 void TestParameterPresentation::basicParametersAreThosePresent()
 {
-    const Parameters parameters{{QStringLiteral("IP_InterfaceIdx"), 1},
-                                {portKey, QStringLiteral("COM3")},
-                                {serialKey, 4711},
-                                {QStringLiteral("IP_RemoteAddr"), QStringLiteral("192.168.0.1")}};
-    const Parameters basic{{portKey, QStringLiteral("COM3")}, {serialKey, 4711}};
+    const Parameters parameters{
+        {"IP_InterfaceIdx", 1}, {portKey, "COM3"}, {serialKey, 4711}, {"IP_RemoteAddr", "192.168.0.1"}};
+    const Parameters basic{{portKey, "COM3"}, {serialKey, 4711}};
     QCOMPARE(extractBasicParameters(SensorInfo(parameters, TX270)), basic);
 
-    const Parameters none{{QStringLiteral("IP_InterfaceIdx"), 1}, {QStringLiteral("SA_Sensor"), 5}};
+    const Parameters none{{"IP_InterfaceIdx", 1}, {"SA_Sensor", 5}};
     QCOMPARE(extractBasicParameters(SensorInfo(none, TX270)), Parameters());
 }
 
@@ -237,8 +235,8 @@ void TestParameterPresentation::withoutKnownInterfaceAllParametersAreBasic_data(
 {
     QTest::addColumn<Parameters>("parameters");
     Parameters withoutInterface = everyParameter(0);
-    withoutInterface.remove(QStringLiteral("IP_InterfaceIdx"));
-    withoutInterface.insert(QStringLiteral("SA_NoValue"), QVariant());
+    withoutInterface.remove("IP_InterfaceIdx");
+    withoutInterface.insert("SA_NoValue", QVariant());
     QTest::newRow("no interface number") << withoutInterface;
     QTest::newRow("interface 0") << everyParameter(0);
     QTest::newRow("an unknown interface") << everyParameter(4);
@@ -271,20 +269,20 @@ void TestParameterPresentation::noParametersAddNothing()
 void TestParameterPresentation::unnamedParameterIsLeftOut()
 {
     Grid grid;
-    const Parameters parameters{{QStringLiteral("SA_Sensor"), QStringLiteral("TX270")}};
+    const Parameters parameters{{"SA_Sensor", "TX270"}};
     createParameterTable(grid.layout, parameters, true);
     QCOMPARE(grid.layout->count(), 0);
     QVERIFY(grid.widget.findChildren<QWidget *>().isEmpty());
 
-    createParameterTable(grid.layout, {{QString(), QStringLiteral("a value without a key")}}, false);
+    createParameterTable(grid.layout, {{QString(), "a value without a key"}}, false);
     QCOMPARE(grid.layout->count(), 0);
 }
 
 void TestParameterPresentation::keyIsTheCaptionWithoutFriendlyNames()
 {
     Grid grid;
-    createParameterTable(grid.layout, {{QStringLiteral("SA_Sensor"), QStringLiteral("TX270")}}, false);
-    QCOMPARE(rowsOf(*grid.layout), QStringList(QStringLiteral("2: SA_Sensor | TX270")));
+    createParameterTable(grid.layout, {{"SA_Sensor", "TX270"}}, false);
+    QCOMPARE(rowsOf(*grid.layout), QStringList("2: SA_Sensor | TX270"));
     QCOMPARE(grid.layout->count(), 2);
     QCOMPARE(grid.layout->rowCount(), 3);
     QCOMPARE(grid.layout->columnCount(), 2);
@@ -293,11 +291,10 @@ void TestParameterPresentation::keyIsTheCaptionWithoutFriendlyNames()
 void TestParameterPresentation::interfaceAndPortComeFirst()
 {
     Grid grid;
-    const Parameters parameters{
-        {interfaceKey, QStringLiteral("RS232")}, {portKey, QStringLiteral("COM3")}, {serialKey, 4711}};
+    const Parameters parameters{{interfaceKey, "RS232"}, {portKey, "COM3"}, {serialKey, 4711}};
     createParameterTable(grid.layout, parameters, true);
-    const QStringList rows{QStringLiteral("0: $Interface$ | RS232"), QStringLiteral("1: $Port Number$ | COM3"),
-                           QStringLiteral("2: $Serial Number (Controller)$ | 4711")};
+    const QStringList rows{"0: $Interface$ | RS232", "1: $Port Number$ | COM3",
+                           "2: $Serial Number (Controller)$ | 4711"};
     QCOMPARE(rowsOf(*grid.layout), rows);
 }
 
@@ -305,22 +302,17 @@ void TestParameterPresentation::rowsOfInterfaceAndPortStayReserved_data()
 {
     QTest::addColumn<Parameters>("parameters");
     QTest::addColumn<QStringList>("rows");
-    const QString baudrate = QStringLiteral("IP_Baudrate");
-    QTest::newRow("neither") << Parameters{{serialKey, 1}}
-                             << QStringList{QStringLiteral("2: SA_SerialNumber | 1")};
+    const QString baudrate = "IP_Baudrate";
+    QTest::newRow("neither") << Parameters{{serialKey, 1}} << QStringList{"2: SA_SerialNumber | 1"};
     QTest::newRow("interface only") << Parameters{{interfaceKey, 1}, {serialKey, 2}}
-                                    << QStringList{QStringLiteral("0: IP_Interface | 1"),
-                                                   QStringLiteral("2: SA_SerialNumber | 2")};
+                                    << QStringList{"0: IP_Interface | 1", "2: SA_SerialNumber | 2"};
     QTest::newRow("port only") << Parameters{{portKey, 1}, {serialKey, 2}}
-                               << QStringList{QStringLiteral("1: IP_Port | 1"),
-                                              QStringLiteral("2: SA_SerialNumber | 2")};
-    QTest::newRow("port alone") << Parameters{{portKey, 1}} << QStringList{QStringLiteral("1: IP_Port | 1")};
+                               << QStringList{"1: IP_Port | 1", "2: SA_SerialNumber | 2"};
+    QTest::newRow("port alone") << Parameters{{portKey, 1}} << QStringList{"1: IP_Port | 1"};
     QTest::newRow("a key before both") << Parameters{{baudrate, 9600}, {interfaceKey, 1}, {portKey, 2}}
-                                       << QStringList{QStringLiteral("0: IP_Interface | 1"),
-                                                      QStringLiteral("1: IP_Port | 2"),
-                                                      QStringLiteral("2: IP_Baudrate | 9600")};
-    QTest::newRow("other case is another key")
-        << Parameters{{QStringLiteral("ip_port"), 1}} << QStringList{QStringLiteral("2: ip_port | 1")};
+                                       << QStringList{"0: IP_Interface | 1", "1: IP_Port | 2",
+                                                      "2: IP_Baudrate | 9600"};
+    QTest::newRow("other case is another key") << Parameters{{"ip_port", 1}} << QStringList{"2: ip_port | 1"};
 }
 
 void TestParameterPresentation::rowsOfInterfaceAndPortStayReserved()
@@ -337,26 +329,26 @@ void TestParameterPresentation::othersFollowInKeyOrder()
     Grid grid;
     createParameterTable(grid.layout, everyParameter(3), true);
     const QStringList rows{
-        QStringLiteral("0: $Interface$ | IP_Interface"),
-        QStringLiteral("1: $Port Number$ | IP_Port"),
-        QStringLiteral("2: $Baudrate$ | IP_Baudrate"),
-        QStringLiteral("3: $Byte Size$ | IP_ByteSize"),
-        QStringLiteral("4: $Card Instance$ | IP_CardInstance"),
-        QStringLiteral("5: $Channel Number$ | IP_ChannelNumber"),
-        QStringLiteral("6: $Device Instance$ | IP_DeviceInstance"),
-        QStringLiteral("7: $Parity$ | IP_Parity"),
-        QStringLiteral("8: $IP Address$ | IP_RemoteAddr"),
-        QStringLiteral("9: Sensor Address | IP_SensorAddress"),
-        QStringLiteral("10: $SensorType$ | IP_SensorTypeName"),
-        QStringLiteral("11: $Serial Number (Interface)$ | IP_SerialNumber"),
-        QStringLiteral("12: $Stopbits$ | IP_Stopbits"),
-        QStringLiteral("13: $Serial Number (Controller)$ | SA_ControllerSerialNumber"),
-        QStringLiteral("14: $Host Name$ | SA_DHCPName"),
-        QStringLiteral("15: $Network Adapter$ | SA_LocalAdapterDescription"),
-        QStringLiteral("16: $MAC Address$ | SA_MacAddress"),
-        QStringLiteral("17: $Serial Number (Controller)$ | SA_SerialNumber"),
-        QStringLiteral("18: $Software Version$ | SA_Softwareversion"),
-        QStringLiteral("19: $Subnet Mask$ | SA_SubnetMask"),
+        "0: $Interface$ | IP_Interface",
+        "1: $Port Number$ | IP_Port",
+        "2: $Baudrate$ | IP_Baudrate",
+        "3: $Byte Size$ | IP_ByteSize",
+        "4: $Card Instance$ | IP_CardInstance",
+        "5: $Channel Number$ | IP_ChannelNumber",
+        "6: $Device Instance$ | IP_DeviceInstance",
+        "7: $Parity$ | IP_Parity",
+        "8: $IP Address$ | IP_RemoteAddr",
+        "9: Sensor Address | IP_SensorAddress",
+        "10: $SensorType$ | IP_SensorTypeName",
+        "11: $Serial Number (Interface)$ | IP_SerialNumber",
+        "12: $Stopbits$ | IP_Stopbits",
+        "13: $Serial Number (Controller)$ | SA_ControllerSerialNumber",
+        "14: $Host Name$ | SA_DHCPName",
+        "15: $Network Adapter$ | SA_LocalAdapterDescription",
+        "16: $MAC Address$ | SA_MacAddress",
+        "17: $Serial Number (Controller)$ | SA_SerialNumber",
+        "18: $Software Version$ | SA_Softwareversion",
+        "19: $Subnet Mask$ | SA_SubnetMask",
     };
     QCOMPARE(rowsOf(*grid.layout), rows);
 }
@@ -364,12 +356,12 @@ void TestParameterPresentation::othersFollowInKeyOrder()
 void TestParameterPresentation::labelsAreSetUp()
 {
     Grid grid;
-    createParameterTable(grid.layout, {{interfaceKey, QStringLiteral("RS232")}, {serialKey, 4711}}, true);
+    createParameterTable(grid.layout, {{interfaceKey, "RS232"}, {serialKey, 4711}}, true);
     const QSizePolicy maximum(QSizePolicy::Maximum, QSizePolicy::Maximum);
     for (const int row : {0, 2}) {
         const QLabel *name = labelAt(*grid.layout, row, 0);
         QVERIFY(name);
-        QCOMPARE(name->objectName(), QStringLiteral("name"));
+        QCOMPARE(name->objectName(), "name");
         QCOMPARE(name->sizePolicy().horizontalPolicy(), maximum.horizontalPolicy());
         QCOMPARE(name->sizePolicy().verticalPolicy(), maximum.verticalPolicy());
         QCOMPARE(name->textInteractionFlags(), QLabel().textInteractionFlags());
@@ -377,14 +369,14 @@ void TestParameterPresentation::labelsAreSetUp()
 
         const QLabel *value = labelAt(*grid.layout, row, 1);
         QVERIFY(value);
-        QCOMPARE(value->objectName(), QStringLiteral("value"));
+        QCOMPARE(value->objectName(), "value");
         QCOMPARE(value->sizePolicy().horizontalPolicy(), maximum.horizontalPolicy());
         QCOMPARE(value->sizePolicy().verticalPolicy(), maximum.verticalPolicy());
         QCOMPARE(value->textInteractionFlags(), Qt::TextInteractionFlags(Qt::TextBrowserInteraction));
         QCOMPARE(value->cursor().shape(), Qt::IBeamCursor);
     }
-    QCOMPARE(grid.widget.findChildren<QLabel *>(QStringLiteral("name")).size(), 2);
-    QCOMPARE(grid.widget.findChildren<QLabel *>(QStringLiteral("value")).size(), 2);
+    QCOMPARE(grid.widget.findChildren<QLabel *>("name").size(), 2);
+    QCOMPARE(grid.widget.findChildren<QLabel *>("value").size(), 2);
 }
 
 void TestParameterPresentation::cellsSpanOneRowAndColumn()
@@ -408,17 +400,15 @@ void TestParameterPresentation::cellsSpanOneRowAndColumn()
 void TestParameterPresentation::secondTableFollowsTheFirst()
 {
     Grid grid;
-    createParameterTable(grid.layout, {{portKey, QStringLiteral("COM3")}, {serialKey, 1}}, true);
+    createParameterTable(grid.layout, {{portKey, "COM3"}, {serialKey, 1}}, true);
     QCOMPARE(grid.layout->rowCount(), 3);
-    createParameterTable(grid.layout, {{QStringLiteral("IP_Baudrate"), 9600}, {serialKey, 2}}, true);
+    createParameterTable(grid.layout, {{"IP_Baudrate", 9600}, {serialKey, 2}}, true);
     QCOMPARE(grid.layout->rowCount(), 5);
-    const QStringList rows{
-        QStringLiteral("1: $Port Number$ | COM3"), QStringLiteral("2: $Serial Number (Controller)$ | 1"),
-        QStringLiteral("3: $Baudrate$ | 9600"), QStringLiteral("4: $Serial Number (Controller)$ | 2")};
+    const QStringList rows{"1: $Port Number$ | COM3", "2: $Serial Number (Controller)$ | 1",
+                           "3: $Baudrate$ | 9600", "4: $Serial Number (Controller)$ | 2"};
     QCOMPARE(rowsOf(*grid.layout), rows);
 
-    createParameterTable(grid.layout, {{interfaceKey, QStringLiteral("RS232")}, {portKey, QStringLiteral("COM4")}},
-                         true);
+    createParameterTable(grid.layout, {{interfaceKey, "RS232"}, {portKey, "COM4"}}, true);
     QCOMPARE(grid.layout->rowCount(), 5);
     QCOMPARE(grid.layout->count(), 12);
     int row = -1;
@@ -426,7 +416,7 @@ void TestParameterPresentation::secondTableFollowsTheFirst()
     int rowSpan = 0;
     int columnSpan = 0;
     grid.layout->getItemPosition(11, &row, &column, &rowSpan, &columnSpan);
-    QCOMPARE(qobject_cast<QLabel *>(grid.layout->itemAt(11)->widget())->text(), QStringLiteral("COM4"));
+    QCOMPARE(qobject_cast<QLabel *>(grid.layout->itemAt(11)->widget())->text(), "COM4");
     QCOMPARE(row, 1);
     QCOMPARE(column, 1);
 }
@@ -434,10 +424,10 @@ void TestParameterPresentation::secondTableFollowsTheFirst()
 void TestParameterPresentation::tableFollowsWhatTheLayoutHolds()
 {
     Grid grid;
-    grid.layout->addWidget(new QLabel(QStringLiteral("heading")), 6, 0);
-    createParameterTable(grid.layout, {{interfaceKey, QStringLiteral("RS232")}, {serialKey, 1}}, true);
-    const QStringList rows{QStringLiteral("0: $Interface$ | RS232"), QStringLiteral("6: heading | no value"),
-                           QStringLiteral("7: $Serial Number (Controller)$ | 1")};
+    grid.layout->addWidget(new QLabel("heading"), 6, 0);
+    createParameterTable(grid.layout, {{interfaceKey, "RS232"}, {serialKey, 1}}, true);
+    const QStringList rows{"0: $Interface$ | RS232", "6: heading | no value",
+                           "7: $Serial Number (Controller)$ | 1"};
     QCOMPARE(rowsOf(*grid.layout), rows);
 }
 
@@ -483,24 +473,24 @@ void TestParameterPresentation::valuesAsText_data()
         QTest::newRow(title) << value << text;
     };
     row("invalid", QVariant(), QString());
-    row("bool", true, QStringLiteral("true"));
-    row("int", -2147483647 - 1, QStringLiteral("-2147483648"));
-    row("unsigned", 4294967295U, QStringLiteral("4294967295"));
-    row("long long", Q_INT64_C(-9223372036854775807), QStringLiteral("-9223372036854775807"));
-    row("unsigned long long", Q_UINT64_C(18446744073709551615), QStringLiteral("18446744073709551615"));
-    row("double", 0.25, QStringLiteral("0.25"));
-    row("float", 0.5F, QStringLiteral("0.5"));
+    row("bool", true, "true");
+    row("int", -2147483647 - 1, "-2147483648");
+    row("unsigned", 4294967295U, "4294967295");
+    row("long long", Q_INT64_C(-9223372036854775807), "-9223372036854775807");
+    row("unsigned long long", Q_UINT64_C(18446744073709551615), "18446744073709551615");
+    row("double", 0.25, "0.25");
+    row("float", 0.5F, "0.5");
     row("character", QChar(0x00b5), QString(QChar(0x00b5)));
-    row("text", QStringLiteral("XA100/PCI"), QStringLiteral("XA100/PCI"));
+    row("text", "XA100/PCI", "XA100/PCI");
     row("text beyond Latin-1", QString::fromUtf8("Řez 2"), QString::fromUtf8("Řez 2"));
     row("bytes are UTF-8", QByteArray("5 \xc2\xb5m"), QString::fromUtf8("5 µm"));
-    row("date", QDate(2026, 2, 3), QStringLiteral("2026-02-03"));
-    row("time", QTime(4, 5, 6), QStringLiteral("04:05:06.000"));
-    row("address", QUrl(QStringLiteral("http://192.168.0.1/a")), QStringLiteral("http://192.168.0.1/a"));
-    row("list of one text", QStringList(QStringLiteral("one")), QStringLiteral("one"));
-    row("list of texts", QStringList({QStringLiteral("one"), QStringLiteral("two")}), QString());
+    row("date", QDate(2026, 2, 3), "2026-02-03");
+    row("time", QTime(4, 5, 6), "04:05:06.000");
+    row("address", QUrl("http://192.168.0.1/a"), "http://192.168.0.1/a");
+    row("list of one text", QStringList("one"), "one");
+    row("list of texts", QStringList({"one", "two"}), QString());
     row("list", QVariantList({1, 2}), QString());
-    row("map", QVariantMap({{QStringLiteral("a"), 1}}), QString());
+    row("map", QVariantMap({{"a", 1}}), QString());
     row("size", QSize(1, 2), QString());
 }
 
@@ -523,7 +513,7 @@ void TestParameterPresentation::everyTypeIsShownAsItsText()
             continue;
         const QVariant value(type, nullptr);
         Grid grid;
-        createParameterTable(grid.layout, {{QStringLiteral("SA_Value"), value}}, false);
+        createParameterTable(grid.layout, {{"SA_Value", value}}, false);
         const QLabel *label = labelAt(*grid.layout, 2, 1);
         QVERIFY2(label, QMetaType::typeName(type));
         QCOMPARE(label->text(), value.toString());
@@ -534,27 +524,27 @@ void TestParameterPresentation::everyTypeIsShownAsItsText()
 
 void TestParameterPresentation::tableOfASensor()
 {
-    const SensorInfo sensor({{QStringLiteral("IP_InterfaceIdx"), 6},
-                             {QStringLiteral("IP_SensorType"), 41},
-                             {interfaceKey, QStringLiteral("XA200")},
-                             {QStringLiteral("IP_CardInstance"), 0},
-                             {QStringLiteral("IP_ChannelNumber"), 1},
-                             {QStringLiteral("IP_Baudrate"), 921600},
-                             {QStringLiteral("IP_SerialNumber"), 1203},
-                             {QStringLiteral("IP_Parity"), 0},
-                             {serialKey, QStringLiteral("18050123")},
-                             {QStringLiteral("SA_Softwareversion"), QStringLiteral("001.004")}},
+    const SensorInfo sensor({{"IP_InterfaceIdx", 6},
+                             {"IP_SensorType", 41},
+                             {interfaceKey, "XA200"},
+                             {"IP_CardInstance", 0},
+                             {"IP_ChannelNumber", 1},
+                             {"IP_Baudrate", 921600},
+                             {"IP_SerialNumber", 1203},
+                             {"IP_Parity", 0},
+                             {serialKey, "18050123"},
+                             {"SA_Softwareversion", "001.004"}},
                             NoSensor);
     Grid grid;
     createParameterTable(grid.layout, extractBasicParameters(sensor), true);
     const QStringList rows{
-        QStringLiteral("0: $Interface$ | XA200"),
-        QStringLiteral("2: $Baudrate$ | 921600"),
-        QStringLiteral("3: $Card Instance$ | 0"),
-        QStringLiteral("4: $Channel Number$ | 1"),
-        QStringLiteral("5: $Serial Number (Interface)$ | 1203"),
-        QStringLiteral("6: $Serial Number (Controller)$ | 18050123"),
-        QStringLiteral("7: $Software Version$ | 001.004"),
+        "0: $Interface$ | XA200",
+        "2: $Baudrate$ | 921600",
+        "3: $Card Instance$ | 0",
+        "4: $Channel Number$ | 1",
+        "5: $Serial Number (Interface)$ | 1203",
+        "6: $Serial Number (Controller)$ | 18050123",
+        "7: $Software Version$ | 001.004",
     };
     QCOMPARE(rowsOf(*grid.layout), rows);
 

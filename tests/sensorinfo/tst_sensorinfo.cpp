@@ -14,10 +14,10 @@ Q_DECLARE_METATYPE(Parameters)
 
 namespace {
 
-const QString typeKey = QStringLiteral("IP_SensorType");
-const QString indexKey = QStringLiteral("IP_InterfaceIdx");
-const QString sensorKey = QStringLiteral("SA_Sensor");
-const QString controllerKey = QStringLiteral("SA_ControllerName");
+const QString typeKey = "IP_SensorType";
+const QString indexKey = "IP_InterfaceIdx";
+const QString sensorKey = "SA_Sensor";
+const QString controllerKey = "SA_ControllerName";
 
 SensorType decided(int reported, const QString &name)
 {
@@ -101,16 +101,16 @@ void TestSensorInfo::defaultDescriptionIsEmpty()
 void TestSensorInfo::explicitTypeIsKept()
 {
     QCOMPARE(SensorInfo({{typeKey, 1}}, TX270).sensorType(), TX270);
-    QCOMPARE(SensorInfo({{typeKey, 43}, {sensorKey, QStringLiteral("EC840")}}, MV4xx).sensorType(), MV4xx);
+    QCOMPARE(SensorInfo({{typeKey, 43}, {sensorKey, "EC840"}}, MV4xx).sensorType(), MV4xx);
     QCOMPARE(SensorInfo({}, static_cast<SensorType>(-7)).sensorType(), static_cast<SensorType>(-7));
 }
 
 void TestSensorInfo::withoutReportedTypeTheTypeStaysUnknown()
 {
-    QCOMPARE(SensorInfo({{sensorKey, QStringLiteral("MV410")}}, NoSensor).sensorType(), NoSensor);
-    QCOMPARE(SensorInfo({{sensorKey, QStringLiteral("TX270")}}, NoSensor).sensorType(), NoSensor);
-    QCOMPARE(decided(0, QStringLiteral("MV410")), NoSensor);
-    QCOMPARE(decided(0, QStringLiteral("EC840")), NoSensor);
+    QCOMPARE(SensorInfo({{sensorKey, "MV410"}}, NoSensor).sensorType(), NoSensor);
+    QCOMPARE(SensorInfo({{sensorKey, "TX270"}}, NoSensor).sensorType(), NoSensor);
+    QCOMPARE(decided(0, "MV410"), NoSensor);
+    QCOMPARE(decided(0, "EC840"), NoSensor);
 }
 
 void TestSensorInfo::reportedTypeIsReadFromAnyNumber_data()
@@ -118,7 +118,7 @@ void TestSensorInfo::reportedTypeIsReadFromAnyNumber_data()
     QTest::addColumn<QVariant>("value");
     QTest::addColumn<int>("type");
     QTest::newRow("int") << QVariant(41) << 41;
-    QTest::newRow("text") << QVariant(QStringLiteral("41")) << 41;
+    QTest::newRow("text") << QVariant("41") << 41;
     QTest::newRow("bytes") << QVariant(QByteArray("41")) << 41;
     QTest::newRow("double") << QVariant(41.0) << 41;
     QTest::newRow("unsigned") << QVariant(41U) << 41;
@@ -128,11 +128,11 @@ void TestSensorInfo::reportedTypeIsReadFromAnyNumber_data()
     QTest::newRow("negative") << QVariant(-41) << -41;
     QTest::newRow("smallest") << QVariant(std::numeric_limits<int>::min()) << std::numeric_limits<int>::min();
     QTest::newRow("largest") << QVariant(std::numeric_limits<int>::max()) << std::numeric_limits<int>::max();
-    QTest::newRow("model name") << QVariant(QStringLiteral("TX270")) << 0;
+    QTest::newRow("model name") << QVariant("TX270") << 0;
     QTest::newRow("empty text") << QVariant(QString()) << 0;
-    QTest::newRow("text with a fraction") << QVariant(QStringLiteral("41.5")) << 0;
-    QTest::newRow("hexadecimal text") << QVariant(QStringLiteral("0x29")) << 0;
-    QTest::newRow("text beyond int") << QVariant(QStringLiteral("4294967337")) << 0;
+    QTest::newRow("text with a fraction") << QVariant("41.5") << 0;
+    QTest::newRow("hexadecimal text") << QVariant("0x29") << 0;
+    QTest::newRow("text beyond int") << QVariant("4294967337") << 0;
     QTest::newRow("long beyond int") << QVariant(qlonglong(4294967337)) << 0;
     QTest::newRow("unsigned beyond int") << QVariant(4294967295U) << 0;
     QTest::newRow("double beyond int") << QVariant(1e300) << 0;
@@ -151,8 +151,8 @@ void TestSensorInfo::controllerNameStandsInForAnEmptySensorName_data()
 {
     QTest::addColumn<Parameters>("parameters");
     QTest::addColumn<SensorType>("type");
-    const QString converterName = QStringLiteral("XA300/ETH_DV-12");
-    const QString converterMV = QStringLiteral("XA300/ETH_MV410");
+    const QString converterName = "XA300/ETH_DV-12";
+    const QString converterMV = "XA300/ETH_MV410";
     QTest::newRow("empty sensor name") << Parameters{{typeKey, 34},
                                                      {sensorKey, QString()},
                                                      {controllerKey, converterName}}
@@ -165,7 +165,7 @@ void TestSensorInfo::controllerNameStandsInForAnEmptySensorName_data()
                                               {controllerKey, converterName}}
                                 << MV410_XA300ETH;
     QTest::newRow("sensor name that says nothing")
-        << Parameters{{typeKey, 34}, {sensorKey, QStringLiteral("?")}, {controllerKey, converterName}} << XA300;
+        << Parameters{{typeKey, 34}, {sensorKey, "?"}, {controllerKey, converterName}} << XA300;
     QTest::newRow("no name") << Parameters{{typeKey, 34}} << XA300;
     QTest::newRow("bus family without name") << Parameters{{typeKey, 43}} << GenericKVBus;
 }
@@ -249,7 +249,7 @@ void TestSensorInfo::busSensorByCatalogueName_data()
     row(20043, "DV-12", DVxxx);
     row(20043, "EC850", EC850);
     row(20043, "GY320", GY320);
-    // In display order, which is not the longest name and not the first in the text.
+    // The first type in display order, not the longest name or the first name in the text.
     row(43, "mv410", MV4xx);
     row(43, "mv430 cp740", CP740);
     row(43, "gy330 gy310", GY310);
@@ -320,7 +320,7 @@ void TestSensorInfo::equalityComparesParameters_data()
     QTest::addColumn<Parameters>("one");
     QTest::addColumn<Parameters>("other");
     QTest::addColumn<bool>("equal");
-    const QString key = QStringLiteral("SA_SerialNumber");
+    const QString key = "SA_SerialNumber";
     QTest::newRow("both empty") << Parameters{} << Parameters{} << true;
     QTest::newRow("equal") << Parameters{{key, 7}, {typeKey, 1}} << Parameters{{typeKey, 1}, {key, 7}} << true;
     QTest::newRow("other value") << Parameters{{key, 7}} << Parameters{{key, 8}} << false;
@@ -340,19 +340,19 @@ void TestSensorInfo::equalityComparesParameters()
 
 void TestSensorInfo::parametersAreFoundByExactKey()
 {
-    const SensorInfo info({{sensorKey, QStringLiteral("probe")}, {typeKey, QVariant()}}, NoSensor);
+    const SensorInfo info({{sensorKey, "probe"}, {typeKey, QVariant()}}, NoSensor);
     QVERIFY(info.contains(sensorKey));
     QVERIFY(info.contains(typeKey));
     QVERIFY(!info.contains(sensorKey.toLower()));
     QVERIFY(!info.contains(QString()));
-    QCOMPARE(info.getParameter(sensorKey), QVariant(QStringLiteral("probe")));
+    QCOMPARE(info.getParameter(sensorKey), QVariant("probe"));
     QVERIFY(!info.getParameter(typeKey).isValid());
-    QVERIFY(!info.getParameter(QStringLiteral("SA_sensor")).isValid());
+    QVERIFY(!info.getParameter("SA_sensor").isValid());
 }
 
 void TestSensorInfo::emptyKeyListSelectsAllParameters()
 {
-    const Parameters parameters = {{sensorKey, QStringLiteral("probe")}, {typeKey, 41}, {indexKey, QVariant()}};
+    const Parameters parameters = {{sensorKey, "probe"}, {typeKey, 41}, {indexKey, QVariant()}};
     QCOMPARE(SensorInfo(parameters, NoSensor).getParameters({}), parameters);
 }
 
@@ -361,7 +361,7 @@ void TestSensorInfo::absentAndInvalidParametersAreLeftOut()
     const SensorInfo info({{sensorKey, QString()}, {typeKey, 41}, {indexKey, QVariant()}}, NoSensor);
     const Parameters selected = {{sensorKey, QString()}, {typeKey, 41}};
     QCOMPARE(info.getParameters({sensorKey, typeKey, indexKey, controllerKey, typeKey}), selected);
-    QVERIFY(info.getParameters({controllerKey, QStringLiteral("ip_sensortype")}).isEmpty());
+    QVERIFY(info.getParameters({controllerKey, "ip_sensortype"}).isEmpty());
     QVERIFY(info.getParameters({QString()}).isEmpty());
 }
 
@@ -382,8 +382,8 @@ void TestSensorInfo::interfaceIsFoundByItsIndex_data()
     QTest::newRow("10") << QVariant(10) << XA200_ETH;
     QTest::newRow("flag value") << QVariant(64) << NoInterface;
     QTest::newRow("negative") << QVariant(-1) << NoInterface;
-    QTest::newRow("text") << QVariant(QStringLiteral("10")) << XA200_ETH;
-    QTest::newRow("no number") << QVariant(QStringLiteral("TCP/IP")) << NoInterface;
+    QTest::newRow("text") << QVariant("10") << XA200_ETH;
+    QTest::newRow("no number") << QVariant("TCP/IP") << NoInterface;
     QTest::newRow("beyond int") << QVariant(qlonglong(4294967306)) << NoInterface;
     QTest::newRow("invalid") << QVariant() << NoInterface;
 }
@@ -420,28 +420,28 @@ void TestSensorInfo::interfaceParametersAreThoseOfTheInterface()
     QFETCH(int, index);
     QFETCH(QString, keys);
     const QStringList everything =
-        QStringLiteral("IP_Interface IP_Port IP_Baudrate IP_Stopbits IP_ByteSize IP_Parity IP_SensorAddress "
-                       "IP_DeviceInstance SA_SerialNumber IP_ChannelNumber IP_SensorTypeName SA_Softwareversion "
-                       "IP_RemoteAddr IP_RemotePort IP_DataPort SA_MacAddress IP_AddressFamily IP_CardInstance "
-                       "IP_SensorType SA_Sensor SA_ControllerName SA_ArticleNumber")
-            .split(QLatin1Char(' '));
+        QString("IP_Interface IP_Port IP_Baudrate IP_Stopbits IP_ByteSize IP_Parity IP_SensorAddress "
+                "IP_DeviceInstance SA_SerialNumber IP_ChannelNumber IP_SensorTypeName SA_Softwareversion "
+                "IP_RemoteAddr IP_RemotePort IP_DataPort SA_MacAddress IP_AddressFamily IP_CardInstance "
+                "IP_SensorType SA_Sensor SA_ControllerName SA_ArticleNumber")
+            .split(' ');
     Parameters parameters = {{indexKey, index}};
     for (const QString &key : everything)
-        parameters.insert(key, QStringLiteral("value of ") + key);
+        parameters.insert(key, "value of " + key);
 
-    QStringList listed = keys.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    QStringList listed = keys.split(' ', Qt::SkipEmptyParts);
     listed.sort();
     const Parameters selected = SensorInfo(parameters, NoSensor).getInterfaceParameters();
     QCOMPARE(QStringList(selected.keys()), listed);
     for (auto it = selected.begin(); it != selected.end(); ++it)
-        QCOMPARE(it.value(), QVariant(QStringLiteral("value of ") + it.key()));
+        QCOMPARE(it.value(), QVariant("value of " + it.key()));
 
     QVERIFY(SensorInfo({{indexKey, index}}, NoSensor).getInterfaceParameters().isEmpty());
 }
 
 void TestSensorInfo::interfaceParametersMayBeInvalid()
 {
-    const QString port = QStringLiteral("IP_Port");
+    const QString port = "IP_Port";
     const Parameters selected = SensorInfo({{indexKey, 1}, {port, QVariant()}}, NoSensor).getInterfaceParameters();
     QCOMPARE(selected.keys(), QList<QString>{port});
     QVERIFY(!selected.value(port).isValid());

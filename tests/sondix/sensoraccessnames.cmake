@@ -1,7 +1,7 @@
 # Run as a script: cmake -DDEF=<file> -DHEADER=<file> -DSIMULATOR_HEADER=<file> -DSIMULATOR=<library> -DLIBRARY=<library> -DWINDOWS=<bool>
 #     -DOBJDUMP=<program> -DNM=<program> -P sensoraccessnames.cmake
-# The list for the import library, the declarations, the simulator's exports and what SondixQt really asks the
-# loader for are the same names.
+# Checks that the list for the import library, the declarations, the exports of the simulator and the imports of
+# SondixQt are the same names.
 cmake_minimum_required(VERSION 3.25)
 
 function(compare what names)
@@ -16,7 +16,7 @@ endfunction()
 # output_of(<variable> <command>...): the lines that the command writes.
 function(output_of variable)
     execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
-    string(REGEX REPLACE "[][]" "" text "${text}") # brackets would hold lists together
+    string(REGEX REPLACE "[][]" "" text "${text}") # a semicolon between brackets does not separate list elements
     string(REPLACE "\n" ";" lines "${text}")
     set(${variable} ${lines} PARENT_SCOPE)
 endfunction()
@@ -34,7 +34,7 @@ file(STRINGS ${HEADER} declared REGEX "^SONDIX_IMPORT ")
 list(TRANSFORM declared REPLACE "^SONDIX_IMPORT [a-z0-9_]+ ([A-Za-z]+)\\(.*$" "\\1")
 compare("The declarations" "${declared}")
 
-# The library and the simulator declare the functions each for itself, and C linkage would not notice a difference.
+# The library and the simulator have separate declarations, and the linker does not detect a difference in C linkage.
 function(declarations variable file macro)
     file(READ ${file} text)
     string(REGEX REPLACE "\n#[^\n]*|//[^\n]*" "" text "${text}")

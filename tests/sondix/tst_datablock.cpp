@@ -89,9 +89,9 @@ void TestDataBlock::integersOfAnswers_data()
     QTest::newRow("huge") << QVariant(1e300) << 0;
     QTest::newRow("infinite") << QVariant(-std::numeric_limits<double>::infinity()) << 0;
     QTest::newRow("not a number") << QVariant(std::numeric_limits<double>::quiet_NaN()) << 0;
-    QTest::newRow("text of a number") << QVariant(QStringLiteral("12")) << 12;
-    QTest::newRow("text of a large number") << QVariant(QStringLiteral("99999999999")) << 0;
-    QTest::newRow("other text") << QVariant(QStringLiteral("x")) << 0;
+    QTest::newRow("text of a number") << QVariant("12") << 12;
+    QTest::newRow("text of a large number") << QVariant("99999999999") << 0;
+    QTest::newRow("other text") << QVariant("x") << 0;
 }
 
 void TestDataBlock::integersOfAnswers()

@@ -10,7 +10,7 @@ using namespace SondixQt;
 
 using Texts = QHash<int, QString>;
 
-/// Which error a scaled value stands for, and how a sensor's list of error texts is read.
+/// Tests the error number of a scaled value and the parser for a sensor's list of error texts.
 class ErrorValuesTest : public QObject
 {
     Q_OBJECT
@@ -83,10 +83,9 @@ void ErrorValuesTest::textsOfASource()
 
 void ErrorValuesTest::textsAreAddedToThoseThatAreThere()
 {
-    Texts texts = {{1, QStringLiteral("kept")}, {2, QStringLiteral("replaced")}};
-    addErrorValueTexts(QStringLiteral("2: new\r\n3: added"), texts);
-    QCOMPARE(texts,
-             (Texts{{1, QStringLiteral("kept")}, {2, QStringLiteral("new")}, {3, QStringLiteral("added")}}));
+    Texts texts = {{1, "kept"}, {2, "replaced"}};
+    addErrorValueTexts("2: new\r\n3: added", texts);
+    QCOMPARE(texts, (Texts{{1, "kept"}, {2, "new"}, {3, "added"}}));
 }
 
 QTEST_GUILESS_MAIN(ErrorValuesTest)

@@ -8,11 +8,11 @@
 
 #include <algorithm>
 
-/// The described rules of a complete answer word by word, with the regular expression itself.
+/// Parses a complete answer with the regular expression that defines its syntax.
 inline QMap<QString, QVariant> parseByPattern(const QString &answer)
 {
-    static const QRegularExpression pattern(QStringLiteral("%1=%2").arg(
-        QStringLiteral("([^\\s\"]+)"), QStringLiteral("(\"(?:[^\"\\\\]++|\\\\.)*+\"|[^\"\\s]+)")));
+    static const QRegularExpression pattern(
+        QStringLiteral("%1=%2").arg("([^\\s\"]+)", "(\"(?:[^\"\\\\]++|\\\\.)*+\"|[^\"\\s]+)"));
     QMap<QString, QVariant> result;
     QRegularExpressionMatchIterator matches = pattern.globalMatch(answer);
     while (matches.hasNext()) {
@@ -23,11 +23,11 @@ inline QMap<QString, QVariant> parseByPattern(const QString &answer)
         QString text = match.captured(2);
         bool ok = true;
         QVariant value;
-        if (text.startsWith(QLatin1Char('"')))
-            value = text.remove(QLatin1Char('"'));
-        else if (text.contains(QLatin1Char('.')))
+        if (text.startsWith('"'))
+            value = text.remove('"');
+        else if (text.contains('.'))
             value = text.toDouble(&ok);
-        else if (text.contains(QLatin1String("0x")))
+        else if (text.contains("0x"))
             value = text;
         else
             value = text.toInt(&ok, 10);
@@ -39,7 +39,7 @@ inline QMap<QString, QVariant> parseByPattern(const QString &answer)
     return result;
 }
 
-/// Equal keys with equal values of equal types: QVariant's own comparison converts.
+/// Compares keys, values and their types. QVariant::operator== alone would convert the types.
 inline bool identical(const QMap<QString, QVariant> &a, const QMap<QString, QVariant> &b)
 {
     return std::equal(a.keyValueBegin(), a.keyValueEnd(), b.keyValueBegin(), b.keyValueEnd(),

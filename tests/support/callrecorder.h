@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-/// Records the calls of the C interface while it lives.
+/// Records the calls of the C interface during its lifetime.
 class CallRecorder
 {
 public:
@@ -23,7 +23,7 @@ public:
     CallRecorder(const CallRecorder &) = delete;
     CallRecorder &operator=(const CallRecorder &) = delete;
 
-    /// The calls since the last look, as text.
+    /// Returns the calls since the last take(), as text.
     QStringList take()
     {
         QStringList texts;
@@ -34,9 +34,8 @@ public:
     }
 };
 
-/// The two calls of which every command consists.
+/// The two calls that send a command.
 inline QStringList commandCalls(const QString &command)
 {
-    return {QStringLiteral("SetParameterString(\"S_Command\", \"%1\")").arg(command),
-            QStringLiteral("SensorCommand()")};
+    return {QStringLiteral("SetParameterString(\"S_Command\", \"%1\")").arg(command), "SensorCommand()"};
 }

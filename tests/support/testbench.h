@@ -9,7 +9,7 @@
 #include <QtTest>
 #include <QVariant>
 
-/// The bench of the unit tests: one sensor of each kind that they need, each at a place of its own.
+/// Loads the bench of the unit tests: one sensor of each kind, each with its own address.
 inline void loadTestBench()
 {
     sondixsim::loadBench(R"({
@@ -28,32 +28,24 @@ inline void loadTestBench()
     sondixsim::useVirtualClock();
 }
 
-/// How the test bench's sensor of \a type is reached.
+/// The interface parameters of the test bench's sensor of \a type.
 inline QMap<QString, QVariant> testBenchParameters(SondixQt::SensorType type)
 {
     using Parameters = QMap<QString, QVariant>;
-    const auto serial = [](int port) {
-        return Parameters{{QStringLiteral("IP_Interface"), QStringLiteral("RS232")},
-                          {QStringLiteral("IP_Port"), port}};
-    };
+    const auto serial = [](int port) { return Parameters{{"IP_Interface", "RS232"}, {"IP_Port", port}}; };
     static const QMap<SondixQt::SensorType, Parameters> places{
         {SondixQt::TX270, serial(3)},
-        {SondixQt::CP720,
-         {{QStringLiteral("IP_Interface"), QStringLiteral("TCP/IP")},
-          {QStringLiteral("IP_RemoteAddr"), QStringLiteral("192.168.0.20")}}},
+        {SondixQt::CP720, {{"IP_Interface", "TCP/IP"}, {"IP_RemoteAddr", "192.168.0.20"}}},
         {SondixQt::RG52x, serial(4)},
         {SondixQt::RG53x, serial(5)},
         {SondixQt::CP740, serial(6)},
         {SondixQt::EC830, serial(7)},
-        {SondixQt::MultiSensor,
-         {{QStringLiteral("IP_Interface"), QStringLiteral("RS232")},
-          {QStringLiteral("IP_Port"), 8},
-          {QStringLiteral("IP_SensorCount"), 2}}},
+        {SondixQt::MultiSensor, {{"IP_Interface", "RS232"}, {"IP_Port", 8}, {"IP_SensorCount", 2}}},
     };
     return places.value(type);
 }
 
-/// A sensor of the test bench, opened.
+/// An open sensor of the test bench.
 class OpenSensorInstance
 {
 public:

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// Included before every test unit: the units of a folder are one program, which takes the unit's name as its first
-/// argument. Each unit's main() becomes an entry of the program's list.
+/// Precompiled into every test unit: the units of a folder are one program, which takes the name of the unit to
+/// run as its first argument. The main() of each unit is registered in a list.
 class TestUnit
 {
 public:

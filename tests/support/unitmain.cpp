@@ -39,7 +39,7 @@ int TestUnit::run(int argc, char *argv[])
             std::fprintf(stderr, "  %s\n", name.c_str());
         return 2;
     }
-    // The unit sees its own arguments only.
+    // The unit gets the arguments without its name.
     argv[1] = argv[0];
     return unit->second(argc - 1, argv + 1);
 }
