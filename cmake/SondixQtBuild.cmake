@@ -11,6 +11,16 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 
+# moc need not wait for the libraries that a target is linked to.
+set(CMAKE_AUTOGEN_ORIGIN_DEPENDS OFF)
+
+# The compiler cache, where it is installed. The variable lets it take precompiled headers.
+find_program(SONDIXQT_CCACHE ccache DOC "Compiler cache; an empty value builds without")
+if(PROJECT_IS_TOP_LEVEL AND SONDIXQT_CCACHE AND "${CMAKE_CXX_COMPILER_LAUNCHER}" MATCHES "^(.*ccache)?$")
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${SONDIXQT_CCACHE})
+endif()
+
 if(SONDIXQT_BUILD_FUZZERS)
     if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
         message(FATAL_ERROR "The fuzzers need clang's libFuzzer: configure with -DCMAKE_CXX_COMPILER=clang++")
