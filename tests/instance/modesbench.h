@@ -3,6 +3,7 @@
 
 #include "catalogue/videoreference.h"
 #include "support/callrecorder.h"
+#include "support/scripting.h"
 
 #include <SondixQt/SensorInstance>
 
@@ -12,27 +13,33 @@
 #include <QtTest>
 
 /// \file
-/// A bench with sensors of the models that have modes, a trigger, synchronisation or video, and of some
-/// that have none; each once at a serial line and once in the network.
+/// A bench with sensors of the models that have modes, a trigger, synchronisation or video, and of some that have
+/// none. Each sensor exists twice: on a serial line and on Ethernet.
 
 namespace modesbench {
 
 enum Interface { Serial, Ethernet };
 
-inline QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 inline const QMap<int, const char *> &models()
 {
     static const QMap<int, const char *> all = {
-        {1, "TX210"},   {2, "TX220"},         {15, "CP710"}, {16, "CP720"},  {18, "CB910"}, {23, "TX240"},
-        {24, "TX250"},  {26, "CC430"},        {28, "EC810"}, {29, "TX260"},  {30, "CC440"}, {33, "CP730"},
-        {34, "XA300"},  {35, "PG110"},        {37, "MC340"}, {38, "QUnit"},  {39, "CC450"}, {41, "TX270"},
-        {42, "TX280"},  {43, "GenericKVBus"}, {44, "CC460"}, {45, "CB92xx"}, {46, "CC470"}, {47, "CC480"},
-        {48, "Spessa"}, {51, "TX290"},        {54, "CP750"}, {55, "WI610"},  {56, "TX300"}, {58, "TX310"},
-        {59, "WI620"},  {60, "RG540"},        {62, "CC490"}, {63, "CC495"},
+        {SondixQt::TX210, "TX210"},   {SondixQt::TX220, "TX220"},
+        {SondixQt::CP710, "CP710"},   {SondixQt::CP720, "CP720"},
+        {SondixQt::CB910, "CB910"},   {SondixQt::TX240, "TX240"},
+        {SondixQt::TX250, "TX250"},   {SondixQt::CC430, "CC430"},
+        {SondixQt::EC810, "EC810"},   {SondixQt::TX260, "TX260"},
+        {SondixQt::CC440, "CC440"},   {SondixQt::CP730, "CP730"},
+        {SondixQt::XA300, "XA300"},   {SondixQt::PG110, "PG110"},
+        {SondixQt::MC340, "MC340"},   {SondixQt::QUnit, "QUnit"},
+        {SondixQt::CC450, "CC450"},   {SondixQt::TX270, "TX270"},
+        {SondixQt::TX280, "TX280"},   {SondixQt::GenericKVBus, "GenericKVBus"},
+        {SondixQt::CC460, "CC460"},   {SondixQt::CB92xx, "CB92xx"},
+        {SondixQt::CC470, "CC470"},   {SondixQt::CC480, "CC480"},
+        {SondixQt::Spessa, "Spessa"}, {SondixQt::TX290, "TX290"},
+        {SondixQt::CP750, "CP750"},   {SondixQt::WI610, "WI610"},
+        {SondixQt::TX300, "TX300"},   {SondixQt::TX310, "TX310"},
+        {SondixQt::WI620, "WI620"},   {SondixQt::RG540, "RG540"},
+        {SondixQt::CC490, "CC490"},   {SondixQt::CC495, "CC495"},
     };
     return all;
 }
@@ -40,12 +47,12 @@ inline const QMap<int, const char *> &models()
 inline QJsonObject settings(int code)
 {
     QJsonObject groups{
-        {name("Trigger"), QJsonObject{{name("SA_TrgMode"), 0}}},
-        {name("Settings"), QJsonObject{{name("SA_OutputMode"), 0}, {name("SA_Sync_TrgMode"), 0}}},
-        {name("TriggerMode"), QJsonObject{{name("SA_TriggerMode"), 0}}},
-        {name("TriggerSource"), QJsonObject{{name("SA_TriggerSource"), 0}}},
-        {name("MeasureMode"), QJsonObject{{name("SA_MeasureMode"), 0}}},
-        {name("SyncMode"), QJsonObject{{name("SA_SyncMode"), 0}, {name("SA_SyncTermination"), 1}}},
+        {"Trigger", QJsonObject{{"SA_TrgMode", 0}}},
+        {"Settings", QJsonObject{{"SA_OutputMode", 0}, {"SA_Sync_TrgMode", 0}}},
+        {"TriggerMode", QJsonObject{{"SA_TriggerMode", 0}}},
+        {"TriggerSource", QJsonObject{{"SA_TriggerSource", 0}}},
+        {"MeasureMode", QJsonObject{{"SA_MeasureMode", 0}}},
+        {"SyncMode", QJsonObject{{"SA_SyncMode", 0}, {"SA_SyncTermination", 1}}},
     };
     const reference::Video *video = reference::video(code);
     if (!video)
@@ -53,10 +60,10 @@ inline QJsonObject settings(int code)
     for (const char *suffix : {"_ETH", "_RS422"}) {
         QJsonObject switches;
         for (const QString &stem : video->stems)
-            switches.insert(name("SA_OutputVideo") + stem + name(suffix), 0);
-        // A model whose switches no command reads has them all the same.
-        const QString group = *video->outputStem != '\0' ? name(video->outputStem) : name("NoCommand");
-        groups.insert(group + name(suffix), switches);
+            switches.insert("SA_OutputVideo" + stem + QString(suffix), 0);
+        // Some models have switches, but no command that reads them.
+        const QString group = *video->outputStem != '\0' ? QString(video->outputStem) : "NoCommand";
+        groups.insert(group + QString(suffix), switches);
     }
     return groups;
 }
@@ -64,12 +71,12 @@ inline QJsonObject settings(int code)
 inline QJsonObject place(int code, Interface interface)
 {
     if (interface == Serial)
-        return {{name("interface"), name("RS232")}, {name("port"), QString::number(code)}};
-    return {{name("interface"), name("TCP/IP")}, {name("ip"), name("192.168.7.%1").arg(code)}};
+        return {{"interface", "RS232"}, {"port", QString::number(code)}};
+    return {{"interface", "TCP/IP"}, {"ip", QString("192.168.7.%1").arg(code)}};
 }
 
-/// Loads the bench with the sensors of the types \a codes, also of bus variants; nothing is scripted or
-/// recorded afterwards.
+/// Loads the bench with sensors of the types \a codes, which may be bus variants. Clears all scripts and
+/// recordings.
 inline void load(const QVector<int> &codes)
 {
     QJsonArray sensors;
@@ -77,58 +84,28 @@ inline void load(const QVector<int> &codes)
         const int code = variant % 10000;
         for (const Interface interface : {Serial, Ethernet}) {
             sensors.append(QJsonObject{
-                {name("model"), name(models().value(code))},
-                {name("serialNumber"), QString::number(1000 + 1000 * interface + code)},
-                {name("place"), place(code, interface)},
-                {name("info"), QJsonObject{{name("SA_Range"), 46.0}}},
-                {name("settings"), settings(code)},
+                {"model", QString(models().value(code))},
+                {"serialNumber", QString::number(1000 + 1000 * interface + code)},
+                {"place", place(code, interface)},
+                {"info", QJsonObject{{"SA_Range", 46.0}}},
+                {"settings", settings(code)},
             });
         }
     }
-    const QJsonObject bench{{name("name"), name("modes")}, {name("sensors"), sensors}};
+    const QJsonObject bench{{"name", "modes"}, {"sensors", sensors}};
     sondixsim::loadBench(QJsonDocument(bench).toJson().toStdString());
     sondixsim::useVirtualClock();
 }
 
-/// How the sensor of the type \a code, also of a bus variant, is reached.
+/// The interface parameters of the sensor of the type \a code, which may be a bus variant.
 inline QMap<QString, QVariant> parameters(int code, Interface interface)
 {
     if (interface == Serial)
-        return {{name("IP_Interface"), name("RS232")}, {name("IP_Port"), code % 10000}};
-    return {{name("IP_Interface"), name("TCP/IP")},
-            {name("IP_RemoteAddr"), name("192.168.7.%1").arg(code % 10000)}};
+        return {{"IP_Interface", "RS232"}, {"IP_Port", code % 10000}};
+    return {{"IP_Interface", "TCP/IP"}, {"IP_RemoteAddr", QString("192.168.7.%1").arg(code % 10000)}};
 }
 
-/// The sensor answers \a command with \a pairs from now on.
-inline int answer(const char *command, const char *pairs)
-{
-    sondixsim::Fault fault;
-    fault.command = command;
-    fault.answer = pairs;
-    return sondixsim::inject(fault);
-}
-
-/// \a command fails from now on.
-inline int failCommand(const char *command, int code, const char *text = "told to fail")
-{
-    sondixsim::Fault fault;
-    fault.command = command;
-    fault.code = code;
-    fault.text = text;
-    return sondixsim::inject(fault);
-}
-
-/// Staging or reading \a parameter fails from now on.
-inline int failParameter(const char *parameter, int code, const char *text = "told to fail")
-{
-    sondixsim::Fault fault;
-    fault.parameter = parameter;
-    fault.code = code;
-    fault.text = text;
-    return sondixsim::inject(fault);
-}
-
-/// A sensor of the bench, opened.
+/// An open sensor of the bench.
 class Sensor
 {
 public:
@@ -137,10 +114,10 @@ public:
     {
         QString errorText;
         if (instance.open(parameters(code, interface), &errorText) != SondixQt::NoError)
-            QTest::qFail(qPrintable(name("cannot open: ") + errorText), __FILE__, __LINE__);
+            QTest::qFail(qPrintable(QString("cannot open: ") + errorText), __FILE__, __LINE__);
     }
 
-    /// The same object for another sensor, which is opened.
+    /// Uses the same object for another sensor and opens it.
     void become(int code, Interface interface = Ethernet)
     {
         instance = SondixQt::SensorInstance(SondixQt::SensorType(code));
@@ -157,29 +134,29 @@ private:
 
 inline QString getInt(const QString &parameter)
 {
-    return name("GetParameterInt(\"%1\")").arg(parameter);
+    return QString("GetParameterInt(\"%1\")").arg(parameter);
 }
 
 inline QString setInt(const QString &parameter, int value)
 {
-    return name("SetParameterInt(\"%1\", %2)").arg(parameter).arg(value);
+    return QString("SetParameterInt(\"%1\", %2)").arg(parameter).arg(value);
 }
 
-/// A command and the one integer that is read from its answer.
-inline QStringList askInt(const char *command, const char *parameter)
+/// The calls that send a command and read one integer from its answer.
+inline QStringList readInt(const char *command, const char *parameter)
 {
-    return commandCalls(name(command)) + QStringList(getInt(name(parameter)));
+    return commandCalls(command) + QStringList(getInt(parameter));
 }
 
-/// One integer and the command that is sent with it.
-inline QStringList tellInt(const char *command, const char *parameter, int value)
+/// The calls that send a command with one integer parameter.
+inline QStringList writeInt(const char *command, const char *parameter, int value)
 {
-    return QStringList(setInt(name(parameter), value)) + commandCalls(name(command));
+    return QStringList(setInt(parameter, value)) + commandCalls(command);
 }
 
 inline QStringList withoutErrorTexts(QStringList calls)
 {
-    calls.removeAll(name("GetError(4096)"));
+    calls.removeAll("GetError(4096)");
     return calls;
 }
 

@@ -10,7 +10,7 @@
 
 #include <numeric>
 
-/// A sensor that only ever delivers what a test puts into it, in frames of three values.
+/// A sensor that delivers exactly the values that a test puts into it, in frames of three values.
 class TransferSensor
 {
 public:
@@ -32,7 +32,7 @@ public:
 
     SondixQt::SensorInstance *operator->() { return &instance; }
 
-    /// Puts \a count values into the sensor.
+    /// Adds \a count values to the data of the sensor.
     void put(int count, double timestamp = 12.5)
     {
         const QVector<int> raw = rawValues(count);

@@ -2,6 +2,7 @@
 #include <SondixQt/SpecialSensorInstance>
 
 #include "support/callrecorder.h"
+#include "support/scripting.h"
 #include "support/testbench.h"
 
 #include <functional>
@@ -12,25 +13,13 @@ using Parameters = QMap<QString, QVariant>;
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
-void answer(const char *command, const char *text)
-{
-    sondixsim::Fault fault;
-    fault.command = command;
-    fault.answer = text;
-    sondixsim::inject(fault);
-}
-
 QString staged(const char *parameter, int value)
 {
-    return name("SetParameterInt(\"%1\", %2)").arg(name(parameter)).arg(value);
+    return QString("SetParameterInt(\"%1\", %2)").arg(QString(parameter)).arg(value);
 }
 
-/// Lets two threads work on one instance; the first call that belongs to no whole sequence, or empty.
+/// Runs two threads on one instance. Returns the first call that is not part of a complete sequence, or an empty
+/// string.
 QString firstTornCall(const std::function<void()> &first, const std::function<void()> &second,
                       const QList<QStringList> &sequences)
 {
@@ -51,15 +40,15 @@ QString firstTornCall(const std::function<void()> &first, const std::function<vo
             return calls.mid(position, sequence.size()) == sequence;
         });
         if (whole == sequences.cend())
-            return name("call %1: ").arg(position) + calls.at(position);
+            return QString("call %1: ").arg(position) + calls.at(position);
         position += whole->size();
     }
-    return calls.isEmpty() ? name("no call at all") : QString();
+    return calls.isEmpty() ? "no call at all" : QString();
 }
 
 } // namespace
 
-/// Two threads on one instance: what belongs together stays together.
+/// Two threads on one instance: their command sequences are not interleaved.
 class CommandThreadsTest : public QObject
 {
     Q_OBJECT
@@ -74,8 +63,8 @@ private Q_SLOTS:
 void CommandThreadsTest::init()
 {
     loadTestBench();
-    answer("Do_A", "SA_X=1");
-    answer("Do_B", "SA_X=2");
+    scriptAnswer("Do_A", "SA_X=1");
+    scriptAnswer("Do_B", "SA_X=2");
 }
 
 void CommandThreadsTest::stagingFormsStayWhole()
@@ -83,27 +72,27 @@ void CommandThreadsTest::stagingFormsStayWhole()
     OpenSensorInstance sensor(TX270);
     const QString torn = firstTornCall(
         [&] {
-            sensor->sendCommand(name("Do_A"), name("SP_A"), 1);
-            sensor->sendCommand(name("Do_A"), Parameters{{name("SP_A"), 1}});
+            sensor->sendCommand("Do_A", "SP_A", 1);
+            sensor->sendCommand("Do_A", Parameters{{"SP_A", 1}});
         },
         [&] {
-            sensor->sendCommand(name("Do_B"), name("SP_B"), true);
+            sensor->sendCommand("Do_B", "SP_B", true);
             sensor->clearAllParameters();
-            sensor->sendCommand(name("Do_B"), Parameters{{name("SP_B"), 1}});
+            sensor->sendCommand("Do_B", Parameters{{"SP_B", 1}});
         },
-        {QStringList(staged("SP_A", 1)) + commandCalls(name("Do_A")),
-         QStringList(staged("SP_B", 1)) + commandCalls(name("Do_B")),
-         {name("ClearAllParameters()")}});
+        {QStringList(staged("SP_A", 1)) + commandCalls("Do_A"),
+         QStringList(staged("SP_B", 1)) + commandCalls("Do_B"),
+         {"ClearAllParameters()"}});
     QCOMPARE(torn, QString());
 }
 
 void CommandThreadsTest::loggingSwitchStaysWhole()
 {
     OpenSensorInstance sensor(TX270);
-    const QString torn = firstTornCall(
-        [&] { sensor->disableLogging(); }, [&] { sensor->sendCommand(name("Do_B"), name("SP_B"), 1); },
-        {QStringList(staged("IP_EnableLogging", 0)) + commandCalls(name("Enable_Logging")),
-         QStringList(staged("SP_B", 1)) + commandCalls(name("Do_B"))});
+    const QString torn =
+        firstTornCall([&] { sensor->disableLogging(); }, [&] { sensor->sendCommand("Do_B", "SP_B", 1); },
+                      {QStringList(staged("IP_EnableLogging", 0)) + commandCalls("Enable_Logging"),
+                       QStringList(staged("SP_B", 1)) + commandCalls("Do_B")});
     QCOMPARE(torn, QString());
 }
 
@@ -113,19 +102,18 @@ void CommandThreadsTest::actionsStayAroundTheirCommand()
     QCOMPARE(sensor.open(testBenchParameters(RG53x)), NoError);
     sensor.setTrackingMode(5);
     const auto between = [](const QStringList &calls) {
-        return commandCalls(name("StopTracking")) + calls + commandCalls(name("SpeedTracking"));
+        return commandCalls("StopTracking") + calls + commandCalls("SpeedTracking");
     };
-    const QStringList readX(name("GetParameterInt(\"SA_X\")"));
+    const QStringList readX("GetParameterInt(\"SA_X\")");
     const QString torn = firstTornCall(
         [&] {
             int value = 0;
-            sensor.sendCommandGetInt(name("Do_A"), name("SA_X"), value);
+            sensor.sendCommandGetInt("Do_A", "SA_X", value);
         },
         [&] {
-            sensor.sendCommand(name("Do_B"), Parameters{{name("SP_B"), 1}});
+            sensor.sendCommand("Do_B", Parameters{{"SP_B", 1}});
         },
-        {between(commandCalls(name("Do_A")) + readX),
-         between(QStringList(staged("SP_B", 1)) + commandCalls(name("Do_B")))});
+        {between(commandCalls("Do_A") + readX), between(QStringList(staged("SP_B", 1)) + commandCalls("Do_B"))});
     QCOMPARE(torn, QString());
 }
 

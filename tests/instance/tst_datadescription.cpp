@@ -36,11 +36,6 @@ namespace {
 
 const char *const command = "Get_TransmittedDataInfo";
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 TransmittedDataInfo describe(SensorType type, const QByteArray &answer)
 {
     SensorInstance instance(type);
@@ -94,19 +89,19 @@ void TestDataDescription::everyFieldIsRead()
         const SignalInfo &signal = info.signals.at(number - 1);
         const double hundreds = number * 100;
         QCOMPARE(signal.index, number * 1000 + 1);
-        QCOMPARE(signal.rawName, name("raw %1").arg(number));
-        QCOMPARE(signal.scaledName, name("scaled %1").arg(number));
+        QCOMPARE(signal.rawName, QString("raw %1").arg(number));
+        QCOMPARE(signal.scaledName, QString("scaled %1").arg(number));
         QCOMPARE(signal.rawRangeMin, hundreds * 10 + 2.5);
         QCOMPARE(signal.rawRangeMax, hundreds * 10 + 3.5);
         QCOMPARE(signal.scaledRangeMin, -(hundreds * 10 + 4.5));
         QCOMPARE(signal.scaledRangeMax, hundreds * 10 + 5.5);
         QCOMPARE(signal.viewRange, hundreds * 10 + 6.5);
-        QCOMPARE(signal.rawUnit, name("digit %1").arg(number));
-        QCOMPARE(signal.scaledUnit, name("mm %1").arg(number));
+        QCOMPARE(signal.rawUnit, QString("digit %1").arg(number));
+        QCOMPARE(signal.scaledUnit, QString("mm %1").arg(number));
         QCOMPARE(signal.rawDatarate, hundreds * 10 + 7.5);
         QCOMPARE(signal.scaledDatarate, hundreds * 10 + 8.5);
         QCOMPARE(signal.majorSignal, number % 2 == 1);
-        QCOMPARE(signal.additionalInfo, name("info %1").arg(number));
+        QCOMPARE(signal.additionalInfo, QString("info %1").arg(number));
     }
 }
 
@@ -132,13 +127,13 @@ void TestDataDescription::callsOfADescription()
     scriptAnswer(command, "IA_ValuesPerFrame=1");
     CallRecorder recorder;
     TransmittedDataInfo info;
-    QString errorText = name("old");
+    QString errorText = "old";
     QCOMPARE(instance.transmittedDataInfo(info, &errorText), NoError);
     QCOMPARE(errorText, QString());
     const QStringList calls = recorder.take();
-    QCOMPARE(calls.mid(0, 3), commandCalls(name(command)) + QStringList(name("GetParameters(null)")));
+    QCOMPARE(calls.mid(0, 3), commandCalls(command) + QStringList("GetParameters(null)"));
     QCOMPARE(calls.size(), 4);
-    QVERIFY(calls.at(3).startsWith(name("GetParameters(")));
+    QVERIFY(calls.at(3).startsWith("GetParameters("));
 }
 
 void TestDataDescription::failureLeavesTheDescription()
@@ -150,7 +145,7 @@ void TestDataDescription::failureLeavesTheDescription()
     QString errorText;
     scriptCommandFailure(command, PartialFailure26);
     QCOMPARE(instance.transmittedDataInfo(info, &errorText), PartialFailure26);
-    QCOMPARE(errorText, name(scriptedFailure));
+    QCOMPARE(errorText, QString(scriptedFailure));
     QCOMPARE(messages.size(), 1);
     QCOMPARE(info, before);
     QCOMPARE(info.datarate, 12.5);
@@ -194,7 +189,7 @@ void TestDataDescription::unusualNumbers()
     QCOMPARE(info.signals.at(0).index, 0);
     QCOMPARE(info.signals.at(0).majorSignal, true);
     QCOMPARE(info.signals.at(0).viewRange, 12.5);
-    QCOMPARE(info.signals.at(0).rawName, name("17"));
+    QCOMPARE(info.signals.at(0).rawName, "17");
 }
 
 void TestDataDescription::eachCallDescribesAnew()
@@ -220,7 +215,7 @@ void TestDataDescription::descriptionOfASimulatedSensor()
     QVERIFY(info.valuesPerFrame > 0);
     QCOMPARE(info.signals.size(), info.valuesPerFrame);
     QVERIFY(!info.signals.first().scaledName.isEmpty());
-    QCOMPARE(info.signals.first().scaledUnit, name("mm"));
+    QCOMPARE(info.signals.first().scaledUnit, "mm");
 }
 
 void TestDataDescription::inertialSignals_data()
@@ -232,7 +227,7 @@ void TestDataDescription::inertialSignals_data()
     QTest::addColumn<QString>("unit");
     const auto add = [](int type, int position, const char *reported, const char *scaledName, const char *unit) {
         QTest::newRow((QByteArray::number(type) + ' ' + QByteArray::number(position) + ' ' + reported).constData())
-            << type << position << name(reported) << name(scaledName) << name(unit);
+            << type << position << QString(reported) << QString(scaledName) << QString(unit);
     };
     constexpr int gy310 = 30043;
     constexpr int gy330 = 40043;
@@ -276,7 +271,7 @@ void TestDataDescription::inertialSignals()
     const SignalInfo &signal = info.signals.last();
     QCOMPARE(signal.scaledName, scaledName);
     QCOMPARE(signal.scaledUnit, unit);
-    QCOMPARE(signal.rawName, name("Switch Off (raw)"));
+    QCOMPARE(signal.rawName, "Switch Off (raw)");
 }
 
 void TestDataDescription::inertialNamesOfOtherTypesStay_data()
@@ -292,8 +287,8 @@ void TestDataDescription::inertialNamesOfOtherTypesStay()
     QFETCH(int, type);
     const TransmittedDataInfo info =
         describe(SensorType(type), "IA_ValuesPerFrame=1 IA_Scaled_Name1=\"Switch Off (g)\" IA_Scaled_Unit1=\"g\"");
-    QCOMPARE(info.signals.at(0).scaledName, name("Switch Off (g)"));
-    QCOMPARE(info.signals.at(0).scaledUnit, name("g"));
+    QCOMPARE(info.signals.at(0).scaledName, "Switch Off (g)");
+    QCOMPARE(info.signals.at(0).scaledUnit, "g");
 }
 
 void TestDataDescription::channelCount()

@@ -2,6 +2,7 @@
 #include <SondixQt/SensorInstance>
 
 #include "support/callrecorder.h"
+#include "support/scripting.h"
 #include "support/testbench.h"
 
 #include <QSignalSpy>
@@ -14,24 +15,9 @@ using namespace SondixQt;
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
-int failCommand(const char *command, int code, const char *text, bool silent = false)
-{
-    sondixsim::Fault fault;
-    fault.command = command;
-    fault.code = code;
-    fault.text = text;
-    fault.silent = silent;
-    return sondixsim::inject(fault);
-}
-
 } // namespace
 
-/// Texts, debug lines and the signal that a result of the C interface becomes.
+/// How results of the C interface are reported: by texts, debug output and the signal.
 class ErrorReportingTest : public QObject
 {
     Q_OBJECT
@@ -60,7 +46,7 @@ void ErrorReportingTest::init()
 void ErrorReportingTest::successClearsAnOldText()
 {
     SensorInstance sensor(TX270);
-    QString text = name("old");
+    QString text = "old";
     sensor.checkError(NoError, &text, true);
     QCOMPARE(text, QString());
 }
@@ -78,41 +64,41 @@ void ErrorReportingTest::successTouchesNothingElse()
 void ErrorReportingTest::failureIsLoggedAndSignalledWithoutAText()
 {
     OpenSensorInstance sensor(TX270);
-    failCommand("Get_X", -12, "too hot");
+    scriptCommandFailure("Get_X", -12, "too hot");
     QSignalSpy messages(sensor.get(), &SensorInstance::errorMessage);
     QTest::ignoreMessage(QtDebugMsg, "SensorInstance::checkError: too hot");
-    QCOMPARE(int(sensor->sendCommand(name("Get_X"), nullptr)), -12);
+    QCOMPARE(int(sensor->sendCommand("Get_X", nullptr)), -12);
     QCOMPARE(messages.size(), 1);
     QCOMPARE(int(messages.at(0).at(0).value<ErrorCode>()), -12);
-    QCOMPARE(messages.at(0).at(1).toString(), name("too hot"));
+    QCOMPARE(messages.at(0).at(1).toString(), "too hot");
 }
 
 void ErrorReportingTest::failureFillsTheText()
 {
     OpenSensorInstance sensor(TX270);
-    failCommand("Get_X", -12, "too hot");
-    QString text = name("old");
-    QCOMPARE(int(sensor->sendCommand(name("Get_X"), &text)), -12);
-    QCOMPARE(text, name("too hot"));
+    scriptCommandFailure("Get_X", -12, "too hot");
+    QString text = "old";
+    QCOMPARE(int(sensor->sendCommand("Get_X", &text)), -12);
+    QCOMPARE(text, "too hot");
 }
 
 void ErrorReportingTest::signalIsSentOnDemandOnly()
 {
     OpenSensorInstance sensor(TX270);
-    failCommand("Get_X", -12, "too hot");
-    sensor->sendCommand(name("Get_X"));
+    scriptCommandFailure("Get_X", -12, "too hot");
+    sensor->sendCommand("Get_X");
     QSignalSpy messages(sensor.get(), &SensorInstance::errorMessage);
     QString text;
     sensor->checkError(ErrorCode(-12), &text, false);
-    QCOMPARE(text, name("too hot"));
+    QCOMPARE(text, "too hot");
     QCOMPARE(messages.size(), 0);
 }
 
 void ErrorReportingTest::signalCarriesTheLibrarysOwnLastError()
 {
     OpenSensorInstance sensor(TX270);
-    failCommand("Get_X", -12, "too hot");
-    sensor->sendCommand(name("Get_X"));
+    scriptCommandFailure("Get_X", -12, "too hot");
+    sensor->sendCommand("Get_X");
     QSignalSpy messages(sensor.get(), &SensorInstance::errorMessage);
     sensor->checkError(ErrorCode(-99), nullptr, true);
     QCOMPARE(messages.size(), 1);
@@ -122,49 +108,49 @@ void ErrorReportingTest::signalCarriesTheLibrarysOwnLastError()
 void ErrorReportingTest::unexplainedFailureLeavesTextAndSignalAlone()
 {
     OpenSensorInstance sensor(TX270);
-    failCommand("Get_X", -12, "too hot", true);
+    scriptCommandFailure("Get_X", -12, "too hot", true);
     QSignalSpy messages(sensor.get(), &SensorInstance::errorMessage);
-    QString text = name("old");
-    // The text is cleared where staging the command's name succeeds, before the command fails.
-    QCOMPARE(int(sensor->sendCommand(name("Get_X"), &text)), -12);
+    QString text = "old";
+    // The text is cleared when staging the name of the command succeeds, before the command itself fails.
+    QCOMPARE(int(sensor->sendCommand("Get_X", &text)), -12);
     QCOMPARE(text, QString());
-    text = name("old");
+    text = "old";
     sensor->checkError(ErrorCode(-12), &text, true);
-    QCOMPARE(text, name("old"));
+    QCOMPARE(text, "old");
     QCOMPARE(messages.size(), 0);
 }
 
 void ErrorReportingTest::textIsWindows1250AndBounded()
 {
     OpenSensorInstance sensor(TX270);
-    const int fault = failCommand("Get_X", -12, "\x8e\xb5 too hot");
+    const int fault = scriptCommandFailure("Get_X", -12, "\x8e\xb5 too hot");
     QString text;
-    sensor->sendCommand(name("Get_X"), &text);
+    sensor->sendCommand("Get_X", &text);
     QCOMPARE(text, QStringLiteral("\u017d\u00b5 too hot"));
     sondixsim::removeFault(fault);
 
-    failCommand("Get_X", -12, std::string(10000, 'x').c_str());
-    sensor->sendCommand(name("Get_X"), &text);
+    scriptCommandFailure("Get_X", -12, std::string(10000, 'x').c_str());
+    sensor->sendCommand("Get_X", &text);
     QVERIFY(text.size() >= 4095 && text.size() <= 4096);
 }
 
 void ErrorReportingTest::slotMaySendCommands()
 {
     OpenSensorInstance sensor(TX270);
-    failCommand("Get_X", -12, "too hot");
+    scriptCommandFailure("Get_X", -12, "too hot");
     bool open = false;
     connect(sensor.get(), &SensorInstance::errorMessage, this, [&] { open = sensor->isOpen(); });
     QString text;
-    QCOMPARE(int(sensor->sendCommand(name("Get_X"), &text)), -12);
+    QCOMPARE(int(sensor->sendCommand("Get_X", &text)), -12);
     QVERIFY(open);
-    QCOMPARE(text, name("too hot"));
+    QCOMPARE(text, "too hot");
 }
 
 void ErrorReportingTest::everyThreadGetsItsOwnText()
 {
     OpenSensorInstance sensor(TX270);
-    failCommand("Get_A", -1, "failure of A");
-    failCommand("Get_B", -2, "failure of B");
+    scriptCommandFailure("Get_A", -1, "failure of A");
+    scriptCommandFailure("Get_B", -2, "failure of B");
     std::atomic<int> mixedUp{0};
     const auto work = [&](const QString &command, int code, const QString &expected) {
         for (int i = 0; i < 500; ++i) {
@@ -173,8 +159,8 @@ void ErrorReportingTest::everyThreadGetsItsOwnText()
                 ++mixedUp;
         }
     };
-    std::thread first(work, name("Get_A"), -1, name("failure of A"));
-    std::thread second(work, name("Get_B"), -2, name("failure of B"));
+    std::thread first(work, "Get_A", -1, "failure of A");
+    std::thread second(work, "Get_B", -2, "failure of B");
     first.join();
     second.join();
     QCOMPARE(mixedUp.load(), 0);
@@ -192,9 +178,9 @@ void ErrorReportingTest::codesPassUnchanged()
 {
     QFETCH(int, code);
     OpenSensorInstance sensor(TX270);
-    failCommand("Get_X", code, "x");
+    scriptCommandFailure("Get_X", code, "x");
     QSignalSpy messages(sensor.get(), &SensorInstance::errorMessage);
-    QCOMPARE(int(sensor->sendCommand(name("Get_X"))), code);
+    QCOMPARE(int(sensor->sendCommand("Get_X")), code);
     QCOMPARE(int(messages.value(0).value(0).value<ErrorCode>()), code);
 }
 

@@ -32,46 +32,41 @@ private Q_SLOTS:
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 QStringList measureCalls()
 {
-    return commandCalls(name("Get_Measure"));
+    return commandCalls("Get_Measure");
 }
 
 QStringList memberCalls(const QVector<int> &members)
 {
     QStringList calls;
     for (const int member : members)
-        calls += QStringList(name("SetParameterInt(\"IP_SensorIndex\", %1)").arg(member)) + measureCalls();
+        calls += QStringList(QString("SetParameterInt(\"IP_SensorIndex\", %1)").arg(member)) + measureCalls();
     return calls;
 }
 
 const QStringList &forms()
 {
-    static const QStringList all = {name("vector"), name("buffers"), name("raw"), name("scaled")};
+    static const QStringList all = {"vector", "buffers", "raw", "scaled"};
     return all;
 }
 
-/// What a transfer was given and gave back.
+/// The arguments and results of a transfer.
 struct Transferred
 {
     QVector<double> scaled = {1.5, 2.5};
     QVector<int> raw = {7, 8, 9};
     double timestamp = -1.0;
     int count = 1;
-    QString errorText = name("old");
+    QString errorText = "old";
 
     ErrorCode run(SensorInstance &sensor, const QString &form)
     {
-        if (form == name("vector"))
+        if (form == "vector")
             return sensor.transferData(scaled, &errorText);
-        if (form == name("buffers"))
+        if (form == "buffers")
             return sensor.transferData(scaled.data(), raw.data(), &timestamp, count, &errorText);
-        if (form == name("raw"))
+        if (form == "raw")
             return sensor.transferDataRaw(raw, timestamp, &errorText);
         return sensor.transferDataScaled(scaled, timestamp, &errorText);
     }
@@ -84,11 +79,11 @@ struct Transferred
 
 QStringList callsWithoutData(const QString &form)
 {
-    if (form == name("vector"))
-        return {name("DataAvail()"), name("TransferData(null, scaled, 0)")};
-    if (form == name("buffers"))
-        return {name("TransferDataTS(raw, scaled, 1)")};
-    return {name("DataAvail()")};
+    if (form == "vector")
+        return {"DataAvail()", "TransferData(null, scaled, 0)"};
+    if (form == "buffers")
+        return {"TransferDataTS(raw, scaled, 1)"};
+    return {"DataAvail()"};
 }
 
 } // namespace
@@ -122,7 +117,7 @@ void TestGetMeasure::needIsDeterminedOnOpening()
     CallRecorder recorder;
     QCOMPARE(instance.open(testBenchParameters(SensorType(type))), NoError);
     QCOMPARE(instance.isGetMeasureNeeded(), needed);
-    QVERIFY(!recorder.take().contains(name("SetParameterString(\"S_Command\", \"Get_DrvSetting\")")));
+    QVERIFY(!recorder.take().contains("SetParameterString(\"S_Command\", \"Get_DrvSetting\")"));
 }
 
 void TestGetMeasure::needIsDeterminedWhenOpeningFails()
@@ -171,8 +166,8 @@ void TestGetMeasure::membersOfAMultiSensorAreCounted()
     scriptCount("DataAvail", 0);
     CallRecorder recorder;
     Transferred transferred;
-    QCOMPARE(transferred.run(*sensor.get(), name("raw")), NoError);
-    QCOMPARE(recorder.take(), memberCalls(members) + QStringList(name("DataAvail()")));
+    QCOMPARE(transferred.run(*sensor.get(), "raw"), NoError);
+    QCOMPARE(recorder.take(), memberCalls(members) + QStringList("DataAvail()"));
 }
 
 void TestGetMeasure::unansweredMembersKeepOpenGoing()
@@ -197,8 +192,8 @@ void TestGetMeasure::membersAreCountedAnewButTheNeedStays()
     scriptCount("DataAvail", 0);
     CallRecorder recorder;
     Transferred transferred;
-    QCOMPARE(transferred.run(*sensor.get(), name("raw")), NoError);
-    QCOMPARE(recorder.take(), QStringList(name("DataAvail()")));
+    QCOMPARE(transferred.run(*sensor.get(), "raw"), NoError);
+    QCOMPARE(recorder.take(), QStringList("DataAvail()"));
 }
 
 void TestGetMeasure::handlesTakenOverAreNotAsked()
@@ -248,7 +243,7 @@ void TestGetMeasure::dataAvailDoesNotAsk()
     CallRecorder recorder;
     int available = 0;
     QCOMPARE(sensor->dataAvail(available), NoError);
-    QCOMPARE(recorder.take(), QStringList(name("DataAvail()")));
+    QCOMPARE(recorder.take(), QStringList("DataAvail()"));
 }
 
 void TestGetMeasure::failingMeasureStopsTheTransfer_data()
@@ -266,10 +261,10 @@ void TestGetMeasure::failingMeasureStopsTheTransfer()
     Transferred transferred;
     QCOMPARE(transferred.run(*sensor.get(), form), ErrorCode(-33));
     QVERIFY(transferred.isUntouched());
-    QCOMPARE(transferred.errorText, name(scriptedFailure));
-    // Once by the command and once by the measure.
+    QCOMPARE(transferred.errorText, QString(scriptedFailure));
+    // Reported once by the command and once by the polling step.
     QCOMPARE(messages.size(), 2);
-    const QString getError = name("GetError(4096)");
+    const QString getError = "GetError(4096)";
     QCOMPARE(recorder.take(), measureCalls() + QStringList({getError, getError}));
 }
 
@@ -296,9 +291,9 @@ void TestGetMeasure::failingMemberStopsTheTransfer()
     Transferred transferred;
     QCOMPARE(transferred.run(*sensor.get(), form), ErrorCode(-34));
     QVERIFY(transferred.isUntouched());
-    QCOMPARE(transferred.errorText, name(scriptedFailure));
+    QCOMPARE(transferred.errorText, QString(scriptedFailure));
     QCOMPARE(messages.size(), 2);
-    const QString getError = name("GetError(4096)");
+    const QString getError = "GetError(4096)";
     QCOMPARE(recorder.take(), memberCalls({1, 2}) + QStringList({getError, getError}));
 }
 

@@ -11,20 +11,15 @@ using Parameters = QMap<QString, QVariant>;
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 Parameters withoutTime(Parameters parameters)
 {
-    parameters.remove(name("StorageTime"));
+    parameters.remove("StorageTime");
     return parameters;
 }
 
 } // namespace
 
-/// What a sensor instance remembers of its sensors.
+/// The info parameters of a sensor instance.
 class InfoParametersTest : public QObject
 {
     Q_OBJECT
@@ -47,40 +42,39 @@ void InfoParametersTest::emptyMapChangesNothing()
     SensorInstance sensor(NoSensor);
     sensor.addInfoParameters(Parameters(), 1);
     QVERIFY(sensor.getInfoParameters().isEmpty());
-    sensor.addInfoParameters(name("no pairs here"), 1);
+    sensor.addInfoParameters("no pairs here", 1);
     QVERIFY(sensor.getInfoParameters().isEmpty());
 }
 
 void InfoParametersTest::laterValuesOverwriteEqualKeysAndKeepTheOthers()
 {
     SensorInstance sensor(NoSensor);
-    sensor.addInfoParameters(Parameters{{name("A"), 1}, {name("B"), 2}}, 1);
-    sensor.addInfoParameters(Parameters{{name("B"), 3}, {name("C"), 4}}, 1);
+    sensor.addInfoParameters(Parameters{{"A", 1}, {"B", 2}}, 1);
+    sensor.addInfoParameters(Parameters{{"B", 3}, {"C", 4}}, 1);
     QCOMPARE(sensor.getInfoParameters().size(), 1);
-    QCOMPARE(withoutTime(sensor.getInfoParameters().at(0)),
-             Parameters({{name("A"), 1}, {name("B"), 3}, {name("C"), 4}}));
+    QCOMPARE(withoutTime(sensor.getInfoParameters().at(0)), Parameters({{"A", 1}, {"B", 3}, {"C", 4}}));
 }
 
 void InfoParametersTest::newElementIsAppendedWhateverTheGap()
 {
     SensorInstance sensor(NoSensor);
-    sensor.addInfoParameters(Parameters{{name("A"), 1}}, 5);
+    sensor.addInfoParameters(Parameters{{"A", 1}}, 5);
     QCOMPARE(sensor.getInfoParameters().size(), 1);
-    // The element named does not exist, so nothing bears a time.
-    QCOMPARE(sensor.getInfoParameters().at(0), Parameters({{name("A"), 1}}));
-    sensor.addInfoParameters(Parameters{{name("A"), 2}}, 2);
+    // There is no element with this index, therefore no StorageTime is set.
+    QCOMPARE(sensor.getInfoParameters().at(0), Parameters({{"A", 1}}));
+    sensor.addInfoParameters(Parameters{{"A", 2}}, 2);
     QCOMPARE(sensor.getInfoParameters().size(), 2);
-    QVERIFY(sensor.getInfoParameters().at(1).contains(name("StorageTime")));
+    QVERIFY(sensor.getInfoParameters().at(1).contains("StorageTime"));
 }
 
 void InfoParametersTest::indexBelowOneIsAppended()
 {
     SensorInstance sensor(NoSensor);
     for (const int index : {0, -1, std::numeric_limits<int>::min()})
-        sensor.addInfoParameters(Parameters{{name("A"), index}}, index);
+        sensor.addInfoParameters(Parameters{{"A", index}}, index);
     QCOMPARE(sensor.getInfoParameters().size(), 3);
     for (const Parameters &element : sensor.getInfoParameters())
-        QVERIFY(!element.contains(name("StorageTime")));
+        QVERIFY(!element.contains("StorageTime"));
 }
 
 void InfoParametersTest::valuesOfAnEarlierSensorStay()
@@ -89,58 +83,57 @@ void InfoParametersTest::valuesOfAnEarlierSensorStay()
     SensorInstance sensor(MultiSensor);
     QCOMPARE(sensor.open(testBenchParameters(MultiSensor)), NoError);
     QCOMPARE(sensor.getInfoParameters().size(), 2);
-    const QVariant second = sensor.getInfoParameter(name("SA_SerialNumber"), 2);
+    const QVariant second = sensor.getInfoParameter("SA_SerialNumber", 2);
     QVERIFY(second.isValid());
-    sensor.addInfoParameters(Parameters{{name("SA_OnlyOfTheFirst"), 1}}, 1);
+    sensor.addInfoParameters(Parameters{{"SA_OnlyOfTheFirst", 1}}, 1);
 
     sensor = SensorInstance(CP720);
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
-    QCOMPARE(sensor.getInfoParameter(name("SA_SerialNumber"), 1).toString(), name("1002"));
-    QCOMPARE(sensor.getInfoParameter(name("SA_OnlyOfTheFirst"), 1), QVariant(1));
+    QCOMPARE(sensor.getInfoParameter("SA_SerialNumber", 1).toString(), "1002");
+    QCOMPARE(sensor.getInfoParameter("SA_OnlyOfTheFirst", 1), QVariant(1));
     QCOMPARE(sensor.getInfoParameters().size(), 2);
-    QCOMPARE(sensor.getInfoParameter(name("SA_SerialNumber"), 2), second);
+    QCOMPARE(sensor.getInfoParameter("SA_SerialNumber", 2), second);
 }
 
 void InfoParametersTest::storageTimeIsThatOfTheLastChange()
 {
     SensorInstance sensor(NoSensor);
-    const QString format = name("yyyy-MM-dd_hh-mm-ss.zzz");
+    const QString format = "yyyy-MM-dd_hh-mm-ss.zzz";
     const QDateTime before = QDateTime::currentDateTime();
-    sensor.addInfoParameters(Parameters{{name("A"), 1}, {name("StorageTime"), name("never")}}, 1);
+    sensor.addInfoParameters(Parameters{{"A", 1}, {"StorageTime", "never"}}, 1);
     const QDateTime after = QDateTime::currentDateTime();
-    const QDateTime stored =
-        QDateTime::fromString(sensor.getInfoParameter(name("StorageTime"), 1).toString(), format);
+    const QDateTime stored = QDateTime::fromString(sensor.getInfoParameter("StorageTime", 1).toString(), format);
     QVERIFY(stored >= before && stored <= after);
 }
 
 void InfoParametersTest::lookupOutsideTheListIsInvalid()
 {
     SensorInstance sensor(NoSensor);
-    sensor.addInfoParameters(Parameters{{name("A"), 1}}, 1);
-    QCOMPARE(sensor.getInfoParameter(name("A"), 1), QVariant(1));
+    sensor.addInfoParameters(Parameters{{"A", 1}}, 1);
+    QCOMPARE(sensor.getInfoParameter("A", 1), QVariant(1));
     for (const int index : {0, 2, -1, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()})
-        QVERIFY(!sensor.getInfoParameter(name("A"), index).isValid());
-    QVERIFY(!sensor.getInfoParameter(name("B"), 1).isValid());
+        QVERIFY(!sensor.getInfoParameter("A", index).isValid());
+    QVERIFY(!sensor.getInfoParameter("B", 1).isValid());
 }
 
 void InfoParametersTest::answerLinesAreAddedOneByOne()
 {
     SensorInstance sensor(NoSensor);
     sensor.addInfoParameters(
-        name("S_Command=\"Get_Info\" SA_Range=10.0\r\n\r\nS_Command=\"Get_X\" SA_X=1 SA_Range=20.0"), 1);
+        "S_Command=\"Get_Info\" SA_Range=10.0\r\n\r\nS_Command=\"Get_X\" SA_X=1 SA_Range=20.0", 1);
     QCOMPARE(withoutTime(sensor.getInfoParameters().value(0)),
-             Parameters({{name("S_Command"), name("Get_X")}, {name("SA_Range"), 20.0}, {name("SA_X"), 1}}));
+             Parameters({{"S_Command", "Get_X"}, {"SA_Range", 20.0}, {"SA_X", 1}}));
 }
 
 void InfoParametersTest::recordedSettingsReadAsAnswers_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<bool>("renamed");
-    QTest::newRow("setting") << name("S_Command=\"Set_X\" SP_X=1") << true;
-    QTest::newRow("update") << name("S_Command=\"Update_X\" SP_X=1") << false;
-    QTest::newRow("no quotes") << name("S_Command=Set_X SP_X=1") << false;
-    QTest::newRow("not at the start") << name(" S_Command=\"Set_X\" SP_X=1") << false;
-    QTest::newRow("only a line feed before") << name("A=1\nS_Command=\"Set_X\" SP_X=1") << false;
+    QTest::newRow("setting") << "S_Command=\"Set_X\" SP_X=1" << true;
+    QTest::newRow("update") << "S_Command=\"Update_X\" SP_X=1" << false;
+    QTest::newRow("no quotes") << "S_Command=Set_X SP_X=1" << false;
+    QTest::newRow("not at the start") << " S_Command=\"Set_X\" SP_X=1" << false;
+    QTest::newRow("only a line feed before") << "A=1\nS_Command=\"Set_X\" SP_X=1" << false;
 }
 
 void InfoParametersTest::recordedSettingsReadAsAnswers()
@@ -149,17 +142,17 @@ void InfoParametersTest::recordedSettingsReadAsAnswers()
     QFETCH(bool, renamed);
     SensorInstance sensor(NoSensor);
     sensor.addInfoParameters(line, 1);
-    QCOMPARE(sensor.getInfoParameter(name("SA_X"), 1).isValid(), renamed);
-    QCOMPARE(sensor.getInfoParameter(name("SP_X"), 1).isValid(), !renamed);
+    QCOMPARE(sensor.getInfoParameter("SA_X", 1).isValid(), renamed);
+    QCOMPARE(sensor.getInfoParameter("SP_X", 1).isValid(), !renamed);
 }
 
 void InfoParametersTest::linesAfterAGapAreAppendedUntilTheIndexIsReached()
 {
     SensorInstance sensor(NoSensor);
-    sensor.addInfoParameters(name("A=1\r\nA=2\r\nB=3"), 2);
+    sensor.addInfoParameters("A=1\r\nA=2\r\nB=3", 2);
     QCOMPARE(sensor.getInfoParameters().size(), 2);
-    QCOMPARE(sensor.getInfoParameters().at(0), Parameters({{name("A"), 1}}));
-    QCOMPARE(withoutTime(sensor.getInfoParameters().at(1)), Parameters({{name("A"), 2}, {name("B"), 3}}));
+    QCOMPARE(sensor.getInfoParameters().at(0), Parameters({{"A", 1}}));
+    QCOMPARE(withoutTime(sensor.getInfoParameters().at(1)), Parameters({{"A", 2}, {"B", 3}}));
 }
 
 QTEST_GUILESS_MAIN(InfoParametersTest)

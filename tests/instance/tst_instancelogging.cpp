@@ -2,6 +2,7 @@
 #include <SondixQt/SensorInstance>
 
 #include "support/callrecorder.h"
+#include "support/scripting.h"
 #include "support/testbench.h"
 
 #include <QtTest>
@@ -10,14 +11,9 @@ using namespace SondixQt;
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 } // namespace
 
-/// Switching the sensor-access library's log and writing into it.
+/// Enabling, disabling and writing the log of the sensor-access library.
 class InstanceLoggingTest : public QObject
 {
     Q_OBJECT
@@ -52,17 +48,17 @@ void InstanceLoggingTest::cleanup()
 
 void InstanceLoggingTest::everythingIsPassedOn()
 {
-    const QString file = folder.filePath(name("a.log"));
+    const QString file = folder.filePath("a.log");
     SensorInstance sensor(TX270);
     QVERIFY(!sensor.GetLogging());
     CallRecorder recorder;
     QCOMPARE(sensor.enableLogging(file, SensorInstance::LogLevel(3), SensorInstance::LogType(5), true, false, 7),
              NoError);
     QVERIFY(sensor.GetLogging());
-    QCOMPARE(recorder.take(), QStringList(name("EnableLogging(1, 5, 3, \"%1\", 1, 0, 7)").arg(file)));
+    QCOMPARE(recorder.take(), QStringList(QString("EnableLogging(1, 5, 3, \"%1\", 1, 0, 7)").arg(file)));
     QCOMPARE(sensor.enableLogging(file, SensorInstance::LogLevel(3), SensorInstance::LogType(5), false, true, 7),
              NoError);
-    QCOMPARE(recorder.take(), QStringList(name("EnableLogging(1, 5, 3, \"%1\", 0, 1, 7)").arg(file)));
+    QCOMPARE(recorder.take(), QStringList(QString("EnableLogging(1, 5, 3, \"%1\", 0, 1, 7)").arg(file)));
 }
 
 void InstanceLoggingTest::shortFormChoosesOneFileOrASeries_data()
@@ -70,13 +66,13 @@ void InstanceLoggingTest::shortFormChoosesOneFileOrASeries_data()
     QTest::addColumn<QString>("fileName");
     QTest::addColumn<int>("count");
     QTest::addColumn<int>("flag1");
-    QTest::newRow("no placeholder") << name("a.log") << 3 << 1;
-    QTest::newRow("placeholder") << name("a%[10].log") << 3 << 0;
-    QTest::newRow("count 1") << name("a%[10].log") << 1 << 0;
-    QTest::newRow("count 0") << name("a%[10].log") << 0 << 1;
-    QTest::newRow("negative count") << name("a%[10].log") << -1 << 1;
-    QTest::newRow("placeholder without a number") << name("a%[].log") << 3 << 1;
-    QTest::newRow("placeholder with a letter") << name("a%[x].log") << 3 << 1;
+    QTest::newRow("no placeholder") << "a.log" << 3 << 1;
+    QTest::newRow("placeholder") << "a%[10].log" << 3 << 0;
+    QTest::newRow("count 1") << "a%[10].log" << 1 << 0;
+    QTest::newRow("count 0") << "a%[10].log" << 0 << 1;
+    QTest::newRow("negative count") << "a%[10].log" << -1 << 1;
+    QTest::newRow("placeholder without a number") << "a%[].log" << 3 << 1;
+    QTest::newRow("placeholder with a letter") << "a%[x].log" << 3 << 1;
 }
 
 void InstanceLoggingTest::shortFormChoosesOneFileOrASeries()
@@ -88,50 +84,47 @@ void InstanceLoggingTest::shortFormChoosesOneFileOrASeries()
     SensorInstance sensor(TX270);
     CallRecorder recorder;
     sensor.enableLogging(file, count);
-    QCOMPARE(recorder.take().value(0),
-             name("EnableLogging(1, 2147483647, 2147483647, \"%1\", %2, 0, %3)").arg(file).arg(flag1).arg(count));
+    QCOMPARE(
+        recorder.take().value(0),
+        QString("EnableLogging(1, 2147483647, 2147483647, \"%1\", %2, 0, %3)").arg(file).arg(flag1).arg(count));
 }
 
 void InstanceLoggingTest::applicationNameIsWrittenWhenThereIsOne()
 {
-    setUsedByApplicationName(name("Line 4"));
+    setUsedByApplicationName("Line 4");
     SensorInstance sensor(TX270);
     CallRecorder recorder;
-    QCOMPARE(sensor.enableLogging(folder.filePath(name("a.log")), 0), NoError);
+    QCOMPARE(sensor.enableLogging(folder.filePath("a.log"), 0), NoError);
     const QStringList calls = recorder.take();
     QCOMPARE(calls.size(), 2);
-    QCOMPARE(calls.at(1), name("LogToFile(32, \"SondixQt::SensorInstance::enableLogging\", \"Line 4\")"));
+    QCOMPARE(calls.at(1), "LogToFile(32, \"SondixQt::SensorInstance::enableLogging\", \"Line 4\")");
 }
 
 void InstanceLoggingTest::failedSwitchIsReported()
 {
-    sondixsim::Fault fault;
-    fault.function = "EnableLogging";
-    fault.code = -20;
-    fault.text = "cannot write";
-    sondixsim::inject(fault);
+    scriptFailure("EnableLogging", -20, "cannot write");
     SensorInstance sensor(TX270);
     QString errorText;
-    QCOMPARE(int(sensor.enableLogging(folder.filePath(name("a.log")), 0, &errorText)), -20);
-    QCOMPARE(errorText, name("cannot write"));
+    QCOMPARE(int(sensor.enableLogging(folder.filePath("a.log"), 0, &errorText)), -20);
+    QCOMPARE(errorText, "cannot write");
     QVERIFY(sensor.GetLogging());
 
-    // The application's line goes before the question for the error.
-    setUsedByApplicationName(name("Line 4"));
+    // The application name is logged before the error is read.
+    setUsedByApplicationName("Line 4");
     CallRecorder recorder;
-    QCOMPARE(int(sensor.enableLogging(folder.filePath(name("a.log")), 0, &errorText)), -20);
+    QCOMPARE(int(sensor.enableLogging(folder.filePath("a.log"), 0, &errorText)), -20);
     const QStringList calls = recorder.take();
     QCOMPARE(calls.size(), 3);
-    QVERIFY(calls.at(1).startsWith(name("LogToFile(32, ")));
-    QCOMPARE(calls.at(2), name("GetError(4096)"));
+    QVERIFY(calls.at(1).startsWith("LogToFile(32, "));
+    QCOMPARE(calls.at(2), "GetError(4096)");
 }
 
-// Windows hands names to C libraries in a code page, which has not every letter.
+// On Windows file names are passed to C libraries in a code page, which does not contain all characters.
 void InstanceLoggingTest::aNameThatCannotBeWrittenIsAnError()
 {
     const QString fileName = QStringLiteral("Pr\u00FCfstand \u6D4B\u91CF.log");
     QDir logs(folder.path());
-    QVERIFY(logs.mkdir(name("any")) && logs.cd(name("any")));
+    QVERIFY(logs.mkdir("any") && logs.cd("any"));
     SensorInstance sensor(TX270);
     QString errorText;
     const ErrorCode result = sensor.enableLogging(logs.filePath(fileName), 0, &errorText);
@@ -144,33 +137,30 @@ void InstanceLoggingTest::aNameThatCannotBeWrittenIsAnError()
 void InstanceLoggingTest::switchingOffSendsACommand()
 {
     SensorInstance sensor(TX270);
-    QCOMPARE(sensor.enableLogging(folder.filePath(name("a.log")), 0), NoError);
+    QCOMPARE(sensor.enableLogging(folder.filePath("a.log"), 0), NoError);
     CallRecorder recorder;
     QCOMPARE(sensor.disableLogging(), NoError);
     QVERIFY(!sensor.GetLogging());
     QCOMPARE(recorder.take(),
-             QStringList(name("SetParameterInt(\"IP_EnableLogging\", 0)")) + commandCalls(name("Enable_Logging")));
+             QStringList("SetParameterInt(\"IP_EnableLogging\", 0)") + commandCalls("Enable_Logging"));
 }
 
 void InstanceLoggingTest::failedSwitchingOffSendsNoCommand()
 {
     SensorInstance sensor(TX270);
-    sondixsim::Fault fault;
-    fault.parameter = "IP_EnableLogging";
-    fault.code = -4;
-    sondixsim::inject(fault);
+    scriptParameterFailure("IP_EnableLogging", -4);
     CallRecorder recorder;
     QCOMPARE(int(sensor.disableLogging()), -4);
-    QCOMPARE(recorder.take().filter(name("S_Command")), QStringList());
+    QCOMPARE(recorder.take().filter("S_Command"), QStringList());
 }
 
 void InstanceLoggingTest::linesAreLatin1()
 {
     SensorInstance sensor(TX270);
     CallRecorder recorder;
-    sensor.logToFile(SensorInstance::LogLevel(4), name("here"), name("what"));
-    QCOMPARE(recorder.take(), QStringList(name("LogToFile(4, \"here\", \"what\")")));
-    sensor.logToFile(SensorInstance::LogInformation, name("here"), QStringLiteral("\u00b5m"));
+    sensor.logToFile(SensorInstance::LogLevel(4), "here", "what");
+    QCOMPARE(recorder.take(), QStringList("LogToFile(4, \"here\", \"what\")"));
+    sensor.logToFile(SensorInstance::LogInformation, "here", QStringLiteral("\u00b5m"));
     const std::vector<sondixsim::Call> calls = sondixsim::calls();
     QCOMPARE(calls.size(), std::size_t(1));
     QVERIFY(calls[0].text().find("\xb5m") != std::string::npos);

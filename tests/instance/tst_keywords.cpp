@@ -7,20 +7,16 @@ class TestKeywords : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void userWithKeywordsReadsSignals()
-    {
-        QCOMPARE(signalNamesWithKeywords(), QStringList(QStringLiteral("Distance")));
-    }
+    void userWithKeywordsReadsSignals() { QCOMPARE(signalNamesWithKeywords(), QStringList("Distance")); }
     void userWithKeywordsKeepsThem() { QVERIFY(keywordStillDeclaresSignals()); }
     void userWithoutKeywordsReadsSignals()
     {
-        QCOMPARE(signalNamesWithoutKeywords(),
-                 QStringList({QStringLiteral("Distance"), QStringLiteral("Intensity")}));
+        QCOMPARE(signalNamesWithoutKeywords(), QStringList({"Distance", "Intensity"}));
     }
     void bothPrintNames()
     {
-        const QString names = QStringLiteral("SondixQt::TX270 QFlags<SondixQt::SensorInterface>(RS232) "
-                                             "SondixQt::TransmittedDataInfo");
+        const QString names = "SondixQt::TX270 QFlags<SondixQt::SensorInterface>(RS232) "
+                              "SondixQt::TransmittedDataInfo";
         QCOMPARE(printedWithKeywords().trimmed(), names);
         QCOMPARE(printedWithoutKeywords().trimmed(), names);
     }

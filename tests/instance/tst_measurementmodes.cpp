@@ -10,38 +10,37 @@ namespace {
 
 QStringList videoRefreshOfCC430()
 {
-    QStringList calls = askInt("Get_MeasureMode", "SA_MeasureMode") + commandCalls(name("Get_OutputVideo_ETH"));
+    QStringList calls = readInt("Get_MeasureMode", "SA_MeasureMode") + commandCalls("Get_OutputVideo_ETH");
     for (const char *stem : {"Raw", "Dark", "Light", "DarkTable", "LightTable"})
-        calls.append(getInt(name("SA_OutputVideo%1_ETH").arg(name(stem))));
+        calls.append(getInt(QString("SA_OutputVideo%1_ETH").arg(QString(stem))));
     return calls;
 }
 
 QStringList videoRefreshOfTX260()
 {
-    return askInt("Get_MeasureMode", "SA_MeasureMode") + commandCalls(name("Get_OutputVideo_ETH")) +
-           QStringList{getInt(name("SA_OutputVideoRaw_ETH")), getInt(name("SA_OutputVideoCorr_ETH"))};
+    return readInt("Get_MeasureMode", "SA_MeasureMode") + commandCalls("Get_OutputVideo_ETH") +
+           QStringList{getInt("SA_OutputVideoRaw_ETH"), getInt("SA_OutputVideoCorr_ETH")};
 }
 
 QStringList modesOf(const SensorInstance &sensor)
 {
     QStringList modes;
     for (const QPair<QString, int> &mode : sensor.getAvailableMeasModi())
-        modes.append(name("%1=%2").arg(mode.first).arg(mode.second));
+        modes.append(QString("%1=%2").arg(mode.first).arg(mode.second));
     return modes;
 }
 
-const QStringList confocalModes = {name("Distance=0"), name("Thickness=1"), name("VideoStream=4")};
-const QStringList triangulationModes = {name("Distance diffuse=0"), name("Distance direct=1"), name("Thickness=2"),
-                                        name("Video=3")};
+const QStringList confocalModes = {"Distance=0", "Thickness=1", "VideoStream=4"};
+const QStringList triangulationModes = {"Distance diffuse=0", "Distance direct=1", "Thickness=2", "Video=3"};
 
 } // namespace
 
-/// Which modes a sensor offers, and how it is switched between them.
+/// The available measuring modes and switching between them.
 class MeasurementModesTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { load({26, 29, 41}); }
+    void init() { load({CC430, TX260, TX270}); }
 
     void nothingIsKnownBeforeTheSensorIsOpen();
     void modesOfEveryType_data();
@@ -77,14 +76,14 @@ void MeasurementModesTest::modesOfEveryType_data()
     QTest::addColumn<int>("code");
     QTest::addColumn<QStringList>("modes");
     for (const int code : models().keys()) {
-        const bool confocal = code == 26 || code == 30 || code == 39 || code == 44;
+        const bool confocal = code == CC430 || code == CC440 || code == CC450 || code == CC460;
         QTest::newRow(QByteArray::number(code).constData()) << code
-                                                            << (code == 29 ? triangulationModes
-                                                                : confocal ? confocalModes
-                                                                           : QStringList());
+                                                            << (code == TX260 ? triangulationModes
+                                                                : confocal    ? confocalModes
+                                                                              : QStringList());
     }
-    QTest::newRow("bus variant of CC430") << 10026 << QStringList();
-    QTest::newRow("bus variant of TX260") << 10029 << QStringList();
+    QTest::newRow("bus variant of CC430") << 10000 + CC430 << QStringList();
+    QTest::newRow("bus variant of TX260") << 10000 + TX260 << QStringList();
 }
 
 void MeasurementModesTest::modesOfEveryType()
@@ -97,17 +96,17 @@ void MeasurementModesTest::modesOfEveryType()
 
 void MeasurementModesTest::modesAreThoseOfTheSensorThatWasOpenedLast()
 {
-    Sensor sensor(29);
+    Sensor sensor(TX260);
     QCOMPARE(modesOf(*sensor), triangulationModes);
-    sensor.become(26);
+    sensor.become(CC430);
     QCOMPARE(modesOf(*sensor), confocalModes);
-    sensor.become(41);
+    sensor.become(TX270);
     QCOMPARE(modesOf(*sensor), QStringList());
 }
 
 void MeasurementModesTest::closingKeepsTheModes()
 {
-    Sensor sensor(26);
+    Sensor sensor(CC430);
     QCOMPARE(sensor->enableMeasMode(), NoError);
     QCOMPARE(sensor->close(), NoError);
     QCOMPARE(modesOf(*sensor), confocalModes);
@@ -116,11 +115,11 @@ void MeasurementModesTest::closingKeepsTheModes()
 
 void MeasurementModesTest::settingAModeAsksForTheVideoAfterwards()
 {
-    Sensor sensor(26);
-    QString errorText = name("old");
+    Sensor sensor(CC430);
+    QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(sensor->setMeasurementMode(4, &errorText), NoError);
-    QCOMPARE(recorder.take(), tellInt("Set_MeasureMode", "SP_MeasureMode", 4) + videoRefreshOfCC430());
+    QCOMPARE(recorder.take(), writeInt("Set_MeasureMode", "SP_MeasureMode", 4) + videoRefreshOfCC430());
     QCOMPARE(errorText, QString());
     QVERIFY(sensor->isVideoModeEnabled());
     QVERIFY(sensor->isMeasModeEnabled());
@@ -128,52 +127,51 @@ void MeasurementModesTest::settingAModeAsksForTheVideoAfterwards()
 
 void MeasurementModesTest::modeOfASensorWithoutVideoIsSetOnly()
 {
-    Sensor sensor(41);
+    Sensor sensor(TX270);
     CallRecorder recorder;
     QCOMPARE(sensor->setMeasurementMode(0), NoError);
-    QCOMPARE(recorder.take(), tellInt("Set_MeasureMode", "SP_MeasureMode", 0));
+    QCOMPARE(recorder.take(), writeInt("Set_MeasureMode", "SP_MeasureMode", 0));
 }
 
 void MeasurementModesTest::modeThatCannotBeStagedIsNotSet()
 {
-    Sensor sensor(26);
-    failParameter("SP_MeasureMode", -41, "no room");
+    Sensor sensor(CC430);
+    scriptParameterFailure("SP_MeasureMode", -41, "no room");
     QString errorText;
     CallRecorder recorder;
     QCOMPARE(int(sensor->setMeasurementMode(1, &errorText)), -41);
-    QCOMPARE(errorText, name("no room"));
-    QCOMPARE(withoutErrorTexts(recorder.take()),
-             QStringList(setInt(name("SP_MeasureMode"), 1)) + videoRefreshOfCC430());
+    QCOMPARE(errorText, "no room");
+    QCOMPARE(withoutErrorTexts(recorder.take()), QStringList(setInt("SP_MeasureMode", 1)) + videoRefreshOfCC430());
 }
 
 void MeasurementModesTest::videoIsAskedForAfterARefusedMode()
 {
-    Sensor sensor(26);
-    failCommand("Set_MeasureMode", -42, "not now");
-    answer("Get_MeasureMode", "SA_MeasureMode=4");
-    answer("Get_OutputVideo_ETH", "SA_OutputVideoDark_ETH=1");
+    Sensor sensor(CC430);
+    scriptCommandFailure("Set_MeasureMode", -42, "not now");
+    scriptAnswer("Get_MeasureMode", "SA_MeasureMode=4");
+    scriptAnswer("Get_OutputVideo_ETH", "SA_OutputVideoDark_ETH=1");
     QString errorText;
     CallRecorder recorder;
     QCOMPARE(int(sensor->setMeasurementMode(1, &errorText)), -42);
-    QCOMPARE(errorText, name("not now"));
+    QCOMPARE(errorText, "not now");
     QCOMPARE(withoutErrorTexts(recorder.take()),
-             tellInt("Set_MeasureMode", "SP_MeasureMode", 1) + videoRefreshOfCC430());
+             writeInt("Set_MeasureMode", "SP_MeasureMode", 1) + videoRefreshOfCC430());
     QVERIFY(sensor->isVideoModeEnabled());
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 1);
 }
 
 void MeasurementModesTest::anyNumberIsPassedOn()
 {
-    Sensor sensor(41);
+    Sensor sensor(TX270);
     CallRecorder recorder;
     sensor->setMeasurementMode(-7);
-    QCOMPARE(withoutErrorTexts(recorder.take()), tellInt("Set_MeasureMode", "SP_MeasureMode", -7));
+    QCOMPARE(withoutErrorTexts(recorder.take()), writeInt("Set_MeasureMode", "SP_MeasureMode", -7));
 }
 
 void MeasurementModesTest::lastAnswerDecidesTheFlags()
 {
-    Sensor sensor(29);
-    answer("Get_MeasureMode", "SA_MeasureMode=3");
+    Sensor sensor(TX260);
+    scriptAnswer("Get_MeasureMode", "SA_MeasureMode=3");
     QCOMPARE(sensor->setMeasurementMode(0), NoError);
     QVERIFY(sensor->isVideoModeEnabled());
     QVERIFY(!sensor->isMeasModeEnabled());
@@ -194,8 +192,8 @@ void MeasurementModesTest::measuringIsEnabledOnSwitchedModels()
     QVERIFY(!sensor->isMeasModeEnabled());
     CallRecorder recorder;
     QCOMPARE(sensor->enableMeasMode(), NoError);
-    QCOMPARE(recorder.take(), tellInt("Set_MeasureMode", "SP_MeasureMode", 0) +
-                                  (code == 29 ? videoRefreshOfTX260() : videoRefreshOfCC430()));
+    QCOMPARE(recorder.take(), writeInt("Set_MeasureMode", "SP_MeasureMode", 0) +
+                                  (code == TX260 ? videoRefreshOfTX260() : videoRefreshOfCC430()));
     QVERIFY(sensor->isMeasModeEnabled());
     QVERIFY(!sensor->isVideoModeEnabled());
 }
@@ -215,18 +213,18 @@ void MeasurementModesTest::measuringNeedsNothingOnOtherModels()
 {
     QFETCH(int, code);
     SensorInstance sensor{SensorType(code)};
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(sensor.enableMeasMode(&errorText), NoError);
     QCOMPARE(recorder.take(), QStringList());
-    QCOMPARE(errorText, name("old"));
+    QCOMPARE(errorText, "old");
     QVERIFY(!sensor.isMeasModeEnabled());
 }
 
 void MeasurementModesTest::enabledMeasuringOutlivesTheSensorsAnswer()
 {
-    Sensor sensor(29);
-    answer("Get_MeasureMode", "SA_MeasureMode=3");
+    Sensor sensor(TX260);
+    scriptAnswer("Get_MeasureMode", "SA_MeasureMode=3");
     QCOMPARE(sensor->enableMeasMode(), NoError);
     QVERIFY(sensor->isMeasModeEnabled());
     QVERIFY(sensor->isVideoModeEnabled());
@@ -234,21 +232,21 @@ void MeasurementModesTest::enabledMeasuringOutlivesTheSensorsAnswer()
 
 void MeasurementModesTest::refusedMeasuringIsNotEnabled()
 {
-    Sensor sensor(29);
-    answer("Get_MeasureMode", "SA_MeasureMode=3");
-    failCommand("Set_MeasureMode", -42, "not now");
+    Sensor sensor(TX260);
+    scriptAnswer("Get_MeasureMode", "SA_MeasureMode=3");
+    scriptCommandFailure("Set_MeasureMode", -42, "not now");
     QString errorText;
     QCOMPARE(int(sensor->enableMeasMode(&errorText)), -42);
-    QCOMPARE(errorText, name("not now"));
+    QCOMPARE(errorText, "not now");
     QVERIFY(!sensor->isMeasModeEnabled());
 }
 
 void MeasurementModesTest::busVariantIsEnabledButListsNoModes()
 {
-    Sensor sensor(10026);
+    Sensor sensor(10000 + CC430);
     CallRecorder recorder;
     QCOMPARE(sensor->enableMeasMode(), NoError);
-    QCOMPARE(recorder.take(), tellInt("Set_MeasureMode", "SP_MeasureMode", 0));
+    QCOMPARE(recorder.take(), writeInt("Set_MeasureMode", "SP_MeasureMode", 0));
     QVERIFY(sensor->isMeasModeEnabled());
     QCOMPARE(modesOf(*sensor), QStringList());
 }

@@ -16,7 +16,7 @@ QString printed(const T &value)
     return text;
 }
 
-/// The meta-type of \a T under its own name and under the ones by which callers write it.
+/// Checks the meta-type of \a T under its full name and under the names that callers use.
 template<typename T>
 void addType(const char *name, const QByteArrayList &spellings)
 {
@@ -27,7 +27,7 @@ SignalInfo distance()
 {
     SignalInfo signal;
     signal.index = 1;
-    signal.scaledName = QStringLiteral("Distance");
+    signal.scaledName = "Distance";
     return signal;
 }
 
@@ -38,7 +38,7 @@ TransmittedDataInfo description()
 
 } // namespace
 
-/// Hands descriptions on, as a worker of an application does.
+/// Emits descriptions across threads, like a worker of an application.
 class Describer : public QObject
 {
     Q_OBJECT
@@ -159,7 +159,7 @@ void TestMetaTypes::everyEnumeratorHasItsName()
 void TestMetaTypes::aVariantTellsTheName()
 {
     const QVariant variant = QVariant::fromValue(TX270);
-    QCOMPARE(variant.toString(), QStringLiteral("TX270"));
+    QCOMPARE(variant.toString(), "TX270");
     QCOMPARE(variant.toInt(), 41);
     QCOMPARE(QVariant::fromValue(ErrorCode(-33)).toInt(), -33);
 }

@@ -11,44 +11,44 @@ namespace {
 
 QStringList opening(int code)
 {
-    return {name("SetParameterString(\"IP_Interface\", \"TCP/IP\")"),
-            name("SetParameterString(\"IP_RemoteAddr\", \"192.168.7.%1\")").arg(code),
-            name("SetParameterInt(\"CP_LogSensorInformation\", 1)"),
-            name("OpenSensor()"),
-            name("GetParameterString(\"SA_SensorInformation\", null)"),
-            name("GetParameterString(\"SA_SensorInformation\", n)")};
+    return {"SetParameterString(\"IP_Interface\", \"TCP/IP\")",
+            QString("SetParameterString(\"IP_RemoteAddr\", \"192.168.7.%1\")").arg(code),
+            "SetParameterInt(\"CP_LogSensorInformation\", 1)",
+            "OpenSensor()",
+            "GetParameterString(\"SA_SensorInformation\", null)",
+            "GetParameterString(\"SA_SensorInformation\", n)"};
 }
 
 QStringList openState()
 {
-    return askInt("Get_OpenState", "IA_SensorOpen");
+    return readInt("Get_OpenState", "IA_SensorOpen");
 }
 
 QStringList range()
 {
-    return commandCalls(name("Get_Info")) + QStringList(name("GetParameterDouble(\"SA_Range\")"));
+    return commandCalls("Get_Info") + QStringList("GetParameterDouble(\"SA_Range\")");
 }
 
 QStringList triggerAndSync()
 {
-    return askInt("Get_TriggerMode", "SA_TriggerMode") + askInt("Get_SyncMode", "SA_SyncMode");
+    return readInt("Get_TriggerMode", "SA_TriggerMode") + readInt("Get_SyncMode", "SA_SyncMode");
 }
 
-/// The size of the sensor's information is its own affair.
+/// Removes the size of the sensor information, which is irrelevant here.
 QStringList withoutSizes(QStringList calls)
 {
-    calls.replaceInStrings(QRegularExpression(name("(\"SA_SensorInformation\", )\\d+")), name("\\1n"));
+    calls.replaceInStrings(QRegularExpression("(\"SA_SensorInformation\", )\\d+"), QString("\\1n"));
     return calls;
 }
 
 } // namespace
 
-/// Every call that opening a sensor and adopting an open one make, in their order.
+/// The order of all calls when a sensor is opened and when an open one is adopted.
 class OpenOrderTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { load({16, 26, 37, 43}); }
+    void init() { load({CP720, CC430, MC340, GenericKVBus}); }
 
     void opens_data();
     void opens();
@@ -65,17 +65,18 @@ void OpenOrderTest::opens_data()
 {
     QTest::addColumn<int>("code");
     QTest::addColumn<QStringList>("calls");
-    QTest::newRow("video, trigger and sync") << 26 << opening(26) + triggerAndSync();
-    QTest::newRow("video that depends on the range") << 37 << opening(37) + range() + triggerAndSync();
-    QTest::newRow("trigger alone") << 43 << opening(43) + askInt("Get_Trigger", "SA_TrgMode");
-    QTest::newRow("none of them") << 16 << opening(16);
+    QTest::newRow("video, trigger and sync") << int(CC430) << opening(CC430) + triggerAndSync();
+    QTest::newRow("video that depends on the range") << int(MC340) << opening(MC340) + range() + triggerAndSync();
+    QTest::newRow("trigger alone") << int(GenericKVBus)
+                                   << opening(GenericKVBus) + readInt("Get_Trigger", "SA_TrgMode");
+    QTest::newRow("none of them") << int(CP720) << opening(CP720);
 }
 
 void OpenOrderTest::opens()
 {
     QFETCH(int, code);
     SensorInstance sensor{SensorType(code)};
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(sensor.open(parameters(code, Ethernet), &errorText), NoError);
     QTEST(withoutSizes(recorder.take()), "calls");
@@ -86,10 +87,10 @@ void OpenOrderTest::adopts_data()
 {
     QTest::addColumn<int>("code");
     QTest::addColumn<QStringList>("calls");
-    QTest::newRow("video, trigger and sync") << 26 << openState() + triggerAndSync();
-    QTest::newRow("video that depends on the range") << 37 << openState() + range() + triggerAndSync();
-    QTest::newRow("trigger alone") << 43 << openState() + askInt("Get_Trigger", "SA_TrgMode");
-    QTest::newRow("none of them") << 16 << openState();
+    QTest::newRow("video, trigger and sync") << int(CC430) << openState() + triggerAndSync();
+    QTest::newRow("video that depends on the range") << int(MC340) << openState() + range() + triggerAndSync();
+    QTest::newRow("trigger alone") << int(GenericKVBus) << openState() + readInt("Get_Trigger", "SA_TrgMode");
+    QTest::newRow("none of them") << int(CP720) << openState();
 }
 
 void OpenOrderTest::adopts()
@@ -103,40 +104,40 @@ void OpenOrderTest::adopts()
 
 void OpenOrderTest::unansweredRangeFailsTheOpenAfterFillingTheTables()
 {
-    failCommand("Get_Info", -51, "no information");
+    scriptCommandFailure("Get_Info", -51, "no information");
     SensorInstance sensor(MC340);
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
-    QCOMPARE(int(sensor.open(parameters(37, Ethernet), &errorText)), -51);
+    QCOMPARE(int(sensor.open(parameters(MC340, Ethernet), &errorText)), -51);
     QCOMPARE(withoutSizes(recorder.take()),
-             opening(37) + commandCalls(name("Get_Info")) + QStringList(name("GetError(4096)")));
-    QCOMPARE(errorText, name("no information"));
+             opening(MC340) + commandCalls("Get_Info") + QStringList("GetError(4096)"));
+    QCOMPARE(errorText, "no information");
     QVERIFY(sensor.isOpen());
 
     recorder.take();
     QCOMPARE(sensor.disableTrigger(), NoError);
     QCOMPARE(sensor.disableSync(), NoError);
     QCOMPARE(recorder.take(),
-             tellInt("Update_TriggerMode", "SP_TriggerMode", 0) + tellInt("Set_SyncMode", "SP_SyncMode", 0));
+             writeInt("Update_TriggerMode", "SP_TriggerMode", 0) + writeInt("Set_SyncMode", "SP_SyncMode", 0));
 }
 
 void OpenOrderTest::missingRangeFailsTheOpenWithItsText()
 {
-    failParameter("SA_Range", -54, "no range");
+    scriptParameterFailure("SA_Range", -54, "no range");
     SensorInstance sensor(MC340);
     QString errorText;
-    QCOMPARE(int(sensor.open(parameters(37, Ethernet), &errorText)), -54);
-    QCOMPARE(errorText, name("no range"));
+    QCOMPARE(int(sensor.open(parameters(MC340, Ethernet), &errorText)), -54);
+    QCOMPARE(errorText, "no range");
     QVERIFY(sensor.isOpen());
 }
 
 void OpenOrderTest::unansweredRangeDoesNotKeepAnAdoptedSensorFromItsChecks()
 {
-    Sensor opened(37);
-    failCommand("Get_Info", -51);
+    Sensor opened(MC340);
+    scriptCommandFailure("Get_Info", -51);
     CallRecorder recorder;
     const SensorInstance adopting(MC340, opened->handle());
-    QCOMPARE(withoutErrorTexts(recorder.take()), openState() + commandCalls(name("Get_Info")) + triggerAndSync());
+    QCOMPARE(withoutErrorTexts(recorder.take()), openState() + commandCalls("Get_Info") + triggerAndSync());
     QCOMPARE(adopting.getAvailableVideoSignalCount(), 0);
 }
 
@@ -145,8 +146,8 @@ void OpenOrderTest::failedOpenFillsNothing()
     sondixsim::unplug("2026");
     SensorInstance sensor(CC430);
     CallRecorder recorder;
-    QVERIFY(sensor.open(parameters(26, Ethernet)) != NoError);
-    QCOMPARE(recorder.take(), opening(26).mid(0, 4) + QStringList(name("GetError(4096)")));
+    QVERIFY(sensor.open(parameters(CC430, Ethernet)) != NoError);
+    QCOMPARE(recorder.take(), opening(CC430).mid(0, 4) + QStringList("GetError(4096)"));
     QVERIFY(sensor.getAvailableMeasModi().isEmpty());
     QCOMPARE(sensor.getAvailableVideoSignalCount(), 0);
     QVERIFY(!sensor.isROISupported());
@@ -154,12 +155,12 @@ void OpenOrderTest::failedOpenFillsNothing()
 
 void OpenOrderTest::reopeningFillsAgain()
 {
-    Sensor sensor(26);
+    Sensor sensor(CC430);
     sensor->SetVideoPixelCount(3);
     QCOMPARE(sensor->close(), NoError);
     CallRecorder recorder;
-    QCOMPARE(sensor->open(parameters(26, Ethernet)), NoError);
-    QCOMPARE(withoutSizes(recorder.take()), opening(26) + triggerAndSync());
+    QCOMPARE(sensor->open(parameters(CC430, Ethernet)), NoError);
+    QCOMPARE(withoutSizes(recorder.take()), opening(CC430) + triggerAndSync());
     QCOMPARE(sensor->getVideoSignalPixelCount(), 512);
 }
 

@@ -49,11 +49,6 @@ namespace {
 
 constexpr double stale = 99.0;
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 /// The call that reads the answer.
 QByteArray callOfRead(const reference::Model &model)
 {
@@ -94,7 +89,7 @@ void addRowsOf(const reference::Model &model)
     case reference::Distance:
     case reference::Frequency:
     case reference::Averaged:
-        break; // tested one by one
+        break; // has tests of its own
     }
 }
 
@@ -167,7 +162,7 @@ void TestReadSampleRate::failingCommandGivesItsError()
     QVERIFY(rate == 0.0);
     QCOMPARE(errorText, QString::fromLatin1(scriptedFailure));
     QCOMPARE(messages.size(), 1);
-    QCOMPARE(recorder.take(), commandCalls(command) + QStringList(name("GetError(4096)")));
+    QCOMPARE(recorder.take(), commandCalls(command) + QStringList("GetError(4096)"));
 }
 
 void TestReadSampleRate::failureWithoutAnErrorLeavesTheText_data()
@@ -175,9 +170,9 @@ void TestReadSampleRate::failureWithoutAnErrorLeavesTheText_data()
     QTest::addColumn<QByteArray>("function");
     QTest::addColumn<bool>("silent");
     QTest::addColumn<QString>("text");
-    QTest::newRow("staging the command") << QByteArray("SetParameterString") << true << name("old");
-    QTest::newRow("the command") << QByteArray("SensorCommand") << true << name("old");
-    QTest::newRow("reading the answer") << QByteArray("GetParameterDouble") << true << name("old");
+    QTest::newRow("staging the command") << QByteArray("SetParameterString") << true << "old";
+    QTest::newRow("the command") << QByteArray("SensorCommand") << true << "old";
+    QTest::newRow("reading the answer") << QByteArray("GetParameterDouble") << true << "old";
     QTest::newRow("an error with an empty text") << QByteArray("SensorCommand") << false << QString();
 }
 
@@ -187,13 +182,9 @@ void TestReadSampleRate::failureWithoutAnErrorLeavesTheText()
     QFETCH(bool, silent);
     SensorInstance instance(SensorType::TX270);
     scriptAnswer("Get_Samplerate", "SA_Measrate=2.0");
-    sondixsim::Fault fault;
-    fault.function = function.toStdString();
-    fault.code = -815;
-    fault.silent = silent;
-    sondixsim::inject(fault);
+    scriptFailure(function.toStdString(), -815, std::string(), silent);
     double rate = stale;
-    QString errorText = name("old");
+    QString errorText = "old";
     QCOMPARE(instance.getSampleRateInKhz(&rate, &errorText), ErrorCode(-815));
     QVERIFY(rate == 0.0);
     QTEST(errorText, "text");
@@ -225,7 +216,7 @@ void TestReadSampleRate::callersTextIsClearedOnSuccess()
     SensorInstance instance{SensorType(code)};
     scriptAnswer("Get_Settings", "SA_Speed=1");
     double rate = stale;
-    QString errorText = name("old");
+    QString errorText = "old";
     QCOMPARE(instance.getSampleRateInKhz(&rate, &errorText), NoError);
     QVERIFY(rate != stale);
     QCOMPARE(errorText, QString());
@@ -236,10 +227,10 @@ void TestReadSampleRate::unwantedRateMayBeNull_data()
     QTest::addColumn<int>("code");
     QTest::addColumn<QString>("command");
     QTest::newRow("constant") << 1 << QString();
-    QTest::newRow("index") << 2 << name("Get_Settings");
-    QTest::newRow("answer") << 41 << name("Get_Samplerate");
-    QTest::newRow("time") << 33 << name("Get_SampleTime");
-    QTest::newRow("unknown") << 10 << QString();
+    QTest::newRow("index") << 2 << "Get_Settings";
+    QTest::newRow("answer") << int(TX270) << "Get_Samplerate";
+    QTest::newRow("time") << int(CP730) << "Get_SampleTime";
+    QTest::newRow("unknown") << int(XA100PCI) << QString();
 }
 
 void TestReadSampleRate::unwantedRateMayBeNull()
@@ -256,7 +247,7 @@ void TestReadSampleRate::unwantedRateMayBeNull()
 
 namespace {
 
-/// Notes the commands that pass its hook.
+/// Records the commands that pass through the virtual function.
 class NotingInstance : public SpecialSensorInstance
 {
 public:
@@ -274,9 +265,9 @@ public:
 void TestReadSampleRate::questionsPassTheVirtualCommandLayer()
 {
     const QVector<QPair<SensorType, QString>> questions = {
-        {SensorType::TX220, name("Get_Settings")},   {SensorType::TX270, name("Get_Samplerate")},
-        {SensorType::CP740, name("Get_Samplerate")}, {SensorType::CP730, name("Get_SampleTime")},
-        {SensorType::EC810, name("Get_Settings")},
+        {SensorType::TX220, "Get_Settings"},   {SensorType::TX270, "Get_Samplerate"},
+        {SensorType::CP740, "Get_Samplerate"}, {SensorType::CP730, "Get_SampleTime"},
+        {SensorType::EC810, "Get_Settings"},
     };
     for (const auto &question : questions) {
         NotingInstance instance(question.first);
@@ -297,7 +288,7 @@ void TestReadSampleRate::distanceTracking_data()
     QTest::newRow("distance") << 0 << QVariant(25) << 1.0 / (25 * 240.0);
     QTest::newRow("distance, no time") << 0 << QVariant(0) << 0.0;
     QTest::newRow("distance, negative time") << 0 << QVariant(-25) << 0.0;
-    QTest::newRow("distance, time not told") << 0 << QVariant() << 0.0;
+    QTest::newRow("distance, no time reported") << 0 << QVariant() << 0.0;
     QTest::newRow("distance, absurd time") << 0 << QVariant(1e300) << 0.0;
     QTest::newRow("distance to 7 m") << 1 << QVariant(25) << 1.0 / (25 * 150.0);
     QTest::newRow("distance to 7 m, no time") << 1 << QVariant(0) << 0.0;
@@ -307,7 +298,7 @@ void TestReadSampleRate::distanceTracking_data()
     QTest::newRow("triggered") << 4 << QVariant(25) << 0.0;
     QTest::newRow("10 Hz by another name") << 8 << QVariant(25) << 0.01;
     QTest::newRow("no such mode") << 9 << QVariant(25) << 0.0;
-    QTest::newRow("not learnt yet") << -1 << QVariant(25) << 0.0;
+    QTest::newRow("not read yet") << -1 << QVariant(25) << 0.0;
 }
 
 void TestReadSampleRate::distanceTracking()
@@ -318,7 +309,7 @@ void TestReadSampleRate::distanceTracking()
     SpecialSensorInstanceRG52x instance;
     instance.setTrackingMode(mode);
     if (measureTime.isValid())
-        instance.addInfoParameters(Parameters{{name("SA_MeasureTime"), measureTime}}, 1);
+        instance.addInfoParameters(Parameters{{"SA_MeasureTime", measureTime}}, 1);
     CallRecorder recorder;
     double measured = stale;
     QCOMPARE(instance.getSampleRateInKhz(&measured), NoError);
@@ -331,7 +322,7 @@ void TestReadSampleRate::distanceTrackingNeedsItsOwnClass()
     SensorInstance plain(SensorType::RG52x);
     SpecialSensorInstance special(SensorType::RG52x);
     for (SensorInstance *instance : {&plain, static_cast<SensorInstance *>(&special)}) {
-        instance->addInfoParameters(Parameters{{name("SA_MeasureTime"), 25}}, 1);
+        instance->addInfoParameters(Parameters{{"SA_MeasureTime", 25}}, 1);
         double rate = stale;
         QCOMPARE(instance->getSampleRateInKhz(&rate), NoError);
         QVERIFY(rate == 0.0);
@@ -342,8 +333,8 @@ void TestReadSampleRate::distanceTrackingReadsTheFirstSensorsInformation()
 {
     SpecialSensorInstanceRG52x instance;
     instance.setTrackingMode(0);
-    instance.addInfoParameters(Parameters{{name("SA_MeasureTime"), 25}}, 1);
-    instance.addInfoParameters(Parameters{{name("SA_MeasureTime"), 50}}, 2);
+    instance.addInfoParameters(Parameters{{"SA_MeasureTime", 25}}, 1);
+    instance.addInfoParameters(Parameters{{"SA_MeasureTime", 50}}, 2);
     double rate = stale;
     QCOMPARE(instance.getSampleRateInKhz(&rate), NoError);
     QVERIFY(rate == 1.0 / (25 * 240.0));
@@ -354,11 +345,11 @@ void TestReadSampleRate::frequencyAverage_data()
     QTest::addColumn<QString>("kind");
     QTest::addColumn<int>("mode");
     QTest::addColumn<double>("rate");
-    QTest::newRow("plain instance") << name("plain") << 5 << 0.1;
-    QTest::newRow("other special instance") << name("special") << 5 << 0.1;
-    QTest::newRow("speed") << name("RG531") << 5 << 2000.0 / 20.0 / 25.0 / 1000.0;
-    QTest::newRow("distance") << name("RG531") << 2 << 0.1;
-    QTest::newRow("not learnt yet") << name("RG531") << -1 << 0.1;
+    QTest::newRow("plain instance") << "plain" << 5 << 0.1;
+    QTest::newRow("other special instance") << "special" << 5 << 0.1;
+    QTest::newRow("speed") << "RG531" << 5 << 2000.0 / 20.0 / 25.0 / 1000.0;
+    QTest::newRow("distance") << "RG531" << 2 << 0.1;
+    QTest::newRow("not read yet") << "RG531" << -1 << 0.1;
 }
 
 void TestReadSampleRate::frequencyAverage()
@@ -367,17 +358,17 @@ void TestReadSampleRate::frequencyAverage()
     QFETCH(int, mode);
     QFETCH(double, rate);
     std::unique_ptr<SensorInstance> instance;
-    if (kind == name("RG531")) {
+    if (kind == "RG531") {
         auto tracking = std::make_unique<SpecialSensorInstanceRG531>();
         tracking->setTrackingMode(mode);
         instance = std::move(tracking);
-    } else if (kind == name("special")) {
+    } else if (kind == "special") {
         instance = std::make_unique<SpecialSensorInstance>(SensorType::RG53x);
     } else {
         instance = std::make_unique<SensorInstance>(SensorType::RG53x);
     }
-    instance->addInfoParameters(Parameters{{name("SA_MeasFrequency"), 2000}, {name("SA_Average"), 20}}, 1);
-    instance->addInfoParameters(Parameters{{name("SA_MeasFrequency"), 1}, {name("SA_Average"), 1}}, 2);
+    instance->addInfoParameters(Parameters{{"SA_MeasFrequency", 2000}, {"SA_Average", 20}}, 1);
+    instance->addInfoParameters(Parameters{{"SA_MeasFrequency", 1}, {"SA_Average", 1}}, 2);
     CallRecorder recorder;
     double measured = stale;
     QCOMPARE(instance->getSampleRateInKhz(&measured), NoError);
@@ -391,7 +382,7 @@ void TestReadSampleRate::frequencyWithoutAverageIsNotGuarded()
     double rate = stale;
     QCOMPARE(instance.getSampleRateInKhz(&rate), NoError);
     QVERIFY(std::isnan(rate));
-    instance.addInfoParameters(Parameters{{name("SA_MeasFrequency"), 2000}}, 1);
+    instance.addInfoParameters(Parameters{{"SA_MeasFrequency", 2000}}, 1);
     QCOMPARE(instance.getSampleRateInKhz(&rate), NoError);
     QVERIFY(std::isinf(rate));
 }
@@ -420,10 +411,9 @@ void TestReadSampleRate::averaged()
     double measured = stale;
     QCOMPARE(instance.getSampleRateInKhz(&measured), NoError);
     QVERIFY(measured == rate);
-    QCOMPARE(recorder.take(),
-             commandCalls(name("Get_Settings")) +
-                 QStringList({name("GetParameterInt(\"SA_AvrNbr\")"), name("GetParameterInt(\"SA_AvrType\")"),
-                              name("GetParameterInt(\"SA_SRIndex\")")}));
+    QCOMPARE(recorder.take(), commandCalls("Get_Settings") +
+                                  QStringList({"GetParameterInt(\"SA_AvrNbr\")", "GetParameterInt(\"SA_AvrType\")",
+                                               "GetParameterInt(\"SA_SRIndex\")"}));
 }
 
 void TestReadSampleRate::averagedIgnoresTheCommandsResult()
@@ -437,7 +427,7 @@ void TestReadSampleRate::averagedIgnoresTheCommandsResult()
 
 void TestReadSampleRate::averagedReadsUpToTheFirstMissingAnswer()
 {
-    // Read in the order of the names: the rate's index comes last and stays unknown.
+    // Answers are read in the order of their names: SA_SRIndex is the last one and is not read.
     SensorInstance instance(SensorType::EC810);
     scriptAnswer("Get_Settings", "SA_AvrNbr=2 SA_SRIndex=1");
     double rate = stale;

@@ -9,20 +9,15 @@ using Parameters = QMap<QString, QVariant>;
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 Parameters at(int port)
 {
-    return {{name("IP_Interface"), name("RS232")}, {name("IP_Port"), port}};
+    return {{"IP_Interface", "RS232"}, {"IP_Port", port}};
 }
 
 int average(SensorInstance &sensor)
 {
     int value = -1;
-    if (sensor.sendCommandGetInt(name("Get_Average"), name("SA_Average"), value) != NoError)
+    if (sensor.sendCommandGetInt("Get_Average", "SA_Average", value) != NoError)
         return -1;
     return value;
 }
@@ -33,10 +28,10 @@ double rate(SensorInstance &sensor)
     return sensor.getSampleRateInKhz(&kilohertz) == NoError ? kilohertz : -1.0;
 }
 
-/// Whether values arise after a command that only asks.
+/// Whether the sensor still measures after a command that only reads.
 bool measuresAfterACommand(SensorInstance &sensor)
 {
-    sensor.sendCommand(name("Get_Info"));
+    sensor.sendCommand("Get_Info");
     QVector<double> values;
     sensor.transferData(values);
     sondixsim::advance(1.0);
@@ -45,7 +40,7 @@ bool measuresAfterACommand(SensorInstance &sensor)
 
 } // namespace
 
-/// What a user of the RG models meets on the bench.
+/// Use of the RG models on the bench.
 class RGSensorsTest : public QObject
 {
     Q_OBJECT
@@ -79,7 +74,7 @@ void RGSensorsTest::stopTrackingConsumesAParameterStagedBefore()
 {
     SpecialSensorInstanceRG531 sensor;
     QCOMPARE(sensor.open(at(2)), NoError);
-    QVERIFY(sensor.sendCommand(name("Set_Average"), name("SP_Average"), 50) != NoError);
+    QVERIFY(sensor.sendCommand("Set_Average", "SP_Average", 50) != NoError);
     QCOMPARE(average(sensor), 20);
 }
 
@@ -87,7 +82,7 @@ void RGSensorsTest::mapFormStagesAfterStopTracking()
 {
     SpecialSensorInstanceRG531 sensor;
     QCOMPARE(sensor.open(at(2)), NoError);
-    QCOMPARE(sensor.sendCommand(name("Set_Average"), {{name("SP_Average"), 50}}), NoError);
+    QCOMPARE(sensor.sendCommand("Set_Average", {{"SP_Average", 50}}), NoError);
     QCOMPARE(average(sensor), 50);
 }
 
@@ -98,15 +93,15 @@ void RGSensorsTest::rateOfRG52xIsKnownAfterACommand()
     TransmittedDataInfo info;
     QCOMPARE(sensor.transmittedDataInfo(info), NoError);
     QCOMPARE(rate(sensor), 0.0);
-    QCOMPARE(sensor.sendCommand(name("Get_Info")), NoError);
+    QCOMPARE(sensor.sendCommand("Get_Info"), NoError);
     QCOMPARE(sensor.getTrackingMode(), 0);
     QCOMPARE(rate(sensor), 1.0 / 240.0);
 
-    SpecialSensorInstanceRG52x told;
+    SpecialSensorInstanceRG52x preset;
     QCOMPARE(sensor.close(), NoError);
-    QCOMPARE(told.open(at(1)), NoError);
-    told.setTrackingMode(0);
-    QCOMPARE(rate(told), 1.0 / 240.0);
+    QCOMPARE(preset.open(at(1)), NoError);
+    preset.setTrackingMode(0);
+    QCOMPARE(rate(preset), 1.0 / 240.0);
 }
 
 void RGSensorsTest::rateOfRG53xIsRightAfterACommand()
@@ -114,7 +109,7 @@ void RGSensorsTest::rateOfRG53xIsRightAfterACommand()
     SpecialSensorInstanceRG531 sensor;
     QCOMPARE(sensor.open(at(2)), NoError);
     QCOMPARE(rate(sensor), 0.1);
-    QCOMPARE(sensor.sendCommand(name("Get_Info")), NoError);
+    QCOMPARE(sensor.sendCommand("Get_Info"), NoError);
     QCOMPARE(rate(sensor), 0.004);
 }
 
@@ -122,9 +117,9 @@ void RGSensorsTest::rateIsThatOfTheSettingsAtOpening()
 {
     SpecialSensorInstanceRG531 sensor;
     QCOMPARE(sensor.open(at(2)), NoError);
-    QCOMPARE(sensor.sendCommand(name("Set_Average"), {{name("SP_Average"), 50}}), NoError);
+    QCOMPARE(sensor.sendCommand("Set_Average", {{"SP_Average", 50}}), NoError);
     QCOMPARE(rate(sensor), 0.004);
-    sensor.addInfoParameters(Parameters{{name("SA_Average"), 50}}, 1);
+    sensor.addInfoParameters(Parameters{{"SA_Average", 50}}, 1);
     QCOMPARE(rate(sensor), 0.0016);
 }
 

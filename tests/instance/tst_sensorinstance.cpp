@@ -2,6 +2,7 @@
 #include <SondixQt/SensorInstance>
 
 #include "support/callrecorder.h"
+#include "support/scripting.h"
 #include "support/testbench.h"
 
 #include <QDateTime>
@@ -12,23 +13,9 @@ using Parameters = QMap<QString, QVariant>;
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
-int inject(const char *function, int code, const char *text = "told to fail")
-{
-    sondixsim::Fault fault;
-    fault.function = function;
-    fault.code = code;
-    fault.text = text;
-    return sondixsim::inject(fault);
-}
-
 QStringList withoutErrorTexts(QStringList calls)
 {
-    calls.removeAll(name("GetError(4096)"));
+    calls.removeAll("GetError(4096)");
     return calls;
 }
 
@@ -85,9 +72,9 @@ void SensorInstanceTest::createsTheBaseTypesInstance_data()
 {
     QTest::addColumn<int>("type");
     QTest::addColumn<QString>("call");
-    QTest::newRow("plain") << int(TX270) << name("CreateSensorInstance(41)");
-    QTest::newRow("bus variant") << int(MV420) << name("CreateSensorInstance(43)");
-    QTest::newRow("converter variant") << int(DVxxx_XA300ETH) << name("CreateSensorInstance(34)");
+    QTest::newRow("plain") << int(TX270) << "CreateSensorInstance(41)";
+    QTest::newRow("bus variant") << int(MV420) << "CreateSensorInstance(43)";
+    QTest::newRow("converter variant") << int(DVxxx_XA300ETH) << "CreateSensorInstance(34)";
 }
 
 void SensorInstanceTest::createsTheBaseTypesInstance()
@@ -98,9 +85,9 @@ void SensorInstanceTest::createsTheBaseTypesInstance()
     SensorInstance sensor{SensorType(type)};
     QVERIFY(sensor.isValid());
     QVERIFY(sensor.handle() != 0);
-    // A library instance may be open already: the constructor asks.
-    QCOMPARE(recorder.take(), QStringList(call) + commandCalls(name("Get_OpenState")) +
-                                  QStringList(name("GetParameterInt(\"IA_SensorOpen\")")));
+    // The constructor queries whether the library instance is already open.
+    QCOMPARE(recorder.take(), QStringList(call) + commandCalls("Get_OpenState") +
+                                  QStringList("GetParameterInt(\"IA_SensorOpen\")"));
 }
 
 void SensorInstanceTest::typesWithoutLibraryInstance_data()
@@ -130,25 +117,21 @@ void SensorInstanceTest::adoptsAHandle()
     CallRecorder recorder;
     SensorInstance second(TX270, handle);
     QCOMPARE(second.handle(), handle);
-    QCOMPARE(recorder.take().filter(name("CreateSensorInstance")), QStringList());
-    first = SensorInstance(NoSensor); // releases the shared handle, so that only one of them does
+    QCOMPARE(recorder.take().filter("CreateSensorInstance"), QStringList());
+    first = SensorInstance(NoSensor); // releases the shared handle, so that it is released only once
     second = SensorInstance(NoSensor);
 }
 
 void SensorInstanceTest::refusedCreationLeavesItInvalid()
 {
-    sondixsim::Fault fault;
-    fault.function = "CreateSensorInstance";
-    fault.code = -3;
-    fault.text = "no such sensor";
-    sondixsim::inject(fault);
+    scriptFailure("CreateSensorInstance", -3, "no such sensor");
     CallRecorder recorder;
     SensorInstance sensor(TX270);
     QVERIFY(!sensor.isValid());
-    QCOMPARE(recorder.take(), QStringList(name("CreateSensorInstance(41)")));
+    QCOMPARE(recorder.take(), QStringList("CreateSensorInstance(41)"));
     QString text;
     sensor.checkError(ErrorCode(-1), &text, false);
-    QCOMPARE(text, name("no such sensor"));
+    QCOMPARE(text, "no such sensor");
 }
 
 void SensorInstanceTest::destructorReleases()
@@ -158,7 +141,7 @@ void SensorInstanceTest::destructorReleases()
         SensorInstance sensor(TX270);
         recorder.take();
     }
-    QCOMPARE(recorder.take(), QStringList(name("ReleaseSensorInstance()")));
+    QCOMPARE(recorder.take(), QStringList("ReleaseSensorInstance()"));
 }
 
 void SensorInstanceTest::releaseIsEarlyAndOnce()
@@ -172,27 +155,27 @@ void SensorInstanceTest::releaseIsEarlyAndOnce()
         QCOMPARE(sensor.release(), NoError);
         QVERIFY(!sensor.isOpen());
     }
-    QCOMPARE(recorder.take(), QStringList(name("ReleaseSensorInstance()")));
+    QCOMPARE(recorder.take(), QStringList("ReleaseSensorInstance()"));
 }
 
 void SensorInstanceTest::moveAssignmentTakesHandleAndTypeOnly()
 {
     SensorInstance target(CP720);
-    target.addInfoParameters(Parameters{{name("SA_Sensor"), name("old")}}, 1);
-    target.storeInterfaceParameters({{name("IP_Port"), 3}});
+    target.addInfoParameters(Parameters{{"SA_Sensor", "old"}}, 1);
+    target.storeInterfaceParameters({{"IP_Port", 3}});
     SensorInstance source(MV420);
-    source.addInfoParameters(Parameters{{name("SA_Sensor"), name("new")}}, 1);
-    QCOMPARE(source.enableLogging(QDir::temp().filePath(name("sondixqt-move.log"))), NoError);
+    source.addInfoParameters(Parameters{{"SA_Sensor", "new"}}, 1);
+    QCOMPARE(source.enableLogging(QDir::temp().filePath("sondixqt-move.log")), NoError);
     const quint32 handle = source.handle();
     CallRecorder recorder;
     target = std::move(source);
-    QCOMPARE(recorder.take(), QStringList(name("ReleaseSensorInstance()")));
+    QCOMPARE(recorder.take(), QStringList("ReleaseSensorInstance()"));
     QCOMPARE(target.handle(), handle);
     QCOMPARE(target.sensorTypeFull(), MV420);
     QVERIFY(!source.isValid());
     QVERIFY(!target.GetLogging());
-    QCOMPARE(target.getInfoParameter(name("SA_Sensor"), 1).toString(), name("old"));
-    QCOMPARE(target.storedInterfaceParameters(), Parameters({{name("IP_Port"), 3}}));
+    QCOMPARE(target.getInfoParameter("SA_Sensor", 1).toString(), "old");
+    QCOMPARE(target.storedInterfaceParameters(), Parameters({{"IP_Port", 3}}));
 }
 
 void SensorInstanceTest::moveAssignmentToItselfKeepsTheHandle()
@@ -230,10 +213,7 @@ void SensorInstanceTest::isOpenAsksTheLibrary()
     QVERIFY(!sensor.isOpen());
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
     QVERIFY(sensor.isOpen());
-    sondixsim::Fault fault;
-    fault.command = "Get_OpenState";
-    fault.code = -1;
-    const int number = sondixsim::inject(fault);
+    const int number = scriptCommandFailure("Get_OpenState", -1);
     QVERIFY(!sensor.isOpen());
     sondixsim::removeFault(number);
     QCOMPARE(sensor.close(), NoError);
@@ -242,9 +222,9 @@ void SensorInstanceTest::isOpenAsksTheLibrary()
 
 void SensorInstanceTest::opensInTheDescribedOrder()
 {
-    // A model without video, trigger and sync: nothing more is asked.
+    // No further queries for a model without video, trigger and sync.
     SensorInstance sensor(CP720);
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
     const Parameters parameters = testBenchParameters(CP720);
     QCOMPARE(sensor.open(parameters, &errorText), NoError);
@@ -254,15 +234,14 @@ void SensorInstanceTest::opensInTheDescribedOrder()
     QCOMPARE(calls.size(), staged + 4);
     int index = 0;
     for (auto it = parameters.cbegin(); it != parameters.cend(); ++it, ++index)
-        QVERIFY2(calls.at(index).contains(name("(\"%1\", ").arg(it.key())), qPrintable(calls.at(index)));
-    QCOMPARE(calls.at(staged), name("SetParameterInt(\"CP_LogSensorInformation\", 1)"));
-    QCOMPARE(calls.at(staged + 1), name("OpenSensor()"));
-    QCOMPARE(calls.at(staged + 2), name("GetParameterString(\"SA_SensorInformation\", null)"));
-    QVERIFY(calls.at(staged + 3).startsWith(name("GetParameterString(\"SA_SensorInformation\", ")));
+        QVERIFY2(calls.at(index).contains(QString("(\"%1\", ").arg(it.key())), qPrintable(calls.at(index)));
+    QCOMPARE(calls.at(staged), "SetParameterInt(\"CP_LogSensorInformation\", 1)");
+    QCOMPARE(calls.at(staged + 1), "OpenSensor()");
+    QCOMPARE(calls.at(staged + 2), "GetParameterString(\"SA_SensorInformation\", null)");
+    QVERIFY(calls.at(staged + 3).startsWith("GetParameterString(\"SA_SensorInformation\", "));
     QCOMPARE(sensor.getInfoParameters().size(), 1);
-    QVERIFY(!sensor.getInfoParameter(name("SA_SerialNumber"), 1).toString().isEmpty());
-    QVERIFY(QDateTime::fromString(sensor.getInfoParameter(name("StorageTime"), 1).toString(),
-                                  name("yyyy-MM-dd_hh-mm-ss.zzz"))
+    QVERIFY(!sensor.getInfoParameter("SA_SerialNumber", 1).toString().isEmpty());
+    QVERIFY(QDateTime::fromString(sensor.getInfoParameter("StorageTime", 1).toString(), "yyyy-MM-dd_hh-mm-ss.zzz")
                 .isValid());
 }
 
@@ -276,26 +255,22 @@ void SensorInstanceTest::openStopsWhenStagingFails()
     sondixsim::inject(fault);
     CallRecorder recorder;
     QCOMPARE(int(sensor.open(testBenchParameters(CP720))), -4);
-    QCOMPARE(recorder.take().filter(name("OpenSensor")), QStringList());
+    QCOMPARE(recorder.take().filter("OpenSensor"), QStringList());
     QCOMPARE(sensor.getInfoParameters().size(), 0);
 }
 
 void SensorInstanceTest::openStopsWhenInformationCannotBeSwitchedOn()
 {
     SensorInstance sensor(CP720);
-    sondixsim::Fault fault;
-    fault.parameter = "CP_LogSensorInformation";
-    fault.code = -6;
-    fault.text = "not known";
-    sondixsim::inject(fault);
+    scriptParameterFailure("CP_LogSensorInformation", -6, "not known");
     QSignalSpy messages(&sensor, &SensorInstance::errorMessage);
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(int(sensor.open(testBenchParameters(CP720), &errorText)), -6);
-    QCOMPARE(recorder.take().filter(name("OpenSensor")), QStringList());
-    // Reported by the signal alone: the text is that of the last parameter, which was staged well.
+    QCOMPARE(recorder.take().filter("OpenSensor"), QStringList());
+    // Only the signal reports it: the text is that of the last parameter, which was staged successfully.
     QCOMPARE(messages.size(), 1);
-    QCOMPARE(messages.at(0).at(1).toString(), name("not known"));
+    QCOMPARE(messages.at(0).at(1).toString(), "not known");
     QCOMPARE(errorText, QString());
     QCOMPARE(sensor.getInfoParameters().size(), 0);
 }
@@ -305,7 +280,7 @@ void SensorInstanceTest::failedOpenLeavesOneEntryForEachExpectedSensor_data()
     QTest::addColumn<QVariant>("count");
     QTest::addColumn<int>("entries");
     QTest::newRow("three") << QVariant(3) << 3;
-    QTest::newRow("not told") << QVariant() << 1;
+    QTest::newRow("no count") << QVariant() << 1;
     QTest::newRow("none") << QVariant(0) << 0;
     QTest::newRow("negative") << QVariant(-2) << 0;
     QTest::newRow("absurd") << QVariant(0x7fffffff) << 10000;
@@ -316,18 +291,18 @@ void SensorInstanceTest::failedOpenLeavesOneEntryForEachExpectedSensor()
     QFETCH(QVariant, count);
     QFETCH(int, entries);
     SensorInstance sensor(CP720);
-    inject("OpenSensor", -11, "does not answer");
+    scriptFailure("OpenSensor", -11, "does not answer");
     Parameters parameters = testBenchParameters(CP720);
     if (count.isValid())
-        parameters.insert(name("IP_SensorCount"), count);
+        parameters.insert("IP_SensorCount", count);
     QString errorText;
     CallRecorder recorder;
     QCOMPARE(int(sensor.open(parameters, &errorText)), -11);
-    QCOMPARE(errorText, name("does not answer"));
-    QCOMPARE(withoutErrorTexts(recorder.take()).last(), name("OpenSensor()"));
+    QCOMPARE(errorText, "does not answer");
+    QCOMPARE(withoutErrorTexts(recorder.take()).last(), "OpenSensor()");
     QCOMPARE(sensor.getInfoParameters().size(), entries);
     for (int index = 1; index <= entries; ++index)
-        QCOMPARE(sensor.getInfoParameter(name("ST_Empty"), index), QVariant(index));
+        QCOMPARE(sensor.getInfoParameter("ST_Empty", index), QVariant(index));
 }
 
 void SensorInstanceTest::openReadsTheInformationOfEverySensorOfASetup()
@@ -336,43 +311,38 @@ void SensorInstanceTest::openReadsTheInformationOfEverySensorOfASetup()
     const Parameters parameters = testBenchParameters(MultiSensor);
     CallRecorder recorder;
     QCOMPARE(sensor.open(parameters), NoError);
-    const QStringList asked = recorder.take().filter(name("SensorInformation")).filter(name("null"));
-    QCOMPARE(asked, QStringList({name("GetParameterString(\"SA_SensorInformation#S1\", null)"),
-                                 name("GetParameterString(\"SA_SensorInformation#S2\", null)"),
-                                 name("GetParameterString(\"SA_SensorInformation\", null)")}));
+    const QStringList asked = recorder.take().filter("SensorInformation").filter("null");
+    QCOMPARE(asked, QStringList({"GetParameterString(\"SA_SensorInformation#S1\", null)",
+                                 "GetParameterString(\"SA_SensorInformation#S2\", null)",
+                                 "GetParameterString(\"SA_SensorInformation\", null)"}));
     QCOMPARE(sensor.getInfoParameters().size(), 2);
-    QVERIFY(sensor.getInfoParameter(name("SA_SerialNumber"), 1) !=
-            sensor.getInfoParameter(name("SA_SerialNumber"), 2));
+    QVERIFY(sensor.getInfoParameter("SA_SerialNumber", 1) != sensor.getInfoParameter("SA_SerialNumber", 2));
 }
 
 void SensorInstanceTest::plainSensorIsNotAskedForASetup()
 {
     SensorInstance sensor(CP720);
     Parameters parameters = testBenchParameters(CP720);
-    parameters.insert(name("IP_SensorCount"), 2);
+    parameters.insert("IP_SensorCount", 2);
     CallRecorder recorder;
     QCOMPARE(sensor.open(parameters), NoError);
-    QCOMPARE(recorder.take().filter(name("#S")), QStringList());
+    QCOMPARE(recorder.take().filter("#S"), QStringList());
 }
 
 void SensorInstanceTest::unreadableInformationDoesNotFailTheOpen()
 {
     SensorInstance sensor(CP720);
-    sondixsim::Fault fault;
-    fault.parameter = "SA_SensorInformation";
-    fault.code = -7;
-    fault.text = "no information";
-    sondixsim::inject(fault);
+    scriptParameterFailure("SA_SensorInformation", -7, "no information");
     QString errorText;
     QCOMPARE(sensor.open(testBenchParameters(CP720), &errorText), NoError);
-    QCOMPARE(errorText, name("no information"));
+    QCOMPARE(errorText, "no information");
     QCOMPARE(sensor.getInfoParameters().size(), 0);
 }
 
 void SensorInstanceTest::openKeepsTheInterfaceParameters()
 {
     SensorInstance sensor(CP720);
-    inject("OpenSensor", -11);
+    scriptFailure("OpenSensor", -11);
     QCOMPARE(int(sensor.open(testBenchParameters(CP720))), -11);
     QCOMPARE(sensor.storedInterfaceParameters(), testBenchParameters(CP720));
 }
@@ -380,9 +350,9 @@ void SensorInstanceTest::openKeepsTheInterfaceParameters()
 void SensorInstanceTest::emptyMapLeavesTheKeptInterfaceParameters()
 {
     SensorInstance sensor(CP720);
-    const Parameters kept{{name("IP_Port"), 4}};
+    const Parameters kept{{"IP_Port", 4}};
     sensor.storeInterfaceParameters(kept);
-    inject("OpenSensor", -11);
+    scriptFailure("OpenSensor", -11);
     QCOMPARE(int(sensor.open()), -11);
     QCOMPARE(sensor.storedInterfaceParameters(), kept);
 }
@@ -391,14 +361,14 @@ void SensorInstanceTest::closesTheSensor()
 {
     SensorInstance sensor(CP720);
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(sensor.close(&errorText), NoError);
-    QCOMPARE(recorder.take(), QStringList(name("CloseSensor()")));
+    QCOMPARE(recorder.take(), QStringList("CloseSensor()"));
     QCOMPARE(errorText, QString());
-    inject("CloseSensor", -2, "was never open");
+    scriptFailure("CloseSensor", -2, "was never open");
     QCOMPARE(int(sensor.close(&errorText)), -2);
-    QCOMPARE(errorText, name("was never open"));
+    QCOMPARE(errorText, "was never open");
 }
 
 void SensorInstanceTest::closeOfAFileCallsNothing()
@@ -414,11 +384,11 @@ void SensorInstanceTest::clearsStagedParameters()
     SensorInstance sensor(CP720);
     CallRecorder recorder;
     QCOMPARE(sensor.clearAllParameters(), NoError);
-    QCOMPARE(recorder.take(), QStringList(name("ClearAllParameters()")));
-    inject("ClearAllParameters", -2, "no");
+    QCOMPARE(recorder.take(), QStringList("ClearAllParameters()"));
+    scriptFailure("ClearAllParameters", -2, "no");
     QString errorText;
     QCOMPARE(int(sensor.clearAllParameters(&errorText)), -2);
-    QCOMPARE(errorText, name("no"));
+    QCOMPARE(errorText, "no");
 }
 
 void SensorInstanceTest::parametersStagedBeforeAFailureStayStaged()
@@ -427,34 +397,31 @@ void SensorInstanceTest::parametersStagedBeforeAFailureStayStaged()
     QCOMPARE(sensor.open(testBenchParameters(TX270)), NoError);
     const auto rate = [&sensor] {
         double kilohertz = 0.0;
-        sensor.sendCommandGetDouble(name("Get_Samplerate"), name("SA_Measrate"), kilohertz);
+        sensor.sendCommandGetDouble("Get_Samplerate", "SA_Measrate", kilohertz);
         return kilohertz;
     };
-    const Parameters parameters = {{name("SP_Measrate"), 2.5}, {name("SP_Refused"), 1}};
+    const Parameters parameters = {{"SP_Measrate", 2.5}, {"SP_Refused", 1}};
     const double before = rate();
     QVERIFY(before != 2.5);
-    sondixsim::Fault fault;
-    fault.parameter = "SP_Refused";
-    fault.code = -17;
-    sondixsim::inject(fault);
+    scriptParameterFailure("SP_Refused", -17);
 
-    QCOMPARE(int(sensor.sendCommand(name("Set_Samplerate"), parameters)), -17);
+    QCOMPARE(int(sensor.sendCommand("Set_Samplerate", parameters)), -17);
     QCOMPARE(sensor.clearAllParameters(), NoError);
-    QVERIFY(sensor.sendCommand(name("Set_Samplerate")) != NoError);
+    QVERIFY(sensor.sendCommand("Set_Samplerate") != NoError);
     QCOMPARE(rate(), before);
 
-    QCOMPARE(int(sensor.sendCommand(name("Set_Samplerate"), parameters)), -17);
-    QCOMPARE(sensor.sendCommand(name("Set_Samplerate")), NoError);
+    QCOMPARE(int(sensor.sendCommand("Set_Samplerate", parameters)), -17);
+    QCOMPARE(sensor.sendCommand("Set_Samplerate"), NoError);
     QCOMPARE(rate(), 2.5);
 }
 
 void SensorInstanceTest::keepsACopyOfTheInterfaceParameters()
 {
     SensorInstance sensor(CP720);
-    Parameters parameters{{name("IP_Interface"), name("TCP/IP")}};
+    Parameters parameters{{"IP_Interface", "TCP/IP"}};
     sensor.storeInterfaceParameters(parameters);
     parameters.clear();
-    QCOMPARE(sensor.storedInterfaceParameters().value(name("IP_Interface")).toString(), name("TCP/IP"));
+    QCOMPARE(sensor.storedInterfaceParameters().value("IP_Interface").toString(), "TCP/IP");
 }
 
 void SensorInstanceTest::typesCanBeNamedByTheirText_data()
@@ -474,18 +441,14 @@ void SensorInstanceTest::typesCanBeNamedByTheirText()
 void SensorInstanceTest::failedOpenOfASetupStillAsksForItsSensors()
 {
     SensorInstance sensor(MultiSensor);
-    inject("OpenSensor", -11, "does not answer");
-    sondixsim::Fault settings;
-    settings.command = "Get_DrvSetting";
-    settings.code = -12;
-    settings.text = "nothing to tell";
-    sondixsim::inject(settings);
+    scriptFailure("OpenSensor", -11, "does not answer");
+    scriptCommandFailure("Get_DrvSetting", -12, "nothing to tell");
     QString errorText;
     CallRecorder recorder;
     QCOMPARE(int(sensor.open(testBenchParameters(MultiSensor), &errorText)), -11);
-    QCOMPARE(errorText, name("does not answer"));
+    QCOMPARE(errorText, "does not answer");
     QCOMPARE(withoutErrorTexts(recorder.take()).mid(4),
-             QStringList(name("OpenSensor()")) + commandCalls(name("Get_DrvSetting")));
+             QStringList("OpenSensor()") + commandCalls("Get_DrvSetting"));
 }
 
 void SensorInstanceTest::absurdSensorCountIsHarmless_data()
@@ -493,16 +456,16 @@ void SensorInstanceTest::absurdSensorCountIsHarmless_data()
     QTest::addColumn<QVariant>("count");
     QTest::newRow("beyond int") << QVariant(1e300);
     QTest::newRow("not a number") << QVariant(qQNaN());
-    QTest::newRow("text") << QVariant(name("many"));
+    QTest::newRow("text") << QVariant("many");
 }
 
 void SensorInstanceTest::absurdSensorCountIsHarmless()
 {
     QFETCH(QVariant, count);
     SensorInstance sensor(CP720);
-    inject("OpenSensor", -11);
+    scriptFailure("OpenSensor", -11);
     Parameters parameters = testBenchParameters(CP720);
-    parameters.insert(name("IP_SensorCount"), count);
+    parameters.insert("IP_SensorCount", count);
     QCOMPARE(int(sensor.open(parameters)), -11);
     QCOMPARE(sensor.getInfoParameters().size(), 0);
 }

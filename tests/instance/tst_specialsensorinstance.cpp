@@ -2,6 +2,7 @@
 #include <SondixQt/SpecialSensorInstance>
 
 #include "support/callrecorder.h"
+#include "support/scripting.h"
 #include "support/testbench.h"
 
 #include <QtTest>
@@ -12,26 +13,11 @@ using Parameters = QMap<QString, QVariant>;
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
-int answer(const char *command, const char *text, int code = 0)
-{
-    sondixsim::Fault fault;
-    fault.command = command;
-    fault.answer = text;
-    fault.code = code;
-    fault.text = "told to fail";
-    return sondixsim::inject(fault);
-}
-
 /// The commands among the recorded calls, in order.
 QStringList commands(CallRecorder &recorder)
 {
     QStringList names;
-    const QString start = name("SetParameterString(\"S_Command\", \"");
+    const QString start = "SetParameterString(\"S_Command\", \"";
     for (const QString &call : recorder.take()) {
         if (call.startsWith(start))
             names.append(call.mid(start.size()).chopped(2));
@@ -39,7 +25,7 @@ QStringList commands(CallRecorder &recorder)
     return names;
 }
 
-/// Notes its actions and lets them fail on demand.
+/// Records its actions and lets them fail on demand.
 class NotingInstance : public SpecialSensorInstance
 {
 public:
@@ -51,12 +37,12 @@ public:
 
     ErrorCode actionBeforeSendCommand(const QString &command, QString *) override
     {
-        noted.append(name("before ") + command);
+        noted.append("before " + command);
         return beforeResult;
     }
     ErrorCode actionAfterSendCommand(const QString &command, QString *) override
     {
-        noted.append(name("after ") + command);
+        noted.append("after " + command);
         return afterResult;
     }
 
@@ -65,64 +51,63 @@ public:
     ErrorCode afterResult = NoError;
 };
 
-/// Every form of a command, by name.
+/// Sends a command with each of the overloads with actions, by name.
 ErrorCode send(SpecialSensorInstance &sensor, const QString &form, const QString &command, Action action)
 {
     int number = 0;
     double value = 0.0;
     QString text;
     Parameters all;
-    if (form == name("plain"))
+    if (form == "plain")
         return sensor.sendCommand(command, action);
-    if (form == name("map"))
-        return sensor.sendCommand(command, Parameters{{name("SP_X"), 1}}, action);
-    if (form == name("results"))
-        return sensor.sendCommand(command, {}, {{name("SA_X"), SensorInstance::resultPointer(&number)}}, action);
-    if (form == name("all"))
+    if (form == "map")
+        return sensor.sendCommand(command, Parameters{{"SP_X", 1}}, action);
+    if (form == "results")
+        return sensor.sendCommand(command, {}, {{"SA_X", SensorInstance::resultPointer(&number)}}, action);
+    if (form == "all")
         return sensor.sendCommandGetAll(command, {}, all, action);
-    if (form == name("int"))
-        return sensor.sendCommandGetInt(command, name("SA_X"), number, action);
-    if (form == name("double"))
-        return sensor.sendCommandGetDouble(command, name("SA_X"), value, action);
-    return sensor.sendCommandGetString(command, name("SA_X"), text, action);
+    if (form == "int")
+        return sensor.sendCommandGetInt(command, "SA_X", number, action);
+    if (form == "double")
+        return sensor.sendCommandGetDouble(command, "SA_X", value, action);
+    return sensor.sendCommandGetString(command, "SA_X", text, action);
 }
 
-/// The same through the virtual methods of the base class.
+/// Sends a command with each of the virtual functions of the base class, by name.
 ErrorCode sendVirtually(SensorInstance &sensor, const QString &form, const QString &command)
 {
     int number = 0;
     double value = 0.0;
     QString text;
     Parameters all;
-    if (form == name("plain"))
+    if (form == "plain")
         return sensor.sendCommand(command);
-    if (form == name("map"))
-        return sensor.sendCommand(command, Parameters{{name("SP_X"), 1}});
-    if (form == name("results"))
-        return sensor.sendCommand(command, {}, {{name("SA_X"), SensorInstance::resultPointer(&number)}});
-    if (form == name("all"))
+    if (form == "map")
+        return sensor.sendCommand(command, Parameters{{"SP_X", 1}});
+    if (form == "results")
+        return sensor.sendCommand(command, {}, {{"SA_X", SensorInstance::resultPointer(&number)}});
+    if (form == "all")
         return sensor.sendCommandGetAll(command, {}, all);
-    if (form == name("int"))
-        return sensor.sendCommandGetInt(command, name("SA_X"), number);
-    if (form == name("double"))
-        return sensor.sendCommandGetDouble(command, name("SA_X"), value);
-    return sensor.sendCommandGetString(command, name("SA_X"), text);
+    if (form == "int")
+        return sensor.sendCommandGetInt(command, "SA_X", number);
+    if (form == "double")
+        return sensor.sendCommandGetDouble(command, "SA_X", value);
+    return sensor.sendCommandGetString(command, "SA_X", text);
 }
 
 const QStringList &forms()
 {
-    static const QStringList all{name("plain"), name("map"),    name("results"), name("all"),
-                                 name("int"),   name("double"), name("text")};
+    static const QStringList all{"plain", "map", "results", "all", "int", "double", "text"};
     return all;
 }
 
 } // namespace
 
-// A type given where a handle is meant would adopt, and in the end release, somebody else's handle.
+// A type passed by mistake would be taken for a handle, which is then released by the wrong instance.
 static_assert(!std::is_constructible_v<SpecialSensorInstanceRG52x, SensorType>);
 static_assert(!std::is_constructible_v<SpecialSensorInstanceRG531, SensorType>);
 
-/// Actions around commands, and those of the RG models.
+/// Actions before and after commands, including those of the RG models.
 class SpecialSensorInstanceTest : public QObject
 {
     Q_OBJECT
@@ -186,17 +171,17 @@ void SpecialSensorInstanceTest::actionBitsDecide()
     QFETCH(int, action);
     QFETCH(bool, before);
     QFETCH(bool, after);
-    answer("Do_X", "SA_X=1");
+    scriptAnswer("Do_X", "SA_X=1");
     NotingInstance sensor;
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
     for (const QString &form : forms()) {
         sensor.noted.clear();
-        QCOMPARE(send(sensor, form, name("Do_X"), Action(action)), NoError);
+        QCOMPARE(send(sensor, form, "Do_X", Action(action)), NoError);
         QStringList expected;
         if (before)
-            expected.append(name("before Do_X"));
+            expected.append("before Do_X");
         if (after)
-            expected.append(name("after Do_X"));
+            expected.append("after Do_X");
         QCOMPARE(sensor.noted, expected);
     }
 }
@@ -211,12 +196,12 @@ void SpecialSensorInstanceTest::everyFormRunsTheActionsOnce_data()
 void SpecialSensorInstanceTest::everyFormRunsTheActionsOnce()
 {
     QFETCH(QString, form);
-    answer("Do_X", "SA_X=1");
+    scriptAnswer("Do_X", "SA_X=1");
     NotingInstance sensor;
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
     sensor.noted.clear();
-    QCOMPARE(sendVirtually(sensor, form, name("Do_X")), NoError);
-    QCOMPARE(sensor.noted, QStringList({name("before Do_X"), name("after Do_X")}));
+    QCOMPARE(sendVirtually(sensor, form, "Do_X"), NoError);
+    QCOMPARE(sensor.noted, QStringList({"before Do_X", "after Do_X"}));
 }
 
 void SpecialSensorInstanceTest::failedBeforeActionPreventsTheCommand_data()
@@ -232,9 +217,9 @@ void SpecialSensorInstanceTest::failedBeforeActionPreventsTheCommand()
     sensor.noted.clear();
     sensor.beforeResult = ErrorCode(-40);
     CallRecorder recorder;
-    QCOMPARE(int(sendVirtually(sensor, form, name("Do_X"))), -40);
+    QCOMPARE(int(sendVirtually(sensor, form, "Do_X")), -40);
     QCOMPARE(recorder.take(), QStringList());
-    QCOMPARE(sensor.noted, QStringList(name("before Do_X")));
+    QCOMPARE(sensor.noted, QStringList("before Do_X"));
 }
 
 void SpecialSensorInstanceTest::afterActionFollowsAFailedCommandButNotThePlainOne_data()
@@ -245,28 +230,28 @@ void SpecialSensorInstanceTest::afterActionFollowsAFailedCommandButNotThePlainOn
 void SpecialSensorInstanceTest::afterActionFollowsAFailedCommandButNotThePlainOne()
 {
     QFETCH(QString, form);
-    answer("Do_X", "", -30);
+    scriptAnswer("Do_X", "", -30);
     NotingInstance sensor;
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
     sensor.noted.clear();
-    const int result = sendVirtually(sensor, form, name("Do_X"));
-    if (form == name("plain")) {
+    const int result = sendVirtually(sensor, form, "Do_X");
+    if (form == "plain") {
         QCOMPARE(result, -30);
-        QCOMPARE(sensor.noted, QStringList(name("before Do_X")));
+        QCOMPARE(sensor.noted, QStringList("before Do_X"));
     } else {
         QCOMPARE(result, 0);
-        QCOMPARE(sensor.noted, QStringList({name("before Do_X"), name("after Do_X")}));
+        QCOMPARE(sensor.noted, QStringList({"before Do_X", "after Do_X"}));
     }
 }
 
 void SpecialSensorInstanceTest::afterActionsResultIsReturned()
 {
-    answer("Do_X", "SA_X=1");
+    scriptAnswer("Do_X", "SA_X=1");
     NotingInstance sensor;
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
     sensor.afterResult = ErrorCode(-41);
     for (const QString &form : forms())
-        QCOMPARE(int(sendVirtually(sensor, form, name("Do_X"))), -41);
+        QCOMPARE(int(sendVirtually(sensor, form, "Do_X")), -41);
 }
 
 void SpecialSensorInstanceTest::initiallyExcludedCommands_data()
@@ -275,16 +260,16 @@ void SpecialSensorInstanceTest::initiallyExcludedCommands_data()
     QTest::addColumn<bool>("ofBase");
     QTest::addColumn<bool>("ofRG52x");
     QTest::addColumn<bool>("ofRG531");
-    QTest::newRow("1") << name("Enable_Logging") << true << true << true;
-    QTest::newRow("2") << name("Automatic_Setup") << true << true << true;
-    QTest::newRow("3") << name("Get_TransmittedDataInfo") << true << true << true;
-    QTest::newRow("4") << name("Clear_Buffers") << true << true << true;
-    QTest::newRow("5") << name("Get_OpenState") << true << true << true;
-    QTest::newRow("6") << name("DistanceTracking") << false << true << true;
-    QTest::newRow("7") << name("Get_Samplerate") << false << true << true;
-    QTest::newRow("8") << name("SpeedTracking") << false << false << true;
-    QTest::newRow("other") << name("Get_Info") << false << false << false;
-    QTest::newRow("other case") << name("get_openstate") << false << false << false;
+    QTest::newRow("1") << "Enable_Logging" << true << true << true;
+    QTest::newRow("2") << "Automatic_Setup" << true << true << true;
+    QTest::newRow("3") << "Get_TransmittedDataInfo" << true << true << true;
+    QTest::newRow("4") << "Clear_Buffers" << true << true << true;
+    QTest::newRow("5") << "Get_OpenState" << true << true << true;
+    QTest::newRow("6") << "DistanceTracking" << false << true << true;
+    QTest::newRow("7") << "Get_Samplerate" << false << true << true;
+    QTest::newRow("8") << "SpeedTracking" << false << false << true;
+    QTest::newRow("other") << "Get_Info" << false << false << false;
+    QTest::newRow("other case") << "get_openstate" << false << false << false;
 }
 
 void SpecialSensorInstanceTest::initiallyExcludedCommands()
@@ -293,7 +278,7 @@ void SpecialSensorInstanceTest::initiallyExcludedCommands()
     QFETCH(bool, ofBase);
     QFETCH(bool, ofRG52x);
     QFETCH(bool, ofRG531);
-    answer(command.toLatin1().constData(), "SA_X=1");
+    scriptAnswer(command.toStdString(), "SA_X=1");
     NotingInstance base;
     QCOMPARE(base.open(testBenchParameters(CP720)), NoError);
     base.noted.clear();
@@ -308,25 +293,25 @@ void SpecialSensorInstanceTest::initiallyExcludedCommands()
     rg531.setTrackingMode(2);
     CallRecorder recorder;
     QCOMPARE(rg52x.sendCommand(command), NoError);
-    QCOMPARE(commands(recorder).contains(name("DistanceTracking50Hz")), !ofRG52x);
+    QCOMPARE(commands(recorder).contains("DistanceTracking50Hz"), !ofRG52x);
     QCOMPARE(rg531.sendCommand(command), NoError);
-    QCOMPARE(commands(recorder).contains(name("StopTracking")), !ofRG531);
+    QCOMPARE(commands(recorder).contains("StopTracking"), !ofRG531);
 }
 
 void SpecialSensorInstanceTest::excludedCommandsCanBeAddedAndReplaced()
 {
-    answer("Do_X", "");
-    answer("Do_Y", "");
+    scriptAnswer("Do_X", "");
+    scriptAnswer("Do_Y", "");
     NotingInstance sensor;
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
-    sensor.addToExcludedCommandList({name("Do_X")});
+    sensor.addToExcludedCommandList({"Do_X"});
     sensor.noted.clear();
-    QCOMPARE(sensor.sendCommand(name("Do_X")), NoError);
+    QCOMPARE(sensor.sendCommand("Do_X"), NoError);
     QVERIFY(sensor.noted.isEmpty());
-    sensor.setExcludedCommandList({name("Do_Y")});
-    QCOMPARE(sensor.sendCommand(name("Do_Y")), NoError);
+    sensor.setExcludedCommandList({"Do_Y"});
+    QCOMPARE(sensor.sendCommand("Do_Y"), NoError);
     QVERIFY(sensor.noted.isEmpty());
-    QCOMPARE(sensor.sendCommand(name("Do_X")), NoError);
+    QCOMPARE(sensor.sendCommand("Do_X"), NoError);
     QCOMPARE(sensor.noted.size(), 2);
 }
 
@@ -339,33 +324,32 @@ void SpecialSensorInstanceTest::isOpenTriggersNoActionUnlessTheListIsEmptied()
     QVERIFY(sensor.noted.isEmpty());
     sensor.setExcludedCommandList({});
     QVERIFY(sensor.isOpen());
-    QCOMPARE(sensor.noted, QStringList({name("before Get_OpenState"), name("after Get_OpenState")}));
+    QCOMPARE(sensor.noted, QStringList({"before Get_OpenState", "after Get_OpenState"}));
 }
 
 void SpecialSensorInstanceTest::oneParameterFormStagesBeforeTheBeforeAction()
 {
-    // The parameter is staged first and the command, with its actions, sent afterwards.
-    answer("Do_X", "");
+    // The parameter is staged before the actions and the command.
+    scriptAnswer("Do_X", "");
     SpecialSensorInstanceRG531 sensor;
     QCOMPARE(sensor.open(testBenchParameters(RG53x)), NoError);
     sensor.setTrackingMode(2);
     CallRecorder recorder;
-    QCOMPARE(sensor.sendCommand(name("Do_X"), name("SP_X"), 1), NoError);
-    QCOMPARE(recorder.take(), QStringList(name("SetParameterInt(\"SP_X\", 1)")) +
-                                  commandCalls(name("StopTracking")) + commandCalls(name("Do_X")) +
-                                  commandCalls(name("DistanceTracking")));
+    QCOMPARE(sensor.sendCommand("Do_X", "SP_X", 1), NoError);
+    QCOMPARE(recorder.take(), QStringList("SetParameterInt(\"SP_X\", 1)") + commandCalls("StopTracking") +
+                                  commandCalls("Do_X") + commandCalls("DistanceTracking"));
 }
 
 void SpecialSensorInstanceTest::rg52xCommandOfEachMode_data()
 {
     QTest::addColumn<int>("mode");
     QTest::addColumn<QString>("command");
-    QTest::newRow("0") << 0 << name("DistanceTracking");
-    QTest::newRow("1") << 1 << name("DistanceTracking7m");
+    QTest::newRow("0") << 0 << "DistanceTracking";
+    QTest::newRow("1") << 1 << "DistanceTracking7m";
     for (const int mode : {2, 5, 6, 7, 8})
-        QTest::addRow("%d", mode) << mode << name("DistanceTracking10Hz");
-    QTest::newRow("3") << 3 << name("DistanceTracking50Hz");
-    QTest::newRow("4") << 4 << name("DistanceTriggered");
+        QTest::addRow("%d", mode) << mode << "DistanceTracking10Hz";
+    QTest::newRow("3") << 3 << "DistanceTracking50Hz";
+    QTest::newRow("4") << 4 << "DistanceTriggered";
     for (const int mode : {-1, 9, 100, std::numeric_limits<int>::min()})
         QTest::addRow("%d", mode) << mode << QString();
 }
@@ -382,15 +366,15 @@ void SpecialSensorInstanceTest::rg52xLearnsItsModeOnce_data()
     QTest::addColumn<int>("autostart");
     QTest::addColumn<int>("mode");
     QTest::addColumn<QString>("restart");
-    QTest::newRow("0") << 0 << 0 << name("DistanceTracking");
-    QTest::newRow("1") << 1 << 1 << name("DistanceTracking7m");
-    QTest::newRow("2") << 2 << 2 << name("DistanceTracking10Hz");
-    QTest::newRow("3") << 3 << 3 << name("DistanceTracking50Hz");
-    QTest::newRow("4") << 4 << 4 << name("DistanceTriggered");
-    QTest::newRow("5") << 5 << 2 << name("DistanceTracking10Hz");
-    QTest::newRow("7") << 7 << 2 << name("DistanceTracking10Hz");
-    QTest::newRow("-1") << -1 << 2 << name("DistanceTracking10Hz");
-    QTest::newRow("-5") << -5 << 2 << name("DistanceTracking10Hz");
+    QTest::newRow("0") << 0 << 0 << "DistanceTracking";
+    QTest::newRow("1") << 1 << 1 << "DistanceTracking7m";
+    QTest::newRow("2") << 2 << 2 << "DistanceTracking10Hz";
+    QTest::newRow("3") << 3 << 3 << "DistanceTracking50Hz";
+    QTest::newRow("4") << 4 << 4 << "DistanceTriggered";
+    QTest::newRow("5") << 5 << 2 << "DistanceTracking10Hz";
+    QTest::newRow("7") << 7 << 2 << "DistanceTracking10Hz";
+    QTest::newRow("-1") << -1 << 2 << "DistanceTracking10Hz";
+    QTest::newRow("-5") << -5 << 2 << "DistanceTracking10Hz";
 }
 
 void SpecialSensorInstanceTest::rg52xLearnsItsModeOnce()
@@ -398,76 +382,76 @@ void SpecialSensorInstanceTest::rg52xLearnsItsModeOnce()
     QFETCH(int, autostart);
     QFETCH(int, mode);
     QFETCH(QString, restart);
-    answer("Get_Autostart", qPrintable(name("SA_AutostartCommand=%1").arg(autostart)));
-    answer("Do_X", "");
+    scriptAnswer("Get_Autostart", qPrintable(QString("SA_AutostartCommand=%1").arg(autostart)));
+    scriptAnswer("Do_X", "");
     SpecialSensorInstanceRG52x sensor;
     QCOMPARE(sensor.getTrackingMode(), -1);
     QCOMPARE(sensor.open(testBenchParameters(RG52x)), NoError);
     CallRecorder recorder;
-    QCOMPARE(sensor.sendCommand(name("Do_X")), NoError);
-    QCOMPARE(commands(recorder), QStringList({name("Do_X"), name("Get_Autostart"), restart}));
+    QCOMPARE(sensor.sendCommand("Do_X"), NoError);
+    QCOMPARE(commands(recorder), QStringList({"Do_X", "Get_Autostart", restart}));
     QCOMPARE(sensor.getTrackingMode(), mode);
-    QCOMPARE(sensor.sendCommand(name("Do_X")), NoError);
-    QCOMPARE(commands(recorder), QStringList({name("Do_X"), restart}));
+    QCOMPARE(sensor.sendCommand("Do_X"), NoError);
+    QCOMPARE(commands(recorder), QStringList({"Do_X", restart}));
 }
 
 void SpecialSensorInstanceTest::rg52xRestartIsBestEffort()
 {
-    answer("Do_X", "");
-    answer("DistanceTracking50Hz", "", -33);
+    scriptAnswer("Do_X", "");
+    scriptAnswer("DistanceTracking50Hz", "", -33);
     SpecialSensorInstanceRG52x sensor;
     QCOMPARE(sensor.open(testBenchParameters(RG52x)), NoError);
     sensor.setTrackingMode(3);
     QString errorText;
     QSignalSpy messages(&sensor, &SensorInstance::errorMessage);
-    QCOMPARE(sensor.sendCommand(name("Do_X"), &errorText), NoError);
-    QCOMPARE(errorText, name("told to fail"));
+    QCOMPARE(sensor.sendCommand("Do_X", &errorText), NoError);
+    QCOMPARE(errorText, "told to fail");
     QCOMPARE(messages.size(), 1);
 }
 
 void SpecialSensorInstanceTest::rg52xFailedLearningIsReturned()
 {
-    answer("Do_X", "");
-    answer("Get_Autostart", "", -34);
+    scriptAnswer("Do_X", "");
+    scriptAnswer("Get_Autostart", "", -34);
     SpecialSensorInstanceRG52x sensor;
     QCOMPARE(sensor.open(testBenchParameters(RG52x)), NoError);
     CallRecorder recorder;
-    QCOMPARE(int(sensor.sendCommand(name("Do_X"))), -34);
-    QCOMPARE(commands(recorder), QStringList({name("Do_X"), name("Get_Autostart")}));
+    QCOMPARE(int(sensor.sendCommand("Do_X")), -34);
+    QCOMPARE(commands(recorder), QStringList({"Do_X", "Get_Autostart"}));
     QCOMPARE(sensor.getTrackingMode(), -1);
-    QCOMPARE(int(sensor.sendCommand(name("Do_X"), Parameters{{name("SP_X"), 1}})), -34);
-    QCOMPARE(commands(recorder), QStringList({name("Do_X"), name("Get_Autostart")}));
+    QCOMPARE(int(sensor.sendCommand("Do_X", Parameters{{"SP_X", 1}})), -34);
+    QCOMPARE(commands(recorder), QStringList({"Do_X", "Get_Autostart"}));
 }
 
 void SpecialSensorInstanceTest::rg52xUnknownModeSendsAnEmptyName()
 {
-    answer("Do_X", "");
+    scriptAnswer("Do_X", "");
     SpecialSensorInstanceRG52x sensor;
     QCOMPARE(sensor.open(testBenchParameters(RG52x)), NoError);
     sensor.setTrackingMode(9);
     CallRecorder recorder;
-    QCOMPARE(sensor.sendCommand(name("Do_X")), NoError);
-    QCOMPARE(commands(recorder), QStringList({name("Do_X"), QString()}));
+    QCOMPARE(sensor.sendCommand("Do_X"), NoError);
+    QCOMPARE(commands(recorder), QStringList({"Do_X", QString()}));
 }
 
 void SpecialSensorInstanceTest::rg52xHasNoBeforeAction()
 {
-    answer("Do_X", "");
+    scriptAnswer("Do_X", "");
     SpecialSensorInstanceRG52x sensor;
     QCOMPARE(sensor.open(testBenchParameters(RG52x)), NoError);
     sensor.setTrackingMode(0);
     CallRecorder recorder;
-    QCOMPARE(sensor.sendCommand(name("Do_X"), SpecialSensorInstance::ActionBefore), NoError);
-    QCOMPARE(commands(recorder), QStringList(name("Do_X")));
+    QCOMPARE(sensor.sendCommand("Do_X", SpecialSensorInstance::ActionBefore), NoError);
+    QCOMPARE(commands(recorder), QStringList("Do_X"));
 }
 
 void SpecialSensorInstanceTest::rg531CommandOfEachMode_data()
 {
     QTest::addColumn<int>("mode");
     QTest::addColumn<QString>("command");
-    QTest::newRow("5") << 5 << name("SpeedTracking");
+    QTest::newRow("5") << 5 << "SpeedTracking";
     for (const int mode : {-1, 0, 1, 2, 4, 6, 1000})
-        QTest::addRow("%d", mode) << mode << name("DistanceTracking");
+        QTest::addRow("%d", mode) << mode << "DistanceTracking";
 }
 
 void SpecialSensorInstanceTest::rg531CommandOfEachMode()
@@ -482,11 +466,11 @@ void SpecialSensorInstanceTest::rg531LearnsItsModeOnce_data()
     QTest::addColumn<int>("autostart");
     QTest::addColumn<int>("mode");
     QTest::addColumn<QString>("restart");
-    QTest::newRow("5") << 5 << 5 << name("SpeedTracking");
-    QTest::newRow("0") << 0 << 2 << name("DistanceTracking");
-    QTest::newRow("7") << 7 << 2 << name("DistanceTracking");
-    QTest::newRow("-2") << -2 << 2 << name("DistanceTracking");
-    QTest::newRow("-1 stays unknown") << -1 << -1 << name("DistanceTracking");
+    QTest::newRow("5") << 5 << 5 << "SpeedTracking";
+    QTest::newRow("0") << 0 << 2 << "DistanceTracking";
+    QTest::newRow("7") << 7 << 2 << "DistanceTracking";
+    QTest::newRow("-2") << -2 << 2 << "DistanceTracking";
+    QTest::newRow("-1 stays unknown") << -1 << -1 << "DistanceTracking";
 }
 
 void SpecialSensorInstanceTest::rg531LearnsItsModeOnce()
@@ -494,50 +478,49 @@ void SpecialSensorInstanceTest::rg531LearnsItsModeOnce()
     QFETCH(int, autostart);
     QFETCH(int, mode);
     QFETCH(QString, restart);
-    answer("Get_Autostart", qPrintable(name("SA_AutostartCommand=%1").arg(autostart)));
-    answer("Do_X", "");
+    scriptAnswer("Get_Autostart", qPrintable(QString("SA_AutostartCommand=%1").arg(autostart)));
+    scriptAnswer("Do_X", "");
     SpecialSensorInstanceRG531 sensor;
     QCOMPARE(sensor.open(testBenchParameters(RG53x)), NoError);
     CallRecorder recorder;
-    QCOMPARE(sensor.sendCommand(name("Do_X")), NoError);
-    QCOMPARE(commands(recorder),
-             QStringList({name("StopTracking"), name("Do_X"), name("Get_Autostart"), restart}));
+    QCOMPARE(sensor.sendCommand("Do_X"), NoError);
+    QCOMPARE(commands(recorder), QStringList({"StopTracking", "Do_X", "Get_Autostart", restart}));
     QCOMPARE(sensor.getTrackingMode(), mode);
-    QCOMPARE(sensor.sendCommand(name("Do_X")), NoError);
-    QCOMPARE(commands(recorder).contains(name("Get_Autostart")), mode == -1);
+    QCOMPARE(sensor.sendCommand("Do_X"), NoError);
+    QCOMPARE(commands(recorder).contains("Get_Autostart"), mode == -1);
 }
 
 void SpecialSensorInstanceTest::rg531FailedLearningIsReturned()
 {
-    answer("Do_X", "");
-    answer("Get_Autostart", "", -34);
+    scriptAnswer("Do_X", "");
+    scriptAnswer("Get_Autostart", "", -34);
     SpecialSensorInstanceRG531 sensor;
     QCOMPARE(sensor.open(testBenchParameters(RG53x)), NoError);
     CallRecorder recorder;
-    QCOMPARE(int(sensor.sendCommand(name("Do_X"))), -34);
-    QCOMPARE(commands(recorder), QStringList({name("StopTracking"), name("Do_X"), name("Get_Autostart")}));
+    QCOMPARE(int(sensor.sendCommand("Do_X")), -34);
+    QCOMPARE(commands(recorder), QStringList({"StopTracking", "Do_X", "Get_Autostart"}));
 }
 
 void SpecialSensorInstanceTest::rg531FailedStopPreventsTheCommand()
 {
-    answer("StopTracking", "", -35);
+    scriptAnswer("StopTracking", "", -35);
     SpecialSensorInstanceRG531 sensor;
     QCOMPARE(sensor.open(testBenchParameters(RG53x)), NoError);
     CallRecorder recorder;
     for (const QString &form : forms()) {
-        QCOMPARE(int(sendVirtually(sensor, form, name("Do_X"))), -35);
-        QCOMPARE(commands(recorder), QStringList(name("StopTracking")));
+        QCOMPARE(int(sendVirtually(sensor, form, "Do_X")), -35);
+        QCOMPARE(commands(recorder), QStringList("StopTracking"));
     }
 }
 
 void SpecialSensorInstanceTest::rg531RestartFailureIsReturned()
 {
-    answer("Do_X", "");
-    answer("SpeedTracking", "", -36);
+    scriptAnswer("Do_X", "");
+    scriptAnswer("SpeedTracking", "", -36);
     SpecialSensorInstanceRG531 sensor;
     QCOMPARE(sensor.open(testBenchParameters(RG53x)), NoError);
     sensor.setTrackingMode(5);
-    QCOMPARE(int(sensor.sendCommand(name("Do_X"))), -36);
+    QCOMPARE(int(sensor.sendCommand("Do_X")), -36);
 }
 
 void SpecialSensorInstanceTest::failedMapCommandIsCoveredByTheAfterAction_data()
@@ -550,20 +533,20 @@ void SpecialSensorInstanceTest::failedMapCommandIsCoveredByTheAfterAction_data()
 void SpecialSensorInstanceTest::failedMapCommandIsCoveredByTheAfterAction()
 {
     QFETCH(bool, rg531);
-    answer("Do_X", "", -37);
+    scriptAnswer("Do_X", "", -37);
     SpecialSensorInstanceRG52x first;
     SpecialSensorInstanceRG531 second;
     SensorInstance &sensor = rg531 ? static_cast<SensorInstance &>(second) : first;
     QCOMPARE(sensor.open(testBenchParameters(rg531 ? RG53x : RG52x)), NoError);
-    QCOMPARE(sensor.sendCommand(name("Do_X"), Parameters{{name("SP_X"), 1}}), NoError);
-    QCOMPARE(int(sensor.sendCommand(name("Do_X"))), -37);
+    QCOMPARE(sensor.sendCommand("Do_X", Parameters{{"SP_X", 1}}), NoError);
+    QCOMPARE(int(sensor.sendCommand("Do_X")), -37);
 }
 
 void SpecialSensorInstanceTest::trackingCommandsRunNoActions_data()
 {
     QTest::addColumn<QString>("command");
-    QTest::newRow("DistanceTracking") << name("DistanceTracking");
-    QTest::newRow("SpeedTracking") << name("SpeedTracking");
+    QTest::newRow("DistanceTracking") << "DistanceTracking";
+    QTest::newRow("SpeedTracking") << "SpeedTracking";
 }
 
 void SpecialSensorInstanceTest::trackingCommandsRunNoActions()

@@ -31,11 +31,6 @@ private Q_SLOTS:
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 } // namespace
 
 void TestTransfer::availableValues()
@@ -46,7 +41,7 @@ void TestTransfer::availableValues()
     int available = -1;
     QCOMPARE(sensor->dataAvail(available), NoError);
     QCOMPARE(available, 7);
-    QCOMPARE(recorder.take(), QStringList(name("DataAvail()")));
+    QCOMPARE(recorder.take(), QStringList("DataAvail()"));
 }
 
 void TestTransfer::scaledVector()
@@ -57,7 +52,7 @@ void TestTransfer::scaledVector()
     QVector<double> values;
     QCOMPARE(sensor->transferData(values), NoError);
     QCOMPARE(values, TransferSensor::scaledValues(6));
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), name("TransferData(null, scaled, 6)")}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", "TransferData(null, scaled, 6)"}));
 }
 
 void TestTransfer::callersBuffers()
@@ -74,7 +69,7 @@ void TestTransfer::callersBuffers()
     QCOMPARE(scaled, TransferSensor::scaledValues(6));
     QCOMPARE(raw, TransferSensor::rawValues(6));
     QCOMPARE(timestamp, 12.5);
-    QCOMPARE(recorder.take(), QStringList(name("TransferDataTS(raw, scaled, 6)")));
+    QCOMPARE(recorder.take(), QStringList("TransferDataTS(raw, scaled, 6)"));
 }
 
 void TestTransfer::eitherBufferMayBeAbsent_data()
@@ -83,9 +78,9 @@ void TestTransfer::eitherBufferMayBeAbsent_data()
     QTest::addColumn<bool>("withScaled");
     QTest::addColumn<bool>("withTimestamp");
     QTest::addColumn<QString>("call");
-    QTest::newRow("scaled alone") << false << true << true << name("TransferDataTS(null, scaled, 3)");
-    QTest::newRow("raw alone") << true << false << true << name("TransferDataTS(raw, null, 3)");
-    QTest::newRow("no timestamp") << true << true << false << name("TransferDataTS(raw, scaled, 3)");
+    QTest::newRow("scaled alone") << false << true << true << "TransferDataTS(null, scaled, 3)";
+    QTest::newRow("raw alone") << true << false << true << "TransferDataTS(raw, null, 3)";
+    QTest::newRow("no timestamp") << true << true << false << "TransferDataTS(raw, scaled, 3)";
 }
 
 void TestTransfer::eitherBufferMayBeAbsent()
@@ -133,7 +128,7 @@ void TestTransfer::rawVector()
     QCOMPARE(sensor->transferDataRaw(values, timestamp), NoError);
     QCOMPARE(values, TransferSensor::rawValues(6));
     QCOMPARE(timestamp, 12.5);
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), name("TransferDataTS(raw, null, 6)")}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", "TransferDataTS(raw, null, 6)"}));
 }
 
 void TestTransfer::scaledVectorWithTimestamp()
@@ -146,36 +141,36 @@ void TestTransfer::scaledVectorWithTimestamp()
     QCOMPARE(sensor->transferDataScaled(values, timestamp), NoError);
     QCOMPARE(values, TransferSensor::scaledValues(6));
     QCOMPARE(timestamp, 12.5);
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), name("TransferDataTS(null, scaled, 6)")}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", "TransferDataTS(null, scaled, 6)"}));
 }
 
 void TestTransfer::rawValuesAreAskedForWhileLogging()
 {
     QTemporaryDir directory;
     TransferSensor sensor;
-    QCOMPARE(sensor->enableLogging(directory.filePath(name("sensor.log"))), NoError);
+    QCOMPARE(sensor->enableLogging(directory.filePath("sensor.log")), NoError);
     QVector<double> values;
     double timestamp = 0.0;
-    // The buffer for the raw values grows with the largest block and serves the smaller ones.
+    // The buffer for raw values grows with the largest block and is reused for smaller ones.
     for (const int count : {3, 300, 6, 900}) {
         sensor.put(count);
         CallRecorder recorder;
         QCOMPARE(sensor->transferDataScaled(values, timestamp), NoError);
         QCOMPARE(values, TransferSensor::scaledValues(count));
         QCOMPARE(recorder.take(),
-                 QStringList({name("DataAvail()"), name("TransferDataTS(raw, scaled, %1)").arg(count)}));
+                 QStringList({"DataAvail()", QString("TransferDataTS(raw, scaled, %1)").arg(count)}));
     }
 
     sensor.put(3);
     CallRecorder recorder;
     QCOMPARE(sensor->transferData(values), NoError);
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), name("TransferData(null, scaled, 3)")}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", "TransferData(null, scaled, 3)"}));
 
     QCOMPARE(sensor->disableLogging(), NoError);
     sensor.put(3);
     recorder.take();
     QCOMPARE(sensor->transferDataScaled(values, timestamp), NoError);
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), name("TransferDataTS(null, scaled, 3)")}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", "TransferDataTS(null, scaled, 3)"}));
 }
 
 void TestTransfer::noValuesScaledVector()
@@ -185,7 +180,7 @@ void TestTransfer::noValuesScaledVector()
     QVector<double> values = {1.0, 2.0};
     QCOMPARE(sensor->transferData(values), NoError);
     QVERIFY(values.isEmpty());
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), name("TransferData(null, scaled, 0)")}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", "TransferData(null, scaled, 0)"}));
 
     QVector<double> neverUsed;
     QCOMPARE(sensor->transferData(neverUsed), NoError);
@@ -202,7 +197,7 @@ void TestTransfer::noValuesBuffers()
     QCOMPARE(sensor->transferData(&scaled, nullptr, &timestamp, count), NoError);
     QCOMPARE(count, 0);
     QCOMPARE(scaled, 1.0);
-    QCOMPARE(recorder.take(), QStringList(name("TransferDataTS(null, scaled, 1)")));
+    QCOMPARE(recorder.take(), QStringList("TransferDataTS(null, scaled, 1)"));
 }
 
 void TestTransfer::noValuesRawVector()
@@ -214,7 +209,7 @@ void TestTransfer::noValuesRawVector()
     QCOMPARE(sensor->transferDataRaw(values, timestamp), NoError);
     QVERIFY(values.isEmpty());
     QCOMPARE(timestamp, -1.0);
-    QCOMPARE(recorder.take(), QStringList(name("DataAvail()")));
+    QCOMPARE(recorder.take(), QStringList("DataAvail()"));
 }
 
 void TestTransfer::noValuesScaledVectorWithTimestamp()
@@ -226,7 +221,7 @@ void TestTransfer::noValuesScaledVectorWithTimestamp()
     QCOMPARE(sensor->transferDataScaled(values, timestamp), NoError);
     QVERIFY(values.isEmpty());
     QCOMPARE(timestamp, -1.0);
-    QCOMPARE(recorder.take(), QStringList(name("DataAvail()")));
+    QCOMPARE(recorder.take(), QStringList("DataAvail()"));
 }
 
 void TestTransfer::vectorsShrinkToWhatArrived_data()
@@ -325,7 +320,7 @@ void TestTransfer::successClearsTheText()
     int count = 0;
     const auto clears = [&](auto call) {
         sensor.put(3);
-        QString errorText = name("old");
+        QString errorText = "old";
         return call(&errorText) == NoError && errorText.isEmpty();
     };
     QVERIFY(clears([&](QString *text) { return sensor->dataAvail(count, text); }));
@@ -336,9 +331,9 @@ void TestTransfer::successClearsTheText()
     QVERIFY(clears(
         [&](QString *text) { return sensor->transferData(scaled.data(), nullptr, &timestamp, count, text); }));
 
-    // Also when there was nothing to transfer.
+    // Cleared even if there was nothing to transfer.
     sensor->transferData(scaled);
-    QString errorText = name("old");
+    QString errorText = "old";
     QCOMPARE(sensor->transferDataRaw(raw, timestamp, &errorText), NoError);
     QCOMPARE(errorText, QString());
 }

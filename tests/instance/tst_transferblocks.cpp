@@ -12,7 +12,7 @@ constexpr int valuesPerFrame = 2;
 constexpr int ringFrames = 100;
 constexpr double period = 0.001; // seconds, at 1 kHz
 
-/// A sensor that measures a distance and the number of its frame.
+/// A sensor whose frames contain a distance and a frame counter.
 class MeasuringSensor
 {
 public:
@@ -25,8 +25,7 @@ public:
             "signals": [ { "name": "Distance" }, { "name": "Intensity" } ]
         } ] })");
         sondixsim::useVirtualClock();
-        if (instance.open({{QStringLiteral("IP_Interface"), QStringLiteral("RS232")},
-                           {QStringLiteral("IP_Port"), 3}}) != NoError)
+        if (instance.open({{"IP_Interface", "RS232"}, {"IP_Port", 3}}) != NoError)
             QTest::qFail("cannot open the sensor", __FILE__, __LINE__);
     }
     SensorInstance *operator->() { return &instance; }
@@ -37,7 +36,7 @@ private:
 
 } // namespace
 
-/// Blocks of measured values: their time, their ends and what is missing between them.
+/// Blocks of measured values: timestamps, block boundaries and lost frames.
 class TransferBlocksTest : public QObject
 {
     Q_OBJECT
@@ -88,7 +87,7 @@ void TransferBlocksTest::aBlockMayEndInsideAFrame()
     int rest = 5;
     QCOMPARE(sensor->transferData(values.data() + 3, nullptr, &second, rest), NoError);
     QCOMPARE(rest, 5);
-    // The rest begins with the second value of the second frame.
+    // The next block begins with the second value of the second frame.
     QVERIFY(qAbs(second - first - period) < 1e-9);
 
     MeasuringSensor whole;

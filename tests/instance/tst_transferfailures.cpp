@@ -28,13 +28,8 @@ private Q_SLOTS:
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
-const QString getError = QStringLiteral("GetError(4096)");
-const QString old = QStringLiteral("old");
+const QString getError = "GetError(4096)";
+const QString old = "old";
 
 } // namespace
 
@@ -46,10 +41,10 @@ void TestTransferFailures::availableValues()
     int available = 0;
     QString errorText;
     QCOMPARE(sensor->dataAvail(available, &errorText), ErrorCode(-40));
-    QCOMPARE(errorText, name(scriptedFailure));
+    QCOMPARE(errorText, QString(scriptedFailure));
     QCOMPARE(messages.size(), 1);
     QCOMPARE(messages.first().at(0).value<ErrorCode>(), ErrorCode(-40));
-    QCOMPARE(messages.first().at(1).toString(), name(scriptedFailure));
+    QCOMPARE(messages.first().at(1).toString(), QString(scriptedFailure));
 }
 
 void TestTransferFailures::availableValuesOfScaledVector()
@@ -63,9 +58,9 @@ void TestTransferFailures::availableValuesOfScaledVector()
     QString errorText;
     QCOMPARE(sensor->transferData(values, &errorText), ErrorCode(-40));
     QCOMPARE(values, QVector<double>({1.5, 2.5}));
-    QCOMPARE(errorText, name(scriptedFailure));
+    QCOMPARE(errorText, QString(scriptedFailure));
     QCOMPARE(messages.size(), 2);
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), getError, getError}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", getError, getError}));
 }
 
 void TestTransferFailures::availableValuesOfRawVector()
@@ -83,7 +78,7 @@ void TestTransferFailures::availableValuesOfRawVector()
     QCOMPARE(timestamp, -1.0);
     QCOMPARE(errorText, old);
     QCOMPARE(messages.size(), 1);
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), getError}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", getError}));
 }
 
 void TestTransferFailures::availableValuesOfScaledVectorWithTimestamp()
@@ -99,9 +94,9 @@ void TestTransferFailures::availableValuesOfScaledVectorWithTimestamp()
     QCOMPARE(sensor->transferDataScaled(values, timestamp, &errorText), ErrorCode(-40));
     QCOMPARE(values, QVector<double>({1.5, 2.5}));
     QCOMPARE(timestamp, -1.0);
-    QCOMPARE(errorText, name(scriptedFailure));
+    QCOMPARE(errorText, QString(scriptedFailure));
     QCOMPARE(messages.size(), 1);
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), getError}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", getError}));
 }
 
 void TestTransferFailures::transferOfScaledVector()
@@ -111,14 +106,13 @@ void TestTransferFailures::transferOfScaledVector()
     scriptFailure("TransferData", -41);
     QSignalSpy messages(&sensor.instance, &SensorInstance::errorMessage);
     CallRecorder recorder;
-    QVector<double> values(6, 1.5); // a block that was read before must not pass for a new one
+    QVector<double> values(6, 1.5); // the previous block, which must not be taken for a new one
     QString errorText;
     QCOMPARE(sensor->transferData(values, &errorText), ErrorCode(-41));
     QCOMPARE(values, QVector<double>());
-    QCOMPARE(errorText, name(scriptedFailure));
+    QCOMPARE(errorText, QString(scriptedFailure));
     QCOMPARE(messages.size(), 2);
-    QCOMPARE(recorder.take(),
-             QStringList({name("DataAvail()"), name("TransferData(null, scaled, 6)"), getError, getError}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", "TransferData(null, scaled, 6)", getError, getError}));
 }
 
 void TestTransferFailures::transferOfBuffers()
@@ -134,9 +128,9 @@ void TestTransferFailures::transferOfBuffers()
     QString errorText;
     QCOMPARE(sensor->transferData(scaled, nullptr, &timestamp, count, &errorText), ErrorCode(-41));
     QCOMPARE(count, 0);
-    QCOMPARE(errorText, name(scriptedFailure));
+    QCOMPARE(errorText, QString(scriptedFailure));
     QCOMPARE(messages.size(), 1);
-    QCOMPARE(recorder.take(), QStringList({name("TransferDataTS(null, scaled, 3)"), getError}));
+    QCOMPARE(recorder.take(), QStringList({"TransferDataTS(null, scaled, 3)", getError}));
 }
 
 void TestTransferFailures::transferOfRawVector()
@@ -151,9 +145,9 @@ void TestTransferFailures::transferOfRawVector()
     QString errorText = old;
     QCOMPARE(sensor->transferDataRaw(values, timestamp, &errorText), ErrorCode(-41));
     QCOMPARE(values, QVector<int>());
-    QCOMPARE(errorText, name(scriptedFailure));
+    QCOMPARE(errorText, QString(scriptedFailure));
     QCOMPARE(messages.size(), 1);
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), name("TransferDataTS(raw, null, 6)"), getError}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", "TransferDataTS(raw, null, 6)", getError}));
 }
 
 void TestTransferFailures::transferOfScaledVectorWithTimestamp()
@@ -168,11 +162,10 @@ void TestTransferFailures::transferOfScaledVectorWithTimestamp()
     double timestamp = 0.0;
     QString errorText;
     QCOMPARE(sensor->transferDataScaled(values, timestamp, &errorText), ErrorCode(-41));
-    QCOMPARE(errorText, name(scriptedFailure));
+    QCOMPARE(errorText, QString(scriptedFailure));
     QCOMPARE(messages.size(), 1);
     QCOMPARE(values.size(), 2);
-    QCOMPARE(recorder.take(),
-             QStringList({name("DataAvail()"), name("TransferDataTS(null, scaled, 6)"), getError}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", "TransferDataTS(null, scaled, 6)", getError}));
 }
 
 void TestTransferFailures::textIsNotNeeded()
@@ -239,8 +232,8 @@ void TestTransferFailures::negativeCountIsNone()
     scaled = {1.5};
     QCOMPARE(sensor->transferDataScaled(scaled, timestamp), NoError);
     QVERIFY(scaled.isEmpty());
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), name("TransferData(null, scaled, 0)"),
-                                           name("DataAvail()"), name("DataAvail()")}));
+    QCOMPARE(recorder.take(),
+             QStringList({"DataAvail()", "TransferData(null, scaled, 0)", "DataAvail()", "DataAvail()"}));
 }
 
 void TestTransferFailures::absurdCountTakesABlock_data()
@@ -268,9 +261,9 @@ void TestTransferFailures::absurdCountTakesABlock()
     sensor.put(6);
     QCOMPARE(sensor->transferDataScaled(scaled, timestamp), NoError);
     QCOMPARE(scaled, TransferSensor::scaledValues(6));
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), name("TransferData(null, scaled, 16777216)"),
-                                           name("DataAvail()"), name("TransferDataTS(raw, null, 16777216)"),
-                                           name("DataAvail()"), name("TransferDataTS(null, scaled, 16777216)")}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", "TransferData(null, scaled, 16777216)", "DataAvail()",
+                                           "TransferDataTS(raw, null, 16777216)", "DataAvail()",
+                                           "TransferDataTS(null, scaled, 16777216)"}));
 }
 
 void TestTransferFailures::absurdBlockEndsWithAFrame()
@@ -284,7 +277,7 @@ void TestTransferFailures::absurdBlockEndsWithAFrame()
     QVector<int> raw;
     double timestamp = 0.0;
     QCOMPARE(sensor->transferDataRaw(raw, timestamp), NoError);
-    QCOMPARE(recorder.take(), QStringList({name("DataAvail()"), name("TransferDataTS(raw, null, 16777215)")}));
+    QCOMPARE(recorder.take(), QStringList({"DataAvail()", "TransferDataTS(raw, null, 16777215)"}));
 }
 
 void TestTransferFailures::negativeCapacityIsNone()
@@ -298,7 +291,7 @@ void TestTransferFailures::negativeCapacityIsNone()
     QCOMPARE(sensor->transferData(&scaled, nullptr, &timestamp, count), NoError);
     QCOMPARE(count, 0);
     QCOMPARE(scaled, 1.5);
-    QCOMPARE(recorder.take(), QStringList(name("TransferDataTS(null, scaled, 0)")));
+    QCOMPARE(recorder.take(), QStringList("TransferDataTS(null, scaled, 0)"));
 }
 
 QTEST_GUILESS_MAIN(TestTransferFailures)

@@ -8,7 +8,7 @@
 
 using namespace SondixQt;
 
-/// Two threads on one instance: one sends commands, the other takes values.
+/// Two threads on one instance: one sends commands, the other transfers values.
 class TestTransferThreads : public QObject
 {
     Q_OBJECT
@@ -27,50 +27,45 @@ int secondsToRun()
     return set ? seconds : SONDIXQT_THREAD_TEST_SECONDS;
 }
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
-/// The sequences of C calls that the two threads make, each as one text.
+/// The sequences of C calls of the two threads.
 QString commandSequence()
 {
-    return name("SetParameterInt(\"SP_LaserPower\", 1) SetParameterString(\"S_Command\", \"Set_LaserPower\") "
-                "SensorCommand() GetParameterInt(\"SA_LaserPower\")");
+    return "SetParameterInt(\"SP_LaserPower\", 1) SetParameterString(\"S_Command\", \"Set_LaserPower\") "
+           "SensorCommand() GetParameterInt(\"SA_LaserPower\")";
 }
 
 QString questionSequence()
 {
-    return name("SetParameterString(\"S_Command\", \"Get_Samplerate\") SensorCommand() "
-                "GetParameterDouble(\"SA_Measrate\")");
+    return "SetParameterString(\"S_Command\", \"Get_Samplerate\") SensorCommand() "
+           "GetParameterDouble(\"SA_Measrate\")";
 }
 
 QString descriptionSequence()
 {
-    return name("SetParameterString(\"S_Command\", \"Get_TransmittedDataInfo\") SensorCommand() "
-                "GetParameters() GetParameters()");
+    return "SetParameterString(\"S_Command\", \"Get_TransmittedDataInfo\") SensorCommand() "
+           "GetParameters() GetParameters()";
 }
 
-/// A call without the sizes that do not matter here.
+/// The text of a call without sizes, which are irrelevant here.
 QString textOf(const sondixsim::Call &call)
 {
-    return call.function == "GetParameters" ? name("GetParameters()") : QString::fromStdString(call.text());
+    return call.function == "GetParameters" ? "GetParameters()" : QString::fromStdString(call.text());
 }
 
-/// Passes by one whole sequence that one thread made without a pause; false when there is none.
+/// Skips one complete sequence of one thread. False if the calls do not begin with one.
 bool takeSequence(const std::vector<sondixsim::Call> &calls, std::size_t &position)
 {
     static const QStringList whole = {commandSequence(),
                                       questionSequence(),
                                       descriptionSequence(),
-                                      name("DataAvail() TransferDataTS(null, scaled, 3)"),
-                                      name("DataAvail() TransferDataTS(raw, null, 3)"),
-                                      name("DataAvail() TransferData(null, scaled, 3)"),
-                                      name("TransferDataTS(raw, scaled, 3)")};
+                                      "DataAvail() TransferDataTS(null, scaled, 3)",
+                                      "DataAvail() TransferDataTS(raw, null, 3)",
+                                      "DataAvail() TransferData(null, scaled, 3)",
+                                      "TransferDataTS(raw, scaled, 3)"};
     QStringList sequence;
     for (std::size_t i = position; i < calls.size() && calls[i].thread == calls[position].thread; ++i) {
         sequence.append(textOf(calls[i]));
-        if (whole.contains(sequence.join(QLatin1Char(' ')))) {
+        if (whole.contains(sequence.join(' '))) {
             position = i + 1;
             return true;
         }
@@ -84,9 +79,8 @@ void sendCommands(SensorInstance &instance, std::atomic<int> &failures)
 {
     for (int i = 0; i < operationsPerRound; ++i) {
         int power = 0;
-        const ErrorCode set =
-            instance.sendCommand(name("Set_LaserPower"), {{name("SP_LaserPower"), 1}},
-                                 {{name("SA_LaserPower"), SensorInstance::resultPointer(&power)}});
+        const ErrorCode set = instance.sendCommand("Set_LaserPower", {{"SP_LaserPower", 1}},
+                                                   {{"SA_LaserPower", SensorInstance::resultPointer(&power)}});
         double rate = 0.0;
         TransmittedDataInfo info;
         if (set != NoError || power != 1 || instance.getSampleRateInKhz(&rate) != NoError || rate <= 0.0 ||

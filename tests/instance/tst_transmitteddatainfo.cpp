@@ -40,19 +40,19 @@ SignalInfo sampleSignal()
 {
     SignalInfo signal;
     signal.index = 4;
-    signal.rawName = QStringLiteral("Raw distance");
-    signal.scaledName = QStringLiteral("Distance");
+    signal.rawName = "Raw distance";
+    signal.scaledName = "Distance";
     signal.rawRangeMin = 1.0;
     signal.rawRangeMax = 65535.0;
     signal.scaledRangeMin = -25.0;
     signal.scaledRangeMax = 25.0;
     signal.viewRange = 50.0;
-    signal.rawUnit = QStringLiteral("digit");
-    signal.scaledUnit = QStringLiteral("mm");
+    signal.rawUnit = "digit";
+    signal.scaledUnit = "mm";
     signal.rawDatarate = 2.5;
     signal.scaledDatarate = 5.0;
     signal.majorSignal = true;
-    signal.additionalInfo = QStringLiteral("first");
+    signal.additionalInfo = "first";
     return signal;
 }
 
@@ -67,7 +67,7 @@ bool changedDiffers(const Record &original, const Change &change)
     Record changed = original;
     change(changed);
     const bool differs = original != changed;
-    // Equality in both directions is nothing but the negation.
+    // operator== must be the negation of operator!= for both orders of the operands.
     if ((original == changed) == differs || (changed != original) != differs)
         qFatal("operator== and operator!= contradict each other");
     return differs;
@@ -123,14 +123,14 @@ void TestTransmittedDataInfo::differentSignals_data()
     const auto add = [](const char *field, const ChangeSignal &change) { QTest::newRow(field) << change; };
     add("index", [](SignalInfo &signal) { signal.index = 5; });
     add("rawName", [](SignalInfo &signal) { signal.rawName += QLatin1Char('x'); });
-    add("scaledName", [](SignalInfo &signal) { signal.scaledName = QStringLiteral("distance"); });
+    add("scaledName", [](SignalInfo &signal) { signal.scaledName = "distance"; });
     add("rawRangeMin", [](SignalInfo &signal) { signal.rawRangeMin = 1.0000000000000002; });
     add("rawRangeMax", [](SignalInfo &signal) { signal.rawRangeMax = 1.0; });
     add("scaledRangeMin", [](SignalInfo &signal) { signal.scaledRangeMin = 0.0; });
     add("scaledRangeMax", [](SignalInfo &signal) { signal.scaledRangeMax = 0.0; });
     add("viewRange", [](SignalInfo &signal) { signal.viewRange = 0.0; });
     add("rawUnit", [](SignalInfo &signal) { signal.rawUnit.clear(); });
-    add("scaledUnit", [](SignalInfo &signal) { signal.scaledUnit = QStringLiteral("OFF"); });
+    add("scaledUnit", [](SignalInfo &signal) { signal.scaledUnit = "OFF"; });
     add("rawDatarate", [](SignalInfo &signal) { signal.rawDatarate = 0.0; });
     add("scaledDatarate", [](SignalInfo &signal) { signal.scaledDatarate = 0.0; });
     add("majorSignal", [](SignalInfo &signal) { signal.majorSignal = false; });
@@ -161,11 +161,11 @@ void TestTransmittedDataInfo::videosCompare_data()
     };
     add("index", true, [](VideoInfo &video) { video.index = 1; });
     add("enabled", true, [](VideoInfo &video) { video.enabled = true; });
-    add("answerParameter", false, [](VideoInfo &video) { video.answerParameter = QStringLiteral("SA_VideoRaw"); });
-    add("outputStem", false, [](VideoInfo &video) { video.outputStem = QStringLiteral("OutputVideoRaw"); });
+    add("answerParameter", false, [](VideoInfo &video) { video.answerParameter = "SA_VideoRaw"; });
+    add("outputStem", false, [](VideoInfo &video) { video.outputStem = "OutputVideoRaw"; });
     add("both texts", false, [](VideoInfo &video) {
-        video.answerParameter = QStringLiteral("SA_VideoRaw");
-        video.outputStem = QStringLiteral("OutputVideoRaw");
+        video.answerParameter = "SA_VideoRaw";
+        video.outputStem = "OutputVideoRaw";
     });
     add("pixelCount", true, [](VideoInfo &video) { video.pixelCount = 512; });
     add("pixelSize", true, [](VideoInfo &video) { video.pixelSize = 2; });

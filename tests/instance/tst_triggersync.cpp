@@ -11,45 +11,45 @@ using namespace modesbench;
 
 namespace {
 
-/// How a setting is read and written: the words of a row, empty for a type without it.
+/// The commands and parameters that read and write a setting, as words; empty for a type without the setting.
 QStringList triggerWords(int code)
 {
     switch (code) {
-    case 15:
-    case 18:
-    case 33:
-    case 34:
-    case 43:
-    case 45:
-    case 54:
+    case CP710:
+    case CB910:
+    case CP730:
+    case XA300:
+    case GenericKVBus:
+    case CB92xx:
+    case CP750:
         return reference::list("Get_Trigger SA_TrgMode Update_Trigger SP_TrgMode");
-    case 23:
-    case 24:
+    case TX240:
+    case TX250:
         return reference::list("Get_Settings SA_OutputMode Set_OutputMode SP_OutputMode");
-    case 26:
-    case 29:
-    case 30:
-    case 35:
-    case 37:
-    case 38:
-    case 39:
-    case 41:
-    case 42:
-    case 44:
-    case 48:
-    case 56:
-    case 60:
+    case CC430:
+    case TX260:
+    case CC440:
+    case PG110:
+    case MC340:
+    case QUnit:
+    case CC450:
+    case TX270:
+    case TX280:
+    case CC460:
+    case Spessa:
+    case TX300:
+    case RG540:
         return reference::list("Get_TriggerMode SA_TriggerMode Update_TriggerMode SP_TriggerMode");
-    case 28:
+    case EC810:
         return reference::list("Get_MeasureMode SA_MeasureMode Set_MeasureMode SP_MeasureMode");
-    case 46:
-    case 47:
-    case 51:
-    case 55:
-    case 58:
-    case 59:
-    case 62:
-    case 63:
+    case CC470:
+    case CC480:
+    case TX290:
+    case WI610:
+    case TX310:
+    case WI620:
+    case CC490:
+    case CC495:
         return reference::list("Get_TriggerSource SA_TriggerSource Update_TriggerSource SP_TriggerSource");
     default:
         return {};
@@ -59,45 +59,44 @@ QStringList triggerWords(int code)
 QStringList syncWords(int code)
 {
     switch (code) {
-    case 2:
+    case TX220:
         return reference::list("Get_Settings SA_Sync_TrgMode Set_Sync_TrgMode SP_Sync_TrgMode");
-    case 26:
-    case 29:
-    case 30:
-    case 35:
-    case 37:
-    case 38:
-    case 39:
-    case 44:
-    case 46:
-    case 47:
-    case 48:
-    case 51:
-    case 55:
-    case 58:
-    case 59:
-    case 62:
-    case 63:
+    case CC430:
+    case TX260:
+    case CC440:
+    case PG110:
+    case MC340:
+    case QUnit:
+    case CC450:
+    case CC460:
+    case CC470:
+    case CC480:
+    case Spessa:
+    case TX290:
+    case WI610:
+    case TX310:
+    case WI620:
+    case CC490:
+    case CC495:
         return reference::list("Get_SyncMode SA_SyncMode Set_SyncMode SP_SyncMode");
     default:
         return {};
     }
 }
 
-QStringList ask(const QStringList &words)
+QStringList readCalls(const QStringList &words)
 {
     return commandCalls(words.at(0)) + QStringList(getInt(words.at(1)));
 }
 
-QStringList tell(const QStringList &words, int value)
+QStringList writeCalls(const QStringList &words, int value)
 {
     return QStringList(setInt(words.at(3), value)) + commandCalls(words.at(2));
 }
 
 int answerWith(const QStringList &words, int value)
 {
-    return answer(words.at(0).toLatin1().constData(),
-                  name("%1=%2").arg(words.at(1)).arg(value).toLatin1().constData());
+    return scriptAnswer(words.at(0).toStdString(), QString("%1=%2").arg(words.at(1)).arg(value).toLatin1());
 }
 
 void everyModel()
@@ -110,7 +109,7 @@ void everyModel()
     QTest::newRow("bus variant of the generic bus sensor") << 40043;
 }
 
-/// Collects the debug lines that are written while it lives.
+/// Collects the debug output during its lifetime.
 class DebugLines
 {
 public:
@@ -140,12 +139,12 @@ private:
 
 } // namespace
 
-/// Whether a sensor waits for a trigger or is synchronised, and how both are switched off.
+/// Reading whether trigger and synchronisation are enabled, and switching them off.
 class TriggerSyncTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { load({1, 2, 26, 29, 41}); }
+    void init() { load({TX210, TX220, CC430, TX260, TX270}); }
 
     void nothingIsKnownBeforeTheSensorIsOpen();
     void openAsksForTriggerAndSync_data() { everyModel(); }
@@ -183,9 +182,9 @@ void TriggerSyncTest::nothingIsKnownBeforeTheSensorIsOpen()
     QVERIFY(!sensor.isSyncSharedWithTrigger());
     CallRecorder recorder;
     QVERIFY(sensor.disableTrigger() != NoError);
-    QCOMPARE(withoutErrorTexts(recorder.take()), tellInt("", "", 0));
+    QCOMPARE(withoutErrorTexts(recorder.take()), writeInt("", "", 0));
     QVERIFY(sensor.disableSync() != NoError);
-    QCOMPARE(withoutErrorTexts(recorder.take()), tellInt("", "", 0));
+    QCOMPARE(withoutErrorTexts(recorder.take()), writeInt("", "", 0));
 }
 
 void TriggerSyncTest::openAsksForTriggerAndSync()
@@ -198,14 +197,14 @@ void TriggerSyncTest::openAsksForTriggerAndSync()
     const QStringList calls = recorder.take();
 
     QStringList expected;
-    if (code == 37)
-        expected += commandCalls(name("Get_Info")) + QStringList(name("GetParameterDouble(\"SA_Range\")"));
+    if (code == MC340)
+        expected += commandCalls("Get_Info") + QStringList("GetParameterDouble(\"SA_Range\")");
     if (!triggerWords(code).isEmpty())
-        expected += ask(triggerWords(code));
+        expected += readCalls(triggerWords(code));
     if (!syncWords(code).isEmpty())
-        expected += ask(syncWords(code));
+        expected += readCalls(syncWords(code));
     // Two calls read the sensor's information.
-    const int opened = calls.indexOf(name("OpenSensor()"));
+    const int opened = calls.indexOf("OpenSensor()");
     QVERIFY(opened >= 0);
     QCOMPARE(calls.mid(opened + 3), expected);
 }
@@ -219,8 +218,8 @@ void TriggerSyncTest::triggerStates_data()
         if (triggerWords(code).isEmpty())
             continue;
         for (const int value : {-1, 0, 1, 2}) {
-            QTest::newRow(qPrintable(name("%1 answers %2").arg(code).arg(value)))
-                << code << value << (code == 28 ? value != 1 : value != 0);
+            QTest::newRow(qPrintable(QString("%1 answers %2").arg(code).arg(value)))
+                << code << value << (code == EC810 ? value != 1 : value != 0);
         }
     }
 }
@@ -244,7 +243,8 @@ void TriggerSyncTest::syncStates_data()
         if (syncWords(code).isEmpty())
             continue;
         for (const int value : {-1, 0, 1, 2})
-            QTest::newRow(qPrintable(name("%1 answers %2").arg(code).arg(value))) << code << value << (value != 0);
+            QTest::newRow(qPrintable(QString("%1 answers %2").arg(code).arg(value)))
+                << code << value << (value != 0);
     }
 }
 
@@ -260,68 +260,68 @@ void TriggerSyncTest::syncStates()
 
 void TriggerSyncTest::failedCheckDoesNotFailTheOpen()
 {
-    failCommand("Get_TriggerMode", -31, "no answer");
+    scriptCommandFailure("Get_TriggerMode", -31, "no answer");
     SensorInstance sensor(TX270);
     QSignalSpy messages(&sensor, &SensorInstance::errorMessage);
     QString errorText;
-    QCOMPARE(sensor.open(parameters(41, Serial), &errorText), NoError);
-    QCOMPARE(errorText, name("no answer"));
+    QCOMPARE(sensor.open(parameters(TX270, Serial), &errorText), NoError);
+    QCOMPARE(errorText, "no answer");
     QCOMPARE(messages.size(), 1);
     QVERIFY(!sensor.isTriggerEnabled());
 }
 
 void TriggerSyncTest::failedCheckKeepsTheFlag()
 {
-    const int on = answer("Get_TriggerMode", "SA_TriggerMode=1");
-    const int synchronised = answer("Get_SyncMode", "SA_SyncMode=2");
-    Sensor sensor(26);
+    const int on = scriptAnswer("Get_TriggerMode", "SA_TriggerMode=1");
+    const int synchronised = scriptAnswer("Get_SyncMode", "SA_SyncMode=2");
+    Sensor sensor(CC430);
     QVERIFY(sensor->isTriggerEnabled());
     QVERIFY(sensor->isSyncEnabled());
     sondixsim::removeFault(on);
     sondixsim::removeFault(synchronised);
-    failCommand("Get_TriggerMode", -31);
-    failCommand("Get_SyncMode", -32);
+    scriptCommandFailure("Get_TriggerMode", -31);
+    scriptCommandFailure("Get_SyncMode", -32);
     QCOMPARE(sensor->close(), NoError);
-    QCOMPARE(sensor->open(parameters(26, Ethernet)), NoError);
+    QCOMPARE(sensor->open(parameters(CC430, Ethernet)), NoError);
     QVERIFY(sensor->isTriggerEnabled());
     QVERIFY(sensor->isSyncEnabled());
 }
 
 void TriggerSyncTest::failedChecksAreLogged()
 {
-    failCommand("Get_TriggerMode", -31, "first");
-    failCommand("Get_SyncMode", -32, "second");
+    scriptCommandFailure("Get_TriggerMode", -31, "first");
+    scriptCommandFailure("Get_SyncMode", -32, "second");
     const DebugLines lines;
-    Sensor sensor(26);
-    QCOMPARE(DebugLines::lines(), QStringList({name("SensorInstance::checkError: first"),
-                                               name("SensorInstance::checkIfTriggerIsEnabled()::err -31"),
-                                               name("SensorInstance::checkError: second"),
-                                               name("SensorInstance::checkIfSyncIsEnabled()::err: -32")}));
+    Sensor sensor(CC430);
+    QCOMPARE(
+        DebugLines::lines(),
+        QStringList({"SensorInstance::checkError: first", "SensorInstance::checkIfTriggerIsEnabled()::err -31",
+                     "SensorInstance::checkError: second", "SensorInstance::checkIfSyncIsEnabled()::err: -32"}));
 }
 
 void TriggerSyncTest::textOfAFailedTriggerCheckIsReplacedByTheSyncCheck()
 {
-    failCommand("Get_TriggerMode", -31);
+    scriptCommandFailure("Get_TriggerMode", -31);
     SensorInstance sensor(CC430);
     QString errorText;
-    QCOMPARE(sensor.open(parameters(26, Ethernet), &errorText), NoError);
+    QCOMPARE(sensor.open(parameters(CC430, Ethernet), &errorText), NoError);
     QCOMPARE(errorText, QString());
 }
 
 void TriggerSyncTest::syncIsCheckedAfterAFailedTriggerCheck()
 {
-    failCommand("Get_TriggerMode", -31);
-    answer("Get_SyncMode", "SA_SyncMode=1");
-    Sensor sensor(26);
+    scriptCommandFailure("Get_TriggerMode", -31);
+    scriptAnswer("Get_SyncMode", "SA_SyncMode=1");
+    Sensor sensor(CC430);
     QVERIFY(!sensor->isTriggerEnabled());
     QVERIFY(sensor->isSyncEnabled());
 }
 
 void TriggerSyncTest::adoptedOpenInstanceIsChecked()
 {
-    Sensor opened(26);
-    answer("Get_TriggerMode", "SA_TriggerMode=1");
-    answer("Get_SyncMode", "SA_SyncMode=1");
+    Sensor opened(CC430);
+    scriptAnswer("Get_TriggerMode", "SA_TriggerMode=1");
+    scriptAnswer("Get_SyncMode", "SA_SyncMode=1");
     const SensorInstance adopting(CC430, opened->handle());
     QVERIFY(adopting.isTriggerEnabled());
     QVERIFY(adopting.isSyncEnabled());
@@ -333,46 +333,46 @@ void TriggerSyncTest::disablesTheTrigger()
     QFETCH(int, code);
     load({code});
     const QStringList words = triggerWords(code);
-    const int off = code == 28 ? 1 : 0;
+    const int off = code == EC810 ? 1 : 0;
     if (!words.isEmpty())
         answerWith(words, off + 1);
     Sensor sensor(code);
     QCOMPARE(sensor->isTriggerEnabled(), !words.isEmpty());
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
     const ErrorCode result = sensor->disableTrigger(&errorText);
     const QStringList calls = withoutErrorTexts(recorder.take());
     QVERIFY(!sensor->isTriggerEnabled());
     if (words.isEmpty()) {
         QVERIFY(result != NoError);
-        QVERIFY(errorText != name("old"));
-        QCOMPARE(calls, tellInt("", "", 0));
+        QVERIFY(errorText != "old");
+        QCOMPARE(calls, writeInt("", "", 0));
     } else {
         QCOMPARE(result, NoError);
         QCOMPARE(errorText, QString());
-        QCOMPARE(calls, tell(words, off));
+        QCOMPARE(calls, writeCalls(words, off));
     }
 }
 
 void TriggerSyncTest::refusedTriggerKeepsTheFlag()
 {
-    answer("Get_TriggerMode", "SA_TriggerMode=1");
-    failCommand("Update_TriggerMode", -33, "locked");
-    Sensor sensor(41);
+    scriptAnswer("Get_TriggerMode", "SA_TriggerMode=1");
+    scriptCommandFailure("Update_TriggerMode", -33, "locked");
+    Sensor sensor(TX270);
     QString errorText;
     QCOMPARE(int(sensor->disableTrigger(&errorText)), -33);
-    QCOMPARE(errorText, name("locked"));
+    QCOMPARE(errorText, "locked");
     QVERIFY(sensor->isTriggerEnabled());
 }
 
 void TriggerSyncTest::triggerThatCannotBeStagedIsNotSet()
 {
-    answer("Get_TriggerMode", "SA_TriggerMode=1");
-    Sensor sensor(41);
-    failParameter("SP_TriggerMode", -34, "no room");
+    scriptAnswer("Get_TriggerMode", "SA_TriggerMode=1");
+    Sensor sensor(TX270);
+    scriptParameterFailure("SP_TriggerMode", -34, "no room");
     CallRecorder recorder;
     QCOMPARE(int(sensor->disableTrigger()), -34);
-    QCOMPARE(withoutErrorTexts(recorder.take()), QStringList(setInt(name("SP_TriggerMode"), 0)));
+    QCOMPARE(withoutErrorTexts(recorder.take()), QStringList(setInt("SP_TriggerMode", 0)));
     QVERIFY(sensor->isTriggerEnabled());
 }
 
@@ -385,20 +385,20 @@ void TriggerSyncTest::disablesTheSync()
         answerWith(words, 1);
     Sensor sensor(code);
     QCOMPARE(sensor->isSyncEnabled(), !words.isEmpty());
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
     const ErrorCode result = sensor->disableSync(&errorText);
     const QStringList calls = withoutErrorTexts(recorder.take());
     QVERIFY(!sensor->isSyncEnabled());
     if (words.isEmpty()) {
         QVERIFY(result != NoError);
-        QVERIFY(errorText != name("old"));
-        QCOMPARE(calls, tellInt("", "", 0));
+        QVERIFY(errorText != "old");
+        QCOMPARE(calls, writeInt("", "", 0));
         return;
     }
-    QStringList expected = tell(words, 0);
-    if (code == 29)
-        expected.prepend(setInt(name("SP_SyncTermination"), 0));
+    QStringList expected = writeCalls(words, 0);
+    if (code == TX260)
+        expected.prepend(setInt("SP_SyncTermination", 0));
     QCOMPARE(result, NoError);
     QCOMPARE(errorText, QString());
     QCOMPARE(calls, expected);
@@ -406,57 +406,57 @@ void TriggerSyncTest::disablesTheSync()
 
 void TriggerSyncTest::failedTerminationDoesNotStopTheSync()
 {
-    answer("Get_SyncMode", "SA_SyncMode=1");
-    Sensor sensor(29);
-    failParameter("SP_SyncTermination", -35, "no termination");
+    scriptAnswer("Get_SyncMode", "SA_SyncMode=1");
+    Sensor sensor(TX260);
+    scriptParameterFailure("SP_SyncTermination", -35, "no termination");
     QSignalSpy messages(&*sensor, &SensorInstance::errorMessage);
     QString errorText;
     CallRecorder recorder;
     QCOMPARE(sensor->disableSync(&errorText), NoError);
-    QCOMPARE(recorder.take(), QStringList({setInt(name("SP_SyncTermination"), 0), name("GetError(4096)")}) +
-                                  tellInt("Set_SyncMode", "SP_SyncMode", 0));
+    QCOMPARE(recorder.take(), QStringList({setInt("SP_SyncTermination", 0), "GetError(4096)"}) +
+                                  writeInt("Set_SyncMode", "SP_SyncMode", 0));
     QCOMPARE(messages.size(), 1);
-    QCOMPARE(messages.at(0).at(1).toString(), name("no termination"));
+    QCOMPARE(messages.at(0).at(1).toString(), "no termination");
     QCOMPARE(errorText, QString());
     QVERIFY(!sensor->isSyncEnabled());
 }
 
 void TriggerSyncTest::refusedSyncKeepsTheFlag()
 {
-    answer("Get_SyncMode", "SA_SyncMode=1");
-    failCommand("Set_SyncMode", -36, "locked");
-    Sensor sensor(29);
+    scriptAnswer("Get_SyncMode", "SA_SyncMode=1");
+    scriptCommandFailure("Set_SyncMode", -36, "locked");
+    Sensor sensor(TX260);
     QString errorText;
     QCOMPARE(int(sensor->disableSync(&errorText)), -36);
-    QCOMPARE(errorText, name("locked"));
+    QCOMPARE(errorText, "locked");
     QVERIFY(sensor->isSyncEnabled());
 }
 
 void TriggerSyncTest::lostTriggerIsOffAndLostSyncKeepsItsFlag()
 {
-    answer("Get_TriggerMode", "SA_TriggerMode=1");
-    answer("Get_SyncMode", "SA_SyncMode=1");
-    Sensor sensor(26);
+    scriptAnswer("Get_TriggerMode", "SA_TriggerMode=1");
+    scriptAnswer("Get_SyncMode", "SA_SyncMode=1");
+    Sensor sensor(CC430);
     QVERIFY(sensor->isTriggerEnabled());
     QVERIFY(sensor->isSyncEnabled());
 
-    sensor.become(1);
+    sensor.become(TX210);
     QVERIFY(!sensor->isTriggerEnabled());
     QVERIFY(sensor->isSyncEnabled());
-    // How they were written is not forgotten.
+    // The write commands are kept.
     CallRecorder recorder;
     QCOMPARE(sensor->disableTrigger(), NoError);
     QCOMPARE(sensor->disableSync(), NoError);
     QCOMPARE(recorder.take(),
-             tellInt("Update_TriggerMode", "SP_TriggerMode", 0) + tellInt("Set_SyncMode", "SP_SyncMode", 0));
+             writeInt("Update_TriggerMode", "SP_TriggerMode", 0) + writeInt("Set_SyncMode", "SP_SyncMode", 0));
     QVERIFY(!sensor->isSyncEnabled());
 }
 
 void TriggerSyncTest::closingKeepsTheFlags()
 {
-    answer("Get_TriggerMode", "SA_TriggerMode=1");
-    answer("Get_SyncMode", "SA_SyncMode=1");
-    Sensor sensor(26);
+    scriptAnswer("Get_TriggerMode", "SA_TriggerMode=1");
+    scriptAnswer("Get_SyncMode", "SA_SyncMode=1");
+    Sensor sensor(CC430);
     QCOMPARE(sensor->close(), NoError);
     QVERIFY(sensor->isTriggerEnabled());
     QVERIFY(sensor->isSyncEnabled());
@@ -464,12 +464,12 @@ void TriggerSyncTest::closingKeepsTheFlags()
 
 void TriggerSyncTest::sharedSyncIsThatOfTX220()
 {
-    Sensor sensor(26);
+    Sensor sensor(CC430);
     QVERIFY(!sensor->isSyncSharedWithTrigger());
-    sensor.become(2);
+    sensor.become(TX220);
     QVERIFY(sensor->isSyncSharedWithTrigger());
-    // Once known it is never taken back.
-    sensor.become(26);
+    // Once true, it remains true.
+    sensor.become(CC430);
     QVERIFY(sensor->isSyncSharedWithTrigger());
 }
 

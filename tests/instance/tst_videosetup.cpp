@@ -23,7 +23,7 @@ QVector<VideoInfo> described(SensorInstance &sensor)
 
 } // namespace
 
-/// What the video of a model is once the sensor is open.
+/// The video properties of a model after open().
 class VideoSetupTest : public QObject
 {
     Q_OBJECT
@@ -60,7 +60,7 @@ private Q_SLOTS:
 
 void VideoSetupTest::nothingIsKnownBeforeTheSensorIsOpen()
 {
-    load({26});
+    load({CC430});
     const SensorInstance sensor(CC430);
     QVERIFY(!sensor.isVideoSupported());
     QVERIFY(!sensor.supportsVideoStreamMode());
@@ -76,9 +76,9 @@ void VideoSetupTest::nothingIsKnownBeforeTheSensorIsOpen()
     QCOMPARE(sensor.getEnabledVideoSignals(nullptr), 0);
     QCOMPARE(sensor.getAvailableVideoSignalCount(), 0);
     QCOMPARE(sensor.getEnabledVideoSignalCount(), 0);
-    QString parameter = name("old");
+    QString parameter = "old";
     QVERIFY(!sensor.getBinaryVideoParam(parameter, 0));
-    QCOMPARE(parameter, name("old"));
+    QCOMPARE(parameter, "old");
     QCOMPARE(sensor.getChannelCount(), 1);
 }
 
@@ -87,10 +87,10 @@ void VideoSetupTest::videoOfEveryType_data()
     QTest::addColumn<int>("code");
     QTest::addColumn<bool>("ethernet");
     QList<int> codes = models().keys();
-    codes << 10026 << 10042;
+    codes << 10000 + CC430 << 10000 + TX280;
     for (const int code : qAsConst(codes)) {
-        QTest::newRow(qPrintable(name("%1 in the network").arg(code))) << code << true;
-        QTest::newRow(qPrintable(name("%1 at a serial line").arg(code))) << code << false;
+        QTest::newRow(qPrintable(QString("%1 in the network").arg(code))) << code << true;
+        QTest::newRow(qPrintable(QString("%1 at a serial line").arg(code))) << code << false;
     }
 }
 
@@ -112,7 +112,7 @@ void VideoSetupTest::videoOfEveryType()
     QCOMPARE(sensor->GetThresholdCommandName(), video ? QString::fromLatin1(video->threshold) : QString());
     QCOMPARE(sensor->GetROICommandName(), video ? QString::fromLatin1(video->roi) : QString());
     QCOMPARE(sensor->getVideoResolution(), video ? video->resolution : 0);
-    QCOMPARE(sensor->getVideoSignalPixelCount(), !video ? 0 : code == 37 ? 768 : video->pixels);
+    QCOMPARE(sensor->getVideoSignalPixelCount(), !video ? 0 : code == MC340 ? 768 : video->pixels);
     QCOMPARE(sensor->getChannelCount(), video && video->channels != 0 ? video->channels : 1);
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 0);
 }
@@ -133,11 +133,11 @@ void VideoSetupTest::signalsOfEveryType()
     const int count = video ? video->stems.size() : 0;
     Sensor sensor(code);
 
-    QMap<int, QString> names = {{77, name("kept")}};
+    QMap<int, QString> names = {{77, "kept"}};
     QCOMPARE(sensor->getAvailableVideoSignals(&names), count);
     QCOMPARE(sensor->getAvailableVideoSignals(nullptr), count);
     QCOMPARE(sensor->getAvailableVideoSignalCount(), count);
-    QCOMPARE(names.take(77), name("kept"));
+    QCOMPARE(names.take(77), "kept");
     QCOMPARE(namesOf(names), video ? reference::prefixed("OutputVideo", video->stems) : QStringList());
     if (count > 0) {
         QCOMPARE(names.firstKey(), 0);
@@ -149,9 +149,9 @@ void VideoSetupTest::signalsOfEveryType()
     for (int position = 0; position < count; ++position) {
         const VideoInfo &info = infos.at(position);
         QCOMPARE(info.index, 0);
-        QCOMPARE(info.outputStem, name("OutputVideo") + video->stems.at(position));
-        QCOMPARE(info.answerParameter, name("SA_Video") + video->answers.at(position));
-        QCOMPARE(info.pixelCount, code == 37 ? 768 : video->pixels);
+        QCOMPARE(info.outputStem, "OutputVideo" + video->stems.at(position));
+        QCOMPARE(info.answerParameter, "SA_Video" + video->answers.at(position));
+        QCOMPARE(info.pixelCount, code == MC340 ? 768 : video->pixels);
         QCOMPARE(info.pixelSize, 2);
     }
 }
@@ -160,19 +160,19 @@ void VideoSetupTest::lineOfMC340FollowsFromItsRange_data()
 {
     QTest::addColumn<QString>("pairs");
     QTest::addColumn<int>("pixels");
-    QTest::newRow("short range") << name("SA_Range=46.0") << 768;
-    QTest::newRow("long range") << name("SA_Range=98.0") << 1536;
-    QTest::newRow("no range") << name("SA_Range=0.0") << 1536;
-    QTest::newRow("almost the short range") << name("SA_Range=46.000001") << 1536;
+    QTest::newRow("short range") << "SA_Range=46.0" << 768;
+    QTest::newRow("long range") << "SA_Range=98.0" << 1536;
+    QTest::newRow("no range") << "SA_Range=0.0" << 1536;
+    QTest::newRow("almost the short range") << "SA_Range=46.000001" << 1536;
 }
 
 void VideoSetupTest::lineOfMC340FollowsFromItsRange()
 {
     QFETCH(QString, pairs);
     QFETCH(int, pixels);
-    load({37});
-    answer("Get_Info", pairs.toLatin1().constData());
-    Sensor sensor(37);
+    load({MC340});
+    scriptAnswer("Get_Info", pairs.toLatin1().constData());
+    Sensor sensor(MC340);
     QCOMPARE(sensor->getVideoSignalPixelCount(), pixels);
     const QVector<VideoInfo> infos = described(*sensor);
     QCOMPARE(infos.size(), 3);
@@ -182,10 +182,10 @@ void VideoSetupTest::lineOfMC340FollowsFromItsRange()
 
 void VideoSetupTest::unansweredRangeLeavesTheSignalsUnset()
 {
-    load({37});
-    answer("Get_Info", "SA_Other=1");
+    load({MC340});
+    scriptAnswer("Get_Info", "SA_Other=1");
     SensorInstance sensor(MC340);
-    QVERIFY(sensor.open(parameters(37, Serial)) != NoError);
+    QVERIFY(sensor.open(parameters(MC340, Serial)) != NoError);
     QCOMPARE(sensor.getAvailableVideoSignalCount(), 0);
     QCOMPARE(sensor.getVideoSignalPixelCount(), 0);
     QCOMPARE(sensor.getVideoResolution(), 0);
@@ -193,7 +193,7 @@ void VideoSetupTest::unansweredRangeLeavesTheSignalsUnset()
     QCOMPARE(sensor.GetROICommandName(), QString());
     QVERIFY(!sensor.isThresholdSupported());
     QVERIFY(!sensor.isVideoModeEnabled());
-    // What was assumed before the question stays.
+    // The defaults that were set before the query remain.
     QVERIFY(sensor.supportsVideoStreamMode());
     QVERIFY(sensor.isVideoSupported());
     QVERIFY(sensor.isVideoTransmitted());
@@ -202,25 +202,25 @@ void VideoSetupTest::unansweredRangeLeavesTheSignalsUnset()
 
 void VideoSetupTest::unansweredRangeKeepsTheSignalsOfTheLastSensor()
 {
-    load({26, 37});
-    Sensor sensor(26);
+    load({CC430, MC340});
+    Sensor sensor(CC430);
     *sensor = SensorInstance(MC340);
-    failCommand("Get_Info", -51);
-    QCOMPARE(int(sensor->open(parameters(37, Ethernet))), -51);
+    scriptCommandFailure("Get_Info", -51);
+    QCOMPARE(int(sensor->open(parameters(MC340, Ethernet))), -51);
     QCOMPARE(sensor->getAvailableVideoSignalCount(), 5);
     QCOMPARE(sensor->getVideoResolution(), 16384);
 }
 
 void VideoSetupTest::modelWithoutVideoLeavesTheListAndTheNames()
 {
-    load({26, 41});
-    Sensor sensor(26);
-    sensor.become(41);
+    load({CC430, TX270});
+    Sensor sensor(CC430);
+    sensor.become(TX270);
     QCOMPARE(sensor->getAvailableVideoSignalCount(), 5);
     QCOMPARE(sensor->getVideoResolution(), 16384);
     QCOMPARE(sensor->getVideoSignalPixelCount(), 512);
-    QCOMPARE(sensor->GetThresholdCommandName(), name("Threshold"));
-    QCOMPARE(sensor->GetROICommandName(), name("ROI"));
+    QCOMPARE(sensor->GetThresholdCommandName(), "Threshold");
+    QCOMPARE(sensor->GetROICommandName(), "ROI");
     QVERIFY(!sensor->isVideoSupported());
     QVERIFY(!sensor->supportsVideoStreamMode());
     QVERIFY(!sensor->isVideoModeEnabled());
@@ -234,11 +234,11 @@ void VideoSetupTest::unchangedThresholdNames_data()
     QTest::addColumn<int>("before");
     QTest::addColumn<int>("code");
     QTest::addColumn<QString>("threshold");
-    QTest::newRow("TX290 after CC430") << 26 << 51 << name("Threshold");
-    QTest::newRow("TX310 after CC470") << 46 << 58 << name("MinimumThreshold");
-    QTest::newRow("TX290 after TX280") << 42 << 51 << QString();
-    QTest::newRow("TX280 has an empty one") << 46 << 42 << QString();
-    QTest::newRow("CC430 after CC470") << 46 << 26 << name("Threshold");
+    QTest::newRow("TX290 after CC430") << int(CC430) << int(TX290) << "Threshold";
+    QTest::newRow("TX310 after CC470") << int(CC470) << int(TX310) << "MinimumThreshold";
+    QTest::newRow("TX290 after TX280") << int(TX280) << int(TX290) << QString();
+    QTest::newRow("TX280 has an empty one") << int(CC470) << int(TX280) << QString();
+    QTest::newRow("CC430 after CC470") << int(CC470) << int(CC430) << "Threshold";
 }
 
 void VideoSetupTest::unchangedThresholdNames()
@@ -253,39 +253,39 @@ void VideoSetupTest::unchangedThresholdNames()
 
 void VideoSetupTest::modelWithoutRegionNameKeepsTheLastOne()
 {
-    load({23, 46});
-    Sensor sensor(46);
-    sensor.become(23);
-    QCOMPARE(sensor->GetROICommandName(), name("ROI"));
+    load({TX240, CC470});
+    Sensor sensor(CC470);
+    sensor.become(TX240);
+    QCOMPARE(sensor->GetROICommandName(), "ROI");
     QVERIFY(!sensor->isROISupported());
-    QCOMPARE(sensor->GetThresholdCommandName(), name("Threshold"));
+    QCOMPARE(sensor->GetThresholdCommandName(), "Threshold");
     QVERIFY(!sensor->isThresholdSupported());
 }
 
 void VideoSetupTest::channelCountStaysWithModelsThatDoNotSetIt()
 {
-    load({41, 42, 47, 55});
-    Sensor sensor(47);
+    load({TX270, TX280, CC480, WI610});
+    Sensor sensor(CC480);
     QCOMPARE(sensor->getChannelCount(), 2);
-    sensor.become(42);
+    sensor.become(TX280);
     QCOMPARE(sensor->getChannelCount(), 2);
-    sensor.become(41);
+    sensor.become(TX270);
     QCOMPARE(sensor->getChannelCount(), 2);
-    sensor.become(55);
+    sensor.become(WI610);
     QCOMPARE(sensor->getChannelCount(), 1);
 }
 
 void VideoSetupTest::listFollowsTheModel()
 {
-    load({29, 47});
-    Sensor sensor(47);
-    sensor.become(29);
+    load({TX260, CC480});
+    Sensor sensor(CC480);
+    sensor.become(TX260);
     QMap<int, QString> names;
     QCOMPARE(sensor->getAvailableVideoSignals(&names), 2);
-    QCOMPARE(namesOf(names), QStringList({name("OutputVideoRaw"), name("OutputVideoCorr")}));
-    sensor.become(47);
+    QCOMPARE(namesOf(names), QStringList({"OutputVideoRaw", "OutputVideoCorr"}));
+    sensor.become(CC480);
     QCOMPARE(sensor->getAvailableVideoSignals(&names), 6);
-    QCOMPARE(names.value(5), name("OutputVideoLight_Ch2"));
+    QCOMPARE(names.value(5), "OutputVideoLight_Ch2");
 }
 
 void VideoSetupTest::fileSupportsWhatItsProtocolHolds()
@@ -297,8 +297,8 @@ void VideoSetupTest::fileSupportsWhatItsProtocolHolds()
     file.setProtocolVideo(false);
     QVERIFY(!file.isVideoSupported());
 
-    load({26});
-    Sensor sensor(26, Serial);
+    load({CC430});
+    Sensor sensor(CC430, Serial);
     sensor->setProtocolVideo(true);
     QVERIFY(!sensor->isVideoSupported());
 }
@@ -314,8 +314,8 @@ void VideoSetupTest::videoCanBeSaidToBeTransmitted()
 
 void VideoSetupTest::pixelCountIsReplacedEverywhere()
 {
-    load({29});
-    Sensor sensor(29);
+    load({TX260});
+    Sensor sensor(TX260);
     sensor->SetVideoPixelCount(640);
     QCOMPARE(sensor->getVideoSignalPixelCount(), 640);
     const QVector<VideoInfo> infos = described(*sensor);
@@ -328,8 +328,8 @@ void VideoSetupTest::videoModeIsEnabledOnSwitchedModels_data()
 {
     QTest::addColumn<int>("code");
     QTest::addColumn<int>("mode");
-    QTest::newRow("TX260") << 29 << 3;
-    QTest::newRow("bus variant of TX260") << 10029 << 3;
+    QTest::newRow("TX260") << int(TX260) << 3;
+    QTest::newRow("bus variant of TX260") << 10000 + TX260 << 3;
     for (const int code : {26, 30, 39, 44, 10026})
         QTest::newRow(QByteArray::number(code).constData()) << code << 4;
 }
@@ -340,13 +340,13 @@ void VideoSetupTest::videoModeIsEnabledOnSwitchedModels()
     QFETCH(int, mode);
     load({code});
     Sensor sensor(code);
-    answer("Get_MeasureMode", "SA_MeasureMode=0");
+    scriptAnswer("Get_MeasureMode", "SA_MeasureMode=0");
     described(*sensor);
     QVERIFY(!sensor->isVideoModeEnabled());
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(sensor->enableVideoMode(&errorText), NoError);
-    QCOMPARE(recorder.take(), tellInt("Set_MeasureMode", "SP_MeasureMode", mode));
+    QCOMPARE(recorder.take(), writeInt("Set_MeasureMode", "SP_MeasureMode", mode));
     QCOMPARE(errorText, QString());
     QVERIFY(sensor->isVideoModeEnabled());
 }
@@ -367,18 +367,18 @@ void VideoSetupTest::videoModeNeedsNothingOnOtherModels()
     QFETCH(int, code);
     load({});
     SensorInstance sensor{SensorType(code)};
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(sensor.enableVideoMode(&errorText), NoError);
     QCOMPARE(recorder.take(), QStringList());
-    QCOMPARE(errorText, name("old"));
+    QCOMPARE(errorText, "old");
     QVERIFY(!sensor.isVideoModeEnabled());
 }
 
 void VideoSetupTest::flagsAreTheModelsUntilTheDataAreDescribed()
 {
-    load({29}); // measures distances
-    Sensor sensor(29);
+    load({TX260}); // in a mode that measures distances
+    Sensor sensor(TX260);
     QVERIFY(sensor->isVideoModeEnabled());
     QVERIFY(!sensor->isMeasModeEnabled());
     TransmittedDataInfo info;
@@ -389,8 +389,8 @@ void VideoSetupTest::flagsAreTheModelsUntilTheDataAreDescribed()
 
 void VideoSetupTest::videoNeedsItsModeAndANewDescription()
 {
-    load({26});
-    Sensor sensor(26);
+    load({CC430});
+    Sensor sensor(CC430);
     QCOMPARE(sensor->enableVideoSignal(0, 1), NoError);
     TransmittedDataInfo info;
     QCOMPARE(sensor->transmittedDataInfo(info), NoError);
@@ -403,8 +403,7 @@ void VideoSetupTest::videoNeedsItsModeAndANewDescription()
     QCOMPARE(sensor->transmittedDataInfo(info), NoError);
     QVERIFY(sensor->getBinaryVideoParam(line, 0));
     QByteArray pixels;
-    QCOMPARE(sensor->sendCommand(name("Get_Video"), {}, {{line, SensorInstance::resultPointer(&pixels)}}),
-             NoError);
+    QCOMPARE(sensor->sendCommand("Get_Video", {}, {{line, SensorInstance::resultPointer(&pixels)}}), NoError);
     const VideoInfo &video = info.videoSignals.at(0);
     QCOMPARE(video.index, 0);
     QCOMPARE(video.pixelSize, 2);
@@ -413,25 +412,25 @@ void VideoSetupTest::videoNeedsItsModeAndANewDescription()
 
 void VideoSetupTest::refusedVideoModeIsNotEnabled()
 {
-    load({26});
-    Sensor sensor(26);
-    failCommand("Set_MeasureMode", -52, "not now");
+    load({CC430});
+    Sensor sensor(CC430);
+    scriptCommandFailure("Set_MeasureMode", -52, "not now");
     QString errorText;
     QCOMPARE(int(sensor->enableVideoMode(&errorText)), -52);
-    QCOMPARE(errorText, name("not now"));
+    QCOMPARE(errorText, "not now");
     QVERIFY(!sensor->isVideoModeEnabled());
 }
 
 void VideoSetupTest::videoModeThatCannotBeStagedIsNotSet()
 {
-    load({26});
-    Sensor sensor(26);
-    failParameter("SP_MeasureMode", -53, "no room");
+    load({CC430});
+    Sensor sensor(CC430);
+    scriptParameterFailure("SP_MeasureMode", -53, "no room");
     QString errorText;
     CallRecorder recorder;
     QCOMPARE(int(sensor->enableVideoMode(&errorText)), -53);
-    QCOMPARE(errorText, name("no room"));
-    QCOMPARE(withoutErrorTexts(recorder.take()), QStringList(setInt(name("SP_MeasureMode"), 4)));
+    QCOMPARE(errorText, "no room");
+    QCOMPARE(withoutErrorTexts(recorder.take()), QStringList(setInt("SP_MeasureMode", 4)));
     QVERIFY(!sensor->isVideoModeEnabled());
 }
 

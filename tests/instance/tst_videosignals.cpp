@@ -17,10 +17,10 @@ TransmittedDataInfo describe(SensorInstance &sensor)
     return info;
 }
 
-/// The calls of a description without those that ask for the frame.
+/// The calls of transmittedDataInfo() without those that read the frame.
 QStringList videoCalls(QStringList calls)
 {
-    const int frame = calls.indexOf(QRegularExpression(name("GetParameters\\(\\d+\\)")));
+    const int frame = calls.indexOf(QRegularExpression("GetParameters\\(\\d+\\)"));
     return calls.mid(frame + 1);
 }
 
@@ -40,19 +40,19 @@ QList<int> enabledPositions(const SensorInstance &sensor)
     return names.keys();
 }
 
-/// An answer that holds all video switches of \a code: \a on are those that are on.
+/// An answer with all video switches of \a code, of which \a on are on.
 std::string switches(int code, const char *suffix, const QList<int> &on)
 {
     QString pairs;
     int position = 0;
     for (const QString &stem : reference::video(code)->stems)
-        pairs += name("SA_OutputVideo%1%2=%3 ").arg(stem, name(suffix)).arg(int(on.contains(position++)));
+        pairs += QString("SA_OutputVideo%1%2=%3 ").arg(stem, QString(suffix)).arg(int(on.contains(position++)));
     return pairs.toStdString();
 }
 
 } // namespace
 
-/// Which video signals a sensor sends, and how they are switched.
+/// Reading and switching the video signals of a sensor.
 class VideoSignalsTest : public QObject
 {
     Q_OBJECT
@@ -96,9 +96,9 @@ void VideoSignalsTest::switchesOfEveryType_data()
     QTest::addColumn<int>("code");
     QTest::addColumn<bool>("ethernet");
     for (const int code : {26, 29, 30, 37, 39, 42, 44, 46, 47, 51, 55, 58, 59, 62, 63}) {
-        QTest::newRow(qPrintable(name("%1 in the network").arg(code))) << code << true;
+        QTest::newRow(qPrintable(QString("%1 in the network").arg(code))) << code << true;
         if (reference::video(code)->flags & reference::AnyInterface)
-            QTest::newRow(qPrintable(name("%1 at a serial line").arg(code))) << code << false;
+            QTest::newRow(qPrintable(QString("%1 at a serial line").arg(code))) << code << false;
     }
 }
 
@@ -110,18 +110,18 @@ void VideoSignalsTest::switchesOfEveryType()
     const reference::Video *video = reference::video(code);
     const char *suffix = ethernet ? "_ETH" : "_RS422";
     Sensor sensor(code, ethernet ? Ethernet : Serial);
-    const QString command = name("Get_%1%2").arg(name(video->outputStem), name(suffix));
+    const QString command = QString("Get_%1%2").arg(QString(video->outputStem), QString(suffix));
     const int last = video->stems.size() - 1;
-    answer(command.toLatin1().constData(), switches(code, suffix, {last}).c_str());
+    scriptAnswer(command.toStdString(), switches(code, suffix, {last}).c_str());
 
     CallRecorder recorder;
     const TransmittedDataInfo info = describe(*sensor);
     QStringList expected;
-    if (code == 26 || code == 29 || code == 30 || code == 39 || code == 44)
-        expected += askInt("Get_MeasureMode", "SA_MeasureMode");
+    if (code == CC430 || code == TX260 || code == CC440 || code == CC450 || code == CC460)
+        expected += readInt("Get_MeasureMode", "SA_MeasureMode");
     expected += commandCalls(command);
     for (const QString &stem : video->stems)
-        expected += getInt(name("SA_OutputVideo") + stem + name(suffix));
+        expected += getInt("SA_OutputVideo" + stem + QString(suffix));
     QCOMPARE(videoCalls(recorder.take()), expected);
 
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 1);
@@ -133,8 +133,8 @@ void VideoSignalsTest::switchesOfEveryType()
 
 void VideoSignalsTest::sensorWithoutVideoIsNotAsked()
 {
-    load({41});
-    Sensor sensor(41);
+    load({TX270});
+    Sensor sensor(TX270);
     CallRecorder recorder;
     const TransmittedDataInfo info = describe(*sensor);
     QCOMPARE(videoCalls(recorder.take()), QStringList());
@@ -144,60 +144,59 @@ void VideoSignalsTest::sensorWithoutVideoIsNotAsked()
 
 void VideoSignalsTest::networkVideoIsNotAskedForAtASerialLine()
 {
-    load({26});
-    answer("Get_MeasureMode", "SA_MeasureMode=4");
-    answer("Get_OutputVideo_RS422", switches(26, "_RS422", {0, 1, 2, 3, 4}).c_str());
-    Sensor sensor(26, Serial);
+    load({CC430});
+    scriptAnswer("Get_MeasureMode", "SA_MeasureMode=4");
+    scriptAnswer("Get_OutputVideo_RS422", switches(26, "_RS422", {0, 1, 2, 3, 4}).c_str());
+    Sensor sensor(CC430, Serial);
     CallRecorder recorder;
     describe(*sensor);
-    QCOMPARE(videoCalls(recorder.take()), askInt("Get_MeasureMode", "SA_MeasureMode"));
+    QCOMPARE(videoCalls(recorder.take()), readInt("Get_MeasureMode", "SA_MeasureMode"));
     QVERIFY(sensor->isVideoModeEnabled());
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 0);
 }
 
 void VideoSignalsTest::enabledSignalsKeepTheirPositions()
 {
-    load({47});
-    answer("Get_Output_ETH", switches(47, "_ETH", {1, 4}).c_str());
-    Sensor sensor(47);
+    load({CC480});
+    scriptAnswer("Get_Output_ETH", switches(47, "_ETH", {1, 4}).c_str());
+    Sensor sensor(CC480);
     describe(*sensor);
-    QMap<int, QString> names = {{9, name("kept")}};
+    QMap<int, QString> names = {{9, "kept"}};
     QCOMPARE(sensor->getEnabledVideoSignals(&names), 2);
-    QCOMPARE(names, (QMap<int, QString>{
-                        {1, name("OutputVideoDark_Ch1")}, {4, name("OutputVideoDark_Ch2")}, {9, name("kept")}}));
+    QCOMPARE(names, (QMap<int, QString>{{1, "OutputVideoDark_Ch1"}, {4, "OutputVideoDark_Ch2"}, {9, "kept"}}));
     QCOMPARE(sensor->getEnabledVideoSignals(nullptr), 2);
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 2);
 }
 
 void VideoSignalsTest::unreadableSwitchIsOff()
 {
-    load({37});
-    answer("Get_OutputVideo_ETH", switches(37, "_ETH", {0, 1, 2}).c_str());
-    failParameter("SA_OutputVideoLight_ETH", -61);
-    Sensor sensor(37);
+    load({MC340});
+    scriptAnswer("Get_OutputVideo_ETH", switches(37, "_ETH", {0, 1, 2}).c_str());
+    scriptParameterFailure("SA_OutputVideoLight_ETH", -61);
+    Sensor sensor(MC340);
     QSignalSpy messages(&*sensor, &SensorInstance::errorMessage);
-    QString errorText = name("old");
+    QString errorText = "old";
     TransmittedDataInfo info;
     QCOMPARE(sensor->transmittedDataInfo(info, &errorText), NoError);
     QCOMPARE(enabledPositions(*sensor), (QList<int>{0, 2}));
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 2);
-    // Told by the signal alone.
+    // Reported only by the signal.
     QCOMPARE(messages.size(), 1);
     QCOMPARE(errorText, QString());
 }
 
 void VideoSignalsTest::unansweredSwitchesAreOff()
 {
-    load({37});
-    const int on = answer("Get_OutputVideo_ETH", switches(37, "_ETH", {0, 1, 2}).c_str());
-    Sensor sensor(37);
+    load({MC340});
+    const int on = scriptAnswer("Get_OutputVideo_ETH", switches(37, "_ETH", {0, 1, 2}).c_str());
+    Sensor sensor(MC340);
     describe(*sensor);
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 3);
     sondixsim::removeFault(on);
-    failCommand("Get_OutputVideo_ETH", -62);
+    scriptCommandFailure("Get_OutputVideo_ETH", -62);
     CallRecorder recorder;
     describe(*sensor);
-    QCOMPARE(withoutErrorTexts(videoCalls(recorder.take())), commandCalls(name("Get_OutputVideo_ETH")));
+    QCOMPARE(withoutErrorTexts(videoCalls(recorder.take())), commandCalls("Get_OutputVideo_ETH"));
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 0);
     QCOMPARE(enabledPositions(*sensor), QList<int>());
 }
@@ -207,12 +206,12 @@ void VideoSignalsTest::streamModes_data()
     QTest::addColumn<int>("code");
     QTest::addColumn<int>("mode");
     QTest::addColumn<int>("error");
-    QTest::addColumn<bool>("videoBefore"); // along with measuring
+    QTest::addColumn<bool>("videoBefore"); // and measuring
     QTest::addColumn<bool>("video");
     QTest::addColumn<bool>("measuring");
     for (const int code : {26, 30, 39, 44}) {
         const auto add = [code](const char *what, int mode, int error, bool before, bool video, bool measuring) {
-            QTest::newRow(qPrintable(name("%1: %2").arg(code).arg(name(what))))
+            QTest::newRow(qPrintable(QString("%1: %2").arg(code).arg(QString(what))))
                 << code << mode << error << before << video << measuring;
         };
         add("video along with the values", 4, 0, false, true, true);
@@ -238,18 +237,14 @@ void VideoSignalsTest::streamModes()
     load({code});
     Sensor sensor(code);
     if (videoBefore) {
-        const int before = answer("Get_MeasureMode", "SA_MeasureMode=4");
+        const int before = scriptAnswer("Get_MeasureMode", "SA_MeasureMode=4");
         describe(*sensor);
         sondixsim::removeFault(before);
     }
     QCOMPARE(sensor->isVideoModeEnabled(), videoBefore);
     QCOMPARE(sensor->isMeasModeEnabled(), videoBefore);
 
-    sondixsim::Fault fault;
-    fault.command = "Get_MeasureMode";
-    fault.answer = name("SA_MeasureMode=%1").arg(mode).toStdString();
-    fault.code = error;
-    sondixsim::inject(fault);
+    scriptAnswer("Get_MeasureMode", QString("SA_MeasureMode=%1").arg(mode).toLatin1(), error);
     describe(*sensor);
     QTEST(sensor->isVideoModeEnabled(), "video");
     QTEST(sensor->isMeasModeEnabled(), "measuring");
@@ -274,14 +269,10 @@ void VideoSignalsTest::exclusiveModes()
     QFETCH(int, mode);
     QFETCH(int, error);
     QFETCH(bool, video);
-    load({29});
-    Sensor sensor(29);
+    load({TX260});
+    Sensor sensor(TX260);
     QVERIFY(sensor->isVideoModeEnabled());
-    sondixsim::Fault fault;
-    fault.command = "Get_MeasureMode";
-    fault.answer = name("SA_MeasureMode=%1").arg(mode).toStdString();
-    fault.code = error;
-    sondixsim::inject(fault);
+    scriptAnswer("Get_MeasureMode", QString("SA_MeasureMode=%1").arg(mode).toLatin1(), error);
     describe(*sensor);
     QCOMPARE(sensor->isVideoModeEnabled(), video);
     QCOMPARE(sensor->isMeasModeEnabled(), !video);
@@ -289,8 +280,8 @@ void VideoSignalsTest::exclusiveModes()
 
 void VideoSignalsTest::signalOfTX240FollowsTheApplication()
 {
-    load({23});
-    Sensor sensor(23);
+    load({TX240});
+    Sensor sensor(TX240);
     CallRecorder recorder;
     describe(*sensor);
     QCOMPARE(videoCalls(recorder.take()), QStringList());
@@ -298,7 +289,7 @@ void VideoSignalsTest::signalOfTX240FollowsTheApplication()
     sensor->setVideoTransmitted(true);
     QVERIFY(describe(*sensor).videoSignals.at(0).enabled);
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 1);
-    QCOMPARE(binaryNames(*sensor), QStringList(name("SA_VideoSignal")));
+    QCOMPARE(binaryNames(*sensor), QStringList("SA_VideoSignal"));
     sensor->setVideoTransmitted(false);
     QVERIFY(!describe(*sensor).videoSignals.at(0).enabled);
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 0);
@@ -306,17 +297,17 @@ void VideoSignalsTest::signalOfTX240FollowsTheApplication()
 
 void VideoSignalsTest::switchesDoNotReachTheSignalOfTX240()
 {
-    // The switches are those of the model that was open before.
-    load({23, 37});
-    answer("Get_OutputVideo_ETH", switches(37, "_ETH", {0, 1, 2}).c_str());
-    Sensor sensor(37);
+    // The switches of the previous model are still in use.
+    load({TX240, MC340});
+    scriptAnswer("Get_OutputVideo_ETH", switches(37, "_ETH", {0, 1, 2}).c_str());
+    Sensor sensor(MC340);
     *sensor = SensorInstance(TX240);
     sensor->setVideoTransmitted(false);
     CallRecorder recorder;
     sensor->setMeasurementMode(0);
     const QStringList calls = withoutErrorTexts(recorder.take());
-    QVERIFY(calls.contains(name("SetParameterString(\"S_Command\", \"Get_OutputVideo_ETH\")")));
-    QVERIFY(calls.contains(getInt(name("SA_OutputVideoRaw_ETH"))));
+    QVERIFY(calls.contains("SetParameterString(\"S_Command\", \"Get_OutputVideo_ETH\")"));
+    QVERIFY(calls.contains(getInt("SA_OutputVideoRaw_ETH")));
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 0);
     sensor->setVideoTransmitted(true);
     sensor->setMeasurementMode(0);
@@ -325,9 +316,9 @@ void VideoSignalsTest::switchesDoNotReachTheSignalOfTX240()
 
 void VideoSignalsTest::transmittedSignalsNeedVideoMode()
 {
-    load({26});
-    answer("Get_OutputVideo_ETH", switches(26, "_ETH", {0, 2}).c_str());
-    Sensor sensor(26);
+    load({CC430});
+    scriptAnswer("Get_OutputVideo_ETH", switches(26, "_ETH", {0, 2}).c_str());
+    Sensor sensor(CC430);
     const TransmittedDataInfo info = describe(*sensor);
     QVERIFY(!sensor->isVideoModeEnabled());
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 2);
@@ -337,64 +328,64 @@ void VideoSignalsTest::transmittedSignalsNeedVideoMode()
 
 void VideoSignalsTest::transmittedSignalsAreThoseOfTheLastDescription()
 {
-    load({26});
-    answer("Get_OutputVideo_ETH", switches(26, "_ETH", {0, 2}).c_str());
-    Sensor sensor(26);
+    load({CC430});
+    scriptAnswer("Get_OutputVideo_ETH", switches(26, "_ETH", {0, 2}).c_str());
+    Sensor sensor(CC430);
     describe(*sensor);
     QCOMPARE(sensor->setMeasurementMode(4), NoError);
     QVERIFY(sensor->isVideoModeEnabled());
     QCOMPARE(binaryNames(*sensor), QStringList());
     describe(*sensor);
-    QCOMPARE(binaryNames(*sensor), QStringList({name("SA_VideoRaw"), name("SA_VideoLight")}));
-    QString parameter = name("old");
+    QCOMPARE(binaryNames(*sensor), QStringList({"SA_VideoRaw", "SA_VideoLight"}));
+    QString parameter = "old";
     for (const int position : {-1, 2, 5, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()})
         QVERIFY(!sensor->getBinaryVideoParam(parameter, position));
-    QCOMPARE(parameter, name("old"));
+    QCOMPARE(parameter, "old");
 }
 
 void VideoSignalsTest::descriptionHoldsAllSignals()
 {
-    load({29});
-    answer("Get_OutputVideo_ETH", switches(29, "_ETH", {1}).c_str());
-    Sensor sensor(29);
+    load({TX260});
+    scriptAnswer("Get_OutputVideo_ETH", switches(29, "_ETH", {1}).c_str());
+    Sensor sensor(TX260);
     const TransmittedDataInfo info = describe(*sensor);
     QCOMPARE(info.videoSignalCount, 2);
     QCOMPARE(info.videoSignals.size(), 2);
     QVERIFY(!info.videoSignals.at(0).enabled);
     QVERIFY(info.videoSignals.at(1).enabled);
-    QCOMPARE(info.videoSignals.at(1).answerParameter, name("SA_VideoCorr"));
+    QCOMPARE(info.videoSignals.at(1).answerParameter, "SA_VideoCorr");
 }
 
 void VideoSignalsTest::failedDescriptionAsksForNoVideo()
 {
-    load({37});
-    answer("Get_OutputVideo_ETH", switches(37, "_ETH", {0}).c_str());
-    Sensor sensor(37);
+    load({MC340});
+    scriptAnswer("Get_OutputVideo_ETH", switches(37, "_ETH", {0}).c_str());
+    Sensor sensor(MC340);
     describe(*sensor);
-    failCommand("Get_TransmittedDataInfo", -65);
+    scriptCommandFailure("Get_TransmittedDataInfo", -65);
     TransmittedDataInfo info;
     CallRecorder recorder;
     QCOMPARE(int(sensor->transmittedDataInfo(info)), -65);
-    QCOMPARE(withoutErrorTexts(recorder.take()), commandCalls(name("Get_TransmittedDataInfo")));
-    QCOMPARE(binaryNames(*sensor), QStringList(name("SA_VideoRaw")));
+    QCOMPARE(withoutErrorTexts(recorder.take()), commandCalls("Get_TransmittedDataInfo"));
+    QCOMPARE(binaryNames(*sensor), QStringList("SA_VideoRaw"));
 }
 
 void VideoSignalsTest::lossOfVideoEmptiesTheTransmittedSignals()
 {
-    load({37, 41});
-    answer("Get_OutputVideo_ETH", switches(37, "_ETH", {0, 1}).c_str());
-    Sensor sensor(37);
+    load({MC340, TX270});
+    scriptAnswer("Get_OutputVideo_ETH", switches(37, "_ETH", {0, 1}).c_str());
+    Sensor sensor(MC340);
     describe(*sensor);
     QCOMPARE(binaryNames(*sensor).size(), 2);
-    sensor.become(41);
+    sensor.become(TX270);
     QCOMPARE(binaryNames(*sensor).size(), 2);
     const TransmittedDataInfo info = describe(*sensor);
     QCOMPARE(binaryNames(*sensor), QStringList());
-    // The list of the last model is not touched by one that has none of its own,
+    // A model without a signal list keeps the list of the previous model,
     QCOMPARE(info.videoSignalCount, 3);
     QCOMPARE(enabledPositions(*sensor), (QList<int>{0, 1}));
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 2);
-    // but by its modes: the switches are cleared, not counted again.
+    // but its modes clear the switches, without updating the count.
     QCOMPARE(sensor->setMeasurementMode(0), NoError);
     QCOMPARE(enabledPositions(*sensor), QList<int>());
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 2);
@@ -412,10 +403,10 @@ void VideoSignalsTest::answersOfTransmittedSignals()
     QFETCH(int, code);
     load({code});
     const reference::Video *video = reference::video(code);
-    const QString command = name("Get_%1_ETH").arg(name(video->outputStem));
-    answer(command.toLatin1().constData(), switches(code, "_ETH", {0, 1, 2, 3, 4, 5}).c_str());
+    const QString command = QString("Get_%1_ETH").arg(QString(video->outputStem));
+    scriptAnswer(command.toStdString(), switches(code, "_ETH", {0, 1, 2, 3, 4, 5}).c_str());
     Sensor sensor(code);
-    answer("Get_MeasureMode", code == 29 ? "SA_MeasureMode=3" : "SA_MeasureMode=4");
+    scriptAnswer("Get_MeasureMode", code == TX260 ? "SA_MeasureMode=3" : "SA_MeasureMode=4");
     describe(*sensor);
     QCOMPARE(binaryNames(*sensor), reference::prefixed("SA_Video", video->answers));
 }
@@ -428,14 +419,14 @@ void VideoSignalsTest::signalIsSwitched_data()
     QTest::addColumn<int>("value");
     QTest::addColumn<QString>("parameter");
     QTest::addColumn<QString>("command");
-    const QString outputVideo = name("Update_OutputVideo_ETH");
-    QTest::newRow("first on") << 26 << true << 0 << 1 << name("SP_OutputVideoRaw_ETH") << outputVideo;
-    QTest::newRow("last off") << 26 << true << 4 << 0 << name("SP_OutputVideoLightTable_ETH") << outputVideo;
-    QTest::newRow("other stem") << 47 << true << 3 << 1 << name("SP_OutputVideoRaw_Ch2_ETH")
-                                << name("Update_Output_ETH");
-    QTest::newRow("serial") << 42 << false << 0 << 1 << name("SP_OutputVideoRaw_RS422")
-                            << name("Update_Output_RS422");
-    QTest::newRow("MC340") << 37 << true << 1 << 1 << name("SP_OutputVideoLight_ETH") << outputVideo;
+    const QString outputVideo = "Update_OutputVideo_ETH";
+    QTest::newRow("first on") << 26 << true << 0 << 1 << "SP_OutputVideoRaw_ETH" << outputVideo;
+    QTest::newRow("last off") << 26 << true << 4 << 0 << "SP_OutputVideoLightTable_ETH" << outputVideo;
+    QTest::newRow("other stem") << 47 << true << 3 << 1 << "SP_OutputVideoRaw_Ch2_ETH"
+                                << "Update_Output_ETH";
+    QTest::newRow("serial") << 42 << false << 0 << 1 << "SP_OutputVideoRaw_RS422"
+                            << "Update_Output_RS422";
+    QTest::newRow("MC340") << 37 << true << 1 << 1 << "SP_OutputVideoLight_ETH" << outputVideo;
 }
 
 void VideoSignalsTest::signalIsSwitched()
@@ -448,12 +439,12 @@ void VideoSignalsTest::signalIsSwitched()
     QFETCH(QString, command);
     load({code});
     Sensor sensor(code, ethernet ? Ethernet : Serial);
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(sensor->enableVideoSignal(position, value, &errorText), NoError);
     QCOMPARE(recorder.take(), QStringList(setInt(parameter, value)) + commandCalls(command));
     QCOMPARE(errorText, QString());
-    // Known only when the sensor is asked again.
+    // Updated only when the sensor is queried again.
     QCOMPARE(sensor->getEnabledVideoSignalCount(), 0);
     describe(*sensor);
     QCOMPARE(enabledPositions(*sensor), value != 0 ? QList<int>{position} : QList<int>());
@@ -470,15 +461,15 @@ void VideoSignalsTest::signalOfTX240CannotBeSwitched()
 {
     QFETCH(int, code);
     load({37, code});
-    // The list of the model before would do for the switch.
-    Sensor sensor(37);
+    // The list of the previous model would be sufficient for the switch.
+    Sensor sensor(MC340);
     sensor.become(code);
     QVERIFY(sensor->getAvailableVideoSignalCount() > 0);
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(sensor->enableVideoSignal(0, 1, &errorText), NoError);
     QCOMPARE(recorder.take(), QStringList());
-    QCOMPARE(errorText, name("old"));
+    QCOMPARE(errorText, "old");
 }
 
 void VideoSignalsTest::positionsOutsideTheListDoNothing_data()
@@ -493,54 +484,54 @@ void VideoSignalsTest::positionsOutsideTheListDoNothing_data()
 void VideoSignalsTest::positionsOutsideTheListDoNothing()
 {
     QFETCH(int, position);
-    load({26});
-    Sensor sensor(26);
-    QString errorText = name("old");
+    load({CC430});
+    Sensor sensor(CC430);
+    QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(sensor->enableVideoSignal(position, 1, &errorText), NoError);
     QCOMPARE(recorder.take(), QStringList());
-    QCOMPARE(errorText, name("old"));
+    QCOMPARE(errorText, "old");
 }
 
 void VideoSignalsTest::switchIsOnlyStagedWhereItCannotBeWritten()
 {
-    load({26});
-    Sensor sensor(26, Serial);
+    load({CC430});
+    Sensor sensor(CC430, Serial);
     CallRecorder recorder;
     QCOMPARE(sensor->enableVideoSignal(1, 1), NoError);
-    QCOMPARE(recorder.take(), QStringList(setInt(name("SP_OutputVideoDark_RS422"), 1)));
+    QCOMPARE(recorder.take(), QStringList(setInt("SP_OutputVideoDark_RS422", 1)));
 }
 
 void VideoSignalsTest::switchThatCannotBeStagedIsNotWritten()
 {
-    load({26});
-    Sensor sensor(26);
-    failParameter("SP_OutputVideoRaw_ETH", -66, "no room");
+    load({CC430});
+    Sensor sensor(CC430);
+    scriptParameterFailure("SP_OutputVideoRaw_ETH", -66, "no room");
     QSignalSpy messages(&*sensor, &SensorInstance::errorMessage);
-    QString errorText = name("old");
+    QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(int(sensor->enableVideoSignal(0, 1, &errorText)), -66);
-    QCOMPARE(withoutErrorTexts(recorder.take()), QStringList(setInt(name("SP_OutputVideoRaw_ETH"), 1)));
-    // Told by the signal alone.
-    QCOMPARE(errorText, name("old"));
+    QCOMPARE(withoutErrorTexts(recorder.take()), QStringList(setInt("SP_OutputVideoRaw_ETH", 1)));
+    // Reported only by the signal.
+    QCOMPARE(errorText, "old");
     QCOMPARE(messages.size(), 1);
-    QCOMPARE(messages.at(0).at(1).toString(), name("no room"));
+    QCOMPARE(messages.at(0).at(1).toString(), "no room");
 }
 
 void VideoSignalsTest::refusedSwitchIsReported()
 {
-    load({26});
-    Sensor sensor(26);
-    failCommand("Update_OutputVideo_ETH", -67, "locked");
+    load({CC430});
+    Sensor sensor(CC430);
+    scriptCommandFailure("Update_OutputVideo_ETH", -67, "locked");
     QString errorText;
     QCOMPARE(int(sensor->enableVideoSignal(0, 1, &errorText)), -67);
-    QCOMPARE(errorText, name("locked"));
+    QCOMPARE(errorText, "locked");
 }
 
 void VideoSignalsTest::busVariantHasNoSignals()
 {
-    load({26});
-    Sensor sensor(10026);
+    load({CC430});
+    Sensor sensor(10000 + CC430);
     CallRecorder recorder;
     QCOMPARE(sensor->enableVideoSignal(0, 1), NoError);
     QCOMPARE(recorder.take(), QStringList());

@@ -3,15 +3,15 @@
 
 #include <QStringList>
 
-/// The names of the signals of a description, read by code that is compiled with Qt's keywords.
+/// The names of the signals of a description, read by code compiled with Qt's keyword macros.
 QStringList signalNamesWithKeywords();
 
-/// The same, read by code that is compiled without them.
+/// The same for code compiled without the keyword macros.
 QStringList signalNamesWithoutKeywords();
 
-/// What a type, a set of interfaces and a described frame in a QVariant print as in code of either kind.
+/// The debug output of a type, of a set of interfaces and of a description in a QVariant.
 QString printedWithKeywords();
 QString printedWithoutKeywords();
 
-/// Whether a class whose signal is declared with the keyword still has a signal.
+/// Whether moc recognises a signal that is declared with the keyword.
 bool keywordStillDeclaresSignals();
