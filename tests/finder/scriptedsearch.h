@@ -5,19 +5,18 @@
 #include <SondixSimulator/control.h>
 
 #include <QTest>
-#include <QTimer>
 
 #include <optional>
 #include <vector>
 
-/// A search whose answers are forced, so that a test decides what the sensor-access library reports at
-/// each tick of the finder's timer.
+/// A search with scripted answers: a test defines what the sensor-access library reports at each tick of the
+/// finder.
 namespace scriptedsearch {
 
 constexpr int refused = -5;
 constexpr int waitLimit = 10000;
 
-/// What one tick of the finder learns.
+/// The answers that the finder gets in one tick.
 struct Tick
 {
     QByteArray progress;
@@ -37,8 +36,8 @@ inline void answerCommand(const char *command, const QByteArray &answer, int fro
     sondixsim::inject(fault);
 }
 
-/// The progress is read twice a tick: with the count of results, then again after they were read.
-/// The last tick is repeated as long as the search goes on.
+/// The finder reads the progress twice per tick: with the number of results, and again after it has read them.
+/// The last tick is repeated until the search ends.
 inline void answerProgress(const std::vector<Tick> &ticks, std::optional<SondixQt::SensorType> type = std::nullopt)
 {
     for (std::size_t i = 0; i < ticks.size(); ++i) {
@@ -49,7 +48,7 @@ inline void answerProgress(const std::vector<Tick> &ticks, std::optional<SondixQ
     }
 }
 
-/// The descriptions of the results in the order in which they are read; the last one is repeated.
+/// The results in the order in which they are read; the last one is repeated.
 inline void answerResults(const std::vector<QByteArray> &answers)
 {
     for (std::size_t i = 0; i < answers.size(); ++i) {
@@ -58,7 +57,7 @@ inline void answerResults(const std::vector<QByteArray> &answers)
     }
 }
 
-/// Every search is complete at its first tick and finds these sensors.
+/// Every search is complete at the first tick and has the results \a answers.
 inline void findAtOnce(const std::vector<QByteArray> &answers)
 {
     answerProgress({{"100.0", int(answers.size())}});
@@ -85,7 +84,7 @@ inline void refuseToCreate(SondixQt::SensorType type)
     sondixsim::inject(fault);
 }
 
-/// No faults, and every call from now on is recorded.
+/// Clears all faults and starts recording calls.
 inline void begin()
 {
     sondixsim::loadBuiltInBench();
@@ -105,26 +104,26 @@ inline QStringList callTexts()
 /// The commands in the order in which they were sent.
 inline QStringList sentCommands()
 {
-    const QString prefix = QStringLiteral("SetParameterString(\"S_Command\", \"");
+    const QString prefix = "SetParameterString(\"S_Command\", \"";
     QStringList commands;
     for (const QString &text : callTexts().filter(prefix))
         commands << text.mid(prefix.size()).chopped(2);
     return commands;
 }
 
-/// What was staged for each "Start_FindSensor", in order: "key=value", texts in double quotes.
+/// The parameters that were staged for each "Start_FindSensor": "key=value", strings in double quotes.
 inline QList<QStringList> stagedForStart()
 {
     QList<QStringList> searches;
     QStringList staged;
     for (const QString &text : callTexts()) {
-        if (text.startsWith(QLatin1String("SensorCommand"))) {
+        if (text.startsWith("SensorCommand")) {
             staged.clear();
-        } else if (text == QLatin1String("SetParameterString(\"S_Command\", \"Start_FindSensor\")")) {
+        } else if (text == "SetParameterString(\"S_Command\", \"Start_FindSensor\")") {
             searches << staged;
-        } else if (text.startsWith(QLatin1String("SetParameter"))) {
-            QString assignment = text.section(QLatin1Char('('), 1).chopped(1);
-            assignment.replace(QLatin1String("\", "), QLatin1String("="));
+        } else if (text.startsWith("SetParameter")) {
+            QString assignment = text.section('(', 1).chopped(1);
+            assignment.replace("\", ", "=");
             staged << assignment.mid(1);
         }
     }
@@ -134,44 +133,44 @@ inline QList<QStringList> stagedForStart()
 /// The types for which a search was started, in order.
 inline QList<int> searchedTypes()
 {
-    const QString key = QStringLiteral("IP_SensorType=");
+    const QString key = "IP_SensorType=";
     QList<int> types;
     for (const QStringList &staged : stagedForStart())
         types << staged.filter(key).value(0).mid(key.size()).toInt();
     return types;
 }
 
-/// Writes down every signal of a finder as a line of text.
+/// Records every signal of a finder as a line of text.
 class Recorder : public QObject
 {
 public:
     explicit Recorder(const SondixQt::SensorFinder &finder)
     {
         using SondixQt::SensorFinder;
-        connect(&finder, &SensorFinder::searchStarted, this, [this] { add(QStringLiteral("started")); });
-        connect(&finder, &SensorFinder::searchFinished, this, [this] { add(QStringLiteral("finished")); });
-        connect(&finder, &SensorFinder::showNothingFoundMsg, this, [this] { add(QStringLiteral("nothing")); });
+        connect(&finder, &SensorFinder::searchStarted, this, [this] { add("started"); });
+        connect(&finder, &SensorFinder::searchFinished, this, [this] { add("finished"); });
+        connect(&finder, &SensorFinder::showNothingFoundMsg, this, [this] { add("nothing"); });
         connect(&finder, &SensorFinder::progressChanged, this,
                 [this](int progress) { add(QStringLiteral("progress %1").arg(progress)); });
         connect(&finder, &SensorFinder::statusChanged, this,
                 [this](SensorFinder::Status status) { add(QStringLiteral("status %1").arg(int(status))); });
         connect(&finder, &SensorFinder::updateSensorFinderStatus, this,
-                [this](const QString &text) { add(QStringLiteral("text ") + text); });
+                [this](const QString &text) { add("text " + text); });
         connect(&finder, &SensorFinder::sensorFound, this, [this](const SondixQt::SensorInfo &info) {
             found << info;
-            add(QStringLiteral("found ") + info.getParameter(QStringLiteral("SA_SerialNumber")).toString());
+            add("found " + info.getParameter("SA_SerialNumber").toString());
         });
     }
 
-    /// Waits until the signal written as \a line has come \a times times.
+    /// Waits until the signal recorded as \a line was emitted \a times times.
     bool waitFor(const QString &line, int times = 1)
     {
         return QTest::qWaitFor([&] { return lines.count(line) >= times; }, waitLimit);
     }
 
-    bool waitForEnd(int times = 1) { return waitFor(QStringLiteral("finished"), times); }
+    bool waitForEnd(int times = 1) { return waitFor("finished", times); }
 
-    /// Only the lines that begin with \a word.
+    /// The lines that begin with \a word.
     QStringList linesOf(const char *word) const
     {
         QStringList selected;
@@ -195,10 +194,13 @@ private:
     void add(const QString &line) { lines << line; }
 };
 
-/// The finder's own timer.
-inline QTimer *progressTimer(const SondixQt::SensorFinder &finder)
+/// Whether no function of the C interface is called for the duration of two ticks.
+inline bool isQuiet()
 {
-    return finder.findChild<QTimer *>();
+    constexpr int twoTicks = 600;
+    const auto before = sondixsim::calls().size();
+    QTest::qWait(twoTicks);
+    return sondixsim::calls().size() == before;
 }
 
 } // namespace scriptedsearch

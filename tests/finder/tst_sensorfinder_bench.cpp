@@ -44,7 +44,7 @@ QStringList serialNumbers(const QList<SensorInfo> &infos)
 {
     QStringList serials;
     for (const SensorInfo &info : infos)
-        serials << info.getParameter(QStringLiteral("SA_SerialNumber")).toString();
+        serials << info.getParameter("SA_SerialNumber").toString();
     return serials;
 }
 
@@ -156,7 +156,7 @@ void TestSensorFinderBench::aSensorThatIsGoneIsNotFound()
     finder.startSearch(CC430);
     QVERIFY(recorder.waitForEnd());
     QCOMPARE(serialNumbers(recorder.found), QStringList());
-    QVERIFY(recorder.lines.contains(QStringLiteral("nothing")));
+    QVERIFY(recorder.lines.contains("nothing"));
 }
 
 void TestSensorFinderBench::sensorsAreAnnouncedWhileTheSearchGoesOn()
@@ -170,7 +170,7 @@ void TestSensorFinderBench::sensorsAreAnnouncedWhileTheSearchGoesOn()
 
     QList<int> figures;
     for (const QString &line : recorder.linesOf("progress "))
-        figures << line.section(QLatin1Char(' '), 1).toInt();
+        figures << line.section(' ', 1).toInt();
     QVERIFY2(figures.size() > 2, qPrintable(QString::number(figures.size())));
     QVERIFY(std::is_sorted(figures.begin(), figures.end()));
     QVERIFY(figures.first() < 100);
@@ -178,7 +178,7 @@ void TestSensorFinderBench::sensorsAreAnnouncedWhileTheSearchGoesOn()
     const int firstFound = recorder.lines.indexOf(recorder.linesOf("found").value(0));
     const int lastFound = recorder.lines.lastIndexOf(recorder.linesOf("found").last());
     const QStringList between = recorder.lines.mid(firstFound, lastFound - firstFound);
-    QVERIFY(!between.filter(QStringLiteral("progress")).isEmpty());
+    QVERIFY(!between.filter("progress").isEmpty());
 }
 
 void TestSensorFinderBench::anAbortedSearchFindsNothingMore()
@@ -191,13 +191,13 @@ void TestSensorFinderBench::anAbortedSearchFindsNothingMore()
     QVERIFY(QTest::qWaitFor([&] { return !recorder.linesOf("progress").isEmpty(); }, waitLimit));
     finder.stopSearch();
     QCOMPARE(finder.status(), SensorFinder::Ready);
-    QCOMPARE(recorder.lines.last(), QStringLiteral("finished"));
+    QCOMPARE(recorder.lines.last(), "finished");
     QVERIFY(recorder.found.size() < 4);
 
     const int before = recorder.lines.size();
     finder.startSearch(CC430);
     QVERIFY(recorder.waitForEnd(2));
-    QCOMPARE(recorder.lines.mid(before).filter(QStringLiteral("found 2")).size(), 1);
+    QCOMPARE(recorder.lines.mid(before).filter("found 2").size(), 1);
     QCOMPARE(recorder.found.last().sensorType(), CC430);
 }
 
@@ -222,8 +222,8 @@ void TestSensorFinderBench::foundSensorsCanBeOpened()
         SensorInstance instance(info.sensorType());
         QString errorText;
         QVERIFY2(instance.open(info.getInterfaceParameters(), &errorText) == NoError, qPrintable(errorText));
-        QCOMPARE(instance.getInfoParameter(QStringLiteral("SA_SerialNumber"), 1).toString(),
-                 info.getParameter(QStringLiteral("SA_SerialNumber")).toString());
+        QCOMPARE(instance.getInfoParameter("SA_SerialNumber", 1).toString(),
+                 info.getParameter("SA_SerialNumber").toString());
         QCOMPARE(instance.close(), NoError);
     }
 }

@@ -3,9 +3,14 @@
 
 #include <SondixQt/sensorfeatures.h>
 
+#include <QElapsedTimer>
 #include <QLoggingCategory>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QVector>
+
+#include <algorithm>
+#include <numeric>
 
 using namespace SondixQt;
 using namespace scriptedsearch;
@@ -30,7 +35,7 @@ QStringList finderMessages(QtMsgType type)
 {
     QStringList texts;
     for (const LoggedMessage &message : qAsConst(loggedMessages)) {
-        if (message.type == type && message.category == QLatin1String("SondixQt.SensorFinder"))
+        if (message.type == type && message.category == "SondixQt.SensorFinder")
             texts << message.text;
     }
     return texts;
@@ -53,6 +58,7 @@ private Q_SLOTS:
     void similarSensorsAreFoundForVariantsOfABaseType_data();
     void similarSensorsAreFoundForVariantsOfABaseType();
     void setSensorTypeChangesNothingInASearch();
+    void queriesTheProgressEvery250ms();
     void loggingIsSwitchedOnBeforeTheSearch();
     void loggingKeepsItsFile();
     void loggingIsSwitchedOffBeforeTheSearch();
@@ -61,7 +67,7 @@ private Q_SLOTS:
 
 private:
     QTemporaryDir folder;
-    const QString logFile = folder.filePath(QStringLiteral("finder.log"));
+    const QString logFile = folder.filePath("finder.log");
 };
 
 void TestSensorFinderOptions::startsWithTheDefaults()
@@ -70,10 +76,6 @@ void TestSensorFinderOptions::startsWithTheDefaults()
     QCOMPARE(finder.status(), SensorFinder::Ready);
     QCOMPARE(finder.quickScanRS485(), true);
     QCOMPARE(finder.searchSimilarSensors(), false);
-    QVERIFY(progressTimer(finder));
-    QCOMPARE(progressTimer(finder)->interval(), 250);
-    QCOMPARE(progressTimer(finder)->isActive(), false);
-    QCOMPARE(progressTimer(finder)->isSingleShot(), false);
 
     finder.setQuickScanRS485(false);
     finder.setSearchSimilarSensors(true);
@@ -83,8 +85,8 @@ void TestSensorFinderOptions::startsWithTheDefaults()
 
 void TestSensorFinderOptions::quickScanIsSupportedByTheListedTypesOnly_data()
 {
-    const QList<int> supported = {43, 70043, 20043, 120043, 220043, 320043, 40,
-                                  50, 30043, 40043, 10043,  50043,  60043};
+    const QList<int> supported = {GenericKVBus, DVxxx, MV4xx, MV410, MV420, MV430, CP740,
+                                  EC82x_ETH,    GY310, GY330, EC830, EC840, EC850};
     QCOMPARE(supported.size(), 13);
     QTest::addColumn<SensorType>("type");
     QTest::addColumn<bool>("expected");
@@ -105,7 +107,7 @@ void TestSensorFinderOptions::scanSwitchesFollowInterfacesAndType_data()
 {
     QTest::addColumn<int>("interfaces");
     QTest::addColumn<int>("type");
-    QTest::addColumn<QStringList>("switchedOn"); // of the five that depend on anything
+    QTest::addColumn<QStringList>("switchedOn"); // of the five that depend on options or type
 
     struct Flag
     {
@@ -114,14 +116,9 @@ void TestSensorFinderOptions::scanSwitchesFollowInterfacesAndType_data()
         QString key;
     };
     const Flag flags[] = {
-        {"none", 0, QString()},
-        {"RS232", 1, QStringLiteral("RS232")},
-        {"XA100/USB", 2, QStringLiteral("XA100_USB")},
-        {"Ethernet", 4, QString()},
-        {"XA200/PCI", 8, QStringLiteral("XA200")},
-        {"WinUSB", 16, QString()},
-        {"XA100/PCI", 32, QStringLiteral("XA100")},
-        {"XA200/ETH", 64, QStringLiteral("XA200_ETH")},
+        {"none", 0, QString()},     {"RS232", 1, "RS232"},          {"XA100/USB", 2, "XA100_USB"},
+        {"Ethernet", 4, QString()}, {"XA200/PCI", 8, "XA200"},      {"WinUSB", 16, QString()},
+        {"XA100/PCI", 32, "XA100"}, {"XA200/ETH", 64, "XA200_ETH"},
     };
     struct Type
     {
@@ -130,12 +127,8 @@ void TestSensorFinderOptions::scanSwitchesFollowInterfacesAndType_data()
         QString ownKey;
     };
     const Type types[] = {
-        {"a sensor", 41, QString()},
-        {"a bus sensor", 10043, QString()},
-        {"XA100PCI", 10, QStringLiteral("XA100")},
-        {"XA200PCI", 22, QStringLiteral("XA200")},
-        {"XA100USB", 36, QStringLiteral("XA100_USB")},
-        {"XA200ETH", 52, QStringLiteral("XA200_ETH")},
+        {"a sensor", TX270, QString()},  {"a bus sensor", EC830, QString()},  {"XA100PCI", XA100PCI, "XA100"},
+        {"XA200PCI", XA200PCI, "XA200"}, {"XA100USB", XA100USB, "XA100_USB"}, {"XA200ETH", XA200ETH, "XA200_ETH"},
     };
     for (const Flag &flag : flags) {
         for (const Type &type : types) {
@@ -148,10 +141,9 @@ void TestSensorFinderOptions::scanSwitchesFollowInterfacesAndType_data()
             QTest::addRow("%s for %s", flag.name, type.name) << flag.flag << type.type << on;
         }
     }
-    const QStringList cards = {QStringLiteral("XA100_USB"), QStringLiteral("XA100"), QStringLiteral("XA200"),
-                               QStringLiteral("XA200_ETH")};
-    QTest::addRow("all for a sensor") << 127 << 41 << cards + QStringList(QStringLiteral("RS232"));
-    QTest::addRow("all for XA200ETH") << 127 << 52 << cards;
+    const QStringList cards = {"XA100_USB", "XA100", "XA200", "XA200_ETH"};
+    QTest::addRow("all for a sensor") << 127 << int(TX270) << cards + QStringList("RS232");
+    QTest::addRow("all for XA200ETH") << 127 << int(XA200ETH) << cards;
 }
 
 void TestSensorFinderOptions::scanSwitchesFollowInterfacesAndType()
@@ -168,21 +160,21 @@ void TestSensorFinderOptions::scanSwitchesFollowInterfacesAndType()
     QCOMPARE(staged.size(), 1);
 
     const auto value = [&](const char *key) { return QString::number(switchedOn.contains(QLatin1String(key))); };
-    const QString similar = type > 10000 ? QStringLiteral("1") : QStringLiteral("0");
+    const QString similar = type > 10000 ? "1" : "0";
     const QStringList expected = {
-        QStringLiteral("IP_Baudrates=\"\""),
-        QStringLiteral("IP_FindSimilarSensors=") + similar,
-        QStringLiteral("IP_ForceScanUsedChannel=0"),
-        QStringLiteral("IP_QuickScanRS485=1"),
-        QStringLiteral("IP_ScanHWDriverX_USB=1"),
-        QStringLiteral("IP_ScanHWRS232=") + value("RS232"),
-        QStringLiteral("IP_ScanHWTCPIP=1"),
-        QStringLiteral("IP_ScanHWUSBIO=1"),
-        QStringLiteral("IP_ScanHWWinUSB=1"),
-        QStringLiteral("IP_ScanHWXA100=") + value("XA100"),
-        QStringLiteral("IP_ScanHWXA100_USB=") + value("XA100_USB"),
-        QStringLiteral("IP_ScanHWXA200=") + value("XA200"),
-        QStringLiteral("IP_ScanHWXA200_ETH=") + value("XA200_ETH"),
+        "IP_Baudrates=\"\"",
+        "IP_FindSimilarSensors=" + similar,
+        "IP_ForceScanUsedChannel=0",
+        "IP_QuickScanRS485=1",
+        "IP_ScanHWDriverX_USB=1",
+        "IP_ScanHWRS232=" + value("RS232"),
+        "IP_ScanHWTCPIP=1",
+        "IP_ScanHWUSBIO=1",
+        "IP_ScanHWWinUSB=1",
+        "IP_ScanHWXA100=" + value("XA100"),
+        "IP_ScanHWXA100_USB=" + value("XA100_USB"),
+        "IP_ScanHWXA200=" + value("XA200"),
+        "IP_ScanHWXA200_ETH=" + value("XA200_ETH"),
         QStringLiteral("IP_SensorType=%1").arg(type),
     };
     QCOMPARE(staged.first(), expected);
@@ -195,24 +187,24 @@ void TestSensorFinderOptions::clearedInterfacesAreNotScanned()
     finder.setSearchInterface(SensorInterfaces(XA100 | XA200), false);
     finder.startSearch(TX270);
     const QStringList staged = stagedForStart().value(0);
-    QVERIFY(staged.contains(QStringLiteral("IP_ScanHWRS232=1")));
-    QVERIFY(staged.contains(QStringLiteral("IP_ScanHWXA100=0")));
-    QVERIFY(staged.contains(QStringLiteral("IP_ScanHWXA200=0")));
+    QVERIFY(staged.contains("IP_ScanHWRS232=1"));
+    QVERIFY(staged.contains("IP_ScanHWXA100=0"));
+    QVERIFY(staged.contains("IP_ScanHWXA200=0"));
 }
 
 void TestSensorFinderOptions::optionsArePassedToTheSearch()
 {
     SensorFinder finder;
-    finder.setSearchBaudrates(QStringLiteral("9600 115200"));
+    finder.setSearchBaudrates("9600 115200");
     finder.setQuickScanRS485(false);
     finder.setSearchSimilarSensors(true);
     finder.setForceScanXA200ETH(true);
     finder.startSearch(TX270);
     const QStringList staged = stagedForStart().value(0);
-    QVERIFY(staged.contains(QStringLiteral("IP_Baudrates=\"9600 115200\"")));
-    QVERIFY(staged.contains(QStringLiteral("IP_QuickScanRS485=0")));
-    QVERIFY(staged.contains(QStringLiteral("IP_FindSimilarSensors=1")));
-    QVERIFY(staged.contains(QStringLiteral("IP_ForceScanUsedChannel=1")));
+    QVERIFY(staged.contains("IP_Baudrates=\"9600 115200\""));
+    QVERIFY(staged.contains("IP_QuickScanRS485=0"));
+    QVERIFY(staged.contains("IP_FindSimilarSensors=1"));
+    QVERIFY(staged.contains("IP_ForceScanUsedChannel=1"));
 }
 
 void TestSensorFinderOptions::similarSensorsAreFoundForVariantsOfABaseType_data()
@@ -220,8 +212,8 @@ void TestSensorFinderOptions::similarSensorsAreFoundForVariantsOfABaseType_data(
     QTest::addColumn<SensorType>("type");
     QTest::addColumn<bool>("option");
     QTest::addColumn<QString>("expected");
-    const QString on = QStringLiteral("IP_FindSimilarSensors=1");
-    const QString off = QStringLiteral("IP_FindSimilarSensors=0");
+    const QString on = "IP_FindSimilarSensors=1";
+    const QString off = "IP_FindSimilarSensors=0";
     QTest::addRow("base type, off") << GenericKVBus << false << off;
     QTest::addRow("base type, on") << GenericKVBus << true << on;
     QTest::addRow("variant, off") << EC830 << false << on;
@@ -236,7 +228,23 @@ void TestSensorFinderOptions::similarSensorsAreFoundForVariantsOfABaseType()
     SensorFinder finder;
     finder.setSearchSimilarSensors(option);
     finder.startSearch(type);
-    QCOMPARE(stagedForStart().value(0).filter(QStringLiteral("IP_FindSimilarSensors")), QStringList(expected));
+    QCOMPARE(stagedForStart().value(0).filter("IP_FindSimilarSensors"), QStringList(expected));
+}
+
+void TestSensorFinderOptions::queriesTheProgressEvery250ms()
+{
+    answerProgress({{"50.0"}});
+    SensorFinder finder;
+    QVector<qint64> intervals;
+    QElapsedTimer clock;
+    connect(&finder, &SensorFinder::progressChanged, this, [&] { intervals << clock.restart(); });
+    clock.start();
+    finder.startSearch(TX270);
+
+    // A busy machine makes single intervals longer. A coarse timer may be 5 % early.
+    QTRY_VERIFY_WITH_TIMEOUT(intervals.size() >= 4, waitLimit);
+    QVERIFY(std::accumulate(intervals.cbegin(), intervals.cend(), qint64(0)) >= intervals.size() * 235);
+    QTRY_VERIFY_WITH_TIMEOUT(*std::min_element(intervals.cbegin(), intervals.cend()) <= 300, waitLimit);
 }
 
 void TestSensorFinderOptions::setSensorTypeChangesNothingInASearch()
@@ -244,7 +252,7 @@ void TestSensorFinderOptions::setSensorTypeChangesNothingInASearch()
     SensorFinder finder;
     finder.setSensorType(CC480);
     finder.startSearch(TX270);
-    QCOMPARE(searchedTypes(), QList<int>({41}));
+    QCOMPARE(searchedTypes(), QList<int>({TX270}));
 }
 
 void TestSensorFinderOptions::loggingIsSwitchedOnBeforeTheSearch()
@@ -254,17 +262,17 @@ void TestSensorFinderOptions::loggingIsSwitchedOnBeforeTheSearch()
     finder.startSearch(TX270);
 
     const QStringList calls = callTexts();
-    const QStringList logging = calls.filter(QRegularExpression(QStringLiteral("^EnableLogging")));
+    const QStringList logging = calls.filter(QRegularExpression("^EnableLogging"));
     const QString expected =
         QStringLiteral("EnableLogging(1, 2147483647, 2147483647, \"%1\", 1, 0, 0)").arg(logFile);
     QCOMPARE(logging, QStringList(expected));
     QVERIFY(calls.indexOf(logging.first()) <
-            calls.indexOf(QStringLiteral("SetParameterString(\"S_Command\", \"Start_FindSensor\")")));
-    QVERIFY(!sentCommands().contains(QStringLiteral("Enable_Logging")));
+            calls.indexOf("SetParameterString(\"S_Command\", \"Start_FindSensor\")"));
+    QVERIFY(!sentCommands().contains("Enable_Logging"));
 
     finder.stopSearch();
-    QCOMPARE(sentCommands().last(), QStringLiteral("Enable_Logging"));
-    QVERIFY(callTexts().contains(QStringLiteral("SetParameterInt(\"IP_EnableLogging\", 0)")));
+    QCOMPARE(sentCommands().last(), "Enable_Logging");
+    QVERIFY(callTexts().contains("SetParameterInt(\"IP_EnableLogging\", 0)"));
 }
 
 void TestSensorFinderOptions::loggingKeepsItsFile()
@@ -284,17 +292,16 @@ void TestSensorFinderOptions::loggingIsSwitchedOffBeforeTheSearch()
     finder.disableLogging();
     finder.startSearch(TX270);
 
-    QVERIFY(callTexts().filter(QRegularExpression(QStringLiteral("^EnableLogging"))).isEmpty());
+    QVERIFY(callTexts().filter(QRegularExpression("^EnableLogging")).isEmpty());
     const QStringList commands = sentCommands();
-    QVERIFY(commands.contains(QStringLiteral("Enable_Logging")));
-    QVERIFY(commands.indexOf(QStringLiteral("Enable_Logging")) <
-            commands.indexOf(QStringLiteral("Start_FindSensor")));
+    QVERIFY(commands.contains("Enable_Logging"));
+    QVERIFY(commands.indexOf("Enable_Logging") < commands.indexOf("Start_FindSensor"));
 }
 
 void TestSensorFinderOptions::tracesGoToTheLoggingCategory()
 {
     findAtOnce({"IP_SensorType=41 SA_SerialNumber=\"1\""});
-    QLoggingCategory::setFilterRules(QStringLiteral("SondixQt.SensorFinder=true"));
+    QLoggingCategory::setFilterRules("SondixQt.SensorFinder=true");
     loggedMessages.clear();
     const QtMessageHandler previous = qInstallMessageHandler(keepMessage);
     SensorFinder finder;
@@ -304,14 +311,14 @@ void TestSensorFinderOptions::tracesGoToTheLoggingCategory()
     qInstallMessageHandler(previous);
 
     QVERIFY(ended);
-    QCOMPARE(finderMessages(QtDebugMsg), QStringList(QStringLiteral("searching: Tavrin TX270\r\n")));
-    QCOMPARE(finderMessages(QtInfoMsg), QStringList(QStringLiteral("Found sensor Tavrin TX270")));
+    QCOMPARE(finderMessages(QtDebugMsg), QStringList("searching: Tavrin TX270\r\n"));
+    QCOMPARE(finderMessages(QtInfoMsg), QStringList("Found sensor Tavrin TX270"));
 }
 
 void TestSensorFinderOptions::foundSensorsAreNotLoggedWhenTheCategoryIsOff()
 {
     findAtOnce({"IP_SensorType=41 SA_SerialNumber=\"1\""});
-    QLoggingCategory::setFilterRules(QStringLiteral("SondixQt.SensorFinder.info=false"));
+    QLoggingCategory::setFilterRules("SondixQt.SensorFinder.info=false");
     loggedMessages.clear();
     const QtMessageHandler previous = qInstallMessageHandler(keepMessage);
     SensorFinder finder;

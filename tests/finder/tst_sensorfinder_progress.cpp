@@ -19,7 +19,7 @@ QStringList progressLines(const QList<int> &figures)
 
 int readIndices(QList<int> &indices)
 {
-    const QString prefix = QStringLiteral("SetParameterInt(\"IP_Index\", ");
+    const QString prefix = "SetParameterInt(\"IP_Index\", ";
     for (const QString &text : callTexts().filter(prefix))
         indices << text.mid(prefix.size()).chopped(1).toInt();
     return indices.size();
@@ -124,10 +124,10 @@ void TestSensorFinderProgress::countsTypesOfOneBaseTypeOnce()
     finder.startSearch(MV4xx);
     QVERIFY(recorder.waitForEnd());
     QCOMPARE(recorder.linesOf("progress"), progressLines({25, 50, 75, 100}));
-    QCOMPARE(searchedTypes(), QList<int>({20043, 10034}));
+    QCOMPARE(searchedTypes(), QList<int>({MV4xx, MV4xx_XA300ETH}));
 }
 
-// The second reading of a tick decides what is covered: when it fails, the type is searched as well.
+// The second query of a tick determines the covered types: if it fails, the type is searched, too.
 void TestSensorFinderProgress::staysWithinItsRangeWhenTheEndWasNotSeen()
 {
     refuseCommand("Get_FindSensorProgress", 2, 1);
@@ -136,7 +136,7 @@ void TestSensorFinderProgress::staysWithinItsRangeWhenTheEndWasNotSeen()
     Recorder recorder(finder);
     finder.startSearch({EC830, EC840}, true);
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(searchedTypes(), QList<int>({10043, 50043}));
+    QCOMPARE(searchedTypes(), QList<int>({EC830, EC840}));
     QCOMPARE(recorder.linesOf("progress"), progressLines({100, 100}));
 }
 
@@ -172,7 +172,7 @@ void TestSensorFinderProgress::isZeroWhileItCannotBeRead()
     SensorFinder finder;
     Recorder recorder(finder);
     finder.startSearch(TX270);
-    QVERIFY(recorder.waitFor(QStringLiteral("progress 0"), 2));
+    QVERIFY(recorder.waitFor("progress 0", 2));
     QCOMPARE(recorder.found.size(), 0);
     QCOMPARE(finder.status(), SensorFinder::Searching);
     QVERIFY(recorder.waitForEnd());
@@ -186,7 +186,7 @@ void TestSensorFinderProgress::aFailingQuestionNeverEndsTheSearch()
     SensorFinder finder;
     Recorder recorder(finder);
     finder.startSearch({TX270, TX280}, true);
-    QVERIFY(recorder.waitFor(QStringLiteral("progress 0"), 8));
+    QVERIFY(recorder.waitFor("progress 0", 8));
     QCOMPARE(finder.status(), SensorFinder::Searching);
     QCOMPARE(searchedTypes(), QList<int>{TX270});
     QCOMPARE(recorder.linesOf("finished"), QStringList());
@@ -219,9 +219,7 @@ void TestSensorFinderProgress::eachResultIsReadOnce()
     readIndices(indices);
     QCOMPARE(indices, QList<int>({0, 1, 2}));
     const QStringList expected = {
-        QStringLiteral("found 1"),      QStringLiteral("progress 20"), QStringLiteral("progress 40"),
-        QStringLiteral("found 2"),      QStringLiteral("found 3"),     QStringLiteral("progress 60"),
-        QStringLiteral("progress 100"),
+        "found 1", "progress 20", "progress 40", "found 2", "found 3", "progress 60", "progress 100",
     };
     QCOMPARE(recorder.lines.mid(recorder.lines.indexOf(expected.first()), expected.size()), expected);
 }

@@ -8,26 +8,26 @@ namespace {
 
 using Parameters = QMap<QString, QVariant>;
 
-/// A description that holds each of the parameters by which sensors are told apart.
+/// A description with all parameters by which sensors are distinguished.
 Parameters fullDescription()
 {
     return {
-        {QStringLiteral("IP_SensorType"), 41},
-        {QStringLiteral("IP_SensorTypeName"), QStringLiteral("TX270")},
-        {QStringLiteral("IP_ChannelNumber"), 1},
-        {QStringLiteral("IP_Port"), QStringLiteral("COM1")},
-        {QStringLiteral("SA_Sensor"), QStringLiteral("TX270-10")},
-        {QStringLiteral("SA_SerialNumber"), QStringLiteral("1001")},
-        {QStringLiteral("SA_ArticleNumber"), QStringLiteral("4120")},
-        {QStringLiteral("SA_Address"), 7},
-        {QStringLiteral("SA_UUID"), QStringLiteral("ab-cd")},
-        {QStringLiteral("IP_DeviceInstance"), 0},
-        {QStringLiteral("IP_SerialNumber"), QStringLiteral("77")},
-        {QStringLiteral("SA_SensorAddress"), 3},
-        {QStringLiteral("SA_IPAddress"), QStringLiteral("192.168.0.1")},
-        {QStringLiteral("IP_RemoteAddr"), QStringLiteral("192.168.0.2")},
-        {QStringLiteral("IP_Interface"), QStringLiteral("RS232")},
-        {QStringLiteral("IP_Baudrate"), 115200},
+        {"IP_SensorType", int(TX270)},
+        {"IP_SensorTypeName", "TX270"},
+        {"IP_ChannelNumber", 1},
+        {"IP_Port", "COM1"},
+        {"SA_Sensor", "TX270-10"},
+        {"SA_SerialNumber", "1001"},
+        {"SA_ArticleNumber", "4120"},
+        {"SA_Address", 7},
+        {"SA_UUID", "ab-cd"},
+        {"IP_DeviceInstance", 0},
+        {"IP_SerialNumber", "77"},
+        {"SA_SensorAddress", 3},
+        {"SA_IPAddress", "192.168.0.1"},
+        {"IP_RemoteAddr", "192.168.0.2"},
+        {"IP_Interface", "RS232"},
+        {"IP_Baudrate", 115200},
     };
 }
 
@@ -54,7 +54,7 @@ QByteArray answerWithout(Parameters parameters, const QByteArray &key)
     return answerOf(parameters);
 }
 
-/// Searches \a type until the end and returns what was announced.
+/// Searches for \a type until the end and returns the reported sensors.
 QList<SensorInfo> search(SensorType type, bool similar = false)
 {
     SensorFinder finder;
@@ -68,7 +68,7 @@ QStringList remoteAddresses(const QList<SensorInfo> &infos)
 {
     QStringList addresses;
     for (const SensorInfo &info : infos)
-        addresses << info.getParameter(QStringLiteral("IP_RemoteAddr")).toString();
+        addresses << info.getParameter("IP_RemoteAddr").toString();
     return addresses;
 }
 
@@ -110,22 +110,22 @@ void TestSensorFinderResults::resultsOfOtherTypesAreDropped_data()
     QTest::addColumn<int>("reported");
     QTest::addColumn<bool>("similar");
     QTest::addColumn<bool>("expected");
-    QTest::addRow("the type itself") << TX270 << 41 << false << true;
-    QTest::addRow("another type") << TX270 << 42 << false << false;
-    QTest::addRow("another type, similar") << TX270 << 42 << true << true;
-    QTest::addRow("bus variant for the bus") << GenericKVBus << 20043 << false << true;
-    QTest::addRow("high bus variant for the bus") << GenericKVBus << 120043 << false << true;
-    QTest::addRow("converter variant for the converter") << XA300 << 110034 << false << true;
-    QTest::addRow("converter variant for the bus") << GenericKVBus << 10034 << false << false;
-    QTest::addRow("the bus for a bus variant") << EC830 << 43 << false << false;
-    QTest::addRow("a variant for another variant") << EC830 << 50043 << false << false;
-    QTest::addRow("a variant for itself") << EC830 << 10043 << false << true;
-    QTest::addRow("CP740 for the bus") << GenericKVBus << 40 << false << true;
-    QTest::addRow("the bus for CP740") << CP740 << 43 << false << false;
-    QTest::addRow("the bus for EC82x_ETH") << EC82x_ETH << 43 << false << true;
-    QTest::addRow("CP740 for EC82x_ETH") << EC82x_ETH << 40 << false << false;
-    QTest::addRow("no type") << TX270 << 0 << false << false;
-    QTest::addRow("no type, similar") << TX270 << 0 << true << true;
+    QTest::addRow("the type itself") << TX270 << int(TX270) << false << true;
+    QTest::addRow("another type") << TX270 << int(TX280) << false << false;
+    QTest::addRow("another type, similar") << TX270 << int(TX280) << true << true;
+    QTest::addRow("bus variant for the bus") << GenericKVBus << int(MV4xx) << false << true;
+    QTest::addRow("high bus variant for the bus") << GenericKVBus << int(MV410) << false << true;
+    QTest::addRow("converter variant for the converter") << XA300 << int(MV410_XA300ETH) << false << true;
+    QTest::addRow("converter variant for the bus") << GenericKVBus << int(MV4xx_XA300ETH) << false << false;
+    QTest::addRow("the bus for a bus variant") << EC830 << int(GenericKVBus) << false << false;
+    QTest::addRow("a variant for another variant") << EC830 << int(EC840) << false << false;
+    QTest::addRow("a variant for itself") << EC830 << int(EC830) << false << true;
+    QTest::addRow("CP740 for the bus") << GenericKVBus << int(CP740) << false << true;
+    QTest::addRow("the bus for CP740") << CP740 << int(GenericKVBus) << false << false;
+    QTest::addRow("the bus for EC82x_ETH") << EC82x_ETH << int(GenericKVBus) << false << true;
+    QTest::addRow("CP740 for EC82x_ETH") << EC82x_ETH << int(CP740) << false << false;
+    QTest::addRow("no type") << TX270 << int(NoSensor) << false << false;
+    QTest::addRow("no type, similar") << TX270 << int(NoSensor) << true << true;
 }
 
 void TestSensorFinderResults::resultsOfOtherTypesAreDropped()
@@ -141,7 +141,7 @@ void TestSensorFinderResults::resultsOfOtherTypesAreDropped()
         QCOMPARE(found.first().sensorType(), SensorType(reported));
 }
 
-// MV420 is no result of the base type that is searched, but waits in the queue.
+// MV420 does not match the base type that is searched, but is one of the pending types.
 void TestSensorFinderResults::companionsInTheQueueAreWanted()
 {
     answerProgress({{"100.0", 2}}, GenericKVBus);
@@ -152,17 +152,17 @@ void TestSensorFinderResults::companionsInTheQueueAreWanted()
     Recorder recorder(finder);
     finder.startSearch(MV4xx);
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(recorder.linesOf("found"), QStringList(QStringLiteral("found 1")));
+    QCOMPARE(recorder.linesOf("found"), QStringList("found 1"));
     QCOMPARE(recorder.found.first().sensorType(), MV420);
 }
 
 void TestSensorFinderResults::theDescriptionIsKeptWithoutTheRawAnswer()
 {
     Parameters expected = fullDescription();
-    findAtOnce({answerWith(expected, "SA_CompleteAnswer", QStringLiteral("raw"))});
+    findAtOnce({answerWith(expected, "SA_CompleteAnswer", "raw")});
     const QList<SensorInfo> found = search(TX270);
     QCOMPARE(found.size(), 1);
-    QVERIFY(!found.first().contains(QStringLiteral("SA_CompleteAnswer")));
+    QVERIFY(!found.first().contains("SA_CompleteAnswer"));
     QCOMPARE(found.first().getParameters(QStringList()), expected);
 }
 
@@ -198,17 +198,15 @@ void TestSensorFinderResults::sensorsDoNotDifferInAnythingElse_data()
     const Parameters base = fullDescription();
     QTest::addRow("all equal") << answerOf(base) << answerOf(base);
     QTest::addRow("another baud rate") << answerOf(base) << answerWith(base, "IP_Baudrate", 9600);
-    QTest::addRow("another type name") << answerOf(base)
-                                       << answerWith(base, "IP_SensorTypeName", QStringLiteral("TX270-X"));
-    QTest::addRow("a further parameter")
-        << answerOf(base) << answerWith(base, "SA_MacAddress", QStringLiteral("00:11"));
+    QTest::addRow("another type name") << answerOf(base) << answerWith(base, "IP_SensorTypeName", "TX270-X");
+    QTest::addRow("a further parameter") << answerOf(base) << answerWith(base, "SA_MacAddress", "00:11");
     QTest::addRow("nothing at all to compare") << QByteArray("IP_SensorType=41") << QByteArray("IP_SensorType=41");
     QTest::addRow("missing on both sides")
         << answerWithout(base, "SA_SerialNumber") << answerWithout(base, "SA_SerialNumber");
     QTest::addRow("number, then the same number as text")
-        << answerWith(base, "SA_SerialNumber", 12) << answerWith(base, "SA_SerialNumber", QStringLiteral("12"));
+        << answerWith(base, "SA_SerialNumber", 12) << answerWith(base, "SA_SerialNumber", "12");
     QTest::addRow("text, then the same text as a number")
-        << answerWith(base, "SA_SerialNumber", QStringLiteral("12")) << answerWith(base, "SA_SerialNumber", 12);
+        << answerWith(base, "SA_SerialNumber", "12") << answerWith(base, "SA_SerialNumber", 12);
 }
 
 void TestSensorFinderResults::sensorsDoNotDifferInAnythingElse()
@@ -233,12 +231,12 @@ void TestSensorFinderResults::channelsOfAnInterfaceCardAreOneDevice()
     QFETCH(SensorType, type);
     QFETCH(int, expected);
     Parameters base = fullDescription();
-    base.insert(QStringLiteral("IP_SensorType"), int(type));
+    base.insert("IP_SensorType", int(type));
     findAtOnce({answerOf(base), answerWith(base, "IP_ChannelNumber", 2)});
     QCOMPARE(search(type).size(), expected);
 
     sondixsim::clearFaults();
-    findAtOnce({answerOf(base), answerWith(base, "IP_Port", QStringLiteral("COM2"))});
+    findAtOnce({answerOf(base), answerWith(base, "IP_Port", "COM2")});
     QCOMPARE(search(type).size(), 2);
 }
 
@@ -251,9 +249,8 @@ void TestSensorFinderResults::aSensorIsAnnouncedOnceInASearch()
     Recorder recorder(finder);
     finder.startSearch(TX270);
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(recorder.linesOf("found"),
-             QStringList({QStringLiteral("found 1"), QStringLiteral("found 2"), QStringLiteral("found 3")}));
-    QVERIFY(recorder.lines.contains(QStringLiteral("text Scan finished, devices found: 3")));
+    QCOMPARE(recorder.linesOf("found"), QStringList({"found 1", "found 2", "found 3"}));
+    QVERIFY(recorder.lines.contains("text Scan finished, devices found: 3"));
 }
 
 void TestSensorFinderResults::aNewSearchAnnouncesAgain()
@@ -265,8 +262,8 @@ void TestSensorFinderResults::aNewSearchAnnouncesAgain()
     QVERIFY(recorder.waitForEnd());
     finder.startSearch(TX270);
     QVERIFY(recorder.waitForEnd(2));
-    QCOMPARE(recorder.linesOf("found"), QStringList({QStringLiteral("found 1"), QStringLiteral("found 1")}));
-    QCOMPARE(recorder.lines.count(QStringLiteral("text Scan finished, devices found: 1")), 2);
+    QCOMPARE(recorder.linesOf("found"), QStringList({"found 1", "found 1"}));
+    QCOMPARE(recorder.lines.count("text Scan finished, devices found: 1"), 2);
 }
 
 void TestSensorFinderResults::knownSensorsAreNeverAnnounced()
@@ -280,20 +277,20 @@ void TestSensorFinderResults::knownSensorsAreNeverAnnounced()
         finder.startSearch(TX270);
         QVERIFY(recorder.waitForEnd(searches));
         QCOMPARE(recorder.found.size(), 0);
-        QCOMPARE(recorder.lines.count(QStringLiteral("nothing")), searches);
-        QCOMPARE(recorder.lines.count(QStringLiteral("text Scan finished, devices found: 0")), searches);
+        QCOMPARE(recorder.lines.count("nothing"), searches);
+        QCOMPARE(recorder.lines.count("text Scan finished, devices found: 0"), searches);
     }
 
     finder.setOutputFoundSensorBlacklist({SensorInfo(Parameters(), CC480)});
     finder.startSearch(TX270);
     QVERIFY(recorder.waitForEnd(3));
-    QCOMPARE(recorder.linesOf("found"), QStringList(QStringLiteral("found 1001")));
+    QCOMPARE(recorder.linesOf("found"), QStringList("found 1001"));
 }
 
 void TestSensorFinderResults::channelsOfAKnownInterfaceCardAreKnown()
 {
     Parameters known = fullDescription();
-    known.insert(QStringLiteral("IP_SensorType"), 52);
+    known.insert("IP_SensorType", int(XA200ETH));
     findAtOnce({answerWith(known, "IP_ChannelNumber", 5)});
     SensorFinder finder;
     Recorder recorder(finder);
@@ -325,9 +322,8 @@ void TestSensorFinderResults::unidentifiedAnswersAreDropped()
                 answer + " SA_SerialNumber=\"3\""});
     QStringList serials;
     for (const SensorInfo &info : search(TX270, true))
-        serials << info.getParameter(QStringLiteral("SA_SerialNumber")).toString();
-    QCOMPARE(serials, expected ? QStringList({QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")})
-                               : QStringList(QStringLiteral("2")));
+        serials << info.getParameter("SA_SerialNumber").toString();
+    QCOMPARE(serials, expected ? QStringList({"1", "2", "3"}) : QStringList("2"));
 }
 
 void TestSensorFinderResults::aResultThatCannotBeReadIsLikeAnyOther()
@@ -348,8 +344,8 @@ void TestSensorFinderResults::colourSensorsAreSplitByAddress_data()
     QTest::addColumn<SensorType>("type");
     QTest::addColumn<QByteArray>("addresses");
     QTest::addColumn<QStringList>("announced");
-    const QString first = QStringLiteral("192.168.0.9");
-    const QString second = QStringLiteral("10.0.0.7");
+    const QString first = "192.168.0.9";
+    const QString second = "10.0.0.7";
     for (SensorType type : {HV2, HV210, HV220}) {
         QTest::addRow("%d: two", int(type))
             << type << QByteArray("SA_CurrentIPAddresses=\"192.168.0.9/24 10.0.0.7\"")
@@ -385,9 +381,8 @@ void TestSensorFinderResults::colourSensorsAreSplitByAddress()
     const QList<SensorInfo> found = search(type);
     QCOMPARE(remoteAddresses(found), announced);
     for (const SensorInfo &info : found) {
-        QCOMPARE(info.getParameter(QStringLiteral("SA_IPAddress")),
-                 info.getParameter(QStringLiteral("IP_RemoteAddr")));
-        QCOMPARE(info.getParameter(QStringLiteral("SA_SerialNumber")), QVariant(QStringLiteral("1")));
+        QCOMPARE(info.getParameter("SA_IPAddress"), info.getParameter("IP_RemoteAddr"));
+        QCOMPARE(info.getParameter("SA_SerialNumber"), QVariant("1"));
         QCOMPARE(info.sensorType(), type);
     }
 }
@@ -395,15 +390,14 @@ void TestSensorFinderResults::colourSensorsAreSplitByAddress()
 void TestSensorFinderResults::otherSensorsAreNotSplit()
 {
     findAtOnce({"IP_SensorType=41 IP_RemoteAddr=\"1.2.3.4\" SA_CurrentIPAddresses=\"10.0.0.7 10.0.0.8\""});
-    QCOMPARE(remoteAddresses(search(TX270)), QStringList(QStringLiteral("1.2.3.4")));
+    QCOMPARE(remoteAddresses(search(TX270)), QStringList("1.2.3.4"));
 }
 
 void TestSensorFinderResults::splitRecordsAreComparedLikeOthers()
 {
     findAtOnce({"IP_SensorType=53 SA_SerialNumber=\"1\" SA_CurrentIPAddresses=\"10.0.0.7/8 10.0.0.8/8\"",
                 "IP_SensorType=53 SA_SerialNumber=\"1\" SA_CurrentIPAddresses=\"10.0.0.8 10.0.0.9\""});
-    QCOMPARE(remoteAddresses(search(HV2)),
-             QStringList({QStringLiteral("10.0.0.8"), QStringLiteral("10.0.0.7"), QStringLiteral("10.0.0.9")}));
+    QCOMPARE(remoteAddresses(search(HV2)), QStringList({"10.0.0.8", "10.0.0.7", "10.0.0.9"}));
 }
 
 void TestSensorFinderResults::parametersAreEqualAsVariants_data()
@@ -411,14 +405,13 @@ void TestSensorFinderResults::parametersAreEqualAsVariants_data()
     QTest::addColumn<QVariant>("a");
     QTest::addColumn<QVariant>("b");
     QTest::addColumn<bool>("expected");
-    const QString text = QStringLiteral("12");
+    const QString text = "12";
     QTest::addRow("missing on both sides") << QVariant() << QVariant() << true;
     QTest::addRow("missing on the right") << QVariant(text) << QVariant() << false;
     QTest::addRow("missing on the left") << QVariant() << QVariant(text) << false;
     QTest::addRow("missing and zero") << QVariant() << QVariant(0) << false;
     QTest::addRow("equal texts") << QVariant(text) << QVariant(text) << true;
-    QTest::addRow("texts in another case")
-        << QVariant(QStringLiteral("a")) << QVariant(QStringLiteral("A")) << false;
+    QTest::addRow("texts in another case") << QVariant("a") << QVariant("A") << false;
     QTest::addRow("text and number") << QVariant(text) << QVariant(12) << true;
     QTest::addRow("int and double") << QVariant(12) << QVariant(12.0) << true;
     QTest::addRow("different numbers") << QVariant(12) << QVariant(13) << false;
@@ -429,7 +422,7 @@ void TestSensorFinderResults::parametersAreEqualAsVariants()
     QFETCH(QVariant, a);
     QFETCH(QVariant, b);
     QFETCH(bool, expected);
-    const QString name = QStringLiteral("SA_SerialNumber");
+    const QString name = "SA_SerialNumber";
     const auto info = [&](const QVariant &value) {
         return SensorInfo(value.isValid() ? Parameters{{name, value}} : Parameters(), NoSensor);
     };

@@ -13,22 +13,22 @@ using namespace scriptedsearch;
 
 namespace {
 
-/// The signals of the finder as lines that Recorder writes, all of which come in a search of two types
-/// of which the second cannot be created, with sensors found one alone and two at once.
+/// The signals of a search of two types as lines of Recorder. The second type cannot be created. One sensor is
+/// found in one tick and two in another.
 QStringList signalLines()
 {
     return {
-        QStringLiteral("text Multiple device scan started..."),
-        QStringLiteral("started"),
-        QStringLiteral("text Searching for device:  Tavrin TX270 ..."),
-        QStringLiteral("status 1"),
-        QStringLiteral("found 1"),
-        QStringLiteral("progress 25"),
-        QStringLiteral("found 2"),
-        QStringLiteral("progress 50"),
-        QStringLiteral("text Skipping device scan for:  Oscura CC480 ..."),
-        QStringLiteral("status 2"),
-        QStringLiteral("finished"),
+        "text Multiple device scan started...",
+        "started",
+        "text Searching for device:  Tavrin TX270 ...",
+        "status 1",
+        "found 1",
+        "progress 25",
+        "found 2",
+        "progress 50",
+        "text Skipping device scan for:  Oscura CC480 ...",
+        "status 2",
+        "finished",
     };
 }
 
@@ -47,7 +47,7 @@ void scriptSignals()
     refuseToCreate(CC480);
 }
 
-/// Calls a function once, within the slot that sees the signal written as a given line.
+/// Calls a function once, in a slot of the signal that Recorder would record as a given line.
 class Interceptor : public QObject
 {
 public:
@@ -55,17 +55,17 @@ public:
         : wanted(line)
         , act(std::move(action))
     {
-        connect(finder, &SensorFinder::searchStarted, this, [this] { see(QStringLiteral("started")); });
-        connect(finder, &SensorFinder::searchFinished, this, [this] { see(QStringLiteral("finished")); });
-        connect(finder, &SensorFinder::showNothingFoundMsg, this, [this] { see(QStringLiteral("nothing")); });
+        connect(finder, &SensorFinder::searchStarted, this, [this] { see("started"); });
+        connect(finder, &SensorFinder::searchFinished, this, [this] { see("finished"); });
+        connect(finder, &SensorFinder::showNothingFoundMsg, this, [this] { see("nothing"); });
         connect(finder, &SensorFinder::progressChanged, this,
                 [this](int progress) { see(QStringLiteral("progress %1").arg(progress)); });
         connect(finder, &SensorFinder::statusChanged, this,
                 [this](SensorFinder::Status status) { see(QStringLiteral("status %1").arg(int(status))); });
         connect(finder, &SensorFinder::updateSensorFinderStatus, this,
-                [this](const QString &text) { see(QStringLiteral("text ") + text); });
+                [this](const QString &text) { see("text " + text); });
         connect(finder, &SensorFinder::sensorFound, this, [this](const SensorInfo &info) {
-            see(QStringLiteral("found ") + info.getParameter(QStringLiteral("SA_SerialNumber")).toString());
+            see("found " + info.getParameter("SA_SerialNumber").toString());
         });
     }
 
@@ -135,8 +135,8 @@ void TestSensorFinderSlots::stoppingFromAnySlotEndsTheSearch_data()
     QTest::addColumn<SensorFinder::Status>("status");
     const QStringList lines = signalLines();
     for (int i = 0; i < lines.size(); ++i) {
-        // From the fourth signal to the eighth there is a search that can be aborted; later there is no
-        // instance to abort it with.
+        // From the fourth to the eighth signal a search is running that can be aborted; later there is no instance
+        // to abort it.
         const bool isSearching = i >= 3 && i <= 7;
         QTest::addRow("%s", qPrintable(lines[i]))
             << lines[i] << int(isSearching) << (i <= 7 ? SensorFinder::Ready : SensorFinder::Error);
@@ -156,16 +156,16 @@ void TestSensorFinderSlots::stoppingFromAnySlotEndsTheSearch()
         finder.stopSearch();
         linesAtStop = recorder->lines;
     });
-    // Connected last, it sees the intercepted signal only after the slot that stops the search.
+    // Connected last, so that it receives the intercepted signal after the slot that stops the search.
     Recorder lastRecorder(finder);
     recorder = &lastRecorder;
     finder.startSearch({TX270, CC480}, true);
     QVERIFY(waitForDone(interceptor));
 
-    QTRY_VERIFY(!progressTimer(finder)->isActive());
-    QCOMPARE(finder.status(), status);
-    QCOMPARE(sentCommands().count(QStringLiteral("Abort_FindSensor")), aborts);
-    const QString finished = QStringLiteral("finished");
+    QTRY_COMPARE(finder.status(), status);
+    QVERIFY(isQuiet());
+    QCOMPARE(sentCommands().count("Abort_FindSensor"), aborts);
+    const QString finished = "finished";
     const QStringList rest = line == finished ? QStringList({finished, finished}) : QStringList(line);
     QCOMPARE(lastRecorder.lines, linesAtStop + rest);
     QVERIFY(lastRecorder.lines.contains(finished));
@@ -186,21 +186,21 @@ void TestSensorFinderSlots::startingFromAnySlotReplacesTheSearch()
     recorder = &lastRecorder;
     finder.startSearch({TX270, CC480}, true);
     QVERIFY(waitForDone(interceptor));
-    QVERIFY(lastRecorder.waitFor(QStringLiteral("text Scan finished, devices found: 0")));
+    QVERIFY(lastRecorder.waitFor("text Scan finished, devices found: 0"));
 
     const QStringList expected = {
-        QStringLiteral("text Sensor scan started..."),
-        QStringLiteral("started"),
-        QStringLiteral("text Searching for device:  Silvant MC320 ..."),
-        QStringLiteral("status 1"),
+        "text Sensor scan started...",
+        "started",
+        "text Searching for device:  Silvant MC320 ...",
+        "status 1",
         line,
-        QStringLiteral("progress 70"),
-        QStringLiteral("progress 100"),
-        QStringLiteral("status 0"),
-        QStringLiteral("status 0"),
-        QStringLiteral("nothing"),
-        QStringLiteral("text Scan finished, devices found: 0"),
-        QStringLiteral("finished"),
+        "progress 70",
+        "progress 100",
+        "status 0",
+        "status 0",
+        "nothing",
+        "text Scan finished, devices found: 0",
+        "finished",
     };
     QCOMPARE(lastRecorder.lines, expected);
     QCOMPARE(finder.status(), SensorFinder::Ready);
@@ -233,8 +233,8 @@ void TestSensorFinderSlots::deletingFromAnySlotIsSafe()
     QVERIFY(waitForDone(interceptor));
     QTRY_VERIFY(guard.isNull());
 
-    const int created = callTexts().filter(QStringLiteral("CreateSensorInstance(41)")).size();
-    QCOMPARE(callTexts().filter(QStringLiteral("ReleaseSensorInstance")).size(), created);
+    const int created = callTexts().filter("CreateSensorInstance(41)").size();
+    QCOMPARE(callTexts().filter("ReleaseSensorInstance").size(), created);
 }
 
 void TestSensorFinderSlots::stoppingWhileAStopIsAnnouncedAddsNothing_data()
@@ -255,17 +255,12 @@ void TestSensorFinderSlots::stoppingWhileAStopIsAnnouncedAddsNothing()
     finder.startSearch(TX270);
     QVERIFY(recorder.waitForEnd());
     const QStringList expected = {
-        QStringLiteral("progress 100"),
-        QStringLiteral("status 0"),
-        QStringLiteral("status 0"),
-        QStringLiteral("nothing"),
-        QStringLiteral("text Scan finished, devices found: 0"),
-        QStringLiteral("finished"),
+        "progress 100", "status 0", "status 0", "nothing", "text Scan finished, devices found: 0", "finished",
     };
     QVERIFY(first.done);
     QVERIFY(second.done);
     QCOMPARE(recorder.lines.mid(recorder.lines.indexOf(expected.first())), expected);
-    QCOMPARE(sentCommands().count(QStringLiteral("Abort_FindSensor")), 1);
+    QCOMPARE(sentCommands().count("Abort_FindSensor"), 1);
     QCOMPARE(finder.status(), SensorFinder::Ready);
 }
 
@@ -288,8 +283,8 @@ void TestSensorFinderSlots::aStopIsReplacedByAStart()
     QCOMPARE(finder.status(), SensorFinder::Searching);
     recorder.clear();
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(recorder.lines.first(), QStringLiteral("progress 100"));
-    QCOMPARE(recorder.lines.count(QStringLiteral("finished")), 1);
+    QCOMPARE(recorder.lines.first(), "progress 100");
+    QCOMPARE(recorder.lines.count("finished"), 1);
     QCOMPARE(finder.status(), SensorFinder::Ready);
 }
 
@@ -307,7 +302,7 @@ void TestSensorFinderSlots::searchingAgainWhenFinishedGoesOnAndOn()
     QVERIFY(recorder.waitForEnd(3));
     QCOMPARE(recorder.linesOf("found").size(), 3);
     QCOMPARE(finder.status(), SensorFinder::Ready);
-    QVERIFY(!progressTimer(finder)->isActive());
+    QVERIFY(isQuiet());
 }
 
 void TestSensorFinderSlots::anEventLoopInASlotDoesNotDisturbTheSearch()
@@ -325,19 +320,19 @@ void TestSensorFinderSlots::anEventLoopInASlotDoesNotDisturbTheSearch()
     QVERIFY(recorder.waitForEnd(2));
     QVERIFY(interceptor.done);
     const QStringList expected = {
-        QStringLiteral("text Multiple device scan started..."),
-        QStringLiteral("started"),
-        QStringLiteral("text Searching for device:  Tavrin TX270 ..."),
-        QStringLiteral("status 1"),
-        QStringLiteral("found 1"),
-        QStringLiteral("progress 25"),
-        QStringLiteral("found 2"),
-        QStringLiteral("found 3"),
-        QStringLiteral("progress 50"),
-        QStringLiteral("text Skipping device scan for:  Oscura CC480 ..."),
-        QStringLiteral("status 2"),
-        QStringLiteral("finished"),
-        QStringLiteral("finished"),
+        "text Multiple device scan started...",
+        "started",
+        "text Searching for device:  Tavrin TX270 ...",
+        "status 1",
+        "found 1",
+        "progress 25",
+        "found 2",
+        "found 3",
+        "progress 50",
+        "text Skipping device scan for:  Oscura CC480 ...",
+        "status 2",
+        "finished",
+        "finished",
     };
     QCOMPARE(recorder.lines, expected);
 }
@@ -349,7 +344,7 @@ void TestSensorFinderSlots::theSearchBeforeRestsWhileTheNextIsAnnounced()
     SensorFinder finder;
     finder.startSearch(TX270);
     Recorder recorder(finder);
-    const Interceptor interceptor(&finder, QStringLiteral("started"), [&] {
+    const Interceptor interceptor(&finder, "started", [&] {
         QEventLoop loop;
         QTimer::singleShot(600, &loop, &QEventLoop::quit); // more than two ticks
         loop.exec();
@@ -357,10 +352,10 @@ void TestSensorFinderSlots::theSearchBeforeRestsWhileTheNextIsAnnounced()
     finder.startSearch(TX280);
     QVERIFY(interceptor.done);
     const QStringList expected = {
-        QStringLiteral("text Sensor scan started..."),
-        QStringLiteral("started"),
-        QStringLiteral("text Searching for device:  Tavrin TX280 ..."),
-        QStringLiteral("status 1"),
+        "text Sensor scan started...",
+        "started",
+        "text Searching for device:  Tavrin TX280 ...",
+        "status 1",
     };
     QCOMPARE(recorder.lines, expected);
 }
@@ -371,7 +366,7 @@ void TestSensorFinderSlots::aSearchWithinASlotComesToItsEnd()
     answerProgress({{"100.0"}}, MC320);
     SensorFinder finder;
     Recorder recorder(finder);
-    const Interceptor interceptor(&finder, QStringLiteral("found 1"), [&] {
+    const Interceptor interceptor(&finder, "found 1", [&] {
         finder.startSearch(MC320);
         QSignalSpy finished(&finder, &SensorFinder::searchFinished);
         QVERIFY(finished.wait(waitLimit));
@@ -379,8 +374,8 @@ void TestSensorFinderSlots::aSearchWithinASlotComesToItsEnd()
     finder.startSearch({TX270, CC480}, true);
     QVERIFY(recorder.waitForEnd());
     QTRY_VERIFY(interceptor.done);
-    QCOMPARE(recorder.lines.last(), QStringLiteral("finished"));
-    QCOMPARE(searchedTypes(), QList<int>({41, 9}));
+    QCOMPARE(recorder.lines.last(), "finished");
+    QCOMPARE(searchedTypes(), QList<int>({TX270, MC320}));
 }
 
 void TestSensorFinderSlots::destructionAbortsTheSearchSilently()
@@ -389,12 +384,12 @@ void TestSensorFinderSlots::destructionAbortsTheSearchSilently()
     auto finder = std::make_unique<SensorFinder>();
     Recorder recorder(*finder);
     finder->startSearch(TX270);
-    QVERIFY(recorder.waitFor(QStringLiteral("progress 50")));
+    QVERIFY(recorder.waitFor("progress 50"));
     recorder.clear();
     finder.reset();
     QCOMPARE(recorder.lines, QStringList());
-    QCOMPARE(sentCommands().count(QStringLiteral("Abort_FindSensor")), 1);
-    QCOMPARE(callTexts().filter(QStringLiteral("ReleaseSensorInstance")).size(), 1);
+    QCOMPARE(sentCommands().count("Abort_FindSensor"), 1);
+    QCOMPARE(callTexts().filter("ReleaseSensorInstance").size(), 1);
 }
 
 void TestSensorFinderSlots::destructionAfterAnErrorAbortsNothing()
@@ -406,7 +401,7 @@ void TestSensorFinderSlots::destructionAfterAnErrorAbortsNothing()
     recorder.clear();
     finder.reset();
     QCOMPARE(recorder.lines, QStringList());
-    QVERIFY(!sentCommands().contains(QStringLiteral("Abort_FindSensor")));
+    QVERIFY(!sentCommands().contains("Abort_FindSensor"));
 }
 
 void TestSensorFinderSlots::destructionWhenNothingRunsSendsNothing()

@@ -32,10 +32,10 @@ void TestSensorFinderStates::aRefusedStartIsAnError()
     Recorder recorder(finder);
     finder.startSearch(TX270);
     const QStringList expected = {
-        QStringLiteral("text Sensor scan started..."),
-        QStringLiteral("started"),
-        QStringLiteral("text Searching for device:  Tavrin TX270 ..."),
-        QStringLiteral("status 2"),
+        "text Sensor scan started...",
+        "started",
+        "text Searching for device:  Tavrin TX270 ...",
+        "status 2",
     };
     QCOMPARE(recorder.lines, expected);
     QCOMPARE(finder.status(), SensorFinder::Error);
@@ -47,10 +47,9 @@ void TestSensorFinderStates::aRefusedStartStopsTheTimer()
     SensorFinder finder;
     Recorder recorder(finder);
     finder.startSearch(TX270);
-    QVERIFY(progressTimer(finder)->isActive());
-    QTRY_VERIFY(!progressTimer(finder)->isActive());
-    QVERIFY(!sentCommands().contains(QStringLiteral("Get_FindSensorProgress")));
-    QCOMPARE(recorder.lines.last(), QStringLiteral("status 2"));
+    QVERIFY(isQuiet());
+    QVERIFY(!sentCommands().contains("Get_FindSensorProgress"));
+    QCOMPARE(recorder.lines.last(), "status 2");
 }
 
 void TestSensorFinderStates::aRefusedStartInTheQueueEndsTheSearchWithoutAWord()
@@ -60,11 +59,11 @@ void TestSensorFinderStates::aRefusedStartInTheQueueEndsTheSearchWithoutAWord()
     SensorFinder finder;
     Recorder recorder(finder);
     finder.startSearch({TX270, TX280, CC480}, true);
-    QVERIFY(recorder.waitFor(QStringLiteral("status 2")));
-    QTRY_VERIFY(!progressTimer(finder)->isActive());
+    QVERIFY(recorder.waitFor("status 2"));
+    QVERIFY(isQuiet());
     QCOMPARE(finder.status(), SensorFinder::Error);
-    QCOMPARE(recorder.lines.last(), QStringLiteral("status 2"));
-    QCOMPARE(searchedTypes(), QList<int>({41, 42}));
+    QCOMPARE(recorder.lines.last(), "status 2");
+    QCOMPARE(searchedTypes(), QList<int>({TX270, TX280}));
 }
 
 void TestSensorFinderStates::aRefusedStartIsLeftByStopping()
@@ -75,10 +74,10 @@ void TestSensorFinderStates::aRefusedStartIsLeftByStopping()
     finder.startSearch(TX270);
     recorder.clear();
     finder.stopSearch();
-    QCOMPARE(recorder.lines, QStringList(QStringLiteral("finished")));
+    QCOMPARE(recorder.lines, QStringList("finished"));
     QCOMPARE(finder.status(), SensorFinder::Error);
-    QVERIFY(!sentCommands().contains(QStringLiteral("Abort_FindSensor")));
-    QVERIFY(!progressTimer(finder)->isActive());
+    QVERIFY(!sentCommands().contains("Abort_FindSensor"));
+    QVERIFY(isQuiet());
 }
 
 void TestSensorFinderStates::anErrorIsLeftByANewSearch()
@@ -105,9 +104,7 @@ void TestSensorFinderStates::aRefusedAbortIsAnError()
     recorder.clear();
     finder.stopSearch();
     const QStringList expected = {
-        QStringLiteral("status 0"), QStringLiteral("status 2"),
-        QStringLiteral("nothing"),  QStringLiteral("text Scan finished, devices found: 0"),
-        QStringLiteral("finished"),
+        "status 0", "status 2", "nothing", "text Scan finished, devices found: 0", "finished",
     };
     QCOMPARE(recorder.lines, expected);
     QCOMPARE(finder.status(), SensorFinder::Error);
@@ -122,9 +119,8 @@ void TestSensorFinderStates::aRefusedAbortAtTheEndIsAnError()
     finder.startSearch(TX270);
     QVERIFY(recorder.waitForEnd());
     QCOMPARE(finder.status(), SensorFinder::Error);
-    QCOMPARE(recorder.linesOf("status"),
-             QStringList({QStringLiteral("status 1"), QStringLiteral("status 0"), QStringLiteral("status 2")}));
-    QVERIFY(!progressTimer(finder)->isActive());
+    QCOMPARE(recorder.linesOf("status"), QStringList({"status 1", "status 0", "status 2"}));
+    QVERIFY(isQuiet());
 }
 
 void TestSensorFinderStates::theOnlyTypeCannotBeCreated()
@@ -134,16 +130,16 @@ void TestSensorFinderStates::theOnlyTypeCannotBeCreated()
     Recorder recorder(finder);
     finder.startSearch(TX270);
     const QStringList expected = {
-        QStringLiteral("text Sensor scan started..."),
-        QStringLiteral("started"),
-        QStringLiteral("text Skipping device scan for:  Tavrin TX270 ..."),
-        QStringLiteral("status 2"),
-        QStringLiteral("finished"),
-        QStringLiteral("finished"),
+        "text Sensor scan started...",
+        "started",
+        "text Skipping device scan for:  Tavrin TX270 ...",
+        "status 2",
+        "finished",
+        "finished",
     };
     QCOMPARE(recorder.lines, expected);
     QCOMPARE(finder.status(), SensorFinder::Error);
-    QVERIFY(!progressTimer(finder)->isActive());
+    QVERIFY(isQuiet());
     QCOMPARE(searchedTypes(), QList<int>());
 }
 
@@ -157,23 +153,23 @@ void TestSensorFinderStates::theFirstTypeCannotBeCreated()
     QCOMPARE(finder.status(), SensorFinder::Searching);
     QVERIFY(recorder.waitForEnd());
     const QStringList expected = {
-        QStringLiteral("text Multiple device scan started..."),
-        QStringLiteral("started"),
-        QStringLiteral("text Skipping device scan for:  Tavrin TX270 ..."),
-        QStringLiteral("status 2"),
-        QStringLiteral("status 1"),
-        QStringLiteral("text Searching for device:  Oscura CC480 ..."),
-        QStringLiteral("status 1"),
-        QStringLiteral("progress 0"),
-        QStringLiteral("progress 50"),
-        QStringLiteral("status 0"),
-        QStringLiteral("status 0"),
-        QStringLiteral("nothing"),
-        QStringLiteral("text Scan finished, devices found: 0"),
-        QStringLiteral("finished"),
+        "text Multiple device scan started...",
+        "started",
+        "text Skipping device scan for:  Tavrin TX270 ...",
+        "status 2",
+        "status 1",
+        "text Searching for device:  Oscura CC480 ...",
+        "status 1",
+        "progress 0",
+        "progress 50",
+        "status 0",
+        "status 0",
+        "nothing",
+        "text Scan finished, devices found: 0",
+        "finished",
     };
     QCOMPARE(recorder.lines, expected);
-    QCOMPARE(searchedTypes(), QList<int>({47}));
+    QCOMPARE(searchedTypes(), QList<int>({CC480}));
 }
 
 void TestSensorFinderStates::aTypeInTheMiddleCannotBeCreated()
@@ -185,18 +181,18 @@ void TestSensorFinderStates::aTypeInTheMiddleCannotBeCreated()
     finder.startSearch({TX270, TX280, CC480}, true);
     QVERIFY(recorder.waitForEnd());
     const QStringList expected = {
-        QStringLiteral("progress 33"),
-        QStringLiteral("text Skipping device scan for:  Tavrin TX280 ..."),
-        QStringLiteral("status 2"),
-        QStringLiteral("status 1"),
-        QStringLiteral("text Searching for device:  Oscura CC480 ..."),
-        QStringLiteral("status 1"),
-        QStringLiteral("progress 33"),
-        QStringLiteral("progress 66"),
-        QStringLiteral("status 0"),
+        "progress 33",
+        "text Skipping device scan for:  Tavrin TX280 ...",
+        "status 2",
+        "status 1",
+        "text Searching for device:  Oscura CC480 ...",
+        "status 1",
+        "progress 33",
+        "progress 66",
+        "status 0",
     };
     QCOMPARE(recorder.lines.mid(recorder.lines.indexOf(expected.first()), expected.size()), expected);
-    QCOMPARE(searchedTypes(), QList<int>({41, 47}));
+    QCOMPARE(searchedTypes(), QList<int>({TX270, CC480}));
     QCOMPARE(finder.status(), SensorFinder::Ready);
 }
 
@@ -209,14 +205,12 @@ void TestSensorFinderStates::theLastTypeCannotBeCreated()
     finder.startSearch({TX270, TX280}, true);
     QVERIFY(recorder.waitForEnd());
     const QStringList expected = {
-        QStringLiteral("progress 50"), QStringLiteral("text Skipping device scan for:  Tavrin TX280 ..."),
-        QStringLiteral("status 2"),    QStringLiteral("finished"),
-        QStringLiteral("finished"),
+        "progress 50", "text Skipping device scan for:  Tavrin TX280 ...", "status 2", "finished", "finished",
     };
     QCOMPARE(recorder.lines.mid(recorder.lines.indexOf(expected.first())), expected);
     QCOMPARE(finder.status(), SensorFinder::Error);
-    QVERIFY(!progressTimer(finder)->isActive());
-    QVERIFY(!sentCommands().contains(QStringLiteral("Abort_FindSensor")));
+    QVERIFY(isQuiet());
+    QVERIFY(!sentCommands().contains("Abort_FindSensor"));
 }
 
 void TestSensorFinderStates::severalTypesCannotBeCreated()
@@ -226,22 +220,22 @@ void TestSensorFinderStates::severalTypesCannotBeCreated()
     SensorFinder finder;
     Recorder recorder(finder);
     finder.startSearch({TX270, TX280}, true);
-    QVERIFY(recorder.waitFor(QStringLiteral("progress 0")));
+    QVERIFY(recorder.waitFor("progress 0"));
     const QStringList expected = {
-        QStringLiteral("text Multiple device scan started..."),
-        QStringLiteral("started"),
-        QStringLiteral("text Skipping device scan for:  Tavrin TX270 ..."),
-        QStringLiteral("status 2"),
-        QStringLiteral("status 1"),
-        QStringLiteral("text Skipping device scan for:  Tavrin TX280 ..."),
-        QStringLiteral("status 2"),
-        QStringLiteral("finished"),
-        QStringLiteral("finished"),
-        QStringLiteral("progress 0"),
+        "text Multiple device scan started...",
+        "started",
+        "text Skipping device scan for:  Tavrin TX270 ...",
+        "status 2",
+        "status 1",
+        "text Skipping device scan for:  Tavrin TX280 ...",
+        "status 2",
+        "finished",
+        "finished",
+        "progress 0",
     };
     QCOMPARE(recorder.lines, expected);
     QCOMPARE(finder.status(), SensorFinder::Error);
-    QVERIFY(!progressTimer(finder)->isActive());
+    QVERIFY(isQuiet());
 }
 
 void TestSensorFinderStates::stoppingWithoutAnInstanceIsAnError()
@@ -254,13 +248,11 @@ void TestSensorFinderStates::stoppingWithoutAnInstanceIsAnError()
     recorder.clear();
     finder.stopSearch();
     const QStringList expected = {
-        QStringLiteral("status 0"), QStringLiteral("status 2"),
-        QStringLiteral("nothing"),  QStringLiteral("text Scan finished, devices found: 0"),
-        QStringLiteral("finished"),
+        "status 0", "status 2", "nothing", "text Scan finished, devices found: 0", "finished",
     };
     QCOMPARE(recorder.lines, expected);
     QCOMPARE(finder.status(), SensorFinder::Error);
-    QVERIFY(!sentCommands().contains(QStringLiteral("Abort_FindSensor")));
+    QVERIFY(!sentCommands().contains("Abort_FindSensor"));
 }
 
 void TestSensorFinderStates::theQueueEndsWhileThereIsNoInstance()
@@ -272,14 +264,13 @@ void TestSensorFinderStates::theQueueEndsWhileThereIsNoInstance()
     finder.startSearch(QList<SensorType>(), true);
     QCOMPARE(finder.status(), SensorFinder::Searching);
     recorder.clear();
-    QVERIFY(recorder.waitFor(QStringLiteral("progress 0")));
+    QVERIFY(recorder.waitFor("progress 0"));
     const QStringList expected = {
-        QStringLiteral("status 0"), QStringLiteral("status 2"),
-        QStringLiteral("nothing"),  QStringLiteral("text Scan finished, devices found: 0"),
-        QStringLiteral("finished"), QStringLiteral("progress 0"),
+        "status 0", "status 2", "nothing", "text Scan finished, devices found: 0", "finished", "progress 0",
     };
     QCOMPARE(recorder.lines, expected);
-    QVERIFY(!progressTimer(finder)->isActive());
+    QCOMPARE(finder.status(), SensorFinder::Error);
+    QVERIFY(isQuiet());
 }
 
 QTEST_GUILESS_MAIN(TestSensorFinderStates)

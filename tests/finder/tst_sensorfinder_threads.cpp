@@ -12,8 +12,8 @@
 using namespace SondixQt;
 using namespace scriptedsearch;
 
-// Threads are joined and handed over with the standard library's means: unlike Qt's they are seen by
-// the thread sanitizer.
+// The threads are synchronised with the standard library: the thread sanitizer does not recognise the classes of
+// Qt.
 namespace {
 
 void runInAnotherThread(const std::function<void()> &function)
@@ -21,7 +21,7 @@ void runInAnotherThread(const std::function<void()> &function)
     std::thread(function).join();
 }
 
-/// Counts what one thread has sent, so that another one waits for it before it looks.
+/// Counts the signals of one thread, so that another thread can wait for them.
 class Handover
 {
 public:
@@ -75,7 +75,7 @@ void TestSensorFinderThreads::aSearchCanBeQueuedFromAnotherThread()
     QVERIFY(invoked);
     QCOMPARE(recorder.lines, QStringList());
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(recorder.linesOf("found"), QStringList(QStringLiteral("found 1")));
+    QCOMPARE(recorder.linesOf("found"), QStringList("found 1"));
     std::set<unsigned> threads;
     for (const sondixsim::Call &call : sondixsim::calls())
         threads.insert(call.thread);
@@ -95,7 +95,7 @@ void TestSensorFinderThreads::aSearchOfAListCanBeQueuedFromAnotherThread()
     });
     QVERIFY(invoked);
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(searchedTypes(), QList<int>({41, 10043}));
+    QCOMPARE(searchedTypes(), QList<int>({TX270, EC830}));
 }
 
 void TestSensorFinderThreads::stoppingCanBeQueuedFromAnotherThread_data()
@@ -121,7 +121,7 @@ void TestSensorFinderThreads::stoppingCanBeQueuedFromAnotherThread()
     QCOMPARE(finder.status(), SensorFinder::Searching);
     QVERIFY(recorder.waitForEnd(times));
     QCOMPARE(finder.status(), SensorFinder::Ready);
-    QCOMPARE(sentCommands().count(QStringLiteral("Abort_FindSensor")), 1);
+    QCOMPARE(sentCommands().count("Abort_FindSensor"), 1);
 }
 
 void TestSensorFinderThreads::anotherThreadCanWaitForASlot()
@@ -134,7 +134,7 @@ void TestSensorFinderThreads::anotherThreadCanWaitForASlot()
     std::thread thread([&] {
         QMetaObject::invokeMethod(&finder, "startSearch", Qt::BlockingQueuedConnection,
                                   Q_ARG(SondixQt::SensorType, type));
-        wasSearching = sentCommands().contains(QStringLiteral("Start_FindSensor"));
+        wasSearching = sentCommands().contains("Start_FindSensor");
     });
     const bool ended = recorder.waitForEnd();
     thread.join();
@@ -155,7 +155,7 @@ void TestSensorFinderThreads::foundSensorsReachAnotherThread()
     QList<SensorFinder::Status> states;
     connect(&finder, &SensorFinder::sensorFound, &receiver, [&](const SensorInfo &info) {
         foundHandover.receive();
-        serials << info.getParameter(QStringLiteral("SA_SerialNumber")).toString();
+        serials << info.getParameter("SA_SerialNumber").toString();
     });
     connect(&finder, &SensorFinder::statusChanged, &receiver, [&](SensorFinder::Status status) {
         statusHandover.receive();
@@ -177,7 +177,7 @@ void TestSensorFinderThreads::foundSensorsReachAnotherThread()
     QVERIFY(thread.wait(waitLimit));
     QVERIFY(ended);
     end.receive();
-    QCOMPARE(serials, QStringList({QStringLiteral("1"), QStringLiteral("2")}));
+    QCOMPARE(serials, QStringList({"1", "2"}));
     QCOMPARE(states,
              QList<SensorFinder::Status>({SensorFinder::Searching, SensorFinder::Ready, SensorFinder::Ready}));
 }
