@@ -33,11 +33,11 @@ ExitCode SwitchOffCommand::run(Console &console, InterruptWatcher &interrupt)
     } else if (!warning.isEmpty()) {
         throw Failure{ExitCode::Refused, QStringLiteral("the sensor does not report its state: %1").arg(warning)};
     }
-    const State told = state(*instance);
+    const State current = state(*instance);
     instance->close();
     if (m_json)
-        Answer::printJson(console, address, told.json);
+        Answer::printJson(console, address, current.json);
     else
-        console.print(told.sentence);
+        console.print(current.sentence);
     return ExitCode::Done;
 }

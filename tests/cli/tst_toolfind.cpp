@@ -202,8 +202,8 @@ void TestToolFind::printsAddressesThatOpenTheSensor()
     for (const QJsonObject &sensor : sensors) {
         const ToolResult info = runner.run({"info", sensor.value("address").toString(), "--json"});
         QVERIFY2(info.code == 0, info.err.constData());
-        const QJsonObject told = QJsonDocument::fromJson(info.out).object();
-        QCOMPARE(told.value("model"), sensor.value("model"));
+        const QJsonObject reported = QJsonDocument::fromJson(info.out).object();
+        QCOMPARE(reported.value("model"), sensor.value("model"));
     }
 }
 

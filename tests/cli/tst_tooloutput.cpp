@@ -196,7 +196,7 @@ void TestToolOutput::saysNothingOfAModelThatFits_data()
     QTest::newRow("the model") << "MV420" << 11;
     QTest::newRow("its family") << "MV4xx" << 11;
     QTest::newRow("the bus") << "KV-BUS" << 11;
-    QTest::newRow("told by its controller") << "GY330" << 12;
+    QTest::newRow("reported by its controller") << "GY330" << 12;
 }
 
 void TestToolOutput::saysNothingOfAModelThatFits()
