@@ -268,7 +268,8 @@ bool RequestParser::handlePause(ParsedRequest &parsed)
     const bool halfLineEnd = bytes.endsWith('\r');
     const RequestHead meant = readRequestHead(halfLineEnd ? bytes.chopped(1) : bytes, hostSeen);
     // A browser always sends the blank line: the rest of its head is still to come. So is a target that is missing.
-    if (meant.path.isEmpty() || meant.fromBrowser || meant.endsInsideHeaderName || meant.contentLength > 0)
+    const bool hasTarget = meant.refusal != 0 || !meant.path.isEmpty();
+    if (!hasTarget || meant.fromBrowser || meant.endsInsideHeaderName || meant.contentLength > 0)
         return false;
     head = meant;
     bytes.clear();
