@@ -244,9 +244,13 @@ void HttpServer::serveNext()
     RequestQueue::Request request;
     if (!isServingScheduled() && requests->takeRequest(request)) {
         nextRequest.start();
-        serve(request);
-        // Its input was not read while the maximum of its requests waited.
         auto *const socket = static_cast<ClientSocket *>(request.client);
+        // Detects a reset, so that no further page is fetched for a client that has left.
+        if (request.kind == ParsedRequest::Get && isActive(socket) && hasPeerEndedSending(*socket))
+            receive(*socket);
+        if (request.kind != ParsedRequest::Get || isActive(socket))
+            serve(request);
+        // Its input was not read while the maximum of its requests waited.
         if (isActive(socket))
             handleRequestFromSocket(*socket);
     }
@@ -346,8 +350,6 @@ void HttpServer::write(ClientSocket &socket, const RequestQueue::Response &respo
     if (response.action != ConnectionAction::KeepAlive)
         finishing.insert(&socket);
     watchSending(socket);
-    if (mayHaveLeft && isActive(&socket))
-        receive(socket); // detects the reset, so that no further page is fetched
 }
 
 void HttpServer::watchSending(ClientSocket &socket)
