@@ -211,7 +211,9 @@ RequestHead readRequestHead(const QByteArray &head, bool hostSeen)
     const QByteArray &line = lines.first();
     constexpr int getLength = 4;
     const bool isGet = qstrnicmp(line.constData(), "GET ", getLength) == 0;
-    request.method = isGet ? RequestHead::Get : line.startsWith("POST ") ? RequestHead::Post : RequestHead::Unsupported;
+    request.method = isGet                      ? RequestHead::Get
+                     : line.startsWith("POST ") ? RequestHead::Post
+                                                : RequestHead::Unsupported;
     request.methodName = isGet ? QByteArrayLiteral("GET") : upTo(line, " ");
     QByteArray target = upTo(line.mid(line.indexOf(' ') + 1), " ");
     const bool isOwnTarget = reduceToPath(target);
