@@ -3,7 +3,7 @@
 
 #include <QtGlobal>
 
-/// Marks what the shared library exports; everything else stays hidden.
+/// Marks the symbols that the shared library exports; all others are hidden.
 #if defined(SONDIXQT_BUILD_LIBRARY)
 #    define SONDIXQT_EXPORT Q_DECL_EXPORT
 #else

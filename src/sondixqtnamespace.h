@@ -9,14 +9,14 @@
 /// \file
 /// The enumerations of the namespace.
 ///
-/// QDebug prints a value by its name: `SondixQt::TX270`. One without a name prints as its number,
-/// `SondixQt::ErrorCode(-33)`, and so does a SensorGroup or SensorInterface that combines several flags. A set
-/// of flags prints the names that it holds and leaves out bits without a name. All are meta-types, registered
-/// under their qualified names ("SondixQt::ErrorCode") when the library is loaded.
+/// QDebug prints a value by its name: `SondixQt::TX270`. A value without a name is printed as a number:
+/// `SondixQt::ErrorCode(-33)`. This includes a SensorGroup or SensorInterface that combines several flags. For a
+/// set of flags, QDebug prints the names of its flags and omits bits without a name. All enumerations are
+/// meta-types, registered under their qualified names ("SondixQt::ErrorCode") when the library is loaded.
 
 namespace SondixQt {
 
-// Moc describes the enumerations of a namespace from one file alone: they all stand here.
+// moc collects the enumerations of a namespace from one file only, so all of them are declared here.
 Q_NAMESPACE_EXPORT(SONDIXQT_EXPORT)
 
 /// The result of a sensor operation: 0 is success, every other value is a failure code of the
@@ -26,8 +26,8 @@ Q_NAMESPACE_EXPORT(SONDIXQT_EXPORT)
 /// are the codes that this library treats differently from other failures.
 enum ErrorCode : qint32 {
     NoError = 0, ///< success
-    /// A command failed, but may have left result parameters: SensorInstance::ReadAfterPartialFail reads them.
-    /// What distinguishes it from PartialFailure27 is in the documentation of the sensor-access library.
+    /// A command failed, but may have returned answers, which SensorInstance::ReadAfterPartialFail reads. The
+    /// documentation of the sensor-access library describes the difference from PartialFailure27.
     PartialFailure26 = -26,
     /// As PartialFailure26.
     PartialFailure27 = -27,
@@ -36,7 +36,7 @@ Q_ENUM_NS(ErrorCode)
 
 /// The sensor models. The numbers are those of the sensor-access library ("IP_SensorType") and are
 /// stored by applications: they never change. A value above 10000 is a variant of the base type
-/// `value % 10000`, with one exception: File stands for itself, and `File % 10000` is no model.
+/// `value % 10000`. The only exception is File, which is not a variant.
 /// SensorInstance::sensorType() follows this rule.
 enum SensorType : qint32 {
     NoSensor = 0,

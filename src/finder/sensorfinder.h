@@ -97,9 +97,10 @@ public:
 
     Status status() const;
 
-    /// Searches all types of the families \a groups that are not hidden, in display order. Sensors of
-    /// other types are not reported, which includes hidden bus models: an MV420 is not found in the group KVBus,
-    /// unless setSearchSimilarSensors() is enabled.
+    /// Searches all types of the families \a groups that are not hidden, in display order. Sensors of other types
+    /// are not reported, except variants of a base type that is searched. An MV420 is not found in the group
+    /// KVBus, because another bus type is searched there in place of GenericKVBus, unless
+    /// setSearchSimilarSensors() is enabled.
     void startSearch(SondixQt::SensorGroups groups);
 
     /// Whether the parameter \a name has equal values in \a a and \a b according to QVariant::operator== with the
@@ -107,9 +108,10 @@ public:
     static bool isParamEqual(const SensorInfo &a, const SensorInfo &b, const QString &name);
 
 public Q_SLOTS:
-    /// Searches for sensors of \a sensorType. Some bus sensors are searched together with the types that the same
-    /// models report behind a converter; searchStarted() is then emitted twice. A running search is replaced
-    /// without searchFinished(). For NoSensor only searchStarted() and searchFinished() are emitted.
+    /// Searches for sensors of \a sensorType and, if it is a base type, of its variants. Some bus sensors are
+    /// searched together with the types that the same models report behind a converter; searchStarted() is then
+    /// emitted twice. A running search is replaced without searchFinished(). For NoSensor only searchStarted()
+    /// and searchFinished() are emitted.
     void startSearch(SondixQt::SensorType sensorType);
     /// Searches for the types of \a sensorTypeList in this order; NoSensor entries are ignored. A type is skipped
     /// if the search for another type with the same base type (value modulo 10000) has been completed. Status

@@ -158,7 +158,7 @@ public:
     bool isOpen();
     /// The model: the type modulo 10000, or File.
     SensorType sensorType() const;
-    /// The type that was passed to the constructor.
+    /// The type that was passed to the constructor, or that of the instance assigned last.
     SensorType sensorTypeFull() const;
     /// The handle of the library instance; 0 if there is none.
     quint32 handle() const;

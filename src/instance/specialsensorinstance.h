@@ -98,8 +98,9 @@ private:
 /// The tracking mode is read from the sensor after the first command that is not excluded (such as "Get_OpenState"
 /// or "Get_TransmittedDataInfo"); open() does not read it. getSampleRateInKhz() depends on it.
 ///
-/// NoError means that the action after the command succeeded. Only for sendCommand(command) does it also mean that
-/// the command succeeded: a failure of a command with maps or results is reported by errorMessage() alone.
+/// If the action after a command runs, the functions with maps or results return its result: NoError does not
+/// mean that the command succeeded, and a failure of the command is reported by errorMessage() alone.
+/// sendCommand(command) also returns a failure of the command.
 class SONDIXQT_EXPORT SpecialSensorInstanceRG52x : public SpecialSensorInstance
 {
     Q_OBJECT
@@ -127,8 +128,9 @@ private:
 /// The tracking mode is read from the sensor after the first command that is not excluded (such as "Get_OpenState"
 /// or "Get_TransmittedDataInfo"); open() does not read it. getSampleRateInKhz() depends on it.
 ///
-/// NoError means that the action after the command succeeded. Only for sendCommand(command) does it also mean that
-/// the command succeeded: a failure of a command with maps or results is reported by errorMessage() alone.
+/// If the action after a command runs, the functions with maps or results return its result: NoError does not
+/// mean that the command succeeded, and a failure of the command is reported by errorMessage() alone.
+/// sendCommand(command) also returns a failure of the command.
 ///
 /// Pass parameters in a map: `sendCommand("Set_Average", {{"SP_Average", 50}})`. The overloads with a single
 /// parameter stage it before "StopTracking", which consumes it, so that the command is sent without its parameter.

@@ -144,7 +144,7 @@ void HttpServer::onNewConnection()
         onSocketDataAvailable(*socket);
 }
 
-/// The server stops accepting when the system cannot give it a connection, which may be over soon.
+/// Qt stops accepting connections after an error such as too many open files, which may be temporary.
 void HttpServer::onAcceptError()
 {
     handler.log("onAcceptError", QStringLiteral("cannot accept a connection: %1").arg(server->errorString()));
@@ -237,8 +237,8 @@ bool HttpServer::receive(ClientSocket &socket)
     return false;
 }
 
-/// Serves one request, then returns to the event loop: a slow sensor must not hold up the application's calls or the
-/// tunnel's end for longer than one answer takes.
+/// Serves one request, then returns to the event loop: with a slow sensor, the application's calls and the
+/// end of the tunnel must not wait for more than one answer.
 void HttpServer::serveNext()
 {
     RequestQueue::Request request;
@@ -250,7 +250,7 @@ void HttpServer::serveNext()
             receive(*socket);
         if (request.kind != ParsedRequest::Get || isActive(socket))
             serve(request);
-        // Its input was not read while the maximum of its requests waited.
+        // There is room again: its input is not read while the maximum number of its requests is waiting.
         if (isActive(socket))
             handleRequestFromSocket(*socket);
     }
@@ -287,7 +287,7 @@ bool HttpServer::isServingScheduled() const
     return nextRequest.isActive() || requestAfterSockets.isActive();
 }
 
-/// Called after anything that may have changed what there is to do.
+/// Must be called after every operation that may have queued requests or responses or changed deadlines.
 void HttpServer::update()
 {
     writeResponses();
@@ -337,7 +337,7 @@ void HttpServer::write(ClientSocket &socket, const RequestQueue::Response &respo
         qCInfo(tunnelRequestLog).noquote()
             << "refused:" << bytes.mid(bytes.indexOf(' ') + 1, bytes.indexOf('\r') - bytes.indexOf(' ') - 1);
     requestLog.writes(&socket, response.number, bytes);
-    // If the client has left, it answers with a reset, which discards the input that is not read yet.
+    // If the client has closed its socket, it answers the response with a reset, which discards unread input.
     const bool mayHaveLeft = hasPeerEndedSending(socket);
     while (mayHaveLeft && isActive(&socket) && receive(socket)) {
     }
@@ -362,8 +362,8 @@ void HttpServer::watchSending(ClientSocket &socket)
         finish(socket);
 }
 
-/// Ends the connection of a client whose last response is sent. It is told so at once, but its input is read for a
-/// while: closing a socket that has unread input would discard the response.
+/// Ends the connection of a client whose last response has been sent. Shuts down the write side at once, but reads
+/// input for a while: closing a socket that has unread input would discard the response.
 void HttpServer::finish(ClientSocket &socket)
 {
     finishing.remove(&socket);

@@ -26,14 +26,14 @@ struct HttpReply
     enum Kind { Page, CommandAnswer, Failure };
 
     Kind kind = Page;
-    QByteArray header; ///< of a page; empty: one is composed
-    QByteArray body;   ///< of a page, or what the sensor answered to a command
+    QByteArray header; ///< of a page; if empty, a header is composed
+    QByteArray body;   ///< of a page, or the answer of the sensor to a command
     QString errorText; ///< of a failure
     bool closes = false;
 };
 
-/// The sockets and timers of the tunnel: accepts connections on the loopback address, feeds what they send to the
-/// request queue, has one request at a time answered by its handler, and writes the responses.
+/// The sockets and timers of the tunnel: accepts connections on the loopback address, passes their input to
+/// the request queue, lets the handler answer one request at a time, and writes the responses.
 class HttpServer : public QObject
 {
     Q_OBJECT
@@ -41,7 +41,7 @@ public:
     class Handler
     {
     public:
-        /// A connection has come whose requests will be served.
+        /// Called for each new connection that is not refused.
         virtual void connectionAccepted() = 0;
         virtual HttpReply reply(const RequestQueue::Request &request) = 0;
         virtual void log(const char *function, const QString &text) = 0;
@@ -53,7 +53,7 @@ public:
     explicit HttpServer(Handler &handler, QObject *parent);
     ~HttpServer() override;
 
-    /// Listens at a new port; existing connections are dropped. False if there is no port.
+    /// Listens on a new port; existing connections are dropped. False if the server cannot listen.
     bool listen();
     /// Drops all connections and stops listening.
     void close();
@@ -93,17 +93,17 @@ private:
     Handler &handler;
     LoopbackServer *server = nullptr;
     std::unique_ptr<RequestQueue> requests;
-    QMap<ClientSocket *, bool> clients; ///< whether responses still reach them
+    QMap<ClientSocket *, bool> clients; ///< value: whether the client is still connected
     QSet<ClientSocket *> finishing;     ///< clients whose last response is being sent
-    QSet<ClientSocket *> lingering;     ///< clients whose last response is sent
+    QSet<ClientSocket *> lingering;     ///< clients whose last response has been sent
     std::mutex clientsMutex;
     RequestLog requestLog;
 
-    QTimer nextRequest;  ///< between two requests the thread handles everything else
+    QTimer nextRequest;  ///< runs the event loop between two requests
     QTimer nextAccept;   ///< between two connections, because each may have to open the sensor
     QTimer nextDeadline; ///< for RequestQueue::expire()
-    // A timer may fire before the sockets have reported what arrived earlier. These give them one round of the event
-    // loop to do so.
+    // A timer may fire before the sockets have reported input that arrived earlier. These timers let the event
+    // loop run once in between.
     QTimer requestAfterSockets;
     QTimer deadlineAfterSockets;
     QElapsedTimer uptime;

@@ -3,7 +3,7 @@
 
 namespace SondixQt {
 
-/// The statuses with which the tunnel itself answers.
+/// The status codes of answers that the tunnel itself generates.
 namespace HttpStatus {
 
 constexpr int ok = 200;

@@ -8,8 +8,8 @@
 
 namespace SondixQt {
 
-/// An unbuffered connection. QTcpSocket buffers, and closes the connection when the other side ends sending, although
-/// that side may still wait for its answer.
+/// An unbuffered connection. QTcpSocket buffers, and closes the connection when the peer shuts down its write
+/// side, although the peer may still wait for its answer.
 class ClientSocket : public QAbstractSocket
 {
 public:
@@ -18,7 +18,7 @@ public:
     {
     }
 
-    /// Emit readyRead() again although nothing was read since the last time.
+    /// Makes Qt emit readyRead() again, which it otherwise does only after a read.
     void expectInput();
 };
 
@@ -29,7 +29,7 @@ public:
     using QTcpServer::QTcpServer;
 
     bool hasPendingConnections() const override { return !pending.empty(); }
-    /// The next connection, null when there is none. It belongs to the server until it is deleted.
+    /// The next connection, or null if there is none. The server remains its parent.
     ClientSocket *takeConnection();
     /// Stops listening and drops the connections that were not taken.
     void stop();

@@ -4,8 +4,8 @@
 #include <QtGlobal>
 
 /// \file
-/// What Qt's sockets do not tell. Reading from one whose other side has ended sending closes it, so pendingInput() is
-/// asked first.
+/// Socket states that Qt does not report, and the shutdown of the write side. Reading from a QAbstractSocket
+/// whose peer has shut down its write side closes the socket: call pendingInput() first.
 
 QT_BEGIN_NAMESPACE
 class QAbstractSocket;
@@ -16,18 +16,17 @@ namespace SondixQt {
 enum class SocketInput {
     Data,
     Nothing, ///< for now
-    Ended,   ///< everything is read, and the other side sends nothing more
+    Ended,   ///< everything has been read, and the peer has shut down its write side
     Failed,  ///< the connection is gone
 };
 
-/// What reading from \a socket would give.
+/// The result that reading from \a socket would have.
 SocketInput pendingInput(const QAbstractSocket &socket);
 
-/// Whether the other side has ended sending. What it has sent may not be read yet.
+/// Whether the peer has shut down its write side. There may still be unread input.
 bool hasPeerEndedSending(const QAbstractSocket &socket);
 
-/// Tells the other side that nothing more comes from here, while what it sends can still be read. What was written
-/// before must have left the socket's own buffer.
+/// Shuts down the write side; input can still be read. The write buffer of \a socket must be empty.
 void endSending(const QAbstractSocket &socket);
 
 } // namespace SondixQt

@@ -19,7 +19,7 @@ bool isControl(char byte)
     return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f;
 }
 
-/// \a text up to the first of \a ends, or all of it.
+/// \a text up to the first character that is in \a ends, or all of it.
 QByteArray upTo(const QByteArray &text, const char *ends)
 {
     return text.left(int(std::strcspn(text.constData(), ends)));
@@ -45,8 +45,8 @@ bool isLoopbackAddress(const QByteArray &host)
            });
 }
 
-/// Whether \a host (of the Host field) always means this computer. Any other name could be made to resolve to it, and
-/// a page from there would then be of the same origin.
+/// Whether \a host, the value of a Host field, always means this computer. Any other name could be made to
+/// resolve to the loopback address (DNS rebinding), and pages under that name would then have the same origin.
 bool isThisComputer(QByteArray host)
 {
     host = host.toLower();
@@ -66,7 +66,7 @@ bool isThisComputer(QByteArray host)
 
 using Headers = QHash<QByteArray, QByteArray>;
 
-/// Whether a page of the origin that the request names may send it.
+/// Whether the request is allowed from its origin, which Sec-Fetch-Site or Origin contains.
 bool isAllowedOrigin(RequestHead::Method method, const Headers &headers)
 {
     if (!headers.contains("sec-fetch-site"))
@@ -85,8 +85,8 @@ bool isWebSocketOrPrefetch(const Headers &headers)
     return headers.contains("upgrade") || headers.value("sec-purpose").toLower().contains("prefetch");
 }
 
-/// Parses the header fields by lower-case name; repeated ones are joined with ", ". False for a malformed line or a
-/// repeated security-relevant field.
+/// Parses the header fields by lower-case name; repeated ones are joined with ", ". False for a malformed line or
+/// a repeated security-relevant field.
 bool readHeaders(const QList<QByteArray> &lines, Headers &headers)
 {
     static const QList<QByteArray> unique = {"content-length", "host",           "origin",
@@ -157,7 +157,7 @@ QByteArray withoutQuotationMarks(QByteArray text)
     return text.replace("\"", "");
 }
 
-/// The lines of \a head; none when a line contains a control byte. Tabs are white space in header fields.
+/// The lines of \a head; empty if one of them contains a control byte. Tabs are white space in header fields.
 QList<QByteArray> splitLines(const QByteArray &head)
 {
     QList<QByteArray> lines;

@@ -9,7 +9,7 @@ namespace SondixQt {
 
 namespace {
 
-/// \a path without what could do harm or be taken for something else where a log is shown.
+/// \a path with all bytes except printable ASCII percent-encoded, so that it cannot fake other log output.
 QString printable(const QByteArray &path)
 {
     QByteArray shown;
@@ -25,7 +25,7 @@ QString printable(const QByteArray &path)
 int headSize(const QByteArray &response)
 {
     const int end = response.indexOf("\r\n\r\n");
-    const int bareEnd = response.indexOf("\n\n"); // a sensor's head may have these
+    const int bareEnd = response.indexOf("\n\n"); // the lines of a sensor's head may end in a bare "\n"
     return bareEnd >= 0 && (end < 0 || bareEnd < end) ? bareEnd + 2 : end + 4;
 }
 

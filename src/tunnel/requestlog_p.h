@@ -9,8 +9,8 @@
 
 namespace SondixQt {
 
-/// Writes a line for each request, such as "GET / 200, 1445 bytes in 23 ms", when the last byte of its answer is
-/// written, or when its client has left: the bytes are those of the body that were written. Times are milliseconds.
+/// Logs a line for each request, such as "GET / 200, 1445 bytes in 23 ms", when its answer is completely written
+/// or its client disconnects. The number of bytes is that of the body bytes written. Times are in milliseconds.
 class RequestLog
 {
 public:
@@ -27,11 +27,12 @@ public:
     };
 
     void connected(Client client);
-    /// The request of \a entry has been answered; the answer's bytes follow, unless its client has left.
+    /// The request of \a entry has been answered. writes() follows with the bytes, unless the client has
+    /// disconnected.
     void answered(Client client, const Entry &entry, qint64 now);
-    /// \a bytes are about to be written, which answer the request \a number, or 0.
+    /// \a bytes are about to be written; they answer the request \a number, or none if it is 0.
     void writes(Client client, quint64 number, const QByteArray &bytes);
-    /// All bytes but \a unsent are written.
+    /// All bytes except the last \a unsent have been written.
     void wrote(Client client, qint64 unsent, qint64 now);
     void left(Client client, qint64 now);
 
@@ -39,8 +40,8 @@ private:
     struct Line
     {
         Entry entry;
-        qint64 begin = 0; ///< of the body, counted from the first byte that was ever written
-        qint64 size = -1; ///< of the body, -1: not known yet
+        qint64 begin = 0; ///< of the body, counted from the first byte of the connection
+        qint64 size = -1; ///< of the body; -1: not known yet
     };
     struct Output
     {

@@ -113,7 +113,7 @@ void RequestParser::skipLineEnds()
     bytes.remove(0, size);
 }
 
-/// Without the line end, complete or half.
+/// The line end does not count, even if only its carriage return has arrived.
 int RequestParser::firstLineSize() const
 {
     const int end = bytes.indexOf(lineEnd);
@@ -135,7 +135,8 @@ RequestParser::Step RequestParser::parseHead(ParsedRequest &parsed)
     if (isTooLong && isToken(bytes.left(bytes.indexOf(' '))))
         return refused(parsed, HttpStatus::uriTooLong);
     if (!beginsRequest() && !mayBeginRequest())
-        // After a request that ended with a pause this may be its rest: header fields that would have refused it.
+        // After a request that ended with a pause this may be the rest of it: fields that would have caused a
+        // refusal.
         return endedByPause ? refused(parsed, HttpStatus::badRequest) : dropText(parsed, lineSize);
     if (isTooLong)
         return refused(parsed, HttpStatus::uriTooLong);
@@ -220,7 +221,7 @@ RequestParser::Step RequestParser::finish(ParsedRequest &parsed)
     state = State::Head;
     if (head.closesConnection)
         end();
-    // The C interface ends texts at a zero byte: the sensor would get half a command.
+    // The C interface ends texts at a zero byte: the sensor would get a truncated command.
     if (head.method == RequestHead::Post && text.contains('\0'))
         return refused(parsed, HttpStatus::badRequest);
 
@@ -267,7 +268,7 @@ bool RequestParser::handlePause(ParsedRequest &parsed)
     }
     const bool halfLineEnd = bytes.endsWith('\r');
     const RequestHead meant = readRequestHead(halfLineEnd ? bytes.chopped(1) : bytes, hostSeen);
-    // A browser always sends the blank line: the rest of its head is still to come. So is a target that is missing.
+    // A browser always sends the blank line, so the rest of its head is still to come. So is a missing target.
     const bool hasTarget = meant.refusal != 0 || !meant.path.isEmpty();
     if (!hasTarget || meant.fromBrowser || meant.endsInsideHeaderName || meant.contentLength > 0)
         return false;
@@ -327,8 +328,8 @@ bool RequestParser::endsWithPause() const
 {
     if (pauseHandled || state == State::Body || !isIncomplete())
         return !pauseHandled && state == State::Discard;
-    // A request of another method, complete or not, never ends with a pause: its body could otherwise be taken for the
-    // next request.
+    // A request of another method, complete or not, never ends with a pause: its body could otherwise be taken
+    // for the next request.
     return state == State::RawBody || beginsGet() || !(beginsRequest() || mayBeginRequest());
 }
 

@@ -11,7 +11,7 @@ struct ParsedRequest
 {
     enum Kind {
         Get,         ///< a page of the sensor's web interface
-        Import = 1,  ///< settings for the sensor: the body below its first line, "IMPORT ..."
+        Import = 1,  ///< settings for the sensor: the body after its first line "IMPORT ..."
         Command = 2, ///< any other command for the sensor
         OtherMethod, ///< neither GET nor POST: not for the sensor
         HeadMethod,  ///< the same, but the answer has no body
@@ -30,15 +30,21 @@ struct ParsedRequest
 };
 
 /// Parses the bytes of one connection. The result does not depend on how the bytes are split.
+///
+/// A raw client is a program that sends none of the fields that a browser sends (RequestHead::fromBrowser). It
+/// may omit the blank line of a GET and the length of a body: a pause in its input then ends the request.
 class RequestParser
 {
 public:
     void append(const QByteArray &bytes);
-    /// The next request that is complete or refused. Nothing follows a refusal.
+    /// Sets \a parsed to the next request that is complete or refused; false if there is none. A refusal is the
+    /// last one.
     bool next(ParsedRequest &parsed);
-    /// The client has paused: a raw client's GET or command without a length ends here, and text is dropped.
+    /// Handles a pause in the input: ends a raw client's request, and drops text that is not a request. True if
+    /// \a parsed is set.
     bool handlePause(ParsedRequest &parsed);
-    /// The client sends nothing more. Has the effect of a pause; what is still incomplete then is discarded.
+    /// Handles the end of the input like a pause, then discards what is still incomplete. True if \a parsed is
+    /// set.
     bool endInput(ParsedRequest &parsed);
     /// Refuses everything that follows.
     ParsedRequest refuse(int status);
@@ -48,9 +54,9 @@ public:
     bool isEnded() const { return state == State::Ended; }
     /// Whether a request has begun that is not complete.
     bool isIncomplete() const;
-    /// Whether handlePause() would end something.
+    /// Whether a pause in the input must be handled by handlePause().
     bool endsWithPause() const;
-    /// How many times bytes that are no request were dropped since the last call.
+    /// How many times since the last call input was dropped or a method was not supported.
     int takeDropped();
 
 private:
@@ -80,13 +86,13 @@ private:
     bool mayBeginRequest() const;
 
     State state = State::Head;
-    QByteArray input; ///< appended, from inputBegin on not taken into bytes yet
+    QByteArray input; ///< appended bytes; those from inputBegin on are not in bytes yet
     int inputBegin = 0;
     QByteArray bytes;          ///< being parsed; kept short, since parsed bytes are removed from its front
     int searched = 0;          ///< there is no blank line before this position of bytes
     bool pauseHandled = false; ///< handlePause() was called since the last bytes
-    bool endedByPause = false; ///< the last request ended with a pause: its rest may still come
-    bool skipLineFeed = false; ///< the carriage return of a line end was dropped by a pause
+    bool endedByPause = false; ///< the last request ended with a pause: the rest of it may still arrive
+    bool skipLineFeed = false; ///< a pause dropped text that ended with the carriage return of a line end
     RequestHead head;          ///< of the request whose body is outstanding
     QByteArray body;
     int discarded = 0; ///< bytes since the last request

@@ -11,11 +11,11 @@
 
 namespace SondixQt {
 
-/// The requests of all connections and the responses to them, in order within each connection. It has no sockets and
-/// no clock: it is given bytes, times (in milliseconds) and answers.
+/// The requests of all connections and the responses to them, in order within each connection. It uses no
+/// sockets and no clock: the caller passes in the bytes, the times (in milliseconds) and the answers.
 ///
-/// Before expire(), feed everything that has arrived: a client is not quiet because it was not read. All functions may
-/// be called from any thread.
+/// Before expire(), pass everything that has arrived to feed(): otherwise a client whose input has not been read
+/// is taken for a quiet one. All functions may be called from any thread.
 class RequestQueue
 {
 public:
@@ -25,7 +25,7 @@ public:
     struct Request
     {
         quint64 number = 0;
-        Client client = nullptr; ///< null: it has left
+        Client client = nullptr; ///< null: it has disconnected
         ParsedRequest::Kind kind = ParsedRequest::Get;
         QByteArray method;
         QByteArray path;
@@ -33,23 +33,23 @@ public:
         QByteArray text; ///< of a command
     };
 
-    /// What becomes of the connection after a response.
+    /// What to do with the connection after a response.
     enum class ConnectionAction {
         KeepAlive,
-        Close,           ///< when everything is sent
+        Close,           ///< when everything has been sent
         CloseDiscarding, ///< the same, after a refusal: the client may still be sending
         Abort,           ///< at once
     };
 
     struct Response
     {
-        quint64 number = 0; ///< of the request that it answers; 0 if that was never taken
+        quint64 number = 0; ///< of the request that it answers; 0 if no request was taken for it
         Client client = nullptr;
         QByteArray bytes;
         ConnectionAction action = ConnectionAction::KeepAlive;
     };
 
-    /// An incomplete request may wait \a timeout seconds for its next bytes.
+    /// \a timeout is the time in seconds that an incomplete request may wait for its next bytes.
     explicit RequestQueue(int timeout);
 
     /// Forgets everything.
@@ -57,7 +57,8 @@ public:
 
     /// Adds a connection. If it is not \a accepted, it is refused with 503.
     void addClient(Client client, qint64 now, bool accepted = true);
-    /// The client has left: forgets the connection, its GETs and its responses. Its complete commands stay.
+    /// Removes the connection of a client that has disconnected, with its GETs and responses. Its complete
+    /// commands are still served.
     void removeClient(Client client);
 
     /// Number of connections that may still send requests.
@@ -65,36 +66,36 @@ public:
 
     /// Parses \a bytes of \a client.
     void feed(Client client, const QByteArray &bytes, qint64 now);
-    /// \a client has shut down its sending side. Its connection is closed when all its requests are answered.
+    /// \a client has shut down its write side. Its connection is closed when all its requests are answered.
     void endInput(Client client, qint64 now);
-    /// Whether to read from \a client: false while the maximum of its requests waits.
+    /// Whether to read from \a client: false while the maximum number of its requests is waiting.
     bool wantsBytes(Client client) const;
-    /// While \a client is not \a reading its responses, its requests wait.
+    /// Sets whether \a client reads its responses. While it does not, its requests are not served.
     void setReading(Client client, bool reading, qint64 now);
     /// Handles pauses, timeouts and idle connections.
     void expire(qint64 now);
-    /// When to call expire() next, -1: never.
+    /// The time at which to call expire() next; -1 if no deadline is pending.
     qint64 nextDeadline() const;
 
     /// Whether takeRequest() would succeed.
     bool hasRequest() const;
-    /// The next request to serve, the connections in turn. The next one of a connection follows when this one is
-    /// answered.
+    /// Takes the next request to serve; false if there is none. The connections are served in turn. The next
+    /// request of a connection is not available before this one is answered.
     bool takeRequest(Request &request);
 
     /// \name Answers to a request that was taken
-    /// Dropped if its client has left.
+    /// They are dropped if the client has disconnected.
     /// \{
     void answer(const Request &request, const QByteArray &header, const QByteArray &body, qint64 now);
     void answerCommand(const Request &request, const QByteArray &answer, qint64 now);
     void answerOtherMethod(const Request &request, qint64 now);
-    /// \a errorText is Latin-1. If it \a closes, the connection ends.
+    /// \a errorText is Latin-1. If \a closes is set, the connection is closed afterwards.
     void fail(const Request &request, const QByteArray &errorText, bool closes, qint64 now);
     /// \}
 
     bool takeResponse(Response &response);
 
-    /// How many times bytes that are no request were dropped since the last call.
+    /// How many times since the last call input was dropped or a method was not supported.
     int takeDropped();
 
 private:
@@ -102,7 +103,7 @@ private:
     {
         RequestParser parser;
         std::deque<ParsedRequest> waiting;
-        quint64 serving = 0; ///< number of the request that was taken, 0: none
+        quint64 serving = 0; ///< number of the request that was taken; 0: none
         bool servingCloses = false;
         bool reading = true;
         bool inputEnded = false;
@@ -126,7 +127,7 @@ private:
     Connections connections;
     Client lastServed = nullptr;
     quint64 lastNumber = 0;
-    std::deque<ParsedRequest> left; ///< commands of clients that have left
+    std::deque<ParsedRequest> left; ///< commands of clients that have disconnected
     std::deque<Response> responses;
     int dropped = 0;
 };

@@ -6,14 +6,14 @@
 
 namespace SondixQt {
 
-/// The response with the sensor's \a header and \a body. An empty header is replaced by a composed one, CORS fields
-/// are removed, and a 304 has no body.
+/// The response with the sensor's \a header and \a body. An empty header is replaced by a composed one, CORS
+/// fields are removed, and a 304 has no body.
 QByteArray sensorResponse(const QByteArray &header, const QByteArray &body);
 
-/// Whether the header tells the length of the body. Otherwise the end of the connection marks it.
+/// Whether the client can find the end of the body without the connection being closed.
 bool isDelimited(const QByteArray &header, const QByteArray &body);
 
-/// Whether the sensor's header closes the connection.
+/// Whether the sensor's header announces that the connection will be closed.
 bool announcesEnd(const QByteArray &header);
 
 /// The answer to a command.
@@ -28,7 +28,7 @@ QByteArray otherMethodResponse(bool withBody);
 /// The 100 that asks a client for the announced body.
 QByteArray continueResponse();
 
-/// The page for a refused request. It announces the end of the connection.
+/// The page for a refused request, with a header that announces that the connection will be closed.
 QByteArray refusalResponse(int status);
 
 } // namespace SondixQt

@@ -13,7 +13,7 @@ namespace {
 
 constexpr unsigned long timeoutMs = 2000;
 
-/// Calls into the worker's thread name these types as text.
+/// Registers the type names that call() passes to QMetaObject::invokeMethod().
 void registerMetaTypes()
 {
     qRegisterMetaType<QUrl>("QUrl&");
@@ -21,7 +21,6 @@ void registerMetaTypes()
 }
 Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
 
-/// Calls a function of the worker in the worker's thread.
 template<typename... Arguments>
 void call(RS232TunnelWorker *worker, const char *function, Arguments... arguments)
 {
@@ -41,7 +40,7 @@ public:
     }
 
     QThread *const thread;
-    RS232TunnelWorker *const worker; ///< belongs to the thread
+    RS232TunnelWorker *const worker; ///< lives in the thread, which deletes it at its end
 };
 
 RS232Tunnel::RS232Tunnel(SensorInstance &sensor, QObject *parent)
@@ -69,7 +68,7 @@ RS232Tunnel::~RS232Tunnel()
         const CallerFence ended(d->worker);
         return;
     }
-    // The sensor holds the thread up. Deleting its object now would terminate the program.
+    // The thread is still waiting for the sensor. Deleting a running QThread would terminate the program.
     d->thread->setParent(nullptr);
     connect(d->thread, &QThread::finished, d->thread, &QObject::deleteLater);
     if (d->thread->isFinished())

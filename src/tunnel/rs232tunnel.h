@@ -12,54 +12,59 @@ namespace SondixQt {
 class RS232TunnelPrivate;
 class SensorInstance;
 
-/// Lets a browser on this computer reach the web interface of a sensor that hangs on a serial line.
+/// Lets a browser on this computer use the web interface of a sensor that is connected to a serial line.
 ///
 /// \par Use
-/// Construct it on the sensor's SensorInstance, call openTunnel() and hand the URL to a browser. The
-/// tunnel serves HTTP on the loopback address at a port that the operating system chooses. GET requests
-/// are answered by the sensor's web interface, POST requests carry commands for the sensor.
+/// Construct it for the sensor's SensorInstance, call openTunnel() and open the URL in a browser. The tunnel
+/// serves HTTP on the loopback address at a port that the operating system chooses. GET requests are answered by
+/// the sensor's web interface; POST requests contain commands for the sensor.
 ///
-/// \par The sensor meanwhile
-/// The sensor may be open already; otherwise the tunnel opens it with
-/// SensorInstance::storedInterfaceParameters() and closes it again. While the tunnel is open, the
-/// sensor's RS422 output is off, since the web interface shares the line with it: no measured values
-/// arrive over that line meanwhile. If the tunnel switched it off, it switches it on again when it closes, provided
-/// that the sensor is still open. A command from the browser that changes
-/// the baud rate closes the sensor and opens it at the new one. When the application closes the sensor,
-/// the next connection of a browser opens it again.
+/// \par Effects on the sensor
+/// The sensor may be open already; otherwise the tunnel opens it with SensorInstance::storedInterfaceParameters()
+/// and closes it again. While the tunnel is open, the RS422 output of the sensor is switched off, because the web
+/// interface uses the same line: no measured values arrive over it. If the tunnel switched the output off, it
+/// switches it on again when it is closed, provided that the sensor is still open. If a command from the browser
+/// changes the baud rate, the tunnel closes the sensor and opens it at the new one. If the application closes the
+/// sensor, the next connection of a browser opens it again.
 ///
-/// \par Who may use it
-/// Every program on this computer can reach the port, and so could every web page that its user visits. Requests under
-/// another host name, and commands from pages of another origin, are refused with 403 and never reach the sensor. A
-/// page of another origin can still make the browser leave for a page of the sensor, with or without a click: by a
-/// link, a form, a script or a refresh header. The sensor then sends that page (a GET, which commands nothing) and the
-/// browser shows it; the other page cannot read it. Everything else that a page fetches from the sensor is refused
-/// when the browser says where the request comes from (Sec-Fetch-Site or Origin), as are WebSockets and pages that a
-/// browser fetches in advance. A browser older than these headers can be made to fetch pages, though not to command.
+/// \par Access control
+/// Every program on this computer can reach the port, and so can every web page that the user visits. Requests
+/// with a foreign host name and commands from pages of another origin are refused with 403 and never reach the
+/// sensor. A page of another origin can still make the browser navigate to a page of the sensor, with or without
+/// a click: by a link, a form, a script or a refresh header. The browser then shows the sensor's page (fetched by
+/// a GET, which executes no command), but the other page cannot read it. All other requests from foreign pages
+/// are refused if the browser reports their source (Sec-Fetch-Site or Origin). WebSockets and pages that a
+/// browser fetches in advance are refused, too. With a browser that does not send Sec-Fetch-Site, a foreign page
+/// can fetch pages of the sensor, but cannot send commands: the browser reports their source in Origin. A browser
+/// that does not send Origin with a POST either is not protected.
 ///
-/// \par What is carried out
-/// A command that has arrived whole is carried out, also when its client has left meanwhile. A client that has only
-/// ended sending gets its answer. Requests other than GET and POST get 501.
+/// \par Execution of requests
+/// A command that has arrived completely is executed even if its client has disconnected in the meantime. A
+/// client that has only shut down its write side receives its answer. Methods other than GET and POST are
+/// answered with 501.
 ///
-/// \par What it logs
-/// With the logging category "SondixQt.RS232Tunnel.Requests" switched on: a line for each request that was refused,
-/// or answered, with the bytes that were written. "SondixQt.RS232Tunnel" tells what went wrong.
+/// \par Logging
+/// If the logging category "SondixQt.RS232Tunnel.Requests" is enabled, a line is logged for each request that was
+/// refused or answered, with the number of bytes written. Failures are logged in "SondixQt.RS232Tunnel".
 ///
 /// \par Threads
-/// All network and sensor traffic of the tunnel runs in a thread of its own. The functions may be called from any
-/// other thread; each blocks until that thread has answered, which takes as long as the request that is being served.
-/// From a slot of SensorInstance::errorMessage() call them only if its connection is queued: such a slot runs while
-/// its thread keeps the sensor for itself, and the tunnel would wait for it for ever.
-/// The application may go on sending commands and reading values meanwhile: each sequence of commands is kept
-/// together, and waits while the tunnel opens or closes the sensor. It may close the sensor. What the instance tells
-/// without asking the sensor (its info parameters, modes and flags) may change whenever the tunnel opens it, which a
-/// new connection or a new baud rate brings about: read that while the tunnel is closed. The instance must not be
-/// released, moved from or destroyed while the tunnel lives.
+/// All network and sensor traffic of the tunnel runs in a separate thread. The functions may be called from any
+/// other thread. Each blocks until the tunnel's thread has answered, which can take as long as the request in
+/// progress. Do not call them from a slot that is connected directly to SensorInstance::errorMessage(), but use a
+/// queued connection: the slot runs while the mutex of the instance is locked, and the tunnel's thread would wait
+/// for it forever.
+///
+/// The application may continue to send commands and to read values: a sequence of commands is not interrupted by
+/// other threads, and waits while the tunnel opens or closes the sensor. The application may also close the
+/// sensor. The functions of the instance that do not query the sensor (info parameters, modes and flags) may be
+/// called only while the tunnel is closed: their values change whenever the tunnel opens the sensor, which it
+/// does for a new connection or a new baud rate. The instance must not be released, moved from or destroyed while
+/// the tunnel exists.
 ///
 /// \par Ownership
-/// The instance is borrowed and must outlive the tunnel. Destroying the tunnel closes it and waits at most two
-/// seconds. Where the sensor has not answered by then, the thread is let go of: it ends by itself when the sensor's
-/// library returns, and the instance must live until then. An application that cannot promise this calls
+/// The tunnel does not own the instance, which must outlive it. Destroying the tunnel closes it and waits at most
+/// two seconds. If the sensor has not answered by then, the thread continues until the sensor-access library
+/// returns, and the instance must exist until then. If the application cannot guarantee this, it calls
 /// closeTunnel() first, which returns when the sensor has answered.
 class SONDIXQT_EXPORT RS232Tunnel : public QObject
 {
@@ -68,27 +73,29 @@ public:
     explicit RS232Tunnel(SensorInstance &sensor, QObject *parent = nullptr);
     ~RS232Tunnel() override;
 
-    /// Opens the sensor where it is not open, starts the server and writes its address to \a outUrl. An
-    /// open tunnel starts afresh: its connections are dropped and the port may change. Fails with the
-    /// error of opening the sensor. Where the server finds no port, the result is 0 and \a outUrl empty.
+    /// Opens the sensor if it is closed, starts the server and writes its address to \a outUrl. If the tunnel is
+    /// already open, it is restarted: its connections are dropped and the port may change. Returns the error of
+    /// opening the sensor. If the server cannot listen on any port, the result is NoError and \a outUrl is empty.
     Q_INVOKABLE SondixQt::ErrorCode openTunnel(QUrl &outUrl);
-    /// Whether the server listens.
+    /// Whether the server is listening.
     Q_INVOKABLE bool isTunnelOpen() const;
-    /// Whether the sensor is open, no matter who opened it.
+    /// Whether the sensor is open, regardless of whether the tunnel or the application opened it.
     Q_INVOKABLE bool isSerialCommunicationOpen() const;
-    /// The server's address, such as http://127.0.0.1:49152; empty while it does not listen.
+    /// The server's address, such as http://127.0.0.1:49152; empty while it is not listening.
     Q_INVOKABLE QUrl url();
     /// Drops all connections and stops the server; closes the sensor if the tunnel opened it.
     Q_INVOKABLE void closeTunnel();
 
 Q_SIGNALS:
-    /// The tunnel has closed the sensor, or was closed on a sensor that the application had opened. Not emitted when
-    /// the sensor could not be closed.
+    /// Emitted when the tunnel has closed the sensor, when the tunnel is closed without having to close the
+    /// sensor, and when the sensor is lost because a change of the baud rate failed. Not emitted if the sensor
+    /// cannot be closed.
     void forwardTunnelClosed();
-    /// The sensor is open for the tunnel; its server may not listen yet.
+    /// Emitted when the sensor is open for the tunnel; the server may not be listening yet.
     void forwardTunnelOpened();
-    /// Emit it to have the sensor-access library write a log of the tunnel, or to end that: ten files in
-    /// turn, in the folder that the application's QSettings name "logFileDir", else in the temporary one.
+    /// Emit this signal to start or stop the log of the sensor-access library for the tunnel. The log rotates
+    /// over ten files in the folder "logFileDir" of the application's QSettings, or in the temporary folder if
+    /// that is not set.
     void enableLogging(bool enable);
 
 private:

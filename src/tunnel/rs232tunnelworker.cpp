@@ -89,7 +89,7 @@ void RS232TunnelWorker::connectionAccepted()
 HttpReply RS232TunnelWorker::reply(const RequestQueue::Request &request)
 {
     HttpReply reply = request.kind == ParsedRequest::Get ? relay(request) : handleSensorCommandFromProxy(request);
-    // The browser's next connection opens the sensor again.
+    // If the sensor is closed, close the connection: a new one opens the sensor again.
     if (reply.kind == HttpReply::Failure)
         reply.closes = !link.isOpen();
     return reply;

@@ -9,7 +9,7 @@
 #include <QObject>
 #include <QUrl>
 
-// Tests reach the worker without its front; a library that is built without tests does not export it.
+// Some tests use the worker directly: it is exported only if the library is built with tests.
 #if defined(SONDIXQT_EXPORT_FOR_TESTS)
 #    define SONDIXQT_TEST_EXPORT SONDIXQT_EXPORT
 #else

@@ -24,7 +24,7 @@ constexpr int maxPageLength = 16383;
 constexpr int closeAttempts = 6;
 constexpr int logFileCount = 10;
 
-/// Only used inside the tunnel.
+/// The interface parameters of the sensor are unknown. Never returned to the application.
 constexpr ErrorCode unknownLink = ErrorCode(-1);
 
 /// The name for a series of log files of the sensor \a shortName.
@@ -68,7 +68,8 @@ ErrorCode SerialLink::openSerialCommunication()
         const ErrorCode result = sensor->open(sensor->storedInterfaceParameters(), &errorText);
         if (result != NoError) {
             log("openSerialCommunication", errorText);
-            // Opened with an error: the tunnel does not use it, so nothing would close it later.
+            // open() can fail and leave the sensor open. The tunnel does not use it then, so nothing would close
+            // it later.
             if (sensor->isOpen())
                 sensor->close();
             return result;
@@ -83,7 +84,7 @@ SerialLink::Closing SerialLink::close()
 {
     logStarted = false;
     bool isOpen = sensor->isOpen();
-    // The sensor keeps this setting: whoever opens it next would get no values.
+    // The sensor keeps this setting: the next application that opens it would get no values.
     if (rs422SwitchedOff && isOpen)
         enableRS422Output();
     else if (rs422SwitchedOff)
@@ -91,7 +92,7 @@ SerialLink::Closing SerialLink::close()
 
     Closing closing;
     for (int attempt = 0; attempt < closeAttempts && isOpen && openedByTunnel; ++attempt) {
-        // SensorInstance::close() takes no lock: it must not come between a command and its answer.
+        // SensorInstance::close() does not lock, but must not be executed between a command and its answer.
         const InstanceLock lock(sensor);
         if (sensor->close() == NoError)
             ++closing.closed;
@@ -139,7 +140,7 @@ bool SerialLink::takeLost()
     return std::exchange(lost, false);
 }
 
-/// Holds the lock while the sensor is closed: the application's commands would fail meanwhile.
+/// Holds the lock while the sensor is closed, because commands of the application would fail in the meantime.
 ErrorCode SerialLink::changeBaudrate(int baudrate, QString *errorText)
 {
     const InstanceLock lock(sensor);

@@ -10,8 +10,8 @@ namespace SondixQt {
 
 class SensorInstance;
 
-/// The serial link to the sensor while the tunnel uses it: opens and closes it where needed, keeps the sensor's RS422
-/// output off, and carries pages and commands. Sequences of commands hold the instance's lock.
+/// The serial link to the sensor while the tunnel uses it: opens and closes it if needed, keeps the sensor's RS422
+/// output off, and transfers pages and commands. Sequences of commands hold the lock of the instance.
 class SerialLink
 {
 public:
@@ -31,14 +31,15 @@ public:
 
     ErrorCode fetchPage(const QString &path, const QString &entityTag, QByteArray &header, QByteArray &body,
                         QString *errorText);
-    /// Sends \a text to the sensor and follows it where it changes the link, such as a new baud rate.
+    /// Sends \a text to the sensor. If the command changes the link, such as its baud rate, adapts to the change.
     ErrorCode sendCommand(const QString &text, bool isImport, QByteArray &answer, QString *errorText);
-    /// Whether the sensor was lost since the last call: it answers at neither baud rate.
+    /// Whether the sensor was lost since the last call: it could be opened at neither the new nor the old baud
+    /// rate.
     bool takeLost();
 
     /// Switches the sensor-access library's log of this link on or off.
     void enableLogging(bool enable);
-    /// Writes to the debug log, and to the sensor's log if it is on. \a function: of the tunnel's worker.
+    /// Writes to the debug log, and to the sensor's log if it is on. \a function names a function of the worker.
     void log(const char *function, const QString &text);
 
 private:

@@ -2,8 +2,8 @@
 #pragma once
 
 /// \file
-/// Qt synchronises calls across threads with locks that the thread sanitizer does not see, because Qt itself is built
-/// without it. These classes annotate the order for it. Without the sanitizer they do nothing.
+/// Qt synchronises calls across threads with locks that the thread sanitizer does not see, because Qt itself is
+/// built without it. These classes declare the order to it. Without the sanitizer they do nothing.
 
 #if defined(__SANITIZE_THREAD__)
 #    define SONDIXQT_THREAD_SANITIZER
@@ -20,7 +20,8 @@ extern "C" void __tsan_release(void *place);
 
 namespace SondixQt {
 
-/// Scope of a call into the thread of \a callee, or of what follows that thread's end.
+/// Exists during a call into the thread of \a callee. An object that is created after that thread has ended
+/// orders the thread's work before the code that follows it.
 class CallerFence
 {
 public:
@@ -44,7 +45,7 @@ private:
     [[maybe_unused]] void *place;
 };
 
-/// Scope in which the callee runs such a call.
+/// Exists in the thread of \a callee while it executes such a call.
 class CalleeFence
 {
 public:

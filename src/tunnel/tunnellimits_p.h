@@ -11,12 +11,12 @@ namespace TunnelLimits {
 constexpr int requestLine = 8 * 1024;     ///< bytes
 constexpr int head = 32 * 1024;           ///< bytes, the request line included
 constexpr int body = 1024 * 1024;         ///< bytes
-constexpr int discarded = 1024 * 1024;    ///< bytes that are no request, before the connection ends
+constexpr int discarded = 1024 * 1024;    ///< bytes that are not a request, before the connection ends
 constexpr int connections = 64;           ///< at a time
 constexpr int waitingRequests = 16;       ///< of one connection, before no more is read from it
 constexpr int waitingText = 1024 * 1024;  ///< bytes of their commands, likewise
 constexpr int readChunk = 64 * 1024;      ///< bytes taken from a connection at a time
-constexpr qint64 unsentAnswers = 1 << 20; ///< bytes that a client has not read, before it gets no more
+constexpr qint64 unsentAnswers = 1 << 20; ///< bytes that a client has not read, before its requests must wait
 
 constexpr int incompleteRequestSeconds = 5; ///< that an incomplete request may wait for its next bytes
 constexpr qint64 quietMs = 300;             ///< pause after which a raw client's request is complete
