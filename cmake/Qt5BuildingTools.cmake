@@ -1,4 +1,4 @@
-# Qt's tools come from the computer that builds: those of any Qt 5.15 will do.
+# Qt's tools must run on the building computer: take them from any Qt 5.15 there.
 foreach(tool moc rcc uic)
     if(NOT TARGET Qt5::${tool})
         find_program(SONDIXQT_QT_${tool} NAMES ${tool} ${tool}-qt5 HINTS /usr/lib/qt5/bin /usr/lib64/qt5/bin

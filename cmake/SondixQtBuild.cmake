@@ -1,4 +1,4 @@
-# How every target of the project is compiled.
+# Compiler settings of all targets of the project.
 
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -11,10 +11,10 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 
-# moc need not wait for the libraries that a target is linked to.
+# Lets moc run before the libraries are built that a target is linked to.
 set(CMAKE_AUTOGEN_ORIGIN_DEPENDS OFF)
 
-# The compiler cache, where it is installed. The variable lets it take precompiled headers.
+# Use ccache if it is installed. It caches sources with precompiled headers only with CCACHE_SLOPPINESS.
 find_program(SONDIXQT_CCACHE ccache DOC "Compiler cache; an empty value builds without")
 if(PROJECT_IS_TOP_LEVEL AND SONDIXQT_CCACHE AND "${CMAKE_CXX_COMPILER_LAUNCHER}" MATCHES "^(.*ccache)?$")
     set(CMAKE_CXX_COMPILER_LAUNCHER
@@ -31,27 +31,27 @@ endif()
 if(SONDIXQT_SANITIZE)
     add_compile_options(-fsanitize=${SONDIXQT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${SONDIXQT_SANITIZE})
-    # The code that GCC adds for the sanitizers makes it see uninitialised parts of std::variant where there are none.
+    # With the code for the sanitizers GCC falsely reports uninitialised parts of std::variant.
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         add_compile_options(-Wno-maybe-uninitialized)
     endif()
 endif()
 
-# The library that serves at run time must be the loader's choice: RUNPATH yields to LD_LIBRARY_PATH, RPATH
-# would not.
+# LD_LIBRARY_PATH must be able to select another sensor-access library at run time: it takes precedence over
+# RUNPATH, but not over RPATH.
 if(UNIX AND NOT APPLE)
     add_link_options(-Wl,--enable-new-dtags)
     set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 endif()
 
-# A DLL is known by its plain name, like the closed library that the simulator stands in for.
+# No prefix "lib": the simulator must have the DLL name of the closed library.
 if(WIN32)
     set(CMAKE_SHARED_LIBRARY_PREFIX "")
     include(SondixQtWindows)
 endif()
 
-# sondixqt_warnings(<target>): the warnings that the project keeps itself free of. In somebody else's build they are
-# nobody's business, and no warning of another compiler is an error there.
+# sondixqt_warnings(<target>): enables the project's warnings. As part of another project the target is built
+# without them, and warnings are not errors: other compilers have other warnings.
 function(sondixqt_warnings target)
     if(MSVC)
         target_compile_options(${target} PRIVATE /utf-8)
@@ -59,7 +59,7 @@ function(sondixqt_warnings target)
         set(no_errors /WX-)
     else()
         set(warnings -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
-        # Qt's logging macros leave their last argument out.
+        # Qt's logging macros are called without their variadic argument.
         list(APPEND warnings $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>)
         set(no_errors -Wno-error)
     endif()
@@ -74,7 +74,8 @@ function(sondixqt_warnings target)
     endif()
 endfunction()
 
-# sondixqt_qt_rules(<target>): what a target that uses Qt does without.
+# sondixqt_qt_rules(<target>): enables moc and disables Qt's keywords, implicit string conversions and
+# deprecated functions.
 function(sondixqt_qt_rules target)
     set_target_properties(${target} PROPERTIES AUTOMOC ON)
     target_compile_definitions(${target} PRIVATE

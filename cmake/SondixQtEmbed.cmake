@@ -1,5 +1,5 @@
 # Run as a script: cmake -DOUTPUT=<cpp> -DMODELS=<files> -DPAGES=<files> -DBENCH=<file> -P SondixQtEmbed.cmake
-# Writes a C++ source that holds the files' bytes.
+# Writes a C++ source with the contents of the files.
 
 set(source "// SPDX-License-Identifier: MIT\n#include \"model/models.h\"\n\nnamespace sondixsim::model {\nnamespace {\n")
 set(number 0)

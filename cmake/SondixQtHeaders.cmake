@@ -1,10 +1,10 @@
-# The include paths of the build tree, the same as those of an installed copy:
-# <SondixQt/sensorinfo.h> and, in Qt's manner, <SondixQt/SensorInfo>.
+# The build tree offers the same include paths as an installed copy: <SondixQt/sensorinfo.h> and, as in Qt,
+# <SondixQt/SensorInfo>.
 
 set(SONDIXQT_INCLUDE_DIR ${PROJECT_BINARY_DIR}/include)
 set(SONDIXQT_FORWARDING_DIR ${PROJECT_BINARY_DIR}/forwarding)
 
-# sondixqt_public_header(<header> [<forwarding name>...]): offers a header of the library to its users.
+# sondixqt_public_header(<header> [<forwarding name>...]): makes a header public and installs it.
 function(sondixqt_public_header header)
     get_filename_component(name ${header} NAME)
     file(CONFIGURE OUTPUT ${SONDIXQT_INCLUDE_DIR}/SondixQt/${name}
@@ -19,7 +19,7 @@ function(sondixqt_public_header header)
     set_property(GLOBAL APPEND PROPERTY SONDIXQT_PUBLIC_HEADERS ${name})
 endfunction()
 
-# sondixqt_umbrella_header(): <SondixQt/SondixQt>, which includes every public header named so far.
+# sondixqt_umbrella_header(): <SondixQt/SondixQt>, which includes all public headers added before this call.
 function(sondixqt_umbrella_header)
     get_property(headers GLOBAL PROPERTY SONDIXQT_PUBLIC_HEADERS)
     list(TRANSFORM headers REPLACE "(.+)" "#include <SondixQt/\\1>")

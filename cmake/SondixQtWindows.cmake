@@ -1,12 +1,12 @@
-# What only builds for Windows need: import libraries from .def files, and, when cross-building, headers of
-# the building machine, the DLLs beside the programs, and Wine.
+# For Windows only: import libraries from .def files and, when cross-building, header-only libraries of the
+# building machine, the DLLs beside the programs, and Wine.
 
-# sondixqt_import_library(<target> <def> <dll>): an import library for a DLL that is not at hand, made from
+# sondixqt_import_library(<target> <def> <dll>): an import library for a DLL that need not exist, made from
 # the list of its exports.
 function(sondixqt_import_library target def dll)
     get_filename_component(def ${def} ABSOLUTE)
     get_filename_component(name ${dll} NAME_WE)
-    # Not where the build puts that of a stand-in for the DLL, which may have the same name.
+    # A separate folder: the simulator's import library may have the same name.
     set(folder ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/imports)
     set(library ${folder}/${CMAKE_STATIC_LIBRARY_PREFIX}${name}${CMAKE_STATIC_LIBRARY_SUFFIX})
     if(MSVC)
@@ -23,7 +23,7 @@ function(sondixqt_import_library target def dll)
     add_dependencies(${target} ${target}_file)
 endfunction()
 
-# Wine and Windows read a DLL whole before they start a program, its symbols included.
+# Strip the symbols: Wine and Windows read a whole DLL before they start a program.
 if(MINGW)
     add_link_options($<$<CONFIG:Release>:-s>)
 endif()
@@ -32,8 +32,8 @@ if(NOT CMAKE_CROSSCOMPILING OR NOT PROJECT_IS_TOP_LEVEL)
     return()
 endif()
 
-# sondixqt_host_headers(<package> <target> <folder>): lets find_package(<package>) find a library that has
-# nothing but headers in the building machine's /usr/include, none of whose other headers may be seen.
+# sondixqt_host_headers(<package> <target> <folder>): lets find_package(<package>) find a header-only library in
+# the building machine's /usr/include. A link to its folder keeps the other headers there out of the include path.
 function(sondixqt_host_headers package target folder)
     find_path(SONDIXQT_HOST_INCLUDE ${folder} PATHS /usr/include NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
     find_path(SONDIXQT_HOST_CMAKE ${package} PATHS /usr/share/cmake NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
@@ -53,7 +53,7 @@ endfunction()
 sondixqt_host_headers(nlohmann_json nlohmann_json::nlohmann_json nlohmann)
 sondixqt_host_headers(CLI11 CLI11::CLI11 CLI)
 
-# The DLLs that the compiler's own runtime consists of, beside the programs of the build tree.
+# sondixqt_compiler_dlls(<variable>): copies the DLLs of the compiler's runtime beside the programs and lists them.
 function(sondixqt_compiler_dlls variable)
     set(dlls)
     foreach(name libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
@@ -64,7 +64,7 @@ function(sondixqt_compiler_dlls variable)
             mark_as_advanced(SONDIXQT_${name})
             set(path ${SONDIXQT_${name}})
         endif()
-        # Debian's carry their debugging information.
+        # The DLLs in Debian's packages contain debugging information.
         get_filename_component(file ${path} NAME)
         set(stripped ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${file})
         if(NOT EXISTS ${stripped} OR ${path} IS_NEWER_THAN ${stripped})
@@ -81,7 +81,7 @@ set(SONDIXQT_QT_PLUGINS platforms/qwindows platforms/qoffscreen styles/qwindowsv
 get_filename_component(SONDIXQT_QT_FOLDER ${SONDIXQT_WINDOWS_QT} REALPATH)
 sondixqt_compiler_dlls(SONDIXQT_COMPILER_DLLS)
 
-# Programs in the build tree find all DLLs beside themselves.
+# Windows looks for DLLs in the program's folder.
 foreach(dll IN LISTS SONDIXQT_QT_DLLS)
     file(COPY ${SONDIXQT_QT_FOLDER}/bin/${dll}.dll DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 endforeach()

@@ -1,11 +1,11 @@
-# The zip for users on Windows: beside what every installation has, all DLLs that the programs need, licence
-# texts, import libraries for the sensor-access library, and the library's source, because C++ libraries of one
-# compiler do not go with another.
+# The zip for users on Windows: in addition to the files of every installation it has all DLLs that the programs
+# need, licence texts, import libraries for the sensor-access library, and the library's source, because a C++
+# library cannot be used with another compiler.
 
 foreach(dll IN LISTS SONDIXQT_QT_DLLS)
     install(FILES ${SONDIXQT_QT_FOLDER}/bin/${dll}.dll DESTINATION ${CMAKE_INSTALL_BINDIR})
 endforeach()
-# Where Qt looks for them from wherever its DLLs lie: beside their folder.
+# Qt looks for plug-ins in the folder "plugins" beside the folder of its DLLs.
 foreach(plugin IN LISTS SONDIXQT_QT_PLUGINS)
     get_filename_component(kind ${plugin} DIRECTORY)
     install(FILES ${SONDIXQT_QT_FOLDER}/plugins/${plugin}.dll DESTINATION plugins/${kind})
@@ -17,7 +17,7 @@ install(FILES $<TARGET_FILE:sondix_standalone> DESTINATION simulator)
 include(SondixQtWindowsQt)
 install(FILES cmake/toolchain-package.cmake DESTINATION . RENAME toolchain-windows.cmake)
 
-# For MinGW as the build made it, for Microsoft's linker with its own kind of import library.
+# The build has made the import library for MinGW; Microsoft's linker needs another format.
 find_program(SONDIXQT_LLVM_DLLTOOL NAMES llvm-dlltool llvm-dlltool-14 REQUIRED)
 set(library ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/Sondix.lib)
 add_custom_command(OUTPUT ${library}
@@ -34,7 +34,7 @@ install(PROGRAMS tools/build_windows_qt.sh DESTINATION source/tools)
 install(FILES docs/windows.md DESTINATION . RENAME README.md)
 install(FILES LICENSE DESTINATION licenses RENAME SondixQt.txt)
 install(DIRECTORY ${SONDIXQT_QT_FOLDER}/licenses/ DESTINATION licenses/Qt)
-# Debian's account of the same source names what others have contributed to it, and the texts that it refers to.
+# Debian's copyright file for the same source lists its third-party parts; add the licence texts that it refers to.
 install(FILES /usr/share/doc/libqt5core5a/copyright DESTINATION licenses/Qt RENAME parts-of-others.txt)
 foreach(text Apache-2.0 GFDL-1.3 GPL-2 GPL-3 LGPL-2 LGPL-2.1 LGPL-3)
     get_filename_component(file /usr/share/common-licenses/${text} REALPATH)
@@ -45,7 +45,7 @@ foreach(package gcc-mingw-w64-x86-64-posix-runtime mingw-w64-common libz-mingw-w
     install(FILES /usr/share/doc/${package}/copyright DESTINATION licenses RENAME ${package}.txt)
 endforeach()
 
-# The tests need not be built for it.
+# Without this, making the package would build the tests, too.
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 set(CPACK_GENERATOR ZIP)
 set(CPACK_PACKAGE_FILE_NAME SondixQt-${PROJECT_VERSION}-win64)

@@ -1,5 +1,6 @@
-# Qt's headers, import libraries and CMake packages for the zip, in a folder of their own: this Qt is only found by who
-# asks for it. Its DLLs and plug-ins are those beside the programs, its tools those of the building computer.
+# Qt's headers, import libraries and CMake packages for the zip. They have a folder of their own, so that only
+# projects that add this folder use this Qt. Its DLLs and plug-ins are those of the programs in the zip; its tools
+# are those of the building computer.
 
 set(folder ${PROJECT_BINARY_DIR}/qt-packages)
 file(REMOVE_RECURSE ${folder})
@@ -17,7 +18,7 @@ foreach(package Qt5 ${SONDIXQT_QT_DLLS})
     file(GLOB files RELATIVE ${SONDIXQT_QT_FOLDER}/lib/cmake ${SONDIXQT_QT_FOLDER}/lib/cmake/${package}/*.cmake)
     foreach(file IN LISTS files)
         file(READ ${SONDIXQT_QT_FOLDER}/lib/cmake/${file} text)
-        # A package names the plug-ins that were built, not those that are handed on.
+        # Skip the plug-ins that the zip does not contain.
         if(file MATCHES "Plugin.cmake$")
             string(REGEX MATCH "\"([a-z]+/[a-z]+).dll\"" _ "${text}")
             if(NOT CMAKE_MATCH_1 IN_LIST SONDIXQT_QT_PLUGINS)

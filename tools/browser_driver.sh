@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# browser_driver.sh: installs Chromium, and fetches what drives it in the versions of the tests' lock file.
+# browser_driver.sh: installs Chromium and the npm packages that drive it, in the versions of the tests' lock
+# file.
 set -euo pipefail
 source "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/common.sh"
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# check_left_out.sh: after a run of the tests for Windows, checks that what skipped itself stands in the list of what is
-# left out, and says how often Wine died under a program, which was then run again.
+# check_left_out.sh: call it after the tests for Windows. Checks that every skipped test function is in the list of
+# tests that are left out, and reports how often Wine itself crashed and the program was run again.
 set -euo pipefail
 source "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/common.sh"
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Read by run and the scripts in this folder: where the project is, messages, packages.
+# Sourced by run and the scripts in this folder: changes to the project's folder; messages and packages.
 
 root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 cd "$root"

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# compile_commands.sh BUILD FOLDER...: prints the command that compiles each source of these folders in a build tree,
-# a line each, with the source at its end. Each source appears once, without precompiled headers, although the build may
-# join it with others.
+# compile_commands.sh BUILD FOLDER...: prints the compiler commands of a build tree for the sources in these
+# folders. Each source has one line, which ends with its name, even if the build joins it with others. The commands
+# use no precompiled headers.
 set -euo pipefail
 
 root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)

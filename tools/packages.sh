@@ -42,13 +42,13 @@ missing() {
     packages | while read -r purpose package _; do
         [[ " $* " == *" $purpose "* ]] || continue
         [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) != installed ]] || continue
-        # Packages from elsewhere hold both, and keep Debian's from being installed.
+        # A nodejs package from another source contains both and conflicts with Debian's packages.
         [[ $package =~ ^(nodejs|npm)$ ]] && command -v "$package" >/dev/null && continue
         echo "$package"
     done
 }
 
-# as_root <command>...: fails without asking for a password where nobody can type one.
+# as_root <command>...: asks for a password only on a terminal; otherwise it fails if sudo needs one.
 as_root() {
     if [[ $EUID -eq 0 ]]; then
         "$@"

@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# prepare_windows.sh: all that the preset "windows" needs besides the sources. Qt comes from $SONDIXQT_WINDOWS_QT, a
-# folder or a tarball of what Qt installs; without it from the tarball below, or it is built.
+# prepare_windows.sh: provides the packages and the Qt that the preset "windows" needs. Qt comes from
+# $SONDIXQT_WINDOWS_QT, a folder or a tarball of an installed Qt. If that is not set, it comes from the tarball
+# below; if that does not exist, Qt is built.
 set -euo pipefail
 source "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/common.sh"
 
-# The only file outside the project that is looked for without being named.
+# The only file outside the project that is used although the user has not named it.
 fallback=../shared/qt5-win64/qt5-win64.tar.xz
 
 given=${SONDIXQT_WINDOWS_QT:-$fallback}

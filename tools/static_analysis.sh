@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# static_analysis.sh BUILD: clang-tidy on the sources of the library, the simulator and the applications, with the
-# commands of a build tree. Sources with the same command are read as one, which saves most of the time: it goes into
-# headers. A group that does not compile without a warning, because names clash, is divided.
+# static_analysis.sh BUILD: runs clang-tidy on the sources of the library, the simulator and the applications, with
+# the commands of a build tree. Most of the time is spent in headers, so sources with the same flags are joined and
+# analysed together. A group that does not compile without warnings, because names clash, is divided.
 set -euo pipefail
 
 root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
@@ -16,7 +16,7 @@ analyse() {
     local name=$1 flags=$2
     shift 2
     local joined=$work/$name.cpp
-    # The inclusion of a source is our own.
+    # This check warns of the inclusion of .cpp files, which is intended here.
     printf '#include "%s" // NOLINT(bugprone-suspicious-include)\n' "$@" >"$joined"
     local check="clang++ $flags -Wno-gnu-zero-variadic-macro-arguments -fsyntax-only '$joined'"
     if [[ $# -gt 1 ]] && ! bash -c "$check" 2>/dev/null; then
@@ -34,7 +34,7 @@ number=0
 "$root/tools/compile_commands.sh" "$build" src simulator apps | sort >"$work/commands"
 sed -E 's/ -c [^ ]+$//; s/^[^ ]+ //' "$work/commands" | sort -u | while read -r flags; do
     number=$((number + 1)) part=0
-    # Groups of a dozen leave something to do for each core.
+    # Small groups, so that all cores have work.
     grep -F -- " $flags -c " "$work/commands" | sed 's/.* //' | xargs -n 12 | while read -r sources; do
         part=$((part + 1))
         printf '%s_%s\t%s\t%s\n' "$number" "$part" "$flags" "$sources"

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# windows_warnings.sh: the commands of the build for Windows, read by a second compiler, source by source. What it calls
-# an extension of GNU is none of Microsoft's. The one it is told to accept is how Qt's logging is written everywhere.
+# windows_warnings.sh: checks the sources with clang, with the commands of the build for Windows. It warns of GNU
+# extensions, which Microsoft's compiler does not have, except the one that Qt's logging macros need everywhere.
 set -euo pipefail
 source "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/common.sh"
 

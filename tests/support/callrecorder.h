@@ -34,7 +34,7 @@ public:
     }
 };
 
-/// The two calls that send a command.
+/// The calls that send a command without parameters.
 inline QStringList commandCalls(const QString &command)
 {
     return {QStringLiteral("SetParameterString(\"S_Command\", \"%1\")").arg(command), "SensorCommand()"};

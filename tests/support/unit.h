@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// Precompiled into every test unit: the units of a folder are one program, which takes the name of the unit to
-/// run as its first argument. The main() of each unit is registered in a list.
+/// Registers the main() of a test unit. The units of a folder are one program, which takes the name of the unit to
+/// run as its first argument. This header is precompiled into every unit.
 class TestUnit
 {
 public:
@@ -16,7 +16,7 @@ public:
 
 namespace {
 
-/// Gives each unit a unitMain() of its own.
+/// The parameter type that makes each unit's unitMain() a different function.
 struct ThisUnit
 {
 };

@@ -10,7 +10,7 @@
 #include <algorithm>
 
 /// \file
-/// What the tests of request heads share.
+/// Helpers of the tests of request heads.
 
 inline constexpr int ok = 0;
 
@@ -27,7 +27,7 @@ inline SondixQt::RequestHead readGet(const QList<QByteArray> &headers, bool host
     return SondixQt::readRequestHead(headOf("GET /page HTTP/1.1", headers), hostSeen);
 }
 
-/// With a length, unless \a headers announce one.
+/// Adds "Content-Length: 0" unless \a headers have a length.
 inline SondixQt::RequestHead readPost(QList<QByteArray> headers, bool hostSeen = false)
 {
     const auto isLength = [](const QByteArray &header) { return header.toLower().startsWith("content-length"); };

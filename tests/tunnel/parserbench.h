@@ -8,7 +8,7 @@
 #include <QList>
 
 /// \file
-/// What the tests of the request parser share: its results as texts.
+/// Helpers of the tests of the request parser: its results as texts.
 
 using Requests = QList<QByteArray>;
 
@@ -35,7 +35,7 @@ inline Requests takeAll(SondixQt::RequestParser &parser)
     return requests;
 }
 
-/// What \a parser gives out once \a bytes have come.
+/// The results of \a parser after it has received \a bytes.
 inline Requests parse(SondixQt::RequestParser &parser, const QByteArray &bytes)
 {
     parser.append(bytes);
@@ -48,7 +48,7 @@ inline Requests parse(const QByteArray &bytes)
     return parse(parser, bytes);
 }
 
-/// What \a parser gives out when its client pauses.
+/// The results of \a parser after a pause of its client.
 inline Requests pause(SondixQt::RequestParser &parser)
 {
     Requests requests;

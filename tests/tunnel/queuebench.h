@@ -9,7 +9,7 @@
 
 #include <memory>
 
-/// What a client waits for in milliseconds, as the rules have it.
+/// The expected time limits of the queue in milliseconds.
 inline constexpr qint64 quiet = 300;
 inline constexpr qint64 idle = 60000;
 inline constexpr qint64 never = -1;
@@ -32,7 +32,7 @@ public:
             queue->addClient(client, 0);
     }
 
-    /// The next request; one without a client when there is none.
+    /// The next request; without a client if there is none.
     SondixQt::RequestQueue::Request take()
     {
         SondixQt::RequestQueue::Request request;
@@ -47,7 +47,7 @@ public:
         queue->answerCommand(request, describeRequest(request), now);
     }
 
-    /// Serves what is there. \returns what was asked for.
+    /// Serves all requests that are waiting, and returns them.
     Texts serveAll(qint64 now = 0)
     {
         Texts served;
@@ -59,7 +59,7 @@ public:
         return served;
     }
 
-    /// The next response; one without a client when there is none.
+    /// The next response; without a client if there is none.
     SondixQt::RequestQueue::Response response()
     {
         SondixQt::RequestQueue::Response next;
@@ -76,7 +76,7 @@ public:
     const Client first = &places[0];
     const Client second = &places[1];
     const Client third = &places[2];
-    const Client stranger = &places[3]; ///< which the queue does not know
+    const Client stranger = &places[3]; ///< not added to the queue
 };
 
 inline QByteArray pageRequests(int first, int count, const QByteArray &headers = sequenceHost)

@@ -5,23 +5,24 @@
 #include <QList>
 
 /// \file
-/// What clients send on one connection, and what the tunnel must make of it however the bytes arrive. It is shared
-/// by the tests of the queue and of the sockets.
+/// Byte sequences of clients on one connection, with the results that the tunnel must have however the bytes are
+/// split. Shared by the tests of the queue and of the sockets.
 
-/// In place of a status: the connection ends without an answer.
+/// Instead of a status: the connection is closed without an answer.
 constexpr int aborted = -1;
 
 struct RequestSequence
 {
     QByteArray name;
     QByteArray bytes;
-    QList<QByteArray> requests; ///< in the order in which they are served, as describeRequest() says
-    int refusal = 0;            ///< the HTTP status with which the connection ends, 0: it does not end so
-    int directAnswers = 0;      ///< besides those to the requests, such as 100
-    bool pauses = false;        ///< the client has said all when it pauses after these bytes
+    QList<QByteArray> requests; ///< in the order in which they are served, in the form of describeRequest()
+    int refusal = 0;            ///< the HTTP status of the refusal that ends the connection; 0: none
+    int directAnswers = 0;      ///< number of answers such as 100, besides those to the requests
+    bool pauses = false;        ///< a pause of the client after these bytes completes the last request
 };
 
-/// "GET <path> <tag>", "IMPORT <text>", "COMMAND <text>" or "OTHER <method>"; both the queue's requests and the parser's have these.
+/// "GET <path> <tag>", "IMPORT <text>", "COMMAND <text>" or "OTHER <method>", for requests of the queue and of the
+/// parser.
 template<typename Request>
 QByteArray describeRequest(const Request &request)
 {
@@ -51,7 +52,7 @@ inline QByteArray commandRequest(const QByteArray &body, const QByteArray &heade
            "\r\n\r\n" + body;
 }
 
-/// A body that a browser writes in requests of 16 KiB, each of which begins like a command of its own.
+/// A body that looks like a command at the start of each of the 16 KiB blocks in which a browser sends it.
 inline QByteArray blocksThatLookLikeCommands(int blocks)
 {
     constexpr int blockSize = 16 * 1024;
@@ -63,7 +64,7 @@ inline QByteArray blocksThatLookLikeCommands(int blocks)
     return body;
 }
 
-/// A request of a foreign page that a browser would send, whose body is a command.
+/// A request that a browser could send for a foreign page. Its body looks like a command.
 inline QByteArray foreignRequestOf(const QByteArray &method, const QByteArray &target, const QByteArray &headers)
 {
     const QByteArray body = commandRequest("SETDEFAULT ALL", "");
@@ -71,7 +72,7 @@ inline QByteArray foreignRequestOf(const QByteArray &method, const QByteArray &t
            "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
 }
 
-/// The greeting of an encrypted connection to a host whose name a stranger has chosen.
+/// The TLS ClientHello for \a host, a name that a foreign page can choose.
 inline QByteArray encryptedGreeting(const QByteArray &host)
 {
     const QByteArray name = QByteArrayLiteral("\x00\x00") + char(host.size() + 5) + '\0' + char(host.size() + 3) +
@@ -223,7 +224,7 @@ inline QList<RequestSequence> refusedSequences()
     };
 }
 
-/// Bytes that fit no request.
+/// Garbage, other methods and other protocols.
 inline QList<RequestSequence> foreignSequences()
 {
     const QByteArray after = pageRequest("/after");

@@ -218,7 +218,7 @@ void TestRequestDeadlines::clientsThatNeverFetchEnd()
     queue->setReading(first, false, 100);
     queue->removeClient(second);
     queue->removeClient(third);
-    // Each time it fetches something its time begins anew.
+    // The time limit starts again whenever the client has read something.
     queue->setReading(first, false, 50000);
     queue->expire(100 + idle);
     QCOMPARE(response().client, Client());
@@ -237,7 +237,7 @@ void TestRequestDeadlines::bytesBehindWaitingRequestsAreNoUnfinishedRequest()
 {
     queue->feed(first, pageRequests(0, 20, "Accept: a\r\n"), 0);
     QVERIFY(!queue->wantsBytes(first));
-    QVERIFY(queue->nextDeadline() == idle); // of the others
+    QVERIFY(queue->nextDeadline() == idle); // of the other clients
     for (int i = 0; i < 20; ++i) {
         const RequestQueue::Request request = take();
         QCOMPARE(request.path, "/" + QByteArray::number(i));

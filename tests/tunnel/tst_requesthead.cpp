@@ -44,7 +44,7 @@ void TestRequestHead::theMethodIsReadFromTheFirstWord_data()
     QTest::addColumn<QByteArray>("line");
     QTest::addColumn<int>("method");
 
-    // GET in whatever case, POST exactly so.
+    // GET is accepted in any letter case, POST in capitals only.
     for (const char *word : {"GET", "get", "Get", "gEt"})
         QTest::newRow(word) << QByteArray(word) + " / HTTP/1.1" << int(RequestHead::Get);
     QTest::newRow("POST") << QByteArrayLiteral("POST / HTTP/1.1") << int(RequestHead::Post);
@@ -244,7 +244,7 @@ void TestRequestHead::commandsOfBrowsersNeedALength()
     QCOMPARE(refusalOf("POST", {"Host: localhost"}), 411);
     QCOMPARE(refusalOf("POST", {"Sec-Fetch-Site: none"}), 411);
     QCOMPARE(refusalOf("POST", {"Host: localhost", "Content-Length: 0"}), ok);
-    // Who is refused anyway learns nothing else.
+    // Host and origin are checked before the length is required.
     QCOMPARE(refusalOf("POST", {"Host: example.com"}), 403);
     QCOMPARE(refusalOf("POST", {"Host: localhost", "Origin: http://example.com"}), 403);
     QCOMPARE(refusalOf("GET", {"Host: localhost"}), ok);
@@ -266,7 +266,7 @@ void TestRequestHead::tabsAreWhiteSpace()
     QCOMPARE(head.refusal, ok);
     QCOMPARE(head.entityTag, QByteArrayLiteral("a"));
     QCOMPARE(readPost({"Content-Length:\t12\t"}).contentLength, 12);
-    // Not where they would become part of something.
+    // But not in a method, a target, a field name or a tag.
     for (const char *text : {"GET\t/a HTTP/1.1", "GET /a\tb HTTP/1.1", "GET /a HTTP/1.1\r\nAccept\t: a",
                              "GET /a HTTP/1.1\r\n\tAccept: a", "GET /a HTTP/1.1\r\nIf-None-Match: \"a\tb\""})
         QCOMPARE(readRequestHead(text, false).refusal, 400);

@@ -5,7 +5,7 @@
 
 using namespace SondixQt;
 
-/// Which hosts a request may be for, and which pages it may come from.
+/// The hosts and origins that are accepted in requests.
 class TestRequestOrigins : public QObject
 {
     Q_OBJECT
@@ -201,7 +201,7 @@ void TestRequestOrigins::postPassesOnlyFromOwnPages()
     QCOMPARE(readPost(headers).refusal, refusal);
     const RequestHead announced = readPost(headers + QList<QByteArray>{"Content-Length: 7"});
     QCOMPARE(announced.refusal, refusal);
-    // The length of a body that is refused matters to nobody: 403 comes before 413.
+    // The origin is checked before the length of the body: 403 takes precedence over 413.
     const QByteArray tooLong = "Content-Length: " + QByteArray::number(TunnelLimits::body + 1);
     QCOMPARE(readPost(headers + QList<QByteArray>{tooLong}).refusal, refusal == ok ? 413 : refusal);
 }

@@ -67,7 +67,7 @@ void TestRequestParser::severalRequestsComeInTheirOrder()
 {
     const QByteArray bytes = pageRequest("/a") + commandRequest("ONE") + pageRequest("/b?c") +
                              commandRequest("IMPORT all\nA 1\n") + pageRequest("/d", "");
-    // A name that was once sent may not vanish: the last request is refused, the others stand.
+    // After a request with a Host header, one without it is refused; the earlier requests stay valid.
     QCOMPARE(parse(bytes), (Requests{"GET /a ", "COMMAND ONE", "GET /b ", "IMPORT A 1\n", "400"}));
 }
 
@@ -248,7 +248,7 @@ void TestRequestParser::binaryGarbageNeverBecomesACommand()
         QVERIFY(!parser.isEnded());
         QCOMPARE(pause(parser), Requests());
         QVERIFY(parser.takeDropped() > 0);
-        // What it was is over: the connection stays usable.
+        // The pause has ended the garbage: the connection stays usable.
         QCOMPARE(parse(parser, pageRequest("/a")), pageA);
     }
 }
@@ -269,7 +269,7 @@ void TestRequestParser::otherMethodsLeaveTheConnectionUsable()
     QCOMPARE(parser.takeDropped(), 1);
     QVERIFY(!parser.isEnded());
     QCOMPARE(parse(parser, pageRequest("/a")), pageA);
-    // The name that it has sent counts all the same.
+    // Its Host header counts: later requests without one are refused.
     QCOMPARE(parse(parser, pageRequest("/a", "")), Requests{"400"});
 
     RequestParser old;
@@ -285,7 +285,7 @@ void TestRequestParser::bodiesThatWaitAreAskedFor()
     QCOMPARE(parse(parser, request.left(request.size() - 5)), Requests());
     QCOMPARE(parse(parser, request.mid(request.size() - 5, 2)), Requests{"100"});
     QCOMPARE(parse(parser, "ONE"), Requests{"COMMAND ONE"});
-    // Nothing is asked for that does not come, or is refused.
+    // No 100 for an empty body, a body that has arrived, HTTP/1.0 or a refused request.
     QCOMPARE(parse(parser, commandRequest("", expect)), Requests{"COMMAND "});
     QCOMPARE(parse(parser, "GET /a HTTP/1.0\r\nContent-Length: 1\r\n" + expect + "\r\nA"), pageA);
     QCOMPARE(parse(commandRequest("ONE", "Host: example.com\r\nExpect: 100-continue\r\n")), Requests{"403"});
@@ -343,7 +343,7 @@ void TestRequestParser::headsHaveALimit()
     QFETCH(int, size);
     QFETCH(QByteArray, parsed);
     QCOMPARE(parse(head(size) + "\r\n\r\n"), Requests{parsed});
-    // A request before it takes nothing from it.
+    // The bytes of an earlier request do not count towards the limit.
     QCOMPARE(parse(pageRequest("/b") + head(size) + "\r\n\r\n"), (Requests{"GET /b ", parsed}));
 }
 
@@ -362,7 +362,7 @@ void TestRequestParser::announcedBodiesHaveALimit()
         const QByteArray body(size, 'a');
         QCOMPARE(parse(commandRequest(body)), Requests{"COMMAND " + body});
     }
-    // From the announcement alone.
+    // Content-Length alone is enough for the refusal.
     QCOMPARE(parse("POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1048577\r\n\r\n"), Requests{"413"});
     QCOMPARE(parse("GET /a HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1048577\r\n\r\n"), Requests{"413"});
 }
@@ -385,7 +385,7 @@ void TestRequestParser::garbageHasALimit()
     QCOMPARE(parse(parser, garbage), Requests());
     QCOMPARE(pause(parser), Requests());
     QCOMPARE(parse(parser, pageRequest("/a")), pageA);
-    // Each time anew.
+    // The count has started again.
     QCOMPARE(parse(parser, garbage), Requests());
     QCOMPARE(parse(parser, QByteArray(1, '\x01')), Requests{"400"});
     QCOMPARE(parse(parser, pageRequest("/a")), Requests());

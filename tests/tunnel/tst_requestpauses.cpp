@@ -5,7 +5,7 @@
 
 using namespace SondixQt;
 
-/// What the request parser makes of a client that pauses or sends nothing more.
+/// The request parser when a client pauses or shuts down its write side.
 class TestRequestPauses : public QObject
 {
     Q_OBJECT
@@ -103,7 +103,7 @@ void TestRequestPauses::commandsNeedTheirBlankLine_data()
 void TestRequestPauses::commandsNeedTheirBlankLine()
 {
     QFETCH(int, size);
-    // What comes below it is a stranger's, and looks like a request.
+    // The body comes from a foreign page and looks like a request.
     const QByteArray foreign = "Host: localhost\r\nOrigin: http://example.com\r\n";
     const QByteArray request = commandRequest(commandRequest("SETRESET", ""), foreign);
     RequestParser parser;
@@ -164,7 +164,7 @@ void TestRequestPauses::aPauseEndsNoRequestOfAnotherMethod_data()
 void TestRequestPauses::aPauseEndsNoRequestOfAnotherMethod()
 {
     QFETCH(QByteArray, request);
-    // Small letters are text until the first line is there.
+    // A method in lower case is recognised only when its line is complete.
     const int first = request.at(0) >= 'a' ? request.indexOf("\r\n") : 1;
     for (int size = first; size < request.indexOf("\r\n\r\n") + 4; ++size) {
         RequestParser parser;
@@ -204,7 +204,7 @@ void TestRequestPauses::theRestOfAPageThatAPauseHasCutIsRefused()
     QCOMPARE(parse(parser, "GET /a"), Requests());
     QCOMPARE(pause(parser), pageA);
     QCOMPARE(parse(parser, rest), Requests{"400"});
-    // What is a request of its own goes on.
+    // A new request after the pause is parsed as usual.
     RequestParser raw;
     QCOMPARE(parse(raw, "GET /a"), Requests());
     QCOMPARE(pause(raw), pageA);

@@ -118,7 +118,7 @@ void TestRequestQueue::sixteenRequestsMayWait()
     QVERIFY(queue->wantsBytes(second));
     const RequestQueue::Request request = take();
     QVERIFY(queue->wantsBytes(first));
-    // The one whose answer is outstanding does not wait any more.
+    // The request that is being served does not count as waiting.
     queue->feed(first, pageRequests(16, 1), 0);
     QVERIFY(!queue->wantsBytes(first));
     serve(request);
@@ -157,7 +157,7 @@ void TestRequestQueue::aRefusalComesAfterTheAnswersBefore()
     queue->feed(first, pageRequests(3, 1), 0);
     QVERIFY(!queue->hasRequest());
     QCOMPARE(response().client, Client());
-    // What the client still sends is to be discarded, not left where it is.
+    // Further bytes of the client must be read and discarded.
     QVERIFY(queue->wantsBytes(first));
 }
 
@@ -209,7 +209,7 @@ void TestRequestQueue::goneClientsLeaveNothingToTheNextAtTheirPlace()
     queue->addClient(first, 0);
     serve(request);
     QCOMPARE(response().client, Client());
-    // Neither its unfinished body nor its name is the new one's.
+    // The new client inherits neither the unfinished body nor the Host header.
     queue->feed(first, pageRequest("/b", ""), 0);
     const RequestQueue::Request next = take();
     QCOMPARE(next.path, QByteArrayLiteral("/b"));
@@ -393,7 +393,7 @@ void TestRequestQueue::commandsOfClientsThatLeftAreCarriedOut()
     queue->addClient(first, 0);
     serve(serving);
     queue->feed(first, pageRequests(99, 1), 0);
-    // They come first, and nobody gets their answers.
+    // They are served before the new client's requests, and their answers are discarded.
     QCOMPARE(describeRequest(serving), expected.takeFirst());
     for (const QByteArray &command : qAsConst(expected)) {
         const RequestQueue::Request request = take();

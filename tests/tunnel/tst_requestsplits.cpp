@@ -10,7 +10,7 @@ using namespace SondixQt;
 
 namespace {
 
-/// All that a client and a sensor see of a connection.
+/// All visible results of a connection, for its client and for the sensor.
 struct Outcome
 {
     QList<QByteArray> requests;
@@ -134,7 +134,7 @@ void addSequences()
         QTest::newRow(sequence.name.constData()) << sequence;
 }
 
-/// The status of the last answer, 0 when the connection does not end with a refusal.
+/// The status of the refusal that ends the connection: 0 if there is none, aborted if it has no answer.
 int refusalOf(const Outcome &outcome)
 {
     if (outcome.ends.endsWith('3'))
@@ -178,7 +178,7 @@ void TestRequestSplits::oneCutChangesNothing()
     const Outcome whole = fedAtOnce(sequence);
     constexpr int longSize = 4096;
     for (int position = 0; position <= sequence.bytes.size(); ++position) {
-        // Within a long run of the same bytes not every place is a case of its own.
+        // To save time, long sequences are split at every 17th position only, except near their ends.
         const bool isFarFromEnds = position > longSize / 8 && sequence.bytes.size() - position > longSize / 8;
         if (sequence.bytes.size() >= longSize && isFarFromEnds && position % 17 != 0)
             continue;
@@ -226,7 +226,7 @@ void TestRequestSplits::foreignRequestsCommandNothingHoweverTheyCome()
         queue.expire(now + TunnelLimits::quietMs);
         RequestQueue::Request request;
         while (queue.takeRequest(request)) {
-            // A page whose head a pause has cut cannot be told from a raw client's.
+            // A GET request whose head is cut off by a pause looks like that of a client that is not a browser.
             QVERIFY2(method == "GET" && request.kind == ParsedRequest::Get, bytes.constData());
             queue.answerCommand(request, QByteArray(), now);
         }

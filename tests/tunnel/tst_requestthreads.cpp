@@ -19,7 +19,7 @@ constexpr int goingClient = 5; ///< leaves and comes back all the time
 constexpr int pageCount = 400;
 constexpr int timeLimitMs = 60000;
 
-/// The number at the end of an answer's body "/<client>/<page>".
+/// The page number in an answer, whose body ends in "/<client>/<page>".
 int pageOf(const QByteArray &answer)
 {
     return answer.mid(answer.lastIndexOf('/') + 1).toInt();
@@ -48,7 +48,7 @@ private:
     int strayAnswers = 0;
 };
 
-/// Every client asks for its pages in their order, in requests that end within a request.
+/// Feeds the requests of all clients page by page, each request in two parts.
 void TestRequestThreads::ask()
 {
     for (int page = 0; page < pageCount; ++page) {
@@ -93,7 +93,7 @@ void TestRequestThreads::answer()
     answered = true;
 }
 
-/// What the caller's timers do meanwhile.
+/// Makes the calls that timers and sockets make meanwhile.
 void TestRequestThreads::watch()
 {
     while (!answered) {
@@ -126,7 +126,7 @@ void TestRequestThreads::threadsMayShareTheQueue()
         const QList<int> &pages = answers[&clients[size_t(i)]];
         if (i != goingClient)
             QCOMPARE(pages, all);
-        // Of one that leaves, answers may be missing but none comes twice or late.
+        // The client that leaves may miss answers but gets none twice or out of order.
         QVERIFY(std::is_sorted(pages.begin(), pages.end()));
         QVERIFY(std::adjacent_find(pages.begin(), pages.end()) == pages.end());
         QCOMPARE(pages.isEmpty() ? -1 : pages.last(), pageCount - 1);

@@ -21,7 +21,7 @@ QString textOf(const QMetaMethod &method)
            QString::fromLatin1(method.methodSignature());
 }
 
-/// The class's own members of one kind, in their order.
+/// The methods of one type that the class itself declares, in the order of declaration.
 QStringList membersOf(const QMetaObject &object, QMetaMethod::MethodType type,
                       QMetaMethod::Access access = QMetaMethod::Public)
 {
@@ -43,7 +43,7 @@ QStringList texts(std::initializer_list<const char *> list)
 
 } // namespace
 
-/// The tunnel as its application sees it.
+/// The public interface of the tunnel.
 class RS232TunnelTest : public QObject
 {
     Q_OBJECT
@@ -316,12 +316,12 @@ void RS232TunnelTest::destructionWaitsNoLongerThanTwoSeconds()
     const qint64 waited = time.elapsed();
     QVERIFY2(waited >= 1900 && waited < 5000, qPrintable(QString::number(waited)));
 
-    // The thread goes on until the sensor answers, closes it and is gone.
+    // The thread runs until the sensor answers; then it closes the sensor and ends.
     QVERIFY(!thread.isNull() && thread->isRunning());
     sondixsim::releaseHangs();
     QTRY_VERIFY(thread.isNull());
     QVERIFY(!sensor->isOpen());
-    // The late answer may still have got out; the connection is over.
+    // The client may or may not have received the late answer, but the connection is closed.
     QVERIFY(!client.everything().endsWith("..."));
 }
 

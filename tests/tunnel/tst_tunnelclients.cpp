@@ -28,7 +28,7 @@ void keepLine(QtMsgType type, const QMessageLogContext &context, const QString &
     lines.append(text);
 }
 
-/// How many lines of the tunnel's log match \a pattern.
+/// The number of lines in the tunnel's log that match \a pattern.
 int logged(const QString &pattern)
 {
     const QMutexLocker lock(&linesMutex);
@@ -49,7 +49,7 @@ constexpr int large = 3000000;
 
 } // namespace
 
-/// Clients that leave, go half, or speak something else.
+/// Clients that disconnect, shut down their write side or use another protocol.
 class TunnelClientsTest : public QObject
 {
     Q_OBJECT
@@ -179,7 +179,7 @@ void TunnelClientsTest::commandsOfAClientThatNeverReadAreCarriedOut()
         for (int i = 0; i < count; ++i)
             all += postRequest("SET " + QByteArray::number(i));
         client.send(all);
-        // The connection holds some of the pages; the requests behind them wait.
+        // The system buffers some of the pages; the requests after them wait.
         QVERIFY(client.waitForInput());
         client.hangUp();
     }
@@ -306,7 +306,7 @@ void TunnelClientsTest::requestsAreLoggedWithTheBytesThatWereWritten()
     client.fetchNothing();
     client.send(getRequest("/large"));
     QTRY_COMPARE(timesSent("Get_HTTP"), 1);
-    // All of it does not fit into what the system holds for a client that does not read.
+    // The page does not fit into the buffers of the system while the client does not read.
     client.send(postRequest("ONE"));
     client.fetchEverything();
     QCOMPARE(bodyOf(client.response()).size(), large);

@@ -19,7 +19,7 @@ using namespace SondixQt;
 
 namespace {
 
-/// While it lives, the process gets no further file descriptor.
+/// Uses up the file descriptors of the process during its lifetime.
 class NoDescriptors
 {
 public:
@@ -79,7 +79,7 @@ void TunnelDescriptorsTest::init()
     sensor = std::make_unique<SensorInstance>(TX270);
     sensor->storeInterfaceParameters(testBenchParameters(TX270));
     tunnel = std::make_unique<RS232Tunnel>(*sensor);
-    // The thread sets itself up with descriptors of its own.
+    // Wait until the tunnel's thread has opened its own descriptors.
     QVERIFY(!tunnel->isTunnelOpen());
 }
 

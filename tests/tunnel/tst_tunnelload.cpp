@@ -9,7 +9,7 @@
 
 using namespace SondixQt;
 
-/// More, longer and odder than any browser: the tunnel stays bounded and serves the next honest request.
+/// Excessive load: the tunnel keeps its limits and still serves the next normal request.
 class TunnelLoadTest : public QObject
 {
     Q_OBJECT
@@ -97,7 +97,7 @@ void TunnelLoadTest::placesOfClientsThatLeftAreFree()
         for (const auto &client : clients)
             QCOMPARE(statusOf(client->response()), 200);
         clients.clear();
-        // The tunnel hears of the leaving in its own time.
+        // The tunnel may notice later that the clients have disconnected.
         const auto isServed = [this] {
             TunnelClient client(url);
             client.send(getRequest("/"));
@@ -165,7 +165,7 @@ void TunnelLoadTest::aClientThatNeverReadsStopsTheWorkForIt()
     TunnelClient greedy(url);
     greedy.fetchNothing();
     greedy.send(getRequest("/greedy").repeated(asked));
-    // Work for it ends while there is still a lot to do for it; everyone else is served.
+    // The tunnel stops serving it long before all its requests are done; other clients are served.
     int served = 0;
     const auto hasStopped = [&] {
         const int before = std::exchange(served, timesSent("Get_HTTP"));

@@ -20,7 +20,7 @@ QString name(const char *text)
     return QString::fromLatin1(text);
 }
 
-/// The file name of the log that is begun in \a calls.
+/// The name of the log file with which \a calls enable logging.
 QString logName(const QStringList &calls)
 {
     static const QRegularExpression pattern(
@@ -31,7 +31,7 @@ QString logName(const QStringList &calls)
 
 } // namespace
 
-/// The log that the sensor-access library writes of the tunnel.
+/// The sensor-access library's log of the tunnel.
 class TunnelLogTest : public QObject
 {
     Q_OBJECT
@@ -73,7 +73,7 @@ void TunnelLogTest::cleanup()
     QSettings().clear();
 }
 
-/// Opens the tunnel and forgets what that took, unless it matters.
+/// Opens the tunnel and, with \a forget, discards the calls recorded so far.
 void TunnelLogTest::begin(bool forget)
 {
     QCOMPARE(tunnel->openTunnel(url), NoError);
@@ -92,7 +92,7 @@ void TunnelLogTest::logIsNamedAfterTheSensor()
     const QString file = logName(calls);
     QVERIFY2(QRegularExpression(QRegularExpression::anchoredPattern(expected.pattern())).match(file).hasMatch(),
              qPrintable(calls.join(QLatin1Char('\n'))));
-    // Opening is in it already.
+    // Logging is enabled before the sensor is opened.
     QVERIFY(calls.indexOf(QStringLiteral("OpenSensor()")) >
             calls.indexOf(QRegularExpression(name("^EnableLogging.*"))));
     Q_EMIT tunnel->enableLogging(false);
@@ -172,7 +172,7 @@ void TunnelLogTest::logEndsAtOnce()
         (QStringList{name("SetParameterInt(\"IP_EnableLogging\", 0)"),
                      name("SetParameterString(\"S_Command\", \"Enable_Logging\")"), name("SensorCommand()")}));
     QVERIFY(!sensor->GetLogging());
-    // The next opening begins none.
+    // Opening the tunnel again does not enable logging.
     tunnel->closeTunnel();
     begin();
     QVERIFY(!sensor->GetLogging());

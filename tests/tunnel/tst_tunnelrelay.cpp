@@ -25,7 +25,7 @@ QStringList names(std::initializer_list<const char *> list)
     return result;
 }
 
-/// What is staged for a page.
+/// The parameters staged for a page, in the form of commandsSent().
 QString page(const char *path, const char *tag = "")
 {
     return name("SetParameterInt(\"SP_HTTPMaxLength\", 16383) SetParameterString(\"SP_HTTPPath\", \"%1\") "
@@ -33,7 +33,7 @@ QString page(const char *path, const char *tag = "")
         .arg(name(path), name(tag));
 }
 
-/// What is staged for a command.
+/// The parameters staged for a command, in the form of commandsSent().
 QString command(const char *text, int init)
 {
     return name("SetParameterInt(\"CP_InitAfterSensorCommand\", %1) SetParameterString(\"SP_CmdStr\", \"%2\")")
@@ -41,7 +41,7 @@ QString command(const char *text, int init)
         .arg(name(text));
 }
 
-/// The pages and commands that reached the sensor, in their order.
+/// The pages and commands that were sent to the sensor, in order.
 QStringList reached(CallRecorder &recorder)
 {
     QStringList result;
@@ -64,7 +64,7 @@ const QString cmdGeneric = QStringLiteral("Cmd_Generic");
 
 } // namespace
 
-/// What browsers ask of the tunnel, and what the sensor hears of it.
+/// The commands that the tunnel sends to the sensor for the requests of browsers.
 class TunnelRelayTest : public QObject
 {
     Q_OBJECT
@@ -346,7 +346,7 @@ void TunnelRelayTest::bodyInTwoReadsIsProcessedOnce()
     TunnelClient client(url);
     const QByteArray request = postRequest("MEASRATE 2.5");
     client.send(request.left(request.size() - 5));
-    // After two pages of another client the first part has been read.
+    // When another client has been served twice, the tunnel has read the first part.
     for (int i = 0; i < 2; ++i) {
         other.send(getRequest("/"));
         QCOMPARE(statusOf(other.response()), 200);
@@ -393,7 +393,7 @@ void TunnelRelayTest::splitRequestsGiveTheSame()
     QFETCH(QByteArray, bytes);
     scriptPage();
     scriptGenericAnswer();
-    // The last request, or the refusal, ends the connection: so all answers are known to be there.
+    // The last request or a refusal closes the connection, so that everything() returns all answers.
     if (!bytes.contains("evil.example"))
         bytes += getRequest("/last", "Connection: close\r\n");
     const auto outcome = [&](const QList<QByteArray> &parts) {
@@ -469,7 +469,7 @@ void TunnelRelayTest::strangersReachNothing()
     QVERIFY(!response.toLower().contains("access-control"));
     QCOMPARE(reached(*recorder), QStringList());
 
-    // The sensor's own page may go on.
+    // The sensor's own page can still send commands.
     TunnelClient own(url);
     own.send(postRequest("SET 1", "Origin: http://127.0.0.1\r\nSec-Fetch-Site: same-origin\r\n"));
     QCOMPARE(statusOf(own.response()), 200);
@@ -485,7 +485,7 @@ void TunnelRelayTest::nothingIsParsedAfterARefusal()
                                        "Content-Length: 1000000\r\n\r\n");
     QCOMPARE(statusOf(client.response()), 200);
     QCOMPARE(statusOf(client.response()), 403);
-    // As a browser sends a long body: in blocks, each of which a foreign page may begin as it likes.
+    // A browser sends a long body in blocks, and a foreign page can choose how each of them begins.
     for (int i = 0; i < 4; ++i)
         client.send(("POST / HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 3\r\n\r\nSET" + getRequest("/"))
                         .leftJustified(16 * 1024, ' '));
@@ -529,7 +529,7 @@ void TunnelRelayTest::brokenOffBodyIsGivenUp()
     client.send(postRequest("MEASRATE 2.5").chopped(1));
     const QByteArray response = client.everything();
     QCOMPARE(statusOf(response), 408);
-    // Two clocks of whole milliseconds may differ by one.
+    // The limit is 5000 ms; two clocks with a resolution of 1 ms may differ by one.
     QVERIFY(time.elapsed() >= 4999);
     QCOMPARE(reached(*recorder), QStringList());
 }

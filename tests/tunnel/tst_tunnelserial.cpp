@@ -18,7 +18,8 @@ QString name(const char *text)
     return QString::fromLatin1(text);
 }
 
-/// The calls that open and close the sensor or change its outputs, and the rate with which it is opened.
+/// The calls that open and close the sensor, set its baud rate, read or set its outputs, or send a generic
+/// command.
 QStringList linkCalls(CallRecorder &recorder)
 {
     static const QRegularExpression relevant(name(
@@ -50,7 +51,7 @@ QString rate(int baudrate)
 
 } // namespace
 
-/// The serial link in the tunnel's hands.
+/// How the tunnel opens, closes and configures the serial link.
 class TunnelSerialTest : public QObject
 {
     Q_OBJECT
@@ -117,7 +118,7 @@ void TunnelSerialTest::cleanup()
     sensor.reset();
 }
 
-/// Opens the tunnel and forgets what that took.
+/// Opens the tunnel and discards the calls recorded so far.
 void TunnelSerialTest::begin()
 {
     QCOMPARE(tunnel->openTunnel(url), NoError);
@@ -189,7 +190,7 @@ void TunnelSerialTest::lentSensorGetsItsOutputBack()
     scriptOutputs(0, 1, 0, 1);
     tunnel->closeTunnel();
     QCOMPARE(linkCalls(*recorder), QStringList(sent("Get_DataOutInterface")) + outputs(1, 1, 0, 1));
-    // Once is enough.
+    // A second call does nothing.
     tunnel->closeTunnel();
     QCOMPARE(linkCalls(*recorder), QStringList());
 }
@@ -248,7 +249,7 @@ void TunnelSerialTest::aFailureToGiveTheOutputBackIsLogged()
     QTest::ignoreMessage(QtDebugMsg, scriptedFailure);
     tunnel->closeTunnel();
     QVERIFY(!sensor->isOpen());
-    // The next tunnel of the same object gives it back.
+    // Closing the next tunnel of the same object restores the output.
     sondixsim::clearFaults();
     scriptOutputs(0, 1, 1, 1);
     begin();
@@ -296,7 +297,7 @@ void TunnelSerialTest::failingCloseIsRepeated()
     QCOMPARE(linkCalls(*recorder).count(closeCall), attempts);
     QCOMPARE(sensor->isOpen(), open);
     QVERIFY(!tunnel->isTunnelOpen());
-    // What the worker has emitted is in this thread's queue when closeTunnel() returns.
+    // closeTunnel() returns after the worker has emitted its signals: they are in the queue of this thread.
     QCoreApplication::sendPostedEvents();
     QCOMPARE(closed.count(), open ? 0 : 1);
     sondixsim::clearFaults();
@@ -316,7 +317,7 @@ void TunnelSerialTest::closingOnALentSensorIsAnnouncedOnce()
 
 void TunnelSerialTest::aLinkThatOpensWithAnErrorIsClosedAgain()
 {
-    // Opening fails although the library says action that the sensor is open.
+    // Opening fails, although the library reports afterwards that the sensor is open.
     constexpr int refused = -6;
     sondixsim::Fault fault;
     fault.function = "SetParameterInt";
@@ -444,7 +445,7 @@ void TunnelSerialTest::sensorGoesOnAtItsNewBaudRate()
     client.send(getRequest("/"));
     QCOMPARE(statusOf(client.response()), 200);
 
-    // The way back, and nothing of it was a closing of the tunnel.
+    // Change it back. Neither change counts as closing the tunnel.
     client.send(postRequest("BAUDRATE 115200"));
     QCOMPARE(statusOf(client.response()), 200);
     QCOMPARE(sensor->storedInterfaceParameters().value(name("IP_Baudrate")), QVariant(115200));
@@ -529,7 +530,7 @@ void TunnelSerialTest::linkOfUnknownParametersIsNotGivenUp()
     QVERIFY(!linkCalls(*recorder).contains(closeCall));
     QVERIFY(adopted.isOpen());
     other.closeTunnel();
-    // One of the two gives the handle back.
+    // Both instances own the same handle; lent releases it here.
     lent = SensorInstance(NoSensor);
 }
 

@@ -18,12 +18,12 @@ bool begins(const std::string &text, const char *beginning)
     return text.rfind(beginning, 0) == 0;
 }
 
-/// The first call that stands within another thread's sequence of staging, command and answers; empty when there is
-/// none. Calls of all threads are to be on one handle.
+/// The first call that interrupts another thread's sequence of staging, command and reading of answers; empty if
+/// there is none. Expects all calls to be on one handle.
 std::string firstTornCall(const std::vector<sondixsim::Call> &calls)
 {
-    const sondixsim::Call *staging = nullptr; // the last call of a sequence whose command has not come yet
-    const sondixsim::Call *command = nullptr; // the last command or opening
+    const sondixsim::Call *staging = nullptr; // the last call of a sequence without its command so far
+    const sondixsim::Call *command = nullptr; // the last command or open
     for (const sondixsim::Call &call : calls) {
         if (staging && call.thread != staging->thread)
             return call.text() + " after " + staging->text();
@@ -42,7 +42,7 @@ std::string firstTornCall(const std::vector<sondixsim::Call> &calls)
 
 } // namespace
 
-/// The application works on the sensor while browsers do.
+/// The application uses the sensor at the same time as browsers.
 class TunnelThreadsTest : public QObject
 {
     Q_OBJECT
@@ -162,7 +162,7 @@ void TunnelThreadsTest::valuesArriveWhileTheBrowserLoads()
     QCOMPARE(values.load(), pushed);
 }
 
-/// The answer to a command is read by whoever sent it, however long that takes.
+/// Reading the answer to a command takes long; no command of the application may come before it.
 void TunnelThreadsTest::nothingGetsBetweenACommandAndItsAnswer()
 {
     RS232Tunnel tunnel(*sensor);
@@ -191,7 +191,7 @@ void TunnelThreadsTest::nothingGetsBetweenACommandAndItsAnswer()
     QCOMPARE(bodyOf(response), QByteArray("mine"));
 }
 
-/// A command in two parts while the tunnel waits for the sensor, which the application keeps busy.
+/// A request arrives in two parts while the application keeps the sensor busy and the tunnel waits for it.
 void TunnelThreadsTest::waitingForTheSensorEndsNobodysPatience()
 {
     RS232Tunnel tunnel(*sensor);

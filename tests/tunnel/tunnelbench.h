@@ -14,7 +14,7 @@
 #include <vector>
 
 /// \file
-/// The test bench's serial sensor, with scripted pages: what the tests of the tunnel need.
+/// Helpers of the tests of the tunnel: scripted pages and outputs of the test bench's serial sensor.
 
 constexpr char pageHeader[] = "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nContent-Length: 5\r\n\r\n";
 constexpr char pageBody[] = "hello";
@@ -24,19 +24,19 @@ inline QByteArray quoted(const QByteArray &text)
     return '"' + text + '"';
 }
 
-/// Every page of the sensor is from now on \a header and \a body, and comes at once.
+/// From now on every page of the sensor has this \a header and \a body and is sent without delay.
 inline int scriptPage(const QByteArray &header = pageHeader, const QByteArray &body = pageBody)
 {
     return scriptAnswer("Get_HTTP", "SA_HTTPHeader=" + quoted(header) + " SA_HTTPBody=" + quoted(body));
 }
 
-/// Every command from a page is from now on answered with \a answer.
+/// From now on every generic command is answered with \a answer.
 inline int scriptGenericAnswer(const QByteArray &answer = "done")
 {
     return scriptAnswer("Cmd_Generic", "SA_CompleteAnswer=" + quoted(answer));
 }
 
-/// The sensor's outputs are from now on read as these, and can be written.
+/// From now on the sensor reports these outputs and accepts changes of them.
 inline void scriptOutputs(int rs422, int analog, int error1, int error2)
 {
     scriptAnswer("Get_DataOutInterface",
@@ -49,8 +49,8 @@ inline void scriptOutputs(int rs422, int analog, int error1, int error2)
     scriptAnswer("Set_DataOutInterface", "SA_Done=1");
 }
 
-/// What was staged for each command of the name \a command that the recorder saw since the last look, a text a
-/// command: the staging calls in their order, joined by blanks.
+/// The parameters staged for each \a command since the last take() of the recorder. One text per command: its
+/// staging calls in order, joined by blanks.
 inline QStringList commandsSent(CallRecorder &recorder, const QString &command)
 {
     const QString sent = QStringLiteral("SetParameterString(\"S_Command\", \"%1\")").arg(command);
@@ -68,7 +68,7 @@ inline QStringList commandsSent(CallRecorder &recorder, const QString &command)
     return commands;
 }
 
-/// How many times the recorded calls sent the command \a command.
+/// The number of recorded calls that send \a command.
 inline int timesSent(const std::string &command)
 {
     const std::vector<sondixsim::Call> calls = sondixsim::calls();

@@ -13,7 +13,7 @@
 #    include <sys/socket.h>
 #endif
 
-/// A client of the tunnel that says exactly what it is told to.
+/// A client of the tunnel that sends exactly the given bytes.
 class TunnelClient
 {
 public:
@@ -25,7 +25,7 @@ public:
 
     bool isConnected() const { return socket.state() == QAbstractSocket::ConnectedState; }
 
-    /// The bytes go out at once, in one parsed if the system wants it so.
+    /// Returns when all bytes are passed to the system. The tunnel may receive them in several parts.
     void send(const QByteArray &bytes)
     {
         socket.write(bytes);
@@ -33,7 +33,8 @@ public:
         }
     }
 
-    /// The next response whole, as far as its Content-Length tells; what has come when it does not come.
+    /// The next response, complete according to its Content-Length; after the time limit the bytes received so
+    /// far.
     QByteArray response(int timeLimit = timeLimitMs)
     {
         QElapsedTimer time;
@@ -46,7 +47,7 @@ public:
         return bytes;
     }
 
-    /// Everything until the tunnel ends the connection; with "..." at the end when it does not.
+    /// All bytes until the tunnel closes the connection; with "..." at the end if it does not close it in time.
     QByteArray everything(int timeLimit = timeLimitMs)
     {
         QElapsedTimer time;
@@ -56,7 +57,7 @@ public:
         return socket.state() == QAbstractSocket::UnconnectedState ? received : received + "...";
     }
 
-    /// Leaves what is sent to it with the system, which has room for some of it.
+    /// Stops reading. The buffers of the system still accept some bytes.
     void fetchNothing() { socket.setReadBufferSize(1); }
     void fetchEverything() { socket.setReadBufferSize(0); }
 
@@ -65,7 +66,7 @@ public:
 
     void hangUp() { socket.abort(); }
 
-    /// Sends nothing more, but goes on reading.
+    /// Shuts down the write side and goes on reading.
     void endSending()
     {
 #if defined(Q_OS_WIN)
@@ -104,7 +105,7 @@ private:
     QByteArray received;
 };
 
-/// The status in the first line of \a response, 0 when there is none.
+/// The status in the first line of \a response; 0 if there is none.
 inline int statusOf(const QByteArray &response)
 {
     return response.startsWith("HTTP/1.1 ") ? response.mid(9, 3).toInt() : 0;
@@ -116,7 +117,7 @@ inline QByteArray bodyOf(const QByteArray &response)
     return end < 0 ? QByteArray() : response.mid(end + 4);
 }
 
-/// A request as a browser on this computer sends it.
+/// A GET request with the Host header that a browser sends.
 inline QByteArray getRequest(const QByteArray &target, const QByteArray &headers = QByteArray())
 {
     return "GET " + target + " HTTP/1.1\r\nHost: 127.0.0.1\r\n" + headers + "\r\n";
