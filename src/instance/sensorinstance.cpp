@@ -204,7 +204,9 @@ void SensorInstance::checkError(ErrorCode code, QString *errorText, bool emitSig
     const auto lastError = ErrorCode(GetError(d->handle, buffer.data(), errorTextSize));
     if (lastError == NoError)
         return;
-    const QString text = decodeText(buffer);
+    QString text = decodeText(buffer);
+    if (text.isNull()) // depends on the codec; a null text would mean that there was no error
+        text = QStringLiteral("");
     qCDebug(instanceLog).noquote() << "SensorInstance::checkError:" << text;
     if (errorText)
         *errorText = text;
