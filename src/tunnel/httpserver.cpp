@@ -202,11 +202,13 @@ void HttpServer::onBytesWritten(ClientSocket &socket)
     update();
 }
 
-/// Reads one chunk. readyRead() follows if there is more.
+/// Reads what there is, up to a limit that leaves time for other connections. The system may report the end of the
+/// input together with the last bytes.
 void HttpServer::handleRequestFromSocket(ClientSocket &socket)
 {
-    if (requests->wantsBytes(&socket))
-        receive(socket);
+    constexpr int maxChunks = 16;
+    for (int i = 0; i < maxChunks && requests->wantsBytes(&socket) && receive(socket); ++i) {
+    }
 }
 
 /// Reads one chunk, or handles the end of the input. False if there is nothing more to read for now.
