@@ -138,6 +138,10 @@ void HttpServer::onNewConnection()
         update();
     });
     connect(socket, &QAbstractSocket::bytesWritten, this, [this, socket] { onBytesWritten(*socket); });
+    connect(&socket->peerCheck, &QTimer::timeout, this, [this, socket] {
+        receiveFromLeavingClient(*socket);
+        update();
+    });
     if (socket->state() != QAbstractSocket::ConnectedState)
         onSocketDisconnected(*socket);
     else
@@ -227,16 +231,30 @@ bool HttpServer::receive(ClientSocket &socket)
         socket.expectInput();
         return false;
     case SocketInput::Ended:
-        if (lingering.contains(&socket))
+        if (lingering.contains(&socket)) {
             socket.abort();
-        else
+        } else {
             requests->endInput(&socket, now());
+            socket.ignoreInput();
+            socket.peerCheck.start();
+        }
         return false;
     case SocketInput::Failed:
         onSocketDisconnected(socket);
         return false;
     }
     return false;
+}
+
+/// If the peer has ended sending or the connection, reads all that is left or detects the reset. Windows may not report
+/// a reset of a connection with unsent output, so it is also called from time to time.
+void HttpServer::receiveFromLeavingClient(ClientSocket &socket)
+{
+    const bool mayHaveLeft = hasPeerEndedSending(socket);
+    while (mayHaveLeft && isActive(&socket) && receive(socket)) {
+    }
+    if (isActive(&socket) && socket.bytesToWrite() > 0)
+        socket.peerCheck.start();
 }
 
 /// Serves one request, then returns to the event loop: with a slow sensor, the application's calls and the
@@ -340,9 +358,7 @@ void HttpServer::write(ClientSocket &socket, const RequestQueue::Response &respo
             << "refused:" << bytes.mid(bytes.indexOf(' ') + 1, bytes.indexOf('\r') - bytes.indexOf(' ') - 1);
     requestLog.writes(&socket, response.number, bytes);
     // If the client has closed its socket, it answers the response with a reset, which discards unread input.
-    const bool mayHaveLeft = hasPeerEndedSending(socket);
-    while (mayHaveLeft && isActive(&socket) && receive(socket)) {
-    }
+    receiveFromLeavingClient(socket);
     if (!isActive(&socket))
         return;
     if (!bytes.isEmpty() && socket.write(bytes) < 0) {
@@ -359,6 +375,8 @@ void HttpServer::watchSending(ClientSocket &socket)
     const bool ends = finishing.contains(&socket);
     const qint64 unsent = socket.bytesToWrite();
     requestLog.wrote(&socket, unsent, now());
+    if (unsent > 0)
+        socket.peerCheck.start();
     requests->setReading(&socket, unsent <= (ends ? 0 : TunnelLimits::unsentAnswers), now());
     if (ends && unsent == 0)
         finish(socket);

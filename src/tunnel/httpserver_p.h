@@ -74,6 +74,7 @@ private:
     // Requests.
     void handleRequestFromSocket(ClientSocket &socket);
     bool receive(ClientSocket &socket);
+    void receiveFromLeavingClient(ClientSocket &socket);
     void serveNext();
     void serve(const RequestQueue::Request &request);
     bool isServingScheduled() const;

@@ -1,12 +1,37 @@
 // SPDX-License-Identifier: MIT
 #include "loopbackserver_p.h"
 
+#include <QSocketNotifier>
+
 namespace SondixQt {
+
+namespace {
+
+constexpr int peerCheckMs = 100;
+
+} // namespace
+
+ClientSocket::ClientSocket(QObject *parent)
+    : QAbstractSocket(TcpSocket, parent)
+    , peerCheck(this)
+{
+    peerCheck.setSingleShot(true);
+    peerCheck.setInterval(peerCheckMs);
+}
 
 void ClientSocket::expectInput()
 {
     char nothing = 0;
     readData(&nothing, 0);
+}
+
+void ClientSocket::ignoreInput()
+{
+    // An unbuffered socket has no function for this: its read notifier belongs to its socket engine, a child object.
+    for (QSocketNotifier *const notifier : findChildren<QSocketNotifier *>()) {
+        if (notifier->type() == QSocketNotifier::Read)
+            notifier->setEnabled(false);
+    }
 }
 
 void LoopbackServer::incomingConnection(qintptr descriptor)

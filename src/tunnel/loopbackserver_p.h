@@ -3,6 +3,7 @@
 
 #include <QAbstractSocket>
 #include <QTcpServer>
+#include <QTimer>
 
 #include <deque>
 
@@ -13,13 +14,16 @@ namespace SondixQt {
 class ClientSocket : public QAbstractSocket
 {
 public:
-    explicit ClientSocket(QObject *parent)
-        : QAbstractSocket(TcpSocket, parent)
-    {
-    }
+    explicit ClientSocket(QObject *parent);
 
     /// Makes Qt emit readyRead() again, which it otherwise does only after a read.
     void expectInput();
+    /// Ends the notifications until expectInput() or a read. On Windows, Qt would otherwise emit readyRead() without a
+    /// pause after the peer has ended sending.
+    void ignoreInput();
+
+    /// Times out once, a while after it was started.
+    QTimer peerCheck;
 };
 
 /// A server whose connections are unbuffered.

@@ -29,11 +29,18 @@ SocketInput pendingInput(const QAbstractSocket &socket)
 {
     char byte = 0;
     const int size = ::recv(descriptorOf(socket), &byte, 1, MSG_PEEK);
-    if (size > 0)
+    if (size > 0) {
+        // Qt takes the error of an earlier call for that of a successful read and loses what it has read.
+        ::WSASetLastError(0);
         return SocketInput::Data;
-    if (size == 0)
+    }
+    // A reset that a notification has already reported looks like an end of the input, but nothing can be sent any more.
+    const bool isEnd = size == 0 && ::send(descriptorOf(socket), &byte, 0, 0) == 0;
+    if (isEnd)
         return SocketInput::Ended;
-    return ::WSAGetLastError() == WSAEWOULDBLOCK ? SocketInput::Nothing : SocketInput::Failed;
+    if (::WSAGetLastError() != WSAEWOULDBLOCK)
+        return SocketInput::Failed;
+    return size == 0 ? SocketInput::Ended : SocketInput::Nothing;
 }
 
 bool hasPeerEndedSending(const QAbstractSocket &socket)
