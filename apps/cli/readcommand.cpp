@@ -31,7 +31,7 @@ QString counted(qint64 number, const char *word)
                                                      number == 1 ? QString() : QStringLiteral("s"));
 }
 
-// The destination of the lines: stdout, or a file that appears only when it is complete.
+// The destination of the lines: stdout, or a file that gets its name when it is complete.
 class Sink
 {
 public:
@@ -57,12 +57,15 @@ public:
     // Keeps the frames that were read before an error and returns the part of the error message that says where.
     QString keepPart(qint64 frames)
     {
-        if (!m_file || frames == 0)
+        if (!m_file)
             return {};
-        if (!m_file->keepPartial())
-            throw writeFailure();
+        if (frames == 0) {
+            m_file->discard();
+            return {};
+        }
+        m_file->close();
         return QStringLiteral("; what was read before, %1, is in '%2'")
-            .arg(counted(frames, "frame"), m_file->partialName());
+            .arg(counted(frames, "frame"), m_file->currentName());
     }
     bool isFile() const { return m_file.has_value(); }
 

@@ -219,8 +219,12 @@ private:
         if (!drawn)
             throw failed(QStringLiteral("cannot encode the picture"));
         OutputFile file(QString::fromStdString(m_target));
-        if (!file.open() || !file.write(data) || !file.commit())
-            throw failed(QStringLiteral("cannot write '%1': %2").arg(file.path(), file.errorString()));
+        const bool written = file.open() && file.write(data);
+        if (written && file.commit())
+            return;
+        if (!written)
+            file.discard(); // it can be fetched again
+        throw failed(QStringLiteral("cannot write '%1': %2").arg(file.path(), file.errorString()));
     }
 
     void printLine(Console &console, const VideoLine &line) const

@@ -2,48 +2,83 @@
 #pragma once
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QFile>
-#include <QSaveFile>
+#include <QLockFile>
 #include <QString>
 
+#include <future>
 #include <memory>
 
 namespace SondixApp {
 
-/// A file that appears under its name only when it is complete.
+/// A file that grows in the open as FILE.partial and gets its name at the end.
 ///
-/// Data are written to a partial file beside the target, which commit() renames. After a failure the partial file is
-/// removed or, with keepPartial(), kept under its own name. Devices and pipes are written directly. Threads: one.
+/// \par What stays
+/// Every write() reaches the operating system at once and is complete or not there at all: after a failed write the file
+/// is cut back. So a file contains whole lines if whole lines are written, also after the process has been killed. Once a
+/// second the data are sent to the disk by another thread, for the case that the power fails. Nothing deletes a file
+/// except discard().
+///
+/// \par Devices and pipes
+/// They are written directly and have no partial file.
+///
+/// \par Threads
+/// One.
 class OutputFile
 {
 public:
     explicit OutputFile(const QString &path);
+    /// Closes the file, which keeps the name that it has.
     ~OutputFile();
 
     OutputFile(const OutputFile &) = delete;
     OutputFile &operator=(const OutputFile &) = delete;
 
+    /// Creates the partial file. An existing partial file is never overwritten: the new one gets a number.
     bool open();
+    /// Opens the file itself, whose data end at \a end: what follows is cut off. The file grows under its own name.
+    /// Fails if another process appends to it as well.
+    bool openToAppend(qint64 end);
+    /// Appends \a data as a whole.
     bool write(const QByteArray &data);
-    /// Gives the written file the name of the target. If that fails, the data stay in partialName().
+    /// Overwrites \a data.size() bytes at \a position.
+    bool overwrite(qint64 position, const QByteArray &data);
+    /// How much of the file is known to be on the disk.
+    qint64 sizeOnDisk() const { return m_synced; }
+    /// Closes the file and gives it its name, replacing an older file. If that fails, the data stay in currentName().
     bool commit();
-    /// Keeps the written data in partialName() and does not change the target.
-    bool keepPartial();
+    /// Closes the file, which keeps the name that it has.
+    bool close();
+    /// Removes the partial file.
+    void discard();
 
+    qint64 size() const { return m_size; }
+    /// Whether it is a device or a pipe.
+    bool isDirect() const { return m_isDirect; }
+    /// The name that the file has in the end. Symbolic links are resolved.
     QString path() const { return m_path; }
-    /// The target's name with the suffix ".partial". open() appends a number if that file exists.
-    QString partialName() const { return m_partialName; }
+    /// The name of the file at present: path() with the suffix ".partial" or ".partial2" until commit().
+    QString currentName() const { return m_currentName; }
     /// The reason why the last operation failed.
     QString errorString() const { return m_error; }
 
 private:
-    bool fail(const QFileDevice &file);
+    bool fail();
+    bool sync();
+    bool collectSync();
 
     QString m_path;
-    QString m_partialName;
+    QString m_currentName;
     QString m_error;
-    std::unique_ptr<QSaveFile> m_save;
-    std::unique_ptr<QFile> m_direct;
+    QFile m_file;
+    std::unique_ptr<QLockFile> m_lock;
+    bool m_isDirect = false;
+    qint64 m_size = 0;
+    qint64 m_syncing = 0; // size at the start of m_sync
+    qint64 m_synced = 0;
+    std::future<int> m_sync; // errno
+    QElapsedTimer m_sinceSync;
 };
 
 } // namespace SondixApp

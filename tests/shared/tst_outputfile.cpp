@@ -6,6 +6,9 @@
 
 #ifdef Q_OS_WIN
 #    include <windows.h>
+#else
+#    include <csignal>
+#    include <sys/resource.h>
 #endif
 
 using namespace SondixApp;
@@ -20,11 +23,17 @@ private Q_SLOTS:
         QVERIFY(m_dir->isValid());
         m_path = m_dir->filePath("values of today.csv");
     }
-    void appearsUnderItsNameOnlyWhenCommitted();
+    void growsInTheOpenUntilItIsCommitted();
     void replacesAnOlderFileAtOnce();
-    void leavesNothingWhenItIsDropped();
+    void keepsWhatWasWrittenWhenItIsDropped();
+    void removesOnlyThePartialFileWhenItIsDiscarded();
     void keepsEverythingWhenTheNameIsRefused();
     void keepsAPartUnderAnotherName();
+    void reachesTheDiskWithinSeconds();
+    void overwritesWhatIsThere();
+    void isCutBackAfterAFailedWrite();
+    void appendsToTheFileItself();
+    void isAppendedToByOneProcessOnly();
     void leavesEarlierPartsAlone();
     void goesThroughALink();
     void refusesADirectoryAndAMissingOne();
@@ -61,12 +70,15 @@ static bool makeLink(const QString &target, const QString &link)
 #endif
 }
 
-void TestOutputFile::appearsUnderItsNameOnlyWhenCommitted()
+void TestOutputFile::growsInTheOpenUntilItIsCommitted()
 {
     OutputFile file(m_path);
     QVERIFY2(file.open(), qPrintable(file.errorString()));
     QVERIFY(file.write("1\n"));
+    QCOMPARE(contentOf(m_path + ".partial"), QByteArray("1\n"));
     QVERIFY(file.write("2\n"));
+    QCOMPARE(contentOf(m_path + ".partial"), QByteArray("1\n2\n"));
+    QCOMPARE(file.size(), 4);
     QVERIFY(!QFile::exists(m_path));
     QVERIFY2(file.commit(), qPrintable(file.errorString()));
     QCOMPARE(contentOf(m_path), QByteArray("1\n2\n"));
@@ -84,14 +96,28 @@ void TestOutputFile::replacesAnOlderFileAtOnce()
     QCOMPARE(contentOf(m_path), QByteArray("newer\n"));
 }
 
-void TestOutputFile::leavesNothingWhenItIsDropped()
+void TestOutputFile::keepsWhatWasWrittenWhenItIsDropped()
 {
     {
         OutputFile file(m_path);
         QVERIFY(file.open());
         QVERIFY(file.write("1\n"));
     }
-    QCOMPARE(files(), QStringList());
+    QCOMPARE(contentOf(m_path + ".partial"), QByteArray("1\n"));
+}
+
+void TestOutputFile::removesOnlyThePartialFileWhenItIsDiscarded()
+{
+    writeOlderFile();
+    OutputFile file(m_path);
+    QVERIFY(file.open());
+    QVERIFY(file.write("1\n"));
+    file.discard();
+    QCOMPARE(files(), QStringList{"values of today.csv"});
+    OutputFile appended(m_path);
+    QVERIFY(appended.openToAppend(6));
+    appended.discard();
+    QCOMPARE(contentOf(m_path), QByteArray("older\n"));
 }
 
 void TestOutputFile::keepsEverythingWhenTheNameIsRefused()
@@ -101,9 +127,9 @@ void TestOutputFile::keepsEverythingWhenTheNameIsRefused()
     QVERIFY(file.write("1\n"));
     QVERIFY(QDir().mkdir(m_path));
     QVERIFY(!file.commit());
-    QVERIFY2(file.errorString().endsWith(QStringLiteral("; all of it is in '%1'").arg(file.partialName())),
+    QVERIFY2(file.errorString().endsWith(QStringLiteral("; all of it is in '%1'").arg(file.currentName())),
              qPrintable(file.errorString()));
-    QCOMPARE(contentOf(file.partialName()), QByteArray("1\n"));
+    QCOMPARE(contentOf(file.currentName()), QByteArray("1\n"));
 }
 
 void TestOutputFile::keepsAPartUnderAnotherName()
@@ -112,9 +138,82 @@ void TestOutputFile::keepsAPartUnderAnotherName()
     OutputFile file(m_path);
     QVERIFY(file.open());
     QVERIFY(file.write("1\n"));
-    QVERIFY(file.keepPartial());
+    QVERIFY(file.close());
     QCOMPARE(contentOf(m_path), QByteArray("older\n"));
-    QCOMPARE(contentOf(file.partialName()), QByteArray("1\n"));
+    QCOMPARE(contentOf(file.currentName()), QByteArray("1\n"));
+}
+
+void TestOutputFile::reachesTheDiskWithinSeconds()
+{
+    OutputFile file(m_path);
+    QVERIFY(file.open());
+    QVERIFY(file.write("1\n"));
+    QTRY_VERIFY_WITH_TIMEOUT(file.write("2\n") && file.sizeOnDisk() > 0, 10000);
+    QVERIFY(file.sizeOnDisk() <= file.size());
+}
+
+void TestOutputFile::overwritesWhatIsThere()
+{
+    OutputFile file(m_path);
+    QVERIFY(file.open());
+    QVERIFY(file.write("head\n"));
+    QVERIFY(file.overwrite(1, "EA"));
+    QVERIFY(file.write("1\n"));
+    QCOMPARE(contentOf(file.currentName()), QByteArray("hEAd\n1\n"));
+}
+
+void TestOutputFile::isCutBackAfterAFailedWrite()
+{
+#ifdef Q_OS_UNIX
+    // A limit on the file size replaces a full disk: both let the beginning of a write succeed.
+    rlimit before = {};
+    QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit limited{10, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    OutputFile file(m_path);
+    QVERIFY(file.open());
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &limited), 0);
+    const bool first = file.write("12345\n");
+    const bool second = file.write("67890\n");
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    QVERIFY(first);
+    QVERIFY(!second);
+    QCOMPARE(file.errorString(), QStringLiteral("File too large"));
+    QCOMPARE(contentOf(file.currentName()), QByteArray("12345\n"));
+    QVERIFY(file.write("67890\n"));
+    QCOMPARE(contentOf(file.currentName()), QByteArray("12345\n67890\n"));
+#else
+    QSKIP("there is no limit on the size of files here");
+#endif
+}
+
+void TestOutputFile::appendsToTheFileItself()
+{
+    writeOlderFile();
+    OutputFile file(m_path);
+    QVERIFY2(file.openToAppend(6), qPrintable(file.errorString()));
+    QVERIFY(file.write("newer\n"));
+    QCOMPARE(contentOf(m_path), QByteArray("older\nnewer\n"));
+    QVERIFY(file.close());
+    OutputFile again(m_path);
+    QVERIFY(again.openToAppend(8)); // a part of the second line is cut off
+    QVERIFY(again.write("\n"));
+    QVERIFY(again.commit());
+    QCOMPARE(contentOf(m_path), QByteArray("older\nne\n"));
+    QCOMPARE(files(), QStringList{"values of today.csv"});
+}
+
+void TestOutputFile::isAppendedToByOneProcessOnly()
+{
+    writeOlderFile();
+    OutputFile first(m_path);
+    QVERIFY(first.openToAppend(6));
+    OutputFile second(m_path);
+    QVERIFY(!second.openToAppend(6));
+    QCOMPARE(second.errorString(), QStringLiteral("another program is appending to it"));
+    QVERIFY(first.commit());
+    QVERIFY2(second.openToAppend(6), qPrintable(second.errorString()));
 }
 
 void TestOutputFile::leavesEarlierPartsAlone()
@@ -124,8 +223,8 @@ void TestOutputFile::leavesEarlierPartsAlone()
         OutputFile file(m_path);
         QVERIFY(file.open());
         QVERIFY(file.write(QByteArray::number(i)));
-        QVERIFY(file.keepPartial());
-        QCOMPARE(file.partialName(), names[i]);
+        QVERIFY(file.close());
+        QCOMPARE(file.currentName(), names[i]);
     }
     OutputFile whole(m_path);
     QVERIFY(whole.open());
