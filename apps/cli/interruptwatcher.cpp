@@ -38,16 +38,20 @@ InterruptWatcher *watcher = nullptr;
 
 BOOL WINAPI onConsoleEvent(DWORD event)
 {
-    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
-        return FALSE;
+    const bool isLast = event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT;
     // A regular exit would wait for the libraries, which may be what hangs.
-    if (interruptReceived.exchange(true)) {
+    if (interruptReceived.exchange(true) && !isLast) {
         Console::restore();
         TerminateProcess(GetCurrentProcess(), STATUS_CONTROL_C_EXIT);
     }
-    const std::lock_guard<std::mutex> lock(watcherMutex);
-    if (watcher)
-        QMetaObject::invokeMethod(watcher, &InterruptWatcher::interrupted, Qt::QueuedConnection);
+    {
+        const std::lock_guard<std::mutex> lock(watcherMutex);
+        if (watcher)
+            QMetaObject::invokeMethod(watcher, &InterruptWatcher::interrupted, Qt::QueuedConnection);
+    }
+    // When the console is closed Windows ends the process as soon as this returns, after five seconds at the latest.
+    if (isLast)
+        Sleep(INFINITE);
     return TRUE;
 }
 
@@ -85,13 +89,19 @@ void onSignal(int)
         return;
 }
 
-void setHandler(int signalNumber, void (*handler)(int))
+void setHandler(int signalNumber, unsigned flags)
 {
     struct sigaction action = {};
-    action.sa_handler = handler;
+    action.sa_handler = onSignal;
     sigemptyset(&action.sa_mask);
-    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+    action.sa_flags = static_cast<int>(SA_RESTART | flags);
     sigaction(signalNumber, &action, nullptr);
+}
+
+bool isIgnored(int signalNumber)
+{
+    struct sigaction action = {};
+    return sigaction(signalNumber, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 } // namespace
@@ -108,14 +118,19 @@ InterruptWatcher::InterruptWatcher(QObject *parent)
         }
         Q_EMIT interrupted();
     });
-    setHandler(SIGINT, onSignal);
-    setHandler(SIGTERM, onSignal);
+    setHandler(SIGINT, SA_RESETHAND);
+    setHandler(SIGTERM, SA_RESETHAND);
+    // A terminal that is closed sends it more than once: its shell and the system do. nohup ignores it.
+    if (!isIgnored(SIGHUP))
+        setHandler(SIGHUP, 0);
 }
 
 InterruptWatcher::~InterruptWatcher()
 {
     std::signal(SIGINT, SIG_DFL);
     std::signal(SIGTERM, SIG_DFL);
+    if (!isIgnored(SIGHUP))
+        std::signal(SIGHUP, SIG_DFL);
     ::close(wakeUp[0]);
     ::close(wakeUp[1]);
 }

@@ -57,48 +57,58 @@ private Q_SLOTS:
     void endsASearch();
     void leavesAWholeFile_data();
     void leavesAWholeFile();
+    void aKilledReadLeavesWhatItHasWritten();
+    void nohupKeepsItRunning();
     void endsAReadToStdoutWithAWholeLine();
     void theSecondOneEndsACallThatDoesNotReturn();
 
 private:
-    /// Sends Ctrl-C, or SIGTERM if \a politely is set.
-    static void end(InterruptibleProcess &process, bool politely)
+    enum Way { CtrlC, Terminate, HangUp };
+    /// Ctrl-C, and on Unix the signals that ask a process to end.
+    static void addWays(const char *line = "")
     {
-        if (politely)
-            process.terminate();
-        else
+        const auto add = [line](const char *name, Way way) {
+            QTest::addRow("%s%s", line, name) << QString::fromLatin1(line) << static_cast<int>(way);
+        };
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<int>("way");
+        add("Ctrl-C", CtrlC);
+#ifdef Q_OS_UNIX
+        add("SIGTERM", Terminate);
+        add("SIGHUP, twice", HangUp);
+#endif
+    }
+    static void end(InterruptibleProcess &process, int way)
+    {
+        if (way == CtrlC)
             process.interrupt();
+        else if (way == Terminate)
+            process.terminate();
+#ifdef Q_OS_UNIX
+        for (int i = 0; way == HangUp && i < 2; ++i)
+            QCOMPARE(::kill(static_cast<pid_t>(process.processId()), SIGHUP), 0);
+#endif
     }
 };
 
-#ifdef Q_OS_UNIX
-constexpr bool canBeAskedToTerminate = true;
-#else
-constexpr bool canBeAskedToTerminate = false;
-#endif
-
 void TestToolInterrupt::endsASearch_data()
 {
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<bool>("politely");
-    QTest::newRow("find") << "find --type TX270" << false;
-    if (canBeAskedToTerminate)
-        QTest::newRow("find, asked to terminate") << "find --type TX270" << true;
-    QTest::newRow("info by serial number") << "info --type TX270 --serial 7" << false;
-    QTest::newRow("read by serial number") << "read --type TX270 --serial 7" << false;
+    addWays("find --type TX270");
+    QTest::newRow("info by serial number") << "info --type TX270 --serial 7" << static_cast<int>(CtrlC);
+    QTest::newRow("read by serial number") << "read --type TX270 --serial 7" << static_cast<int>(CtrlC);
 }
 
 void TestToolInterrupt::endsASearch()
 {
     QFETCH(QString, line);
-    QFETCH(bool, politely);
+    QFETCH(int, way);
     const ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.01, "XA200_ETH": 3600)"));
     InterruptibleProcess process;
     runner.start(process, QStringList{"--verbose"} + line.split(QLatin1Char(' ')));
     process.setReadChannel(QProcess::StandardError);
     QByteArray log;
     QTRY_VERIFY_WITH_TIMEOUT((log += process.readAllStandardError()).contains("searching: "), 10000);
-    end(process, politely);
+    end(process, way);
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 130);
     QVERIFY2(result.err.contains("sondixqt: interrupted"), result.err.constData());
@@ -106,21 +116,18 @@ void TestToolInterrupt::endsASearch()
 
 void TestToolInterrupt::leavesAWholeFile_data()
 {
-    QTest::addColumn<bool>("politely");
-    QTest::newRow("Ctrl-C") << false;
-    if (canBeAskedToTerminate)
-        QTest::newRow("asked to terminate") << true;
+    addWays();
 }
 
 void TestToolInterrupt::leavesAWholeFile()
 {
-    QFETCH(bool, politely);
+    QFETCH(int, way);
     ToolRunner runner(Benches::of(Benches::laser(10000)));
     ReadingProcess process(runner);
     runner.start(process, words("read TX270@RS232,port=COM3 --csv values.csv"));
     QTRY_VERIFY_WITH_TIMEOUT(process.hasRead(), 10000);
     QVERIFY(!QFile::exists(runner.path("values.csv")));
-    end(process, politely);
+    end(process, way);
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 130);
     QCOMPARE(runner.files(), (QStringList{"bench.json", "values.csv"}));
@@ -131,6 +138,41 @@ void TestToolInterrupt::leavesAWholeFile()
     QVERIFY2(process.summary(result).startsWith(summary), process.summary(result).constData());
     for (const QByteArray &line : lines)
         QCOMPARE(line.count(','), 1);
+}
+
+void TestToolInterrupt::aKilledReadLeavesWhatItHasWritten()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(10000)));
+    QProcess process;
+    runner.start(process, words("read TX270@RS232,port=COM3 --csv values.csv"));
+    QTRY_VERIFY_WITH_TIMEOUT(linesOf(runner.contentOf("values.csv.partial")).size() > 10000, 10000);
+    const QByteArray before = runner.contentOf("values.csv.partial");
+    process.kill();
+    QVERIFY(process.waitForFinished(10000));
+    const QByteArray content = runner.contentOf("values.csv.partial");
+    QVERIFY(content.startsWith(before));
+    QVERIFY(content.endsWith('\n'));
+}
+
+void TestToolInterrupt::nohupKeepsItRunning()
+{
+#ifdef Q_OS_UNIX
+    class ProcessUnderNohup : public QProcess
+    {
+    protected:
+        void setupChildProcess() override { std::signal(SIGHUP, SIG_IGN); }
+    };
+    const ToolRunner runner(Benches::of(Benches::laser(1000)));
+    ProcessUnderNohup process;
+    runner.start(process, words("read TX270@RS232,port=COM3 -n 1000 --csv values.csv"));
+    QTRY_VERIFY_WITH_TIMEOUT(runner.contentOf("values.csv.partial").size() > 1000, 10000);
+    QCOMPARE(::kill(static_cast<pid_t>(process.processId()), SIGHUP), 0);
+    const ToolResult result = ToolRunner::finish(process);
+    QVERIFY2(result.code == 0, result.err.constData());
+    QCOMPARE(linesOf(runner.contentOf("values.csv")).size(), 1001);
+#else
+    QSKIP("there is no SIGHUP here");
+#endif
 }
 
 void TestToolInterrupt::endsAReadToStdoutWithAWholeLine()
