@@ -37,6 +37,8 @@ double Generator::at(double time, std::uint64_t frame, std::uint64_t seed) const
         const double part = partOfPeriod(time, 2.0 * period);
         return high * (part < 0.5 ? 2.0 * part : 2.0 - 2.0 * part);
     }
+    case Kind::Counter:
+        return static_cast<double>(frame % static_cast<std::uint64_t>(period));
     case Kind::Recorded:
         return record[frame % record.size()];
     }

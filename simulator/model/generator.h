@@ -9,12 +9,12 @@ namespace sondixsim::model {
 /// One component of a signal. Its value depends on time, frame number and seed only.
 struct Generator
 {
-    enum class Kind { Constant, Sine, Ramp, Step, Noise, Drift, Recorded };
+    enum class Kind { Constant, Sine, Ramp, Step, Noise, Drift, Counter, Recorded };
 
     Kind kind = Kind::Constant;
     double low = 0.0;    ///< constant: the value; sine: the middle; ramp, step: first level
     double high = 0.0;   ///< sine: amplitude; ramp, step: last level; noise: standard deviation; drift: limit
-    double period = 1.0; ///< seconds; drift: time from 0 to the limit
+    double period = 1.0; ///< seconds; drift: time from 0 to the limit; counter: the number of frames it counts
     double share = 0.5;  ///< step: part of the period at the first level; sine: phase in periods
     std::vector<double> record; ///< recorded: one value per frame, repeated from the start
 

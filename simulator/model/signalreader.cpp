@@ -81,6 +81,10 @@ Generator readGenerator(const Node &node, const std::string &folder)
         generator.kind = Generator::Kind::Drift;
         generator.high = need("by");
         generator.period = period("in");
+    } else if (kind == "counter") {
+        constexpr double maxModulo = 4503599627370496.0; // 2^52
+        generator.kind = Generator::Kind::Counter;
+        generator.period = std::floor(readNumber(reader.required("modulo"), "\"modulo\"", 1.0, maxModulo));
     } else if (kind == "csv") {
         generator.kind = Generator::Kind::Recorded;
         const Node *column = reader.optional("column");
@@ -89,7 +93,7 @@ Generator readGenerator(const Node &node, const std::string &folder)
     } else {
         throw ParseError(reader.required("kind").line,
                          "there is no generator \"" + kind +
-                             "\"; there are: constant, sine, ramp, step, noise, drift, csv");
+                             "\"; there are: constant, sine, ramp, step, noise, drift, counter, csv");
     }
     reader.finish();
     return generator;

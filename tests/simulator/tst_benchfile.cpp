@@ -98,6 +98,8 @@ private Q_SLOTS:
             "period");
         row("period of nothing",
             inSignal("\"generator\": { \"kind\": \"sine\", \"amplitude\": 1,\n\"period\": 0 }"), 8, "period");
+        row("counter of nothing", inSignal("\"generator\": { \"kind\": \"counter\",\n\"modulo\": 0 }"), 8,
+            "modulo");
         row("no record", inSignal("\"generator\": { \"kind\": \"csv\",\n\"file\": \"absent.csv\" }"), 8,
             "absent.csv");
         row("error key", inSignal("\"errors\": [\n{ \"key\": 1, \"every\": 5 } ]"), 8, "key");

@@ -174,6 +174,7 @@ private Q_SLOTS:
                                    << 40 << 2.0;
         QTest::newRow("drift away") << QByteArray(R"({"kind":"drift","by":4,"in":0.2})") << 100 << 2.0;
         QTest::newRow("drift back") << QByteArray(R"({"kind":"drift","by":4,"in":0.2})") << 300 << 2.0;
+        QTest::newRow("counter") << QByteArray(R"({"kind":"counter","modulo":70})") << 150 << 9.0;
         QTest::newRow("sum") << QByteArray(R"([{"kind":"constant","value":5},{"kind":"drift","by":4,"in":0.2}])")
                              << 100 << 7.0;
         QTest::newRow("clamped") << QByteArray(R"({"kind":"constant","value":500})") << 5 << 100.0;
