@@ -33,7 +33,8 @@ model::CallDetails detailsOf(const char *function, const Observed &observed)
     auto sensor = instance->session.sensor;
     if (!sensor && details.function == string_view("OpenSensor")) {
         model::Outcome ignored;
-        sensor = model::findSensor(*simulator.bench(), details.sensorType, instance->staged, ignored);
+        sensor = model::findSensor(*simulator.bench(), details.sensorType, instance->staged, simulator.clock.now(),
+                                   ignored);
     }
     if (sensor)
         details.sensor = sensor->spec().serialNumber;

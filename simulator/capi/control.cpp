@@ -28,6 +28,12 @@ std::shared_ptr<model::Sensor> sensorOf(const std::string &serialNumber)
     return sensor;
 }
 
+void setPlugged(const std::string &serialNumber, bool plugged)
+{
+    const auto sensor = sensorOf(serialNumber);
+    loaded().bench()->setPlugged(*sensor, plugged, loaded().clock.now());
+}
+
 } // namespace
 
 void loadBench(const std::string &json, const std::string &name)
@@ -116,12 +122,17 @@ void releaseHangs()
 
 void unplug(const std::string &serialNumber)
 {
-    sensorOf(serialNumber)->setPlugged(false);
+    setPlugged(serialNumber, false);
 }
 
 void plug(const std::string &serialNumber)
 {
-    sensorOf(serialNumber)->setPlugged(true);
+    setPlugged(serialNumber, true);
+}
+
+void setSilent(const std::string &serialNumber, bool silent)
+{
+    sensorOf(serialNumber)->setSilent(silent, loaded().clock.now());
 }
 
 void setPage(const std::string &serialNumber, const std::string &path, const std::string &header,
@@ -145,9 +156,24 @@ void trigger(const std::string &serialNumber)
     sensorOf(serialNumber)->trigger(loaded().clock.now());
 }
 
+FrameCounts frameCounts(const std::string &serialNumber)
+{
+    return sensorOf(serialNumber)->frameCounts(loaded().clock.now());
+}
+
+FrameCounts totalFrameCounts(const std::string &serialNumber)
+{
+    return sensorOf(serialNumber)->totalFrameCounts(loaded().clock.now());
+}
+
+std::uint64_t generatedFrames(const std::string &serialNumber)
+{
+    return frameCounts(serialNumber).generated;
+}
+
 std::uint64_t lostFrames(const std::string &serialNumber)
 {
-    return sensorOf(serialNumber)->lostFrames(loaded().clock.now());
+    return frameCounts(serialNumber).lost;
 }
 
 } // namespace sondixsim

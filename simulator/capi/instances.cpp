@@ -23,9 +23,9 @@ model::ParameterList Instance::takeStaged()
     return taken;
 }
 
-void Instance::reset()
+void Instance::reset(double now)
 {
-    session.closeSensor();
+    session.closeSensor(now);
     session = {};
     takeStaged();
     lastCommand.clear();
@@ -65,13 +65,13 @@ LockedInstance Instances::lock(std::uint32_t handle)
     return {instance, std::move(lock)};
 }
 
-bool Instances::release(std::uint32_t handle)
+bool Instances::release(std::uint32_t handle, double now)
 {
     {
         const LockedInstance instance = lock(handle);
         if (!instance)
             return false;
-        instance->reset();
+        instance->reset(now);
         instance->handle.store(0, std::memory_order_release);
     }
     const std::lock_guard<std::mutex> lock(m_mutex);

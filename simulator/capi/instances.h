@@ -29,7 +29,7 @@ struct Instance
 
     std::int32_t fail(const model::Outcome &outcome);
     model::ParameterList takeStaged(); ///< for an open or a command; also clears the last answers
-    void reset();                      ///< to the state of a new instance
+    void reset(double now);            ///< to the state of a new instance
 };
 
 /// An instance with its mutex locked; empty for an unknown handle.
@@ -57,7 +57,7 @@ class Instances
 public:
     std::uint32_t create(std::int32_t sensorType); ///< 0 when there are too many
     LockedInstance lock(std::uint32_t handle);
-    bool release(std::uint32_t handle);
+    bool release(std::uint32_t handle, double now);
     void forEach(const std::function<void(Instance &)> &action); ///< each with its mutex locked
 
 private:

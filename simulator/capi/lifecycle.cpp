@@ -50,7 +50,7 @@ std::int32_t open(Instance &instance)
 
 std::int32_t close(Instance &instance)
 {
-    return finish(instance, instance.session.close());
+    return finish(instance, instance.session.close(Simulator::get().clock.now()));
 }
 
 std::int32_t command(Instance &instance)
@@ -82,7 +82,7 @@ std::int32_t timed(std::uint32_t handle, std::int32_t (*body)(Instance &))
         return result;
     const double now = simulator.clock.now();
     simulator.clock.waitUntil(sensor ? sensor->line().reserve(now, duration) : now + duration, now);
-    if (result != model::Success || !sensor || sensor->isPlugged())
+    if (result != model::Success || !sensor || sensor->isPlugged(simulator.clock.now()))
         return result;
     return withInstance(handle, [](Instance &instance) {
         instance.answers.clear();
@@ -121,7 +121,7 @@ std::int32_t ReleaseSensorInstance(std::uint32_t handle)
         "ReleaseSensorInstance", [&] { return plain(handle); },
         [&]() -> std::int32_t {
             Simulator &simulator = Simulator::get();
-            if (simulator.instances.release(handle))
+            if (simulator.instances.release(handle, simulator.clock.now()))
                 return model::Success;
             return simulator.fail(model::failure(model::UnknownHandle, "There is no instance with this handle"));
         });

@@ -77,8 +77,8 @@ void Simulator::use(const std::shared_ptr<const model::Bench> &bench)
         m_loadFailure = {};
     }
     // Opening already uses the new bench: what is still open belongs to the old one.
-    instances.forEach([](Instance &instance) {
-        instance.session.closeSensor();
+    instances.forEach([this](Instance &instance) {
+        instance.session.closeSensor(clock.now());
         instance.session.search.reset();
     });
     faults.reset(bench->seed);

@@ -28,6 +28,7 @@ struct Bench
     std::vector<std::shared_ptr<Sensor>> sensors;
 
     std::shared_ptr<Sensor> find(const std::string &serialNumber) const; ///< null when there is none
+    void setPlugged(Sensor &sensor, bool plugged, double now) const;
 };
 
 /// Throws ParseError. File names in the text are relative to \a folder.

@@ -37,6 +37,22 @@ std::string defaultMacAddress(const std::string &serialNumber)
     return text;
 }
 
+void readAfterOpening(ObjectReader &reader, SensorSpec &spec)
+{
+    constexpr double maxSeconds = 1.0e9;
+    const std::pair<const char *, std::optional<double> &> keys[] = {
+        {"silentAfter", spec.silentAfter},
+        {"unplugAfter", spec.unplugAfter},
+        {"plugAfter", spec.plugAfter},
+    };
+    for (const auto &[key, target] : keys) {
+        if (const Node *seconds = reader.optional(key))
+            target = readNumber(*seconds, '"' + std::string(key) + '"', 0.0, maxSeconds);
+    }
+    if (spec.plugAfter && !(spec.unplugAfter < spec.plugAfter && spec.unplugAfter))
+        throw ParseError(reader.optional("plugAfter")->line, "\"plugAfter\" must follow \"unplugAfter\"");
+}
+
 void readSensorKeys(ObjectReader &reader, SensorSpec &spec)
 {
     spec.serialNumber = readText(reader.required("serialNumber"), "\"serialNumber\"");
@@ -47,6 +63,7 @@ void readSensorKeys(ObjectReader &reader, SensorSpec &spec)
         spec.macAddress = readText(*mac, "\"macAddress\"");
     if (const Node *answering = reader.optional("answering"))
         spec.answering = readBool(*answering, "\"answering\"");
+    readAfterOpening(reader, spec);
     if (const Node *members = reader.optional("members")) {
         if (!spec.multi)
             throw ParseError(members->line,
@@ -164,6 +181,13 @@ std::shared_ptr<Sensor> Bench::find(const std::string &serialNumber) const
             return sensor;
     }
     return nullptr;
+}
+
+void Bench::setPlugged(Sensor &sensor, bool plugged, double now) const
+{
+    sensor.setPlugged(plugged, now);
+    for (const auto &other : sensors) // those that it is a member of
+        other->followMembers(now);
 }
 
 std::shared_ptr<const Bench> readBench(std::string_view text, const std::string &folder)

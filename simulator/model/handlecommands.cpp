@@ -18,7 +18,7 @@ Outcome noSearch()
 
 Outcome openState(Session &session, const CommandCall &call)
 {
-    if (session.sensor && !session.sensor->isPlugged())
+    if (session.sensor && !session.sensor->isPlugged(call.now))
         return failure(ConnectionLost, "The connection to the sensor is lost");
     call.answers.set("IA_SensorOpen", session.sensor ? 1 : 0);
     return {};

@@ -7,16 +7,19 @@ namespace sondixsim::model {
 
 void Ring::reset(std::size_t frames, std::size_t valuesPerFrame)
 {
+    clear();
     m_valuesPerFrame = std::max<std::size_t>(1, valuesPerFrame);
     m_raw.assign(frames * m_valuesPerFrame, 0);
     m_scaled.assign(frames * m_valuesPerFrame, 0.0);
-    clear();
 }
 
 void Ring::clear()
 {
+    m_counts.discarded +=
+        m_counts.generated - m_counts.fetched - m_counts.lost - m_counts.unsent - m_counts.discarded;
     m_head = m_tail = 0;
     m_segments.clear();
+    m_started = {};
 }
 
 void Ring::skip(std::uint64_t values)
@@ -28,30 +31,31 @@ void Ring::skip(std::uint64_t values)
         m_segments.clear();
 }
 
-std::uint64_t Ring::append(const std::int32_t *raw, const double *scaled, std::size_t count, double timestamp,
-                           Timing timing)
+void Ring::append(const std::int32_t *raw, const double *scaled, std::size_t count, double timestamp,
+                  Timing timing)
 {
-    const auto wholeFrames = [this](std::size_t values) {
+    const auto framesUpTo = [this](std::uint64_t values) {
         return (values + m_valuesPerFrame - 1) / m_valuesPerFrame;
     };
-    std::uint64_t lost = 0;
-    if (count > capacity()) {
-        const std::size_t frames = wholeFrames(count - capacity());
-        const std::size_t skipped = std::min(count, frames * m_valuesPerFrame);
-        lost += frames;
-        raw += skipped;
-        scaled += skipped;
-        count -= skipped;
-        timestamp += static_cast<double>(frames) * timing.period;
-        timing.sequence = 0;
-    }
-    if (size() + count > capacity()) {
-        const std::size_t frames = wholeFrames(size() + count - capacity());
-        lost += frames;
-        skip(std::min<std::uint64_t>(size(), frames * m_valuesPerFrame));
+    m_counts.generated += framesUpTo(m_tail + count) - framesUpTo(m_tail);
+    if (stored() + count > capacity())
+        keepStartedFrame();
+    if (stored() + count > capacity()) {
+        const std::uint64_t frames = framesUpTo(stored() + count - capacity());
+        const std::uint64_t old = std::min<std::uint64_t>(frames, stored() / m_valuesPerFrame);
+        m_counts.lost += frames;
+        skip(old * m_valuesPerFrame);
+        if (frames > old) { // the block alone is larger than the ring
+            const std::size_t skipped = std::min<std::size_t>(count, (frames - old) * m_valuesPerFrame);
+            raw += skipped;
+            scaled += skipped;
+            count -= skipped;
+            timestamp += static_cast<double>(frames - old) * timing.period;
+            timing.sequence = 0;
+        }
     }
     if (count == 0)
-        return lost;
+        return;
     const bool continues =
         !m_segments.empty() && timing.sequence != 0 && m_segments.back().timing.sequence == timing.sequence;
     if (!continues)
@@ -63,20 +67,40 @@ std::uint64_t Ring::append(const std::int32_t *raw, const double *scaled, std::s
     std::copy_n(raw + first, count - first, m_raw.data());
     std::copy_n(scaled + first, count - first, m_scaled.data());
     m_tail += count;
-    return lost;
 }
 
-std::size_t Ring::take(std::int32_t *raw, double *scaled, std::size_t maxCount, double *timestamp)
+void Ring::lose(std::uint64_t frames)
 {
-    const std::size_t count = std::min(maxCount, size());
-    if (count == 0)
-        return 0;
-    if (timestamp != nullptr) {
-        const Segment &segment = m_segments.front();
-        const std::uint64_t frames = (m_head - segment.first) / m_valuesPerFrame;
-        *timestamp = segment.timestamp + static_cast<double>(frames) * segment.timing.period;
-    }
-    const std::size_t start = m_head % capacity();
+    keepStartedFrame();
+    const std::uint64_t old = stored() / m_valuesPerFrame;
+    m_counts.generated += frames;
+    m_counts.lost += old + frames;
+    skip(old * m_valuesPerFrame);
+}
+
+void Ring::keepStartedFrame()
+{
+    const std::uint64_t taken = m_head % m_valuesPerFrame;
+    const std::size_t rest = std::min<std::size_t>(taken > 0 ? m_valuesPerFrame - taken : 0, stored());
+    if (rest == 0)
+        return;
+    m_started.raw.resize(rest);
+    m_started.scaled.resize(rest);
+    m_started.timestamp = timestampOf(m_head);
+    copy(m_started.raw.data(), m_started.scaled.data(), rest);
+    skip(rest);
+}
+
+double Ring::timestampOf(std::uint64_t position) const
+{
+    const Segment &segment = m_segments.front();
+    const std::uint64_t frames = (position - segment.first) / m_valuesPerFrame;
+    return segment.timestamp + static_cast<double>(frames) * segment.timing.period;
+}
+
+void Ring::copy(std::int32_t *raw, double *scaled, std::size_t count) const
+{
+    const std::size_t start = m_head % std::max<std::size_t>(1, capacity());
     const std::size_t first = std::min(count, capacity() - start);
     if (raw != nullptr) {
         std::copy_n(m_raw.data() + start, first, raw);
@@ -86,7 +110,37 @@ std::size_t Ring::take(std::int32_t *raw, double *scaled, std::size_t maxCount, 
         std::copy_n(m_scaled.data() + start, first, scaled);
         std::copy_n(m_scaled.data(), count - first, scaled + first);
     }
-    skip(count);
+}
+
+std::size_t Ring::takeStarted(std::int32_t *raw, double *scaled, std::size_t maxCount)
+{
+    const std::size_t count = std::min(maxCount, m_started.raw.size());
+    if (count == 0)
+        return 0;
+    const auto end = static_cast<std::ptrdiff_t>(count);
+    if (raw != nullptr)
+        std::copy_n(m_started.raw.begin(), end, raw);
+    if (scaled != nullptr)
+        std::copy_n(m_started.scaled.begin(), end, scaled);
+    m_started.raw.erase(m_started.raw.begin(), m_started.raw.begin() + end);
+    m_started.scaled.erase(m_started.scaled.begin(), m_started.scaled.begin() + end);
+    if (m_started.raw.empty())
+        ++m_counts.fetched;
+    return count;
+}
+
+std::size_t Ring::take(std::int32_t *raw, double *scaled, std::size_t maxCount, double *timestamp)
+{
+    const std::size_t count = std::min(maxCount, size());
+    if (count == 0)
+        return 0;
+    if (timestamp != nullptr)
+        *timestamp = m_started.raw.empty() ? timestampOf(m_head) : m_started.timestamp;
+    const std::size_t first = takeStarted(raw, scaled, count);
+    const std::size_t rest = count - first;
+    copy(raw != nullptr ? raw + first : nullptr, scaled != nullptr ? scaled + first : nullptr, rest);
+    m_counts.fetched += (m_head + rest) / m_valuesPerFrame - m_head / m_valuesPerFrame;
+    skip(rest);
     return count;
 }
 

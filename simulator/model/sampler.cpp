@@ -8,6 +8,16 @@
 
 namespace sondixsim::model {
 
+namespace {
+
+FrameCounts sum(const FrameCounts &a, const FrameCounts &b)
+{
+    return {a.generated + b.generated, a.fetched + b.fetched, a.waiting + b.waiting,
+            a.lost + b.lost,           a.unsent + b.unsent,   a.discarded + b.discarded};
+}
+
+} // namespace
+
 Sampler::Sampler(const SensorSpec &spec, std::uint64_t seed, const Settings &settings, const SerialLine &line)
     : m_spec(spec)
     , m_seed(seed)
@@ -19,8 +29,10 @@ Sampler::Sampler(const SensorSpec &spec, std::uint64_t seed, const Settings &set
 
 void Sampler::start(double now)
 {
+    stop(now);
+    m_formerCounts = sum(m_formerCounts, m_counts);
+    m_counts = {};
     m_running = true;
-    m_lost = 0;
     m_nextFrame = m_anchorFrame = 0;
     m_ring.reset(static_cast<std::size_t>(m_spec.ringFrames), frame().size());
     restart(now);
@@ -28,10 +40,32 @@ void Sampler::start(double now)
     fillStanding();
 }
 
-void Sampler::stop()
+void Sampler::stop(double now)
 {
+    if (!m_running)
+        return;
+    if (!m_spec.polled && !hasStandingValues()) {
+        const std::uint64_t due = dueFrames(now);
+        m_counts.generated += due;
+        if (!isSending())
+            m_counts.unsent += due;
+    }
+    m_ring.reset(0, 1); // discards what was not fetched, and what is due
     m_running = false;
-    m_ring.reset(0, 1);
+}
+
+void Sampler::setSilent(bool silent, double now)
+{
+    catchUp(now);
+    m_silent = silent;
+    ++m_sequence;
+}
+
+void Sampler::setConnected(bool connected, double now)
+{
+    catchUp(now);
+    m_connected = connected;
+    ++m_sequence;
 }
 
 void Sampler::followSettings(double now)
@@ -81,7 +115,12 @@ void Sampler::trigger(double now)
     std::vector<std::int32_t> raw(frame().size());
     std::vector<double> scaled(frame().size());
     generate(m_nextFrame, 1, raw.data(), scaled.data());
-    m_lost += m_ring.append(raw.data(), scaled.data(), raw.size(), now, {m_sequence, 0.0});
+    if (isSending()) {
+        m_ring.append(raw.data(), scaled.data(), raw.size(), now, {m_sequence, 0.0});
+    } else {
+        ++m_counts.generated;
+        ++m_counts.unsent;
+    }
     ++m_nextFrame;
     restart(now);
 }
@@ -89,7 +128,7 @@ void Sampler::trigger(double now)
 std::int32_t Sampler::available(double now)
 {
     if (hasStandingValues())
-        return m_spec.standing;
+        return isSending() ? m_spec.standing : 0;
     catchUpUnlessPolled(now);
     return static_cast<std::int32_t>(std::min<std::size_t>(m_ring.size(), INT32_MAX));
 }
@@ -101,7 +140,7 @@ std::int32_t Sampler::transfer(double now, std::int32_t *raw, double *scaled, st
     if (timestamp != nullptr)
         *timestamp = now;
     if (hasStandingValues()) {
-        const std::size_t count = std::min(wanted, static_cast<std::size_t>(m_spec.standing));
+        const std::size_t count = std::min(wanted, static_cast<std::size_t>(isSending() ? m_spec.standing : 0));
         if (raw != nullptr)
             std::copy_n(m_standingRaw.data(), count, raw);
         if (scaled != nullptr)
@@ -129,16 +168,22 @@ bool Sampler::push(double now, const std::vector<std::int32_t> &raw, const std::
         if (scaled.empty())
             allScaled.push_back(scaledOf(signal, raw[i]));
     }
-    m_lost += m_ring.append(allRaw.data(), allScaled.data(), count, timestamp, {++m_sequence, period()});
+    m_ring.append(allRaw.data(), allScaled.data(), count, timestamp, {++m_sequence, period()});
     ++m_sequence; // the generated frames that follow do not continue this block
     return true;
 }
 
-std::uint64_t Sampler::lostFrames(double now)
+FrameCounts Sampler::frameCounts(double now)
 {
-    if (m_running && !hasStandingValues())
-        catchUpUnlessPolled(now);
-    return m_lost;
+    catchUpUnlessPolled(now);
+    FrameCounts counts = m_counts;
+    counts.waiting = counts.generated - counts.fetched - counts.lost - counts.unsent - counts.discarded;
+    return counts;
+}
+
+FrameCounts Sampler::totalFrameCounts(double now)
+{
+    return sum(m_formerCounts, frameCounts(now));
 }
 
 double Sampler::frameRate() const
@@ -259,19 +304,35 @@ void Sampler::restart(double now)
     ++m_sequence;
 }
 
-void Sampler::catchUp(double now)
+std::uint64_t Sampler::dueFrames(double now) const
 {
     const double measured = measuredFrames(now);
     const auto done = static_cast<double>(m_nextFrame - m_anchorFrame);
-    const std::size_t perFrame = frame().size();
-    if (!(measured > done) || perFrame == 0)
+    if (!m_running || !(measured > done) || frame().empty())
+        return 0;
+    return static_cast<std::uint64_t>(std::min(measured - done, 1.0e15));
+}
+
+void Sampler::catchUp(double now)
+{
+    std::uint64_t due = dueFrames(now);
+    if (due == 0)
         return;
-    auto due = static_cast<std::uint64_t>(std::min(measured - done, 1.0e15));
+    if (hasStandingValues()) { // nobody can fetch the frames of the present
+        m_nextFrame += due;
+        return;
+    }
+    if (!isSending()) {
+        m_counts.generated += due;
+        m_counts.unsent += due;
+        m_nextFrame += due;
+        return;
+    }
+    const std::size_t perFrame = frame().size();
     const auto room = static_cast<std::uint64_t>(m_spec.ringFrames);
     if (due > room) {
         // Frames that would be overwritten at once are only counted.
-        m_lost += due - room + m_ring.size() / perFrame;
-        m_ring.clear();
+        m_ring.lose(due - room);
         ++m_sequence;
         m_nextFrame += due - room;
         due = room;
@@ -283,8 +344,8 @@ void Sampler::catchUp(double now)
     while (due > 0) {
         const auto frames = static_cast<std::size_t>(std::min(due, block));
         generate(m_nextFrame, frames, raw.data(), scaled.data());
-        m_lost += m_ring.append(raw.data(), scaled.data(), frames * perFrame, timeOf(m_nextFrame, period),
-                                {m_sequence, period});
+        m_ring.append(raw.data(), scaled.data(), frames * perFrame, timeOf(m_nextFrame, period),
+                      {m_sequence, period});
         m_nextFrame += frames;
         due -= frames;
     }

@@ -139,7 +139,7 @@ void Search::update(double now)
         return;
     const double elapsed = now - m_start;
     for (; m_next < m_hits.size() && m_hits[m_next].time <= elapsed; ++m_next) {
-        if (m_hits[m_next].sensor->isPlugged())
+        if (m_hits[m_next].sensor->isPlugged(now))
             m_found.push_back(m_hits[m_next].sensor);
     }
     m_running = elapsed < m_duration;

@@ -5,10 +5,13 @@
 #include "random.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace sondixsim::model {
 
 namespace {
+
+constexpr double never = std::numeric_limits<double>::infinity();
 
 Outcome connectionLost()
 {
@@ -61,14 +64,80 @@ Sensor::Sensor(SensorSpec spec, std::uint64_t seed, std::vector<std::shared_ptr<
     : m_spec(std::move(spec))
     , m_members(std::move(members))
     , m_plugged(m_spec.answering)
+    , m_nextEvent(never)
     , m_parts(m_spec, mix(seed, std::string_view(m_spec.serialNumber)), m_members)
 {
 }
 
-bool Sensor::isPlugged() const
+bool Sensor::isPlugged(double now)
 {
+    if (now >= m_nextEvent.load(std::memory_order_acquire))
+        lockAt(now);
     return m_plugged.load(std::memory_order_acquire) &&
-           std::all_of(m_members.begin(), m_members.end(), [](const auto &member) { return member->isPlugged(); });
+           std::all_of(m_members.begin(), m_members.end(),
+                       [now](const auto &member) { return member->isPlugged(now); });
+}
+
+void Sensor::setPlugged(bool plugged, double now)
+{
+    const auto lock = lockAt(now);
+    connect(plugged, now);
+}
+
+void Sensor::followMembers(double now)
+{
+    if (m_members.empty())
+        return;
+    const auto lock = lockAt(now);
+    connect(m_plugged.load(), now);
+}
+
+void Sensor::setSilent(bool silent, double now)
+{
+    const auto lock = lockAt(now);
+    m_parts.sampler.setSilent(silent, now);
+}
+
+std::unique_lock<std::mutex> Sensor::lockAt(double now)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    while (!m_events.empty() && m_events.begin()->first <= now) {
+        const auto event = m_events.extract(m_events.begin());
+        apply(event.mapped(), event.key());
+    }
+    m_nextEvent.store(m_events.empty() ? never : m_events.begin()->first, std::memory_order_release);
+    return lock;
+}
+
+void Sensor::planEvents(double now)
+{
+    const std::pair<std::optional<double>, Event> events[] = {
+        {m_spec.silentAfter, Event::FallSilent},
+        {m_spec.unplugAfter, Event::Unplug},
+        {m_spec.plugAfter, Event::Plug},
+    };
+    m_events.clear();
+    for (const auto &[after, event] : events) {
+        if (after)
+            m_events.emplace(now + *after, event);
+    }
+    m_nextEvent.store(m_events.empty() ? never : m_events.begin()->first, std::memory_order_release);
+}
+
+void Sensor::apply(Event event, double time)
+{
+    if (event == Event::FallSilent)
+        m_parts.sampler.setSilent(true, time);
+    else
+        connect(event == Event::Plug, time);
+}
+
+void Sensor::connect(bool plugged, double now)
+{
+    m_plugged.store(plugged, std::memory_order_release);
+    const bool all = std::all_of(m_members.begin(), m_members.end(),
+                                 [now](const auto &member) { return member->isPlugged(now); });
+    m_parts.sampler.setConnected(plugged && all, now);
 }
 
 bool Sensor::claim(std::uint32_t handle)
@@ -88,15 +157,18 @@ bool Sensor::claim(std::uint32_t handle)
 
 void Sensor::open(double now, std::int32_t baudrate)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto lock = lockAt(now);
     m_parts.line.open(baudrate);
     m_parts.sampler.start(now);
+    if (m_spec.silentAfter)
+        m_parts.sampler.setSilent(false, now);
+    planEvents(now);
 }
 
-void Sensor::close()
+void Sensor::close(double now)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_parts.sampler.stop();
+    const auto lock = lockAt(now);
+    m_parts.sampler.stop(now);
     for (const auto &member : m_members)
         member->m_owner.store(0);
     m_owner.store(0);
@@ -104,9 +176,9 @@ void Sensor::close()
 
 Outcome Sensor::available(double now, std::int32_t *count)
 {
-    if (!isPlugged())
+    if (!isPlugged(now))
         return connectionLost();
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto lock = lockAt(now);
     *count = m_parts.sampler.available(now);
     return {};
 }
@@ -114,18 +186,18 @@ Outcome Sensor::available(double now, std::int32_t *count)
 Outcome Sensor::transfer(double now, std::int32_t *raw, double *scaled, std::int32_t maxCount, std::int32_t *read,
                          double *timestamp)
 {
-    if (!isPlugged())
+    if (!isPlugged(now))
         return connectionLost();
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto lock = lockAt(now);
     *read = m_parts.sampler.transfer(now, raw, scaled, maxCount, timestamp);
     return {};
 }
 
 Outcome Sensor::command(const CommandCall &call)
 {
-    if (!isPlugged())
+    if (!isPlugged(call.now))
         return connectionLost();
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto lock = lockAt(call.now);
     if (!m_parts.line.isAtSensorsRate())
         return noAnswerAt(m_spec.model, m_spec.place, m_parts.line.openedBaudrate());
     const Command *const command = findSensorCommand(call.name, m_parts);
@@ -140,19 +212,25 @@ Outcome Sensor::command(const CommandCall &call)
 bool Sensor::push(double now, const std::vector<std::int32_t> &raw, const std::vector<double> &scaled,
                   double timestamp)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto lock = lockAt(now);
     return m_parts.sampler.push(now, raw, scaled, timestamp);
 }
 
-std::uint64_t Sensor::lostFrames(double now)
+FrameCounts Sensor::frameCounts(double now)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_parts.sampler.lostFrames(now);
+    const auto lock = lockAt(now);
+    return m_parts.sampler.frameCounts(now);
+}
+
+FrameCounts Sensor::totalFrameCounts(double now)
+{
+    const auto lock = lockAt(now);
+    return m_parts.sampler.totalFrameCounts(now);
 }
 
 void Sensor::trigger(double now)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto lock = lockAt(now);
     m_parts.sampler.trigger(now);
 }
 

@@ -7,6 +7,7 @@
 #include "settings.h"
 
 #include <atomic>
+#include <map>
 #include <memory>
 #include <mutex>
 
@@ -40,6 +41,8 @@ struct SensorParts
 ///
 /// This class alone locks: each public function that needs the parts locks the mutex once and passes the call on. The
 /// exceptions can be read while a command runs: who owns the sensor, whether it is plugged in, and its line.
+///
+/// What happens to it at a certain time is applied by the next call that comes later, with its own time.
 class Sensor
 {
 public:
@@ -50,15 +53,17 @@ public:
     SerialLine &line() { return m_parts.line; }
     const SerialLine &line() const { return m_parts.line; }
 
-    bool isPlugged() const; ///< a sensor that stands for several is plugged in when all of them are
-    void setPlugged(bool plugged) { m_plugged.store(plugged, std::memory_order_release); }
+    bool isPlugged(double now); ///< a sensor that stands for several is plugged in when all of them are
+    void setPlugged(bool plugged, double now); ///< use Bench::setPlugged()
+    void followMembers(double now);            ///< after one of them was plugged in or unplugged
+    void setSilent(bool silent, double now);
 
     /// The handle that has opened the sensor, 0 when none has.
     std::uint32_t owner() const { return m_owner.load(std::memory_order_acquire); }
     bool claim(std::uint32_t handle); ///< false when another handle has opened it or one of its members
 
     void open(double now, std::int32_t baudrate);
-    void close();
+    void close(double now);
 
     Outcome available(double now, std::int32_t *count);
     Outcome transfer(double now, std::int32_t *raw, double *scaled, std::int32_t maxCount, std::int32_t *read,
@@ -68,7 +73,8 @@ public:
     /// False when the sensor is not open. One of \a raw and \a scaled may be empty: it follows from the other.
     bool push(double now, const std::vector<std::int32_t> &raw, const std::vector<double> &scaled,
               double timestamp);
-    std::uint64_t lostFrames(double now);
+    FrameCounts frameCounts(double now);
+    FrameCounts totalFrameCounts(double now);
     void trigger(double now); ///< at its trigger input
     /// Answers a page with exactly these bytes; false for a sensor without a web interface.
     bool setPage(const std::string &path, HttpAnswer answer);
@@ -77,9 +83,18 @@ public:
     std::string information() const;       ///< "SA_SensorInformation"
 
 private:
+    enum class Event { FallSilent, Unplug, Plug };
+
+    std::unique_lock<std::mutex> lockAt(double now); ///< locks, and applies the events up to now
+    void planEvents(double now);
+    void apply(Event event, double time);
+    void connect(bool plugged, double now);
+
     const SensorSpec m_spec;
     const std::vector<std::shared_ptr<Sensor>> m_members;
     std::atomic<bool> m_plugged;
+    std::multimap<double, Event> m_events; ///< by bench time
+    std::atomic<double> m_nextEvent;       ///< time of the first one, to look at without the lock
     std::atomic<std::uint32_t> m_owner{0};
     mutable std::mutex m_mutex;
     SensorParts m_parts;

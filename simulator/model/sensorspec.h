@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -85,6 +86,9 @@ struct SensorSpec
     WebInterface web;
     std::vector<SpecFault> faults;
     bool answering = true;
+    std::optional<double> silentAfter; ///< seconds after each opening, also the next two
+    std::optional<double> unplugAfter;
+    std::optional<double> plugAfter;
 
     std::int32_t baseType() const { return type % 10000; }
     /// The type that a search reports: for sensors on the bus or behind the converter only the family.

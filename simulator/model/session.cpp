@@ -8,13 +8,13 @@ namespace sondixsim::model {
 Outcome Session::open(const Bench &bench, const ParameterList &staged, double now, ParameterList &answers)
 {
     Outcome outcome;
-    const auto found = findSensor(bench, sensorType, staged, outcome);
+    const auto found = findSensor(bench, sensorType, staged, now, outcome);
     if (!found)
         return outcome;
     if (sensor != found) {
         if (!found->claim(handle))
             return failure(SensorInUse, "The sensor at " + found->spec().place.text() + " is in use");
-        closeSensor();
+        closeSensor(now);
         sensor = found;
     }
     sensor->open(now, sensor->line().baudrateIn(staged));
@@ -27,11 +27,11 @@ Outcome Session::open(const Bench &bench, const ParameterList &staged, double no
     return {};
 }
 
-Outcome Session::close()
+Outcome Session::close(double now)
 {
     if (!sensor)
         return failure(NotOpen, "The sensor is not open");
-    closeSensor();
+    closeSensor(now);
     if (log)
         log->write(LogConnections, "closed");
     return {};
@@ -51,15 +51,15 @@ Outcome Session::command(const CommandCall &call)
     return outcome;
 }
 
-void Session::closeSensor()
+void Session::closeSensor(double now)
 {
     if (sensor)
-        sensor->close();
+        sensor->close(now);
     sensor.reset();
 }
 
 std::shared_ptr<Sensor> findSensor(const Bench &bench, std::int32_t sensorType, const ParameterList &staged,
-                                   Outcome &failure)
+                                   double now, Outcome &failure)
 {
     const Value *const serialNumber = staged.find("SA_SerialNumber");
     const auto isMeant = [&](const SensorSpec &spec) {
@@ -70,7 +70,7 @@ std::shared_ptr<Sensor> findSensor(const Bench &bench, std::int32_t sensorType, 
     std::string otherType;
     for (const auto &sensor : bench.sensors) {
         const SensorSpec &spec = sensor->spec();
-        if (!sensor->isPlugged() || !isMeant(spec))
+        if (!sensor->isPlugged(now) || !isMeant(spec))
             continue;
         const bool answers = sensor->line().baudrateIn(staged) == sensor->line().baudrate();
         const bool isRightType = spec.baseType() == sensorType;

@@ -21,13 +21,13 @@ struct Session
     std::string logName;
 
     Outcome open(const Bench &bench, const ParameterList &staged, double now, ParameterList &answers);
-    Outcome close();
+    Outcome close(double now);
     Outcome command(const CommandCall &call);
-    void closeSensor(); ///< does nothing while closed
+    void closeSensor(double now); ///< does nothing while closed
 };
 
 /// The sensor that \a staged interface parameters lead to; null with the reason in \a failure when there is none.
 std::shared_ptr<Sensor> findSensor(const Bench &bench, std::int32_t sensorType, const ParameterList &staged,
-                                   Outcome &failure);
+                                   double now, Outcome &failure);
 
 } // namespace sondixsim::model

@@ -100,6 +100,10 @@ private Q_SLOTS:
             inSignal("\"generator\": { \"kind\": \"sine\", \"amplitude\": 1,\n\"period\": 0 }"), 8, "period");
         row("counter of nothing", inSignal("\"generator\": { \"kind\": \"counter\",\n\"modulo\": 0 }"), 8,
             "modulo");
+        row("silence before opening", inSensor(place() + ",\n  \"silentAfter\": -1"), 5, "silentAfter");
+        row("plugged in without unplugging", inSensor(place() + ",\n  \"plugAfter\": 1"), 5, "unplugAfter");
+        row("plugged in before unplugging", inSensor(place() + ",\n  \"unplugAfter\": 2,\n  \"plugAfter\": 2"), 6,
+            "unplugAfter");
         row("no record", inSignal("\"generator\": { \"kind\": \"csv\",\n\"file\": \"absent.csv\" }"), 8,
             "absent.csv");
         row("error key", inSignal("\"errors\": [\n{ \"key\": 1, \"every\": 5 } ]"), 8, "key");

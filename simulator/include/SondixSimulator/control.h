@@ -118,9 +118,12 @@ SONDIXSIM_EXPORT int inject(const Fault &fault);
 SONDIXSIM_EXPORT void removeFault(int number);
 SONDIXSIM_EXPORT void clearFaults();
 SONDIXSIM_EXPORT void releaseHangs();
-/// An unplugged sensor is not found and cannot be opened, and every call to it fails.
+/// An unplugged sensor is not found and cannot be opened, and every call to it fails. An open one goes on measuring: the
+/// frames that it measures meanwhile do not arrive, values that had arrived before can be fetched after it was plugged in.
 SONDIXSIM_EXPORT void unplug(const std::string &serialNumber);
 SONDIXSIM_EXPORT void plug(const std::string &serialNumber);
+/// A silent sensor can be opened, executes commands and goes on measuring, but sends no frames.
+SONDIXSIM_EXPORT void setSilent(const std::string &serialNumber, bool silent);
 /// \}
 
 /// \name Web interface
@@ -147,7 +150,25 @@ SONDIXSIM_EXPORT void pushData(const std::string &serialNumber, const std::vecto
 /// Triggers a sensor once: if it is open and waits for a trigger, it measures one frame now.
 SONDIXSIM_EXPORT void trigger(const std::string &serialNumber);
 
-/// Frames that a sensor's full ring has lost since it was opened.
-SONDIXSIM_EXPORT std::uint64_t lostFrames(const std::string &serialNumber);
+/// What has become of the frames that a sensor has measured:
+/// generated = fetched + waiting + lost + unsent + discarded.
+struct SONDIXSIM_TYPE FrameCounts
+{
+    std::uint64_t generated = 0; ///< all of them; a polled sensor measures when it is polled
+    std::uint64_t fetched = 0;   ///< their last value was fetched
+    std::uint64_t waiting = 0;   ///< they can still be fetched
+    std::uint64_t lost = 0;      ///< the ring was full
+    std::uint64_t unsent = 0;    ///< the sensor was silent or unplugged
+    std::uint64_t discarded = 0; ///< by "Clear_Buffers", a change of the frame, closing or opening again
+};
+
+/// \name Frames
+/// Each call is a snapshot. Blocks of pushData() count as generated; "standing" values are not counted.
+/// \{
+SONDIXSIM_EXPORT FrameCounts frameCounts(const std::string &serialNumber); ///< since the sensor was last opened
+SONDIXSIM_EXPORT FrameCounts totalFrameCounts(const std::string &serialNumber);  ///< since the bench was loaded
+SONDIXSIM_EXPORT std::uint64_t generatedFrames(const std::string &serialNumber); ///< frameCounts().generated
+SONDIXSIM_EXPORT std::uint64_t lostFrames(const std::string &serialNumber);      ///< frameCounts().lost
+/// \}
 
 } // namespace sondixsim
