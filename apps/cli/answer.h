@@ -3,8 +3,7 @@
 
 #include "console.h"
 
-#include "shared/sensoraddress.h"
-
+#include <SondixQt/sensoraddress.h>
 #include <SondixQt/sensorinstance.h>
 
 #include <QJsonObject>
@@ -36,6 +35,6 @@ QString textOf(const QVariant &value);
 /// Prints one parameter per line, indented by \a indent spaces.
 void print(Console &console, const Parameters &parameters, int indent = 0);
 /// Prints \a object together with the sensor's model and address.
-void printJson(Console &console, const SondixApp::SensorAddress &address, QJsonObject object);
+void printJson(Console &console, const SondixQt::SensorAddress &address, QJsonObject object);
 
 } // namespace Answer

@@ -5,7 +5,7 @@
 #include "searchoptions.h"
 #include "validators.h"
 
-#include "shared/sensoraddress.h"
+#include <SondixQt/sensoraddress.h>
 
 #include <CLI/CLI.hpp>
 
@@ -63,10 +63,10 @@ private:
     {
         if (m_json)
             return console.write(Json::line(Json::ofFoundSensor(info))) && console.flush();
-        const QMap<QString, QVariant> parameters = info.getParameters({});
-        return console.print(row(interfaceName(info.interfaceType()), placeOf(parameters),
+        const SensorAddress everything{info.sensorType(), info.getParameters({})};
+        return console.print(row(interfaceName(info.interfaceType()), everything.place(),
                                  sensorName(info.sensorType(), true),
-                                 parameters.value(QStringLiteral("SA_SerialNumber")).toString(),
+                                 info.getParameter(InterfaceParameter::SerialNumber).toString(),
                                  SensorAddress::of(info).toString())) &&
                console.flush();
     }

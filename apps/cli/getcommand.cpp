@@ -5,7 +5,8 @@
 #include "sensoroptions.h"
 
 #include "shared/binaryanswers.h"
-#include "shared/catalognames.h"
+
+#include <SondixQt/namelookup.h>
 
 #include <CLI/CLI.hpp>
 
@@ -64,7 +65,7 @@ private:
     {
         if (answer.contains(name))
             return answer.value(name);
-        const QStringList near = nearNames(name, answer.keys());
+        const QStringList near = similarNames(name, answer.keys());
         throw Failure{ExitCode::Refused,
                       QStringLiteral("the answer to %1 has no '%2'%3")
                           .arg(command, name,

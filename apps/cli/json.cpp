@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "json.h"
 
-#include "shared/sensoraddress.h"
-
+#include <SondixQt/sensoraddress.h>
 #include <SondixQt/sensorfeatures.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
 
 using namespace SondixQt;
-using namespace SondixApp;
 
 namespace Json {
 
@@ -57,8 +55,8 @@ QJsonObject ofFoundSensor(const SensorInfo &info)
         {QStringLiteral("name"), sensorName(info.sensorType())},
         {QStringLiteral("number"), static_cast<int>(info.sensorType())},
         {QStringLiteral("interface"), interfaceName(info.interfaceType())},
-        {QStringLiteral("place"), placeOf(parameters)},
-        {QStringLiteral("serialNumber"), info.getParameter(QStringLiteral("SA_SerialNumber")).toString()},
+        {QStringLiteral("place"), SensorAddress{info.sensorType(), parameters}.place()},
+        {QStringLiteral("serialNumber"), info.getParameter(InterfaceParameter::SerialNumber).toString()},
         {QStringLiteral("address"), SensorAddress::of(info).toString()},
         {QStringLiteral("parameters"), ofParameters(parameters)},
     };

@@ -3,9 +3,9 @@
 #include "librarylog.h"
 #include "validators.h"
 
-#include "shared/catalognames.h"
 #include "shared/simulatedbench.h"
 
+#include <SondixQt/namelookup.h>
 #include <SondixQt/sensortypes.h>
 
 #include <CLI/CLI.hpp>
@@ -66,8 +66,8 @@ QString missingCommand(const CLI::App &app)
         return QStringLiteral("no command is given; ") + list;
     const QString given = QString::fromStdString(extras.front());
     const bool isOption = given.startsWith(QLatin1Char('-'));
-    return SondixApp::unknownName(isOption ? QStringLiteral("option") : QStringLiteral("command"), given,
-                                  isOption ? QStringList() : names, list);
+    return SondixQt::unknownNameText(isOption ? QStringLiteral("option") : QStringLiteral("command"), given,
+                                     isOption ? QStringList() : names, list);
 }
 
 ExitCode refuse(Console &console, const QString &problem)

@@ -4,7 +4,7 @@
 #include "sensoroptions.h"
 #include "texttable.h"
 
-#include "shared/catalognames.h"
+#include <SondixQt/namelookup.h>
 
 #include <CLI/CLI.hpp>
 
@@ -13,7 +13,6 @@
 #include <optional>
 
 using namespace SondixQt;
-using namespace SondixApp;
 
 namespace {
 
@@ -65,11 +64,12 @@ private:
         }
         if (modes.isEmpty() && isNumber)
             return number;
-        throw Failure{ExitCode::Usage,
-                      unknownName(QStringLiteral("measuring mode"), wanted, names,
-                                  names.isEmpty()
-                                      ? QStringLiteral("%1 has no named modes").arg(sensorName(type, true))
-                                      : QStringLiteral("the modes are %1").arg(names.join(QLatin1String(", "))))};
+        throw Failure{
+            ExitCode::Usage,
+            unknownNameText(QStringLiteral("measuring mode"), wanted, names,
+                            names.isEmpty()
+                                ? QStringLiteral("%1 has no named modes").arg(sensorName(type, true))
+                                : QStringLiteral("the modes are %1").arg(names.join(QLatin1String(", "))))};
     }
 
     static void switchTo(SensorInstance &instance, int mode)

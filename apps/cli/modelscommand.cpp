@@ -4,8 +4,7 @@
 #include "texttable.h"
 #include "validators.h"
 
-#include "shared/catalognames.h"
-
+#include <SondixQt/namelookup.h>
 #include <SondixQt/sensorfeatures.h>
 
 #include <CLI/CLI.hpp>
@@ -14,7 +13,6 @@
 #include <QJsonDocument>
 
 using namespace SondixQt;
-using namespace SondixApp;
 
 namespace {
 
@@ -34,10 +32,11 @@ public:
     {
         SensorGroup group = AllGroups;
         if (!m_group.empty()) {
-            const auto named = findGroup(QString::fromStdString(m_group));
-            if (!named.value)
-                throw Failure{ExitCode::Usage, named.problem};
-            group = *named.value;
+            QString problem;
+            const auto named = findSensorGroup(QString::fromStdString(m_group), &problem);
+            if (!named)
+                throw Failure{ExitCode::Usage, problem};
+            group = *named;
         }
         const QList<SensorType> types = sensorsInGroup(group, m_all);
         if (m_json)

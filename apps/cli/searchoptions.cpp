@@ -4,14 +4,41 @@
 #include "exitcode.h"
 #include "validators.h"
 
-#include "shared/catalognames.h"
 #include "shared/searchplan.h"
-#include "shared/sensoraddress.h"
+
+#include <SondixQt/namelookup.h>
+#include <SondixQt/sensoraddress.h>
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <optional>
+
 using namespace SondixQt;
 using namespace SondixApp;
+
+namespace {
+
+// What \a find, a lookup by name, returns for \a name. Throws Failure if there is no such name.
+template<typename T>
+T named(std::optional<T> find(const QString &, QString *), const std::string &name)
+{
+    QString problem;
+    const std::optional<T> found = find(QString::fromStdString(name), &problem);
+    if (!found)
+        throw Failure{ExitCode::Usage, problem};
+    return *found;
+}
+
+bool isBaudRateList(const QString &text)
+{
+    const QStringList rates = text.split(QLatin1Char(','));
+    return std::all_of(rates.cbegin(), rates.cend(), [](const QString &rate) {
+        return SensorAddress::parseValue(InterfaceParameter::Baudrate, rate.trimmed());
+    });
+}
+
+} // namespace
 
 void SearchOptions::addModelOptions(CLI::App &app)
 {
@@ -44,12 +71,7 @@ void SearchOptions::addScanOptions(CLI::App &app)
 
 SensorType SearchOptions::type() const
 {
-    if (m_type.empty())
-        return NoSensor;
-    const auto named = findType(QString::fromStdString(m_type));
-    if (!named.value)
-        throw Failure{ExitCode::Usage, named.problem};
-    return *named.value;
+    return m_type.empty() ? NoSensor : named(findSensorType, m_type);
 }
 
 SearchRun::Plan SearchOptions::plan() const
@@ -58,26 +80,18 @@ SearchRun::Plan SearchOptions::plan() const
     if (const SensorType type = this->type(); type != NoSensor) {
         plan.types = {type};
     } else {
-        const auto group = m_group.empty() ? Named<SensorGroup>{AllGroups, QString()}
-                                           : findGroup(QString::fromStdString(m_group));
-        if (!group.value)
-            throw Failure{ExitCode::Usage, group.problem};
-        const QList<SensorType> wanted =
-            *group.value == AllGroups ? allSearchedTypes() : sensorsInGroup(*group.value, true);
+        const SensorGroup group = m_group.empty() ? AllGroups : named(findSensorGroup, m_group);
+        const QList<SensorType> wanted = group == AllGroups ? allSearchedTypes() : sensorsInGroup(group, true);
         const Searches searches = m_thorough ? Searches{wanted} : fewestSearches(wanted);
         plan.types = searches.types;
         plan.similar = searches.similar;
         if (!m_similar)
             plan.announced = wanted;
     }
-    for (const std::string &name : m_interfaces) {
-        const auto named = findInterface(QString::fromStdString(name));
-        if (!named.value)
-            throw Failure{ExitCode::Usage, named.problem};
-        plan.interfaces |= *named.value;
-    }
+    for (const std::string &name : m_interfaces)
+        plan.interfaces |= named(findSensorInterface, name);
     if (m_interfaces.empty())
-        for (const SensorInterface iface : allInterfaces())
+        for (const SensorInterface iface : sensorInterfaces())
             plan.interfaces |= iface;
     plan.baudrates = QString::fromStdString(m_baudrates);
     plan.similar = plan.similar || m_similar;

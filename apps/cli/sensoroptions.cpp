@@ -6,8 +6,9 @@
 #include "searchloop.h"
 #include "validators.h"
 
-#include "shared/catalognames.h"
 #include "shared/sensoropener.h"
+
+#include <SondixQt/namelookup.h>
 
 #include <CLI/CLI.hpp>
 
@@ -18,7 +19,36 @@ using namespace SondixApp;
 
 namespace {
 
-const QString interfaceParameter = QStringLiteral("IP_Interface");
+struct KeyHelp
+{
+    QLatin1String parameter;
+    const char *text;
+};
+
+constexpr KeyHelp keyHelp[] = {
+    {InterfaceParameter::Port, "Serial port, such as COM3"},
+    {InterfaceParameter::Baudrate, "Baud rate of the serial line"},
+    {InterfaceParameter::Stopbits, "Stop bits of the serial line"},
+    {InterfaceParameter::ByteSize, "Data bits of the serial line"},
+    {InterfaceParameter::Parity, "Parity of the serial line, as a number"},
+    {InterfaceParameter::SensorAddress, "The sensor's address on a bus"},
+    {InterfaceParameter::RemoteAddr, "IP address"},
+    {InterfaceParameter::RemotePort, "TCP port for commands"},
+    {InterfaceParameter::DataPort, "TCP port for measured values"},
+    {InterfaceParameter::AddressFamily, "IP version, as a number"},
+    {InterfaceParameter::CardInstance, "Number of the interface card"},
+    {InterfaceParameter::DeviceInstance, "Number of the USB device"},
+    {InterfaceParameter::ChannelNumber, "Channel of the interface card or converter"},
+    {InterfaceParameter::SerialNumber, "Serial number of the device"},
+};
+
+std::string helpOf(const QString &parameter)
+{
+    for (const KeyHelp &help : keyHelp)
+        if (help.parameter == parameter)
+            return help.text;
+    return {};
+}
 
 Failure usage(const QString &text)
 {
@@ -50,8 +80,8 @@ void SensorOptions::addTo(CLI::App &app)
     auto *iface = app.add_option("-i,--interface", m_interface, "Interface that the sensor is connected to")
                       ->group("Interface parameters");
     iface->check(Validators::notEmpty())->allow_extra_args(false);
-    for (const AddressKey &key : addressKeys())
-        app.add_option("--" + key.name.toStdString(), m_values[key.parameter], key.help.toStdString())
+    for (const SensorAddress::Key &key : SensorAddress::keys())
+        app.add_option("--" + key.name.toStdString(), m_values[key.parameter], helpOf(key.parameter))
             ->check(Validators::notEmpty())
             ->group("Interface parameters");
     app.add_option("--param", m_parameters, "Any other interface parameter, as NAME=VALUE; may be repeated")
@@ -85,7 +115,7 @@ SensorAddress SensorOptions::resolve(Console &console, InterruptWatcher &interru
     if (isNamedByOptions())
         throw usage(QStringLiteral("a sensor is named by its address or by options, not by both"));
     QString problem;
-    const auto address = SensorAddress::parse(QString::fromStdString(m_address), problem);
+    const auto address = SensorAddress::parse(QString::fromStdString(m_address), &problem);
     if (!address)
         throw usage(problem);
     return *address;
@@ -113,10 +143,11 @@ SensorAddress SensorOptions::direct() const
         throw usage(
             QStringLiteral("--serial searches for the sensor and cannot be combined with interface parameters"));
     const auto insert = [&address](const QString &parameter, const QString &value) {
-        const QString problem = valueProblem(parameter, value);
-        if (!problem.isEmpty())
+        QString problem;
+        const auto parsed = SensorAddress::parseValue(parameter, value, &problem);
+        if (!parsed)
             throw usage(problem);
-        address.parameters.insert(parameter, parameterValue(parameter, value));
+        address.parameters.insert(parameter, *parsed);
     };
     for (const auto &[parameter, value] : m_values)
         if (!value.empty())
@@ -128,16 +159,17 @@ SensorAddress SensorOptions::direct() const
         insert(parameter, QString::fromStdString(text).section(QLatin1Char('='), 1));
     }
     if (!m_interface.empty()) {
-        const auto iface = findInterface(QString::fromStdString(m_interface));
-        if (!iface.value)
-            throw usage(iface.problem);
-        address.parameters.insert(interfaceParameter, interfaceName(*iface.value, true));
-    } else if (!address.parameters.contains(interfaceParameter)) {
-        const bool serial = address.parameters.contains(QStringLiteral("IP_Port"));
-        const bool network = address.parameters.contains(QStringLiteral("IP_RemoteAddr"));
+        QString problem;
+        const auto iface = findSensorInterface(QString::fromStdString(m_interface), &problem);
+        if (!iface)
+            throw usage(problem);
+        address.parameters.insert(InterfaceParameter::Interface, interfaceName(*iface, true));
+    } else if (!address.parameters.contains(InterfaceParameter::Interface)) {
+        const bool serial = address.parameters.contains(InterfaceParameter::Port);
+        const bool network = address.parameters.contains(InterfaceParameter::RemoteAddr);
         if (serial == network)
             throw usage(QStringLiteral("--interface is needed with these interface parameters"));
-        address.parameters.insert(interfaceParameter, interfaceName(serial ? RS232 : TCPIP, true));
+        address.parameters.insert(InterfaceParameter::Interface, interfaceName(serial ? RS232 : TCPIP, true));
     }
     return address;
 }
@@ -151,7 +183,7 @@ SensorAddress SensorOptions::search(Console &console, InterruptWatcher &interrup
     QList<SensorInfo> found;
     const auto onFound = [&](const SensorInfo &info) {
         const bool matches =
-            serial.isEmpty() || info.getParameter(QStringLiteral("SA_SerialNumber")).toString() == serial;
+            serial.isEmpty() || info.getParameter(InterfaceParameter::SerialNumber).toString() == serial;
         if (matches)
             found += info;
         return serial.isEmpty() || !matches;

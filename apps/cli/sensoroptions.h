@@ -5,8 +5,7 @@
 #include "interruptwatcher.h"
 #include "searchoptions.h"
 
-#include "shared/sensoraddress.h"
-
+#include <SondixQt/sensoraddress.h>
 #include <SondixQt/sensorinstance.h>
 
 #include <map>
@@ -27,11 +26,11 @@ public:
 
     /// The sensor that the options name; searches for it if there are no interface parameters.
     /// Throws Failure if the options do not lead to exactly one sensor.
-    SondixApp::SensorAddress resolve(Console &console, InterruptWatcher &interrupt) const;
+    SondixQt::SensorAddress resolve(Console &console, InterruptWatcher &interrupt) const;
 
 private:
-    SondixApp::SensorAddress direct() const;
-    SondixApp::SensorAddress search(Console &console, InterruptWatcher &interrupt) const;
+    SondixQt::SensorAddress direct() const;
+    SondixQt::SensorAddress search(Console &console, InterruptWatcher &interrupt) const;
     bool hasInterfaceOptions() const;
     bool isNamedByOptions() const;
 
@@ -45,5 +44,5 @@ private:
 
 /// Opens the sensor at \a address. Throws Failure if it cannot be opened. \a warning, which may be null, receives the
 /// text of queries that failed although the sensor is open.
-std::unique_ptr<SondixQt::SensorInstance> openSensor(const SondixApp::SensorAddress &address,
+std::unique_ptr<SondixQt::SensorInstance> openSensor(const SondixQt::SensorAddress &address,
                                                      QString *warning = nullptr);

@@ -29,7 +29,7 @@ WebInterface webInterfaceOf(const SensorAddress &address)
 void checkWebInterface(const SensorAddress &address)
 {
     const WebInterface kind = webInterfaceOf(address);
-    const bool inNetwork = interfaceOf(address.parameters) == TCPIP;
+    const bool inNetwork = address.interfaceType() == TCPIP;
     if (kind == SerialWebInterface && !inNetwork)
         return;
     const QString name = sensorName(address.type, true);

@@ -5,9 +5,10 @@
 #include "texttable.h"
 #include "validators.h"
 
-#include "shared/catalognames.h"
 #include "shared/outputfile.h"
 #include "shared/videoplot.h"
+
+#include <SondixQt/namelookup.h>
 
 #include <CLI/CLI.hpp>
 
@@ -172,8 +173,8 @@ private:
                 return it.key();
         }
         throw Failure{ExitCode::Usage,
-                      unknownName(QStringLiteral("video signal"), wanted, names,
-                                  QStringLiteral("the signals are %1").arg(names.join(QLatin1String(", "))))};
+                      unknownNameText(QStringLiteral("video signal"), wanted, names,
+                                      QStringLiteral("the signals are %1").arg(names.join(QLatin1String(", "))))};
     }
 
     static void switchOn(SensorInstance &instance, int position)

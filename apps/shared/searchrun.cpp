@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "searchrun.h"
 
-#include "sensoraddress.h"
 #include "sensoropener.h"
+
+#include <SondixQt/interfaceparameters.h>
 
 #include <QTimer>
 
@@ -76,7 +77,7 @@ void SearchRun::onSensorFound(const SensorInfo &info)
         return;
     // Searches for different families may report the same sensor with different details; the finder announces both.
     const QString sensor = SensorAddress::of(info).toString() + QLatin1Char(' ') +
-                           info.getParameter(QStringLiteral("SA_SerialNumber")).toString();
+                           info.getParameter(InterfaceParameter::SerialNumber).toString();
     if (m_announced.contains(sensor))
         return;
     m_announced += sensor;

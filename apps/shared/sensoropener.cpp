@@ -3,6 +3,8 @@
 
 #include "trackinginstance.h"
 
+#include <SondixQt/sensorinfo.h>
+
 #include <algorithm>
 #include <initializer_list>
 

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "sensoraddress.h"
-
+#include <SondixQt/sensoraddress.h>
 #include <SondixQt/sensorinstance.h>
 
 #include <memory>
@@ -19,7 +18,8 @@ SondixQt::ErrorCode openInstance(SondixQt::SensorInstance &instance, const QMap<
 
 /// The address of the sensor that has answered the opening of \a instance: \a address, with another model if the sensor
 /// reports another one, as on a bus with several models.
-SensorAddress answeringSensor(const SondixQt::SensorInstance &instance, const SensorAddress &address);
+SondixQt::SensorAddress answeringSensor(const SondixQt::SensorInstance &instance,
+                                        const SondixQt::SensorAddress &address);
 
 /// The reason why the sensor-access library could not create \a instance: its error text, or ours if it has none.
 QString creationProblem(const SondixQt::SensorInstance &instance);

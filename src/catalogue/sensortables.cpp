@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
+#include "interfaceparameters.h"
 #include "sensortypes_p.h"
 
 namespace SondixQt {
 
 namespace {
+
+namespace P = InterfaceParameter;
 
 // clang-format off
 #define S QStringLiteral
@@ -36,19 +39,19 @@ QMap<SensorInterface, InterfaceRecord> makeInterfaceTable()
     return {
         // interface   index name              library's name   parameters of a connection
         {NoInterface, { 0, S("No Interface"), QString(),       {}}},
-        {RS232,       { 1, S("RS232"),        S("RS232"),      {S("IP_Interface"), S("IP_Port"), S("IP_Baudrate"), S("IP_Stopbits"), S("IP_ByteSize"), S("IP_Parity"),
-                                                                S("IP_SensorAddress")}}},
-        {XA100_USB,   { 8, S("XA100/USB"),    S("XA100_USB"),  {S("IP_Interface"), S("IP_DeviceInstance"), S("SA_SerialNumber"), S("IP_ChannelNumber"), S("IP_Port"),
-                                                                S("IP_Baudrate"), S("IP_Parity")}}},
-        {TCPIP,       { 3, S("Ethernet"),     S("TCP/IP"),     {S("IP_SensorTypeName"), S("SA_SerialNumber"), S("SA_Softwareversion"), S("IP_Interface"),
-                                                                S("IP_RemoteAddr"), S("IP_RemotePort"), S("IP_DataPort"), S("SA_MacAddress"), S("IP_AddressFamily")}}},
-        {XA200,       { 6, S("XA200/PCI"),    S("XA200"),      {S("IP_Interface"), S("IP_CardInstance"), S("IP_ChannelNumber"), S("IP_Baudrate"), S("IP_Parity")}}},
-        {WinUSB,      { 7, S("USB"),          S("WinUSB"),     {S("IP_SensorTypeName"), S("IP_Interface"), S("IP_DeviceInstance"), S("SA_SerialNumber")}}},
-        {XA100,       { 2, S("XA100/PCI"),    S("XA100"),      {S("IP_Interface"), S("IP_CardInstance"), S("IP_ChannelNumber"), S("IP_Baudrate")}}},
-        {XA200_ETH,   {10, S("XA200/ETH"),    S("XA200_ETH"),  {S("SA_SerialNumber"), S("SA_Softwareversion"), S("IP_SensorTypeName"), S("IP_Interface"),
-                                                                S("IP_RemoteAddr"), S("SA_MacAddress"), S("IP_RemotePort"), S("IP_CardInstance"),
-                                                                S("IP_DeviceInstance"), S("IP_ChannelNumber"), S("IP_Baudrate"), S("IP_Parity"),
-                                                                S("IP_AddressFamily")}}},
+        {RS232,       { 1, S("RS232"),        S("RS232"),      {P::Interface, P::Port, P::Baudrate, P::Stopbits, P::ByteSize, P::Parity,
+                                                                P::SensorAddress}}},
+        {XA100_USB,   { 8, S("XA100/USB"),    S("XA100_USB"),  {P::Interface, P::DeviceInstance, P::SerialNumber, P::ChannelNumber, P::Port,
+                                                                P::Baudrate, P::Parity}}},
+        {TCPIP,       { 3, S("Ethernet"),     S("TCP/IP"),     {P::SensorTypeName, P::SerialNumber, P::SoftwareVersion, P::Interface,
+                                                                P::RemoteAddr, P::RemotePort, P::DataPort, P::MacAddress, P::AddressFamily}}},
+        {XA200,       { 6, S("XA200/PCI"),    S("XA200"),      {P::Interface, P::CardInstance, P::ChannelNumber, P::Baudrate, P::Parity}}},
+        {WinUSB,      { 7, S("USB"),          S("WinUSB"),     {P::SensorTypeName, P::Interface, P::DeviceInstance, P::SerialNumber}}},
+        {XA100,       { 2, S("XA100/PCI"),    S("XA100"),      {P::Interface, P::CardInstance, P::ChannelNumber, P::Baudrate}}},
+        {XA200_ETH,   {10, S("XA200/ETH"),    S("XA200_ETH"),  {P::SerialNumber, P::SoftwareVersion, P::SensorTypeName, P::Interface,
+                                                                P::RemoteAddr, P::MacAddress, P::RemotePort, P::CardInstance,
+                                                                P::DeviceInstance, P::ChannelNumber, P::Baudrate, P::Parity,
+                                                                P::AddressFamily}}},
     };
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sensorfinder_p.h"
 
+#include "catalogue/interfaceparameters.h"
 #include "catalogue/searchtables_p.h"
 #include "sondix/answervalue_p.h"
 
@@ -20,13 +21,19 @@ constexpr std::size_t channelPosition = 3;
 const std::array<QString, std::tuple_size_v<SensorIdentity>> &identityKeys()
 {
     static const std::array<QString, std::tuple_size_v<SensorIdentity>> keys = {
-        QStringLiteral("SA_SerialNumber"),  QStringLiteral("IP_RemoteAddr"),
-        QStringLiteral("IP_Port"),          QStringLiteral("IP_ChannelNumber"),
-        QStringLiteral("SA_SensorAddress"), QStringLiteral("SA_Address"),
-        QStringLiteral("SA_UUID"),          QStringLiteral("SA_IPAddress"),
-        QStringLiteral("IP_SerialNumber"),  QStringLiteral("IP_DeviceInstance"),
-        QStringLiteral("SA_Sensor"),        QStringLiteral("SA_ArticleNumber"),
-        QStringLiteral("IP_Interface"),
+        InterfaceParameter::SerialNumber,
+        InterfaceParameter::RemoteAddr,
+        InterfaceParameter::Port,
+        InterfaceParameter::ChannelNumber,
+        QStringLiteral("SA_SensorAddress"),
+        QStringLiteral("SA_Address"),
+        QStringLiteral("SA_UUID"),
+        QStringLiteral("SA_IPAddress"),
+        InterfaceParameter::InterfaceSerialNumber,
+        InterfaceParameter::DeviceInstance,
+        QStringLiteral("SA_Sensor"),
+        QStringLiteral("SA_ArticleNumber"),
+        InterfaceParameter::Interface,
     };
     return keys;
 }
@@ -80,7 +87,7 @@ QList<SensorInfo> SensorFinderPrivate::AnalyseScanResult(const SensorInfo &resul
     for (const QString &address : addresses) {
         const QString bareAddress = address.section(QLatin1Char('/'), 0, 0);
         QMap<QString, QVariant> copy = parameters;
-        copy.insert(QStringLiteral("IP_RemoteAddr"), bareAddress);
+        copy.insert(InterfaceParameter::RemoteAddr, bareAddress);
         copy.insert(QStringLiteral("SA_IPAddress"), bareAddress);
         records.append(SensorInfo(copy, NoSensor));
     }
@@ -91,13 +98,13 @@ void SensorFinderPrivate::AddScanResult(const SensorInfo &result)
 {
     Q_Q(SensorFinder);
 
-    const int reportedType = intAnswer(result.getParameter(QStringLiteral("IP_SensorType")));
+    const int reportedType = intAnswer(result.getParameter(InterfaceParameter::SensorType));
     const bool isCard = getSensorGroupFromSensorType(SensorType(reportedType)) & Interfaces;
     SensorIdentity identity = identityOf(result);
     if (isKnown(identity, isCard))
         return;
 
-    const QString typeName = result.getParameter(QStringLiteral("IP_SensorTypeName")).toString();
+    const QString typeName = result.getParameter(InterfaceParameter::SensorTypeName).toString();
     if (reportedType == NoSensor && typeName.contains(QLatin1String("Unknown")))
         return;
 

@@ -2,6 +2,7 @@
 #include "sensorfinder_p.h"
 
 #include "catalogue/basetype_p.h"
+#include "catalogue/interfaceparameters.h"
 #include "catalogue/searchtables_p.h"
 #include "sondix/latin1literal_p.h"
 
@@ -317,7 +318,7 @@ ErrorCode SensorFinderPrivate::sendStartCommand(SensorType type)
 
     // Ethernet and USB scans are fast and therefore always enabled, whatever interfaces are selected.
     const QMap<QString, QVariant> parameters = {
-        {QStringLiteral("IP_SensorType"), int(type)},
+        {InterfaceParameter::SensorType, int(type)},
         {QStringLiteral("IP_FindSimilarSensors"), findSimilar},
         {QStringLiteral("IP_ForceScanUsedChannel"), forceScanXA200ETH},
         {QStringLiteral("IP_ScanHWTCPIP"), true},

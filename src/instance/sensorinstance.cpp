@@ -2,6 +2,7 @@
 #include "sensorinstance.h"
 
 #include "catalogue/basetype_p.h"
+#include "catalogue/interfaceparameters.h"
 #include "instancelog_p.h"
 #include "sensorinstance_p.h"
 #include "sondix/answervalue_p.h"
@@ -16,7 +17,7 @@ constexpr int errorTextSize = 4096;
 
 int sensorCount(const QMap<QString, QVariant> &parameters)
 {
-    return qMin(intAnswer(parameters.value(QStringLiteral("IP_SensorCount"), 1)), maxSensorCount);
+    return qMin(intAnswer(parameters.value(InterfaceParameter::SensorCount, 1)), maxSensorCount);
 }
 
 /// Registers the names that queued connections and QMetaObject::invokeMethod() use for these types.

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "catalogue/interfaceparameters.h"
 #include "sensorinstance_p.h"
 #include "sondix/answervalue_p.h"
 #include "sondix/errorvalues_p.h"
@@ -23,13 +24,13 @@ const QHash<int, QString> &SensorInstancePrivate::initErrorValueMap()
     Q_Q(SensorInstance);
     if (sensorType == File) {
         for (const QMap<QString, QVariant> &sensor : qAsConst(infoParameters)) {
-            const int type = intAnswer(sensor.value(QStringLiteral("IP_SensorType")));
+            const int type = intAnswer(sensor.value(InterfaceParameter::SensorType));
             if (type != MultiSensor && type != NoSensor && type != File)
                 addErrorValueTextsOfType(SensorType(type));
         }
     } else if (sensorType == MultiSensor) {
         const int count =
-            qMin(intAnswer(interfaceParameters.value(QStringLiteral("IP_SensorCount"))), maxSensorCount);
+            qMin(intAnswer(interfaceParameters.value(InterfaceParameter::SensorCount)), maxSensorCount);
         for (int number = 1; number <= count; ++number) {
             int type = NoSensor;
             const ErrorCode result = q->sendCommandGetInt(

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "catalogue/interfaceparameters.h"
 #include "sensorinstance_p.h"
 #include "sondix/answerparser_p.h"
 
@@ -57,7 +58,7 @@ void SensorInstance::storeInterfaceParameters(const QMap<QString, QVariant> &par
     const InstanceLock lock(d);
     d->interfaceParameters = parameters;
     d->tcpInterface =
-        parameters.value(QStringLiteral("IP_Interface")).toString().contains(interfaceName(TCPIP, true));
+        parameters.value(InterfaceParameter::Interface).toString().contains(interfaceName(TCPIP, true));
 }
 
 QMap<QString, QVariant> SensorInstance::storedInterfaceParameters() const

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "catalogue/basetype_p.h"
 #include "catalogue/busnames_p.h"
+#include "catalogue/interfaceparameters.h"
 #include "catalogue/namematching_p.h"
 #include "sensorinstance_p.h"
 #include "sondix/answerparser_p.h"
@@ -223,7 +224,7 @@ ErrorCode SensorInstancePrivate::getAllParameters(QMap<QString, QVariant> &out, 
     }
     if (isVariant(sensorType) &&
         confirmsModel(sensorName(sensorType, true), out.value(QStringLiteral("SA_Sensor")).toString()))
-        out.insert(QStringLiteral("IP_SensorType"), int(sensorType));
+        out.insert(InterfaceParameter::SensorType, int(sensorType));
     return NoError;
 }
 

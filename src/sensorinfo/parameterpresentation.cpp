@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "parameterpresentation.h"
 
+#include "catalogue/interfaceparameters.h"
 #include "sensorinfo.h"
 
 #include <QCursor>
@@ -14,6 +15,8 @@ namespace SondixQt {
 
 namespace {
 
+namespace P = InterfaceParameter;
+
 constexpr int interfaceRow = 0;
 constexpr int portRow = 1;
 constexpr int firstFreeRow = 2;
@@ -25,25 +28,25 @@ QMap<QString, QString> makeFriendlyNames()
 {
     return {
         // parameter                        friendly name
-        {S("IP_SensorTypeName"),            S("$SensorType$")},
-        {S("IP_Interface"),                 S("$Interface$")},
-        {S("IP_Baudrate"),                  S("$Baudrate$")},
-        {S("IP_Stopbits"),                  S("$Stopbits$")},
-        {S("IP_Parity"),                    S("$Parity$")},
-        {S("IP_ByteSize"),                  S("$Byte Size$")},
-        {S("IP_CardInstance"),              S("$Card Instance$")},
-        {S("IP_DeviceInstance"),            S("$Device Instance$")},
-        {S("IP_SerialNumber"),              S("$Serial Number (Interface)$")},
+        {P::SensorTypeName,                 S("$SensorType$")},
+        {P::Interface,                      S("$Interface$")},
+        {P::Baudrate,                       S("$Baudrate$")},
+        {P::Stopbits,                       S("$Stopbits$")},
+        {P::Parity,                         S("$Parity$")},
+        {P::ByteSize,                       S("$Byte Size$")},
+        {P::CardInstance,                   S("$Card Instance$")},
+        {P::DeviceInstance,                 S("$Device Instance$")},
+        {P::InterfaceSerialNumber,          S("$Serial Number (Interface)$")},
         {S("SA_ControllerSerialNumber"),    S("$Serial Number (Controller)$")},
-        {S("SA_SerialNumber"),              S("$Serial Number (Controller)$")},
-        {S("IP_Port"),                      S("$Port Number$")},
-        {S("IP_ChannelNumber"),             S("$Channel Number$")},
-        {S("SA_MacAddress"),                S("$MAC Address$")},
-        {S("IP_RemoteAddr"),                S("$IP Address$")},
+        {P::SerialNumber,                   S("$Serial Number (Controller)$")},
+        {P::Port,                           S("$Port Number$")},
+        {P::ChannelNumber,                  S("$Channel Number$")},
+        {P::MacAddress,                     S("$MAC Address$")},
+        {P::RemoteAddr,                     S("$IP Address$")},
         {S("SA_SubnetMask"),                S("$Subnet Mask$")},
         {S("SA_DHCPName"),                  S("$Host Name$")},
-        {S("SA_Softwareversion"),           S("$Software Version$")},
-        {S("IP_SensorAddress"),             S("Sensor Address")},
+        {P::SoftwareVersion,                S("$Software Version$")},
+        {P::SensorAddress,                  S("Sensor Address")},
         {S("SA_LocalAdapterDescription"),   S("$Network Adapter$")},
         {S("$RecordingDate$"),              S("$RecordingDate$")},
         {S("$Unknown$"),                    S("$Unknown$")},
@@ -53,16 +56,16 @@ QMap<QString, QString> makeFriendlyNames()
 QMap<SensorInterface, QStringList> makeBasicParameters()
 {
     return {
-        {RS232,     {S("IP_Port"), S("IP_Baudrate"), S("SA_SerialNumber"), S("SA_SerialNumber"), S("IP_SensorAddress"), S("SA_Softwareversion")}},
-        {XA100,     {S("IP_Interface"), S("IP_CardInstance"), S("IP_Baudrate"), S("IP_SerialNumber"), S("SA_SerialNumber")}},
-        {XA200,     {S("IP_Interface"), S("IP_CardInstance"), S("IP_SerialNumber"), S("SA_SerialNumber"), S("IP_ChannelNumber"), S("IP_Baudrate"),
-                     S("SA_Softwareversion")}},
-        {XA200_ETH, {S("IP_Interface"), S("IP_SensorTypeName"), S("IP_Interface"), S("IP_RemoteAddr"), S("SA_MacAddress"), S("IP_CardInstance"),
-                     S("IP_ChannelNumber"), S("SA_Baudrate"), S("SA_Parity"), S("IP_SerialNumber"), S("SA_SerialNumber")}},
-        {XA100_USB, {S("IP_Interface"), S("IP_ChannelNumber"), S("IP_Baudrate"), S("IP_DeviceInstance"), S("IP_SerialNumber"), S("SA_SerialNumber"),
-                     S("SA_Softwareversion")}},
-        {TCPIP,     {S("IP_RemoteAddr"), S("SA_MacAddress"), S("SA_SerialNumber"), S("IP_SerialNumber"), S("SA_Softwareversion")}},
-        {WinUSB,    {S("IP_Interface"), S("IP_DeviceInstance"), S("SA_SerialNumber")}},
+        {RS232,     {P::Port, P::Baudrate, P::SerialNumber, P::SerialNumber, P::SensorAddress, P::SoftwareVersion}},
+        {XA100,     {P::Interface, P::CardInstance, P::Baudrate, P::InterfaceSerialNumber, P::SerialNumber}},
+        {XA200,     {P::Interface, P::CardInstance, P::InterfaceSerialNumber, P::SerialNumber, P::ChannelNumber, P::Baudrate,
+                     P::SoftwareVersion}},
+        {XA200_ETH, {P::Interface, P::SensorTypeName, P::Interface, P::RemoteAddr, P::MacAddress, P::CardInstance,
+                     P::ChannelNumber, S("SA_Baudrate"), S("SA_Parity"), P::InterfaceSerialNumber, P::SerialNumber}},
+        {XA100_USB, {P::Interface, P::ChannelNumber, P::Baudrate, P::DeviceInstance, P::InterfaceSerialNumber, P::SerialNumber,
+                     P::SoftwareVersion}},
+        {TCPIP,     {P::RemoteAddr, P::MacAddress, P::SerialNumber, P::InterfaceSerialNumber, P::SoftwareVersion}},
+        {WinUSB,    {P::Interface, P::DeviceInstance, P::SerialNumber}},
     };
 }
 
@@ -79,9 +82,9 @@ QLabel *makeLabel(const QString &text, const QString &objectName)
 
 int rowFor(const QString &parameter, const QGridLayout &layout)
 {
-    if (parameter == QLatin1String("IP_Interface"))
+    if (parameter == P::Interface)
         return interfaceRow;
-    if (parameter == QLatin1String("IP_Port"))
+    if (parameter == P::Port)
         return portRow;
     return std::max(layout.rowCount(), firstFreeRow);
 }
@@ -90,7 +93,8 @@ int rowFor(const QString &parameter, const QGridLayout &layout)
 
 QMap<QString, QVariant> extractBasicParameters(const SensorInfo &info)
 {
-    return info.getParameters(makeBasicParameters().value(info.interfaceType()));
+    static const QMap<SensorInterface, QStringList> parameters = makeBasicParameters();
+    return info.getParameters(parameters.value(info.interfaceType()));
 }
 
 QString friendlyParameterName(const QString &parameter)

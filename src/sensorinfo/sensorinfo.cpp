@@ -3,6 +3,7 @@
 
 #include "catalogue/basetype_p.h"
 #include "catalogue/busnames_p.h"
+#include "catalogue/interfaceparameters.h"
 #include "catalogue/sensorfeatures_p.h"
 #include "catalogue/sensortypes_p.h"
 #include "sondix/answervalue_p.h"
@@ -145,7 +146,7 @@ SensorInterface SensorInfo::interfaceType() const
 {
     if (parameters.isEmpty())
         return NoInterface;
-    const int index = intAnswer(parameters.value(QStringLiteral("IP_InterfaceIdx")));
+    const int index = intAnswer(parameters.value(InterfaceParameter::InterfaceIndex));
     const QMap<SensorInterface, InterfaceRecord> &table = interfaceTable();
     const auto found = std::find_if(table.begin(), table.end(),
                                     [index](const InterfaceRecord &record) { return record.index == index; });
@@ -191,7 +192,7 @@ bool SensorInfo::operator==(const SensorInfo &other) const
 
 SensorType SensorInfo::getSensorTypeFromParams() const
 {
-    return static_cast<SensorType>(intAnswer(parameters.value(QStringLiteral("IP_SensorType"))));
+    return static_cast<SensorType>(intAnswer(parameters.value(InterfaceParameter::SensorType)));
 }
 
 SensorType SensorInfo::getRealSensorTypeFromParams(const QString &name) const

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "seriallink_p.h"
 
+#include "catalogue/interfaceparameters.h"
 #include "instance/instanceaccess_p.h"
 #include "instance/sensorinstance.h"
 #include "tunnellog_p.h"
@@ -153,7 +154,7 @@ ErrorCode SerialLink::changeBaudrate(int baudrate, QString *errorText)
     if (closed != NoError)
         return closed;
     QMap<QString, QVariant> parameters = before;
-    parameters.insert(QStringLiteral("IP_Baudrate"), baudrate);
+    parameters.insert(InterfaceParameter::Baudrate, baudrate);
     sensor->storeInterfaceParameters(parameters);
     const ErrorCode result = sensor->open(parameters, errorText);
     if (result != NoError && !sensor->isOpen()) {

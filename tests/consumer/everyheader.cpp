@@ -2,8 +2,11 @@
 
 // Every header in all its spellings. The umbrella header is last, so that it cannot hide a missing include.
 #include <SondixQt/errorcode.h>
+#include <SondixQt/interfaceparameters.h>
+#include <SondixQt/namelookup.h>
 #include <SondixQt/parameterpresentation.h>
 #include <SondixQt/rs232tunnel.h>
+#include <SondixQt/sensoraddress.h>
 #include <SondixQt/sensorfeatures.h>
 #include <SondixQt/sensorfinder.h>
 #include <SondixQt/sensorinfo.h>
@@ -15,8 +18,11 @@
 #include <SondixQt/transmitteddatainfo.h>
 
 #include <SondixQt/ErrorCode>
+#include <SondixQt/InterfaceParameter>
+#include <SondixQt/NameLookup>
 #include <SondixQt/ParameterPresentation>
 #include <SondixQt/RS232Tunnel>
+#include <SondixQt/SensorAddress>
 #include <SondixQt/SensorFeatures>
 #include <SondixQt/SensorFinder>
 #include <SondixQt/SensorGroup>

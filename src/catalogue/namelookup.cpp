@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include "catalognames.h"
+#include "namelookup.h"
 
-#include <SondixQt/sensorfeatures.h>
+#include "sensorfeatures.h"
 
 #include <QVector>
 
 #include <algorithm>
 
-using namespace SondixQt;
-
-namespace SondixApp {
+namespace SondixQt {
 
 namespace {
 
 constexpr int maxSuggestions = 3;
+
+// The comparison takes time and memory proportional to the length.
+constexpr int longestComparedText = 100;
 
 template<typename T>
 struct Candidate
@@ -60,6 +61,8 @@ QStringList allNearNames(const QString &text, const QStringList &names)
         int distance;
         QString name;
     };
+    if (text.size() > longestComparedText)
+        return {};
     const QString wanted = normalized(text);
     QVector<Near> near;
     for (const QString &name : names) {
@@ -104,8 +107,8 @@ QString unknown(const QString &what, const QString &text, const QStringList &nea
 }
 
 template<typename T>
-Named<T> findIn(const QList<Candidate<T>> &candidates, const QString &text, const QString &what,
-                const QString &list)
+std::optional<T> findIn(const QList<Candidate<T>> &candidates, const QString &text, const QString &what,
+                        const QString &otherwise, QString *problem)
 {
     const QString wanted = text.trimmed();
     bool isNumber = false;
@@ -115,25 +118,28 @@ Named<T> findIn(const QList<Candidate<T>> &candidates, const QString &text, cons
         if (wanted.isEmpty() || candidate.name.isEmpty())
             continue;
         if (candidate.name.compare(wanted, Qt::CaseInsensitive) == 0 || (isNumber && candidate.value == number))
-            return {candidate.value, QString()};
+            return candidate.value;
         names += candidate.name;
     }
-    return {std::nullopt, unknown(what, text, nearestOfEach(candidates, wanted, names), list)};
+    if (problem)
+        *problem = unknown(what, text, nearestOfEach(candidates, wanted, names), otherwise);
+    return std::nullopt;
 }
 
 } // namespace
 
-QStringList nearNames(const QString &text, const QStringList &names)
+QStringList similarNames(const QString &text, const QStringList &names)
 {
     return allNearNames(text, names).mid(0, maxSuggestions);
 }
 
-QString unknownName(const QString &what, const QString &text, const QStringList &names, const QString &otherwise)
+QString unknownNameText(const QString &what, const QString &text, const QStringList &names,
+                        const QString &otherwise)
 {
-    return unknown(what, text, nearNames(text, names), otherwise);
+    return unknown(what, text, similarNames(text, names), otherwise);
 }
 
-Named<SensorType> findType(const QString &text)
+std::optional<SensorType> findSensorType(const QString &text, QString *problem)
 {
     QList<Candidate<SensorType>> candidates;
     const auto &features = getSensorFeatures();
@@ -143,10 +149,11 @@ Named<SensorType> findType(const QString &text)
     for (auto it = features.cbegin(); it != features.cend(); ++it)
         if (it.key() != NoSensor)
             candidates.append({it->name, it.key()});
-    return findIn(candidates, text, QStringLiteral("model"), QStringLiteral("'sondixqt models' lists them all"));
+    return findIn(candidates, text, QStringLiteral("model"), QStringLiteral("models have names such as TX270"),
+                  problem);
 }
 
-Named<SensorGroup> findGroup(const QString &text)
+std::optional<SensorGroup> findSensorGroup(const QString &text, QString *problem)
 {
     QList<Candidate<SensorGroup>> candidates;
     QStringList names;
@@ -157,26 +164,25 @@ Named<SensorGroup> findGroup(const QString &text)
             names += sensorGroupName(group);
     }
     return findIn(candidates, text, QStringLiteral("group"),
-                  QStringLiteral("the groups are %1").arg(names.join(QStringLiteral(", "))));
+                  QStringLiteral("the groups are %1").arg(names.join(QStringLiteral(", "))), problem);
 }
 
-Named<SensorInterface> findInterface(const QString &text)
+std::optional<SensorInterface> findSensorInterface(const QString &text, QString *problem)
 {
     QList<Candidate<SensorInterface>> candidates;
     QStringList names;
-    for (const SensorInterface iface : allInterfaces()) {
+    for (const SensorInterface iface : sensorInterfaces()) {
         candidates.append({interfaceName(iface), iface});
         candidates.append({interfaceName(iface, true), iface});
         names += interfaceName(iface);
     }
     return findIn(candidates, text, QStringLiteral("interface"),
-                  QStringLiteral("the interfaces are %1").arg(names.join(QStringLiteral(", "))));
+                  QStringLiteral("the interfaces are %1").arg(names.join(QStringLiteral(", "))), problem);
 }
 
-const QList<SensorInterface> &allInterfaces()
+QList<SensorInterface> sensorInterfaces()
 {
-    static const QList<SensorInterface> interfaces{RS232, XA100_USB, TCPIP, XA200, WinUSB, XA100, XA200_ETH};
-    return interfaces;
+    return {RS232, XA100_USB, TCPIP, XA200, WinUSB, XA100, XA200_ETH};
 }
 
-} // namespace SondixApp
+} // namespace SondixQt
