@@ -201,7 +201,7 @@ SensorAddress SensorOptions::search(Console &console, InterruptWatcher &interrup
 
 std::unique_ptr<SensorInstance> openSensor(const SensorAddress &address, QString *warning)
 {
-    auto instance = createInstance(address.type);
+    auto instance = SensorInstance::create(address.type);
     if (!instance->isValid())
         throw Failure{ExitCode::Failed, creationProblem(*instance)};
     LibraryLog::attach(*instance);

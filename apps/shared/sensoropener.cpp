@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sensoropener.h"
 
-#include "trackinginstance.h"
-
 #include <SondixQt/sensorinfo.h>
+#include <SondixQt/specialsensorinstance.h>
 
 #include <algorithm>
 #include <initializer_list>
@@ -11,8 +10,6 @@
 using namespace SondixQt;
 
 namespace SondixApp {
-
-Q_LOGGING_CATEGORY(trackingLog, "SondixQt.Application.Tracking")
 
 namespace {
 
@@ -29,18 +26,6 @@ bool isGeneral(SensorType general, SensorType type)
 }
 
 } // namespace
-
-std::unique_ptr<SensorInstance> createInstance(SensorType type)
-{
-    switch (type) {
-    case RG52x:
-        return std::make_unique<TrackingInstance<SpecialSensorInstanceRG52x>>();
-    case RG53x:
-        return std::make_unique<TrackingInstance<SpecialSensorInstanceRG531>>();
-    default:
-        return std::make_unique<SensorInstance>(type);
-    }
-}
 
 ErrorCode openInstance(SensorInstance &instance, const QMap<QString, QVariant> &parameters, QString *errorText)
 {

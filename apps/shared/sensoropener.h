@@ -4,12 +4,7 @@
 #include <SondixQt/sensoraddress.h>
 #include <SondixQt/sensorinstance.h>
 
-#include <memory>
-
 namespace SondixApp {
-
-/// Creates an instance of the class that the model needs. For RG52x and RG53x that is a TrackingInstance.
-std::unique_ptr<SondixQt::SensorInstance> createInstance(SondixQt::SensorType type);
 
 /// Opens the sensor of \a instance. For the models that measure on their own it also reads their mode, on which the
 /// sample rate depends.

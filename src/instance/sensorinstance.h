@@ -14,6 +14,8 @@
 #include <QVariant>
 #include <QVector>
 
+#include <memory>
+
 namespace SondixQt {
 
 class SensorInstancePrivate;
@@ -23,8 +25,8 @@ class SensorInstancePrivate;
 /// \par Use
 /// Construct it for a type, open() it with the interface parameters of a SensorInfo, send commands, call
 /// transmittedDataInfo(), poll one of the transfer functions such as transferDataScaled(), and close() it. A
-/// command stops the measurement of an RG52x or RG53x: use SpecialSensorInstanceRG52x or
-/// SpecialSensorInstanceRG531 for these. The other RG models (RG4xx, RG540) do not need a special class.
+/// command stops the measurement of an RG52x or RG53x, which need a special class: create() returns the right class
+/// for every model. The other RG models (RG4xx, RG540) do not need a special class.
 ///
 /// \par Results
 /// Every operation that accesses the sensor returns an ErrorCode (NoError on success) and has an optional
@@ -80,6 +82,16 @@ public:
     /// transfers return no values of a bus sensor or a CP740 until open() is called.
     explicit SensorInstance(SensorType type, unsigned long handle = 0);
     ~SensorInstance() override;
+
+    /// Creates an instance of the class that the model needs: a SpecialSensorInstanceRG52x for RG52x, a
+    /// SpecialSensorInstanceRG531 for RG53x, and a SensorInstance for any other type. isValid() is false if the
+    /// sensor-access library cannot create an instance.
+    ///
+    /// The special instance is of a subclass: its virtual command functions return the result of the command, and not
+    /// that of the restart of the measurement after it. A failed restart is a warning in the log
+    /// "SondixQt.SensorInstance" and is reported by errorMessage(); opening the sensor again starts the measurement as
+    /// well. Any command makes the instance read the tracking mode, on which getSampleRateInKhz() depends.
+    static std::unique_ptr<SensorInstance> create(SensorType type);
 
     SensorInstance(const SensorInstance &) = delete;
     SensorInstance &operator=(const SensorInstance &) = delete;

@@ -14,7 +14,7 @@ class SpecialSensorInstanceRG531Private;
 /// A sensor instance that runs an action before and after every command.
 ///
 /// Some models measure continuously in a tracking mode that a command interrupts. Their subclasses reimplement the
-/// two action functions. The command functions are used like those of SensorInstance; the overloads with an
+/// two action functions. SensorInstance::create() chooses the subclass. The command functions are used like those of SensorInstance; the overloads with an
 /// ExecSpecialAction select the actions. Threads: as for SensorInstance, but only one thread at a time may execute
 /// a command sequence.
 class SONDIXQT_EXPORT SpecialSensorInstance : public SensorInstance

@@ -6,6 +6,7 @@
 #include "support/testbench.h"
 
 #include <functional>
+#include <memory>
 #include <thread>
 
 using namespace SondixQt;
@@ -57,6 +58,7 @@ private Q_SLOTS:
 
     void stagingFormsStayWhole();
     void loggingSwitchStaysWhole();
+    void actionsStayAroundTheirCommand_data();
     void actionsStayAroundTheirCommand();
 };
 
@@ -96,9 +98,19 @@ void CommandThreadsTest::loggingSwitchStaysWhole()
     QCOMPARE(torn, QString());
 }
 
+void CommandThreadsTest::actionsStayAroundTheirCommand_data()
+{
+    QTest::addColumn<bool>("created");
+    QTest::newRow("constructed") << false;
+    QTest::newRow("created") << true;
+}
+
 void CommandThreadsTest::actionsStayAroundTheirCommand()
 {
-    SpecialSensorInstanceRG531 sensor;
+    QFETCH(bool, created);
+    const std::unique_ptr<SensorInstance> owned =
+        created ? SensorInstance::create(RG53x) : std::make_unique<SpecialSensorInstanceRG531>();
+    auto &sensor = *qobject_cast<SpecialSensorInstanceRG531 *>(owned.get());
     QCOMPARE(sensor.open(testBenchParameters(RG53x)), NoError);
     sensor.setTrackingMode(5);
     const auto between = [](const QStringList &calls) {

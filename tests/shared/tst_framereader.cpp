@@ -2,9 +2,8 @@
 #include "cli/benches.h"
 #include "shared/framereader.h"
 #include "shared/measuredvalue.h"
-#include "shared/sensoropener.h"
 
-#include <SondixQt/specialsensorinstance.h>
+#include <SondixQt/sensorinstance.h>
 #include <SondixSimulator/control.h>
 
 #include <QSignalSpy>
@@ -28,7 +27,6 @@ private Q_SLOTS:
 
     void errorValuesHaveAKey_data();
     void errorValuesHaveAKey();
-    void everyModelGetsTheInstanceThatItNeeds();
     void keepsTheRestOfAFrameForTheNextBlock();
     void stopsAtTheFrameAskedForInTheMiddleOfABlock();
     void endsWhenNothingComes();
@@ -55,7 +53,7 @@ void TestFrameReader::init()
                      { "name": "B", "range": [0, 1000], "rawRange": [0, 1000] } ] })")
                              .toStdString());
     sondixsim::useVirtualClock();
-    m_instance = createInstance(TX270);
+    m_instance = SensorInstance::create(TX270);
     QString text;
     QVERIFY2(m_instance->open({{"IP_Interface", "RS232"}, {"IP_Port", "COM3"}}, &text) == NoError,
              qPrintable(text));
@@ -90,14 +88,6 @@ void TestFrameReader::errorValuesHaveAKey()
     QFETCH(int, key);
     QCOMPARE(errorKey(value).has_value(), isError);
     QCOMPARE(errorKey(value).value_or(0), key);
-}
-
-void TestFrameReader::everyModelGetsTheInstanceThatItNeeds()
-{
-    QVERIFY(qobject_cast<SpecialSensorInstanceRG52x *>(createInstance(RG52x).get()));
-    QVERIFY(qobject_cast<SpecialSensorInstanceRG531 *>(createInstance(RG53x).get()));
-    QVERIFY(!qobject_cast<SpecialSensorInstance *>(createInstance(TX270).get()));
-    QCOMPARE(createInstance(MV4xx)->sensorTypeFull(), MV4xx);
 }
 
 void TestFrameReader::keepsTheRestOfAFrameForTheNextBlock()

@@ -1,28 +1,27 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <SondixQt/specialsensorinstance.h>
+#include "instanceaccess_p.h"
+#include "instancelog_p.h"
+#include "specialsensorinstance.h"
 
-#include <QLoggingCategory>
 #include <QScopedValueRollback>
 
-namespace SondixApp {
+#include <type_traits>
 
-Q_DECLARE_LOGGING_CATEGORY(trackingLog)
+namespace SondixQt {
 
 /// A special instance, \a Base, whose commands return their own result.
 ///
-/// The library's classes return the result of the restart of tracking, even if the command itself was refused. This
-/// class restarts tracking after each command that has stopped it, and logs a failure of the restart as a warning of
-/// the category "SondixQt.Application.Tracking": opening the sensor again starts tracking as well.
-/// Threads: one at a time, as for \a Base.
+/// \a Base returns the result of the restart of tracking, even if the command itself was refused. This class restarts
+/// tracking after each command that has stopped it, and logs a failure of the restart as a warning: opening the sensor
+/// again starts tracking as well.
 template<typename Base>
 class TrackingInstance final : public Base
 {
-    static_assert(std::is_base_of_v<SondixQt::SpecialSensorInstance, Base>);
-    using ErrorCode = SondixQt::ErrorCode;
+    static_assert(std::is_base_of_v<SpecialSensorInstance, Base>);
     using Parameters = QMap<QString, QVariant>;
-    using ErrorHandling = SondixQt::SensorInstance::ErrorHandling;
+    using ErrorHandling = SensorInstance::ErrorHandling;
 
 public:
     using Base::Base;
@@ -83,7 +82,7 @@ protected:
     ErrorCode actionBeforeSendCommand(const QString &command, QString *errorText) override
     {
         const ErrorCode code = Base::actionBeforeSendCommand(command, errorText);
-        m_stopped = code == SondixQt::NoError;
+        m_stopped = code == NoError;
         return code;
     }
 
@@ -91,13 +90,14 @@ private:
     template<typename Send>
     ErrorCode send(const QString &command, Send sendIt)
     {
+        const InstanceLock lock(this);
         const QScopedValueRollback<bool> outer(m_stopped, false);
         const ErrorCode code = sendIt();
         if (m_stopped) {
             QString text;
             const ErrorCode restarted = Base::actionAfterSendCommand(command, &text);
-            if (restarted != SondixQt::NoError || !text.isEmpty())
-                qCWarning(trackingLog).noquote()
+            if (restarted != NoError || !text.isEmpty())
+                qCWarning(instanceLog).noquote()
                     << QStringLiteral("the sensor did not start to measure again after %1: %2")
                            .arg(command, text.isEmpty() ? QStringLiteral("error %1").arg(restarted) : text);
         }
@@ -107,4 +107,4 @@ private:
     bool m_stopped = false;
 };
 
-} // namespace SondixApp
+} // namespace SondixQt

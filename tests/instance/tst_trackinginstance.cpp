@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "cli/benches.h"
-#include "shared/sensoropener.h"
+#include <SondixQt/sensorfeatures.h>
+#include <SondixQt/specialsensorinstance.h>
 
-#include <SondixSimulator/control.h>
-
-#include <QtTest>
+#include "support/scripting.h"
+#include "support/testbench.h"
 
 using namespace SondixQt;
-using namespace SondixApp;
 
 namespace {
 
@@ -23,17 +21,9 @@ QStringList commandsSent()
     return commands;
 }
 
-void refuse(const char *command, const char *text)
-{
-    sondixsim::Fault fault;
-    fault.command = command;
-    fault.code = -77;
-    fault.text = text;
-    sondixsim::inject(fault);
-}
-
 } // namespace
 
+/// SensorInstance::create(), and the instances that it creates for models with a tracking mode.
 class TestTrackingInstance : public QObject
 {
     Q_OBJECT
@@ -41,34 +31,67 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
+    void everyModelGetsTheClassThatItNeeds();
+    void aTypeThatTheLibraryRefusesIsNotValid();
     void eachCommandMethodReturnsItsOwnResult_data();
     void eachCommandMethodReturnsItsOwnResult();
     void theRestartFollowsOnce();
     void noRestartAfterACommandThatDoesNotStop();
     void noRestartWhenItWasNotStopped();
+    void aFailingRestartIsLogged_data();
     void aFailingRestartIsLogged();
+    void aCommandFromASlotIsPartOfTheSequence();
 
 private:
     using Parameters = QMap<QString, QVariant>;
+    void open(SensorType type);
     std::unique_ptr<SensorInstance> m_sensor;
 };
 
 void TestTrackingInstance::init()
 {
-    sondixsim::loadBench(
-        Benches::of(
-            R"({ "model": "RG53x", "serialNumber": "53", "place": { "interface": "RS232", "port": "COM5" } })")
-            .toStdString());
-    m_sensor = createInstance(RG53x);
-    QString text;
-    QCOMPARE(int(openInstance(*m_sensor, {{"IP_Interface", "RS232"}}, &text)), 0);
+    loadTestBench();
+    open(RG53x);
+}
+
+/// Opens the sensor of \a type, and lets the instance read the tracking mode.
+void TestTrackingInstance::open(SensorType type)
+{
+    m_sensor = SensorInstance::create(type);
+    QCOMPARE(m_sensor->open(testBenchParameters(type)), NoError);
+    QCOMPARE(m_sensor->sendCommand("Get_Info"), NoError);
+    sondixsim::clearCalls();
     sondixsim::recordCalls(true);
 }
 
 void TestTrackingInstance::cleanup()
 {
+    sondixsim::recordCalls(false);
     sondixsim::clearFaults();
     m_sensor.reset();
+}
+
+void TestTrackingInstance::everyModelGetsTheClassThatItNeeds()
+{
+    for (const SensorType type : getSensorFeatures().keys()) {
+        const std::unique_ptr<SensorInstance> sensor = SensorInstance::create(type);
+        QCOMPARE(sensor->sensorTypeFull(), type);
+        QCOMPARE(qobject_cast<SpecialSensorInstanceRG52x *>(sensor.get()) != nullptr, type == RG52x);
+        QCOMPARE(qobject_cast<SpecialSensorInstanceRG531 *>(sensor.get()) != nullptr, type == RG53x);
+        QCOMPARE(sensor->isValid(), SensorInstance(type).isValid());
+    }
+}
+
+void TestTrackingInstance::aTypeThatTheLibraryRefusesIsNotValid()
+{
+    scriptFailure("CreateSensorInstance", -3);
+    for (const SensorType type : {TX270, RG52x, RG53x})
+        QVERIFY(!SensorInstance::create(type)->isValid());
+    for (const int number : {-1, 3, 10020, 99998}) {
+        const std::unique_ptr<SensorInstance> sensor = SensorInstance::create(SensorType(number));
+        QVERIFY(!sensor->isValid());
+        QCOMPARE(int(sensor->sensorTypeFull()), number);
+    }
 }
 
 void TestTrackingInstance::eachCommandMethodReturnsItsOwnResult_data()
@@ -109,7 +132,7 @@ void TestTrackingInstance::eachCommandMethodReturnsItsOwnResult()
     };
     QString text;
     QVERIFY2(send(text) == NoError, qPrintable(text));
-    refuse("Get_Average", "it is tired");
+    scriptCommandFailure("Get_Average", -77, "it is tired");
     QCOMPARE(int(send(text)), -77);
     QCOMPARE(text, QStringLiteral("it is tired"));
     QCOMPARE(commandsSent().last(), QStringLiteral("DistanceTracking"));
@@ -132,7 +155,7 @@ void TestTrackingInstance::noRestartAfterACommandThatDoesNotStop()
 
 void TestTrackingInstance::noRestartWhenItWasNotStopped()
 {
-    refuse("StopTracking", "it cannot stop");
+    scriptCommandFailure("StopTracking", -77, "it cannot stop");
     Parameters answer;
     QString text;
     QCOMPARE(int(m_sensor->sendCommandGetAll("Get_Average", {}, answer, &text)), -77);
@@ -140,14 +163,39 @@ void TestTrackingInstance::noRestartWhenItWasNotStopped()
     QCOMPARE(commandsSent(), QStringList("StopTracking"));
 }
 
+void TestTrackingInstance::aFailingRestartIsLogged_data()
+{
+    QTest::addColumn<SensorType>("type");
+    QTest::addColumn<QString>("restart");
+    QTest::newRow("RG52x") << RG52x << "DistanceTracking10Hz";
+    QTest::newRow("RG53x") << RG53x << "DistanceTracking";
+}
+
 void TestTrackingInstance::aFailingRestartIsLogged()
 {
-    refuse("DistanceTracking", "it does not start");
+    QFETCH(SensorType, type);
+    QFETCH(QString, restart);
+    open(type);
+    scriptCommandFailure(restart.toStdString(), -77, "it does not start");
     QTest::ignoreMessage(QtWarningMsg,
-                         "the sensor did not start to measure again after Set_Average: it does not start");
+                         "the sensor did not start to measure again after Get_Info: it does not start");
     QString text;
-    QCOMPARE(int(m_sensor->sendCommand("Set_Average", {{"SP_Average", 10}}, &text)), 0);
+    QCOMPARE(int(m_sensor->sendCommand("Get_Info", Parameters(), &text)), 0);
     QCOMPARE(text, QString());
+    QCOMPARE(commandsSent().last(), restart);
+}
+
+void TestTrackingInstance::aCommandFromASlotIsPartOfTheSequence()
+{
+    scriptCommandFailure("Get_Average", -77);
+    bool sent = false;
+    connect(m_sensor.get(), &SensorInstance::errorMessage, this, [&] {
+        if (!std::exchange(sent, true))
+            m_sensor->sendCommand("Get_Info");
+    });
+    QCOMPARE(int(m_sensor->sendCommand("Get_Average")), -77);
+    QCOMPARE(commandsSent(), QStringList({"StopTracking", "Get_Average", "StopTracking", "Get_Info",
+                                          "DistanceTracking", "DistanceTracking"}));
 }
 
 QTEST_GUILESS_MAIN(TestTrackingInstance)
