@@ -3,7 +3,7 @@
 
 #include "json.h"
 
-#include "shared/measuredvalue.h"
+#include <SondixQt/errorvalue.h>
 
 #include <QJsonArray>
 
@@ -95,8 +95,9 @@ QByteArray ValueWriter::lines(const FrameBlock &block)
     return out;
 }
 
-QString ValueWriter::errorMark(double value, int key)
+QString ValueWriter::errorMark(double value)
 {
+    const int key = errorValueKey(value);
     const auto known = m_errorMarks.constFind(key);
     if (known != m_errorMarks.constEnd())
         return *known;
@@ -110,8 +111,8 @@ void ValueWriter::appendFrame(QByteArray &out, const FrameBlock &block, int fram
     const int *raw = valuesOf(block.raw, block, frame);
     const double time = timeOf(block, frame);
     for (int i = 0; i < block.valuesPerFrame; ++i)
-        if (const auto key = errorKey(scaled[i]))
-            ++m_errorCounts[errorMark(scaled[i], *key)];
+        if (isErrorValue(scaled[i]))
+            ++m_errorCounts[errorMark(scaled[i])];
     if (m_format == JsonLines) {
         appendJson(out, block, frame, time);
         return;
@@ -120,10 +121,9 @@ void ValueWriter::appendFrame(QByteArray &out, const FrameBlock &block, int fram
     appendCell(out, number(time, std::chars_format::fixed, 6), column++);
     for (int i = 0; i < block.valuesPerFrame; ++i) {
         if (m_columns.scaled) {
-            const auto key = errorKey(scaled[i]);
             const QByteArray text =
                 m_format == Csv ? number(scaled[i]) : number(scaled[i], std::chars_format::general, 7);
-            appendCell(out, key ? errorMark(scaled[i], *key).toUtf8() : text, column++);
+            appendCell(out, isErrorValue(scaled[i]) ? errorMark(scaled[i]).toUtf8() : text, column++);
         }
         if (m_columns.raw)
             appendCell(out, number(raw[i]), column++);
@@ -138,9 +138,9 @@ void ValueWriter::appendJson(QByteArray &out, const FrameBlock &block, int frame
     QJsonArray scaledValues;
     QJsonArray rawValues;
     for (int i = 0; i < block.valuesPerFrame; ++i) {
-        const auto key = errorKey(scaled[i]);
-        scaledValues.append(key ? QJsonValue(QJsonObject{{QStringLiteral("error"), *key},
-                                                         {QStringLiteral("text"), errorMark(scaled[i], *key)}})
+        scaledValues.append(isErrorValue(scaled[i])
+                                ? QJsonValue(QJsonObject{{QStringLiteral("error"), errorValueKey(scaled[i])},
+                                                         {QStringLiteral("text"), errorMark(scaled[i])}})
                                 : QJsonValue(scaled[i]));
         rawValues.append(raw[i]);
     }

@@ -38,8 +38,8 @@ public:
     const QMap<QString, qint64> &errorCounts() const { return m_errorCounts; }
 
 private:
-    /// The text that is shown instead of the error value \a value with the key \a key.
-    QString errorMark(double value, int key);
+    /// The text that is shown instead of the error value \a value.
+    QString errorMark(double value);
     void appendFrame(QByteArray &out, const SondixApp::FrameBlock &block, int frame);
     void appendJson(QByteArray &out, const SondixApp::FrameBlock &block, int frame, double time);
     void appendCell(QByteArray &out, const QByteArray &text, int column) const;

@@ -380,8 +380,7 @@ public:
     /// \name Error values
     /// \{
 
-    /// The text of the error that the scaled value \a value encodes: sensors report a failed measurement as a
-    /// value of -1.0e10 or below. For a measured value, for NaN and for an error without a text it is the text of
+    /// The text of the error that the scaled value \a value encodes, see isErrorValue() and errorValueKey(). For a measured value, for NaN and for an error without a text it is the text of
     /// error 0, which may be empty. The texts are read at the first call, for all sensors of a multi-sensor or a
     /// recording, and are then kept. Sensors that cannot be queried have no texts. The reference is valid for the
     /// lifetime of the instance. Not locked: use it in one thread.

@@ -2,6 +2,7 @@
 #include "catalogue/interfaceparameters.h"
 #include "sensorinstance_p.h"
 #include "sondix/answervalue_p.h"
+#include "sondix/errorvalue.h"
 #include "sondix/errorvalues_p.h"
 
 namespace SondixQt {

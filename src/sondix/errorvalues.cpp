@@ -3,24 +3,7 @@
 
 #include <QStringList>
 
-#include <limits>
-
 namespace SondixQt {
-
-namespace {
-
-constexpr double firstErrorValue = -1.0e10;
-
-} // namespace
-
-int errorValueKey(double value)
-{
-    if (!(value <= firstErrorValue))
-        return 0;
-    const double key = value - firstErrorValue;
-    // The cast truncates towards zero, so that everything above the lowest int minus 1 is in range.
-    return key > std::numeric_limits<int>::min() - 1.0 ? static_cast<int>(key) : 0;
-}
 
 void addErrorValueTexts(const QString &source, QHash<int, QString> &texts)
 {

@@ -2,6 +2,7 @@
 
 // Every header in all its spellings. The umbrella header is last, so that it cannot hide a missing include.
 #include <SondixQt/errorcode.h>
+#include <SondixQt/errorvalue.h>
 #include <SondixQt/interfaceparameters.h>
 #include <SondixQt/namelookup.h>
 #include <SondixQt/parameterpresentation.h>
@@ -18,6 +19,7 @@
 #include <SondixQt/transmitteddatainfo.h>
 
 #include <SondixQt/ErrorCode>
+#include <SondixQt/ErrorValue>
 #include <SondixQt/InterfaceParameter>
 #include <SondixQt/NameLookup>
 #include <SondixQt/ParameterPresentation>

@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "cli/benches.h"
 #include "shared/framereader.h"
-#include "shared/measuredvalue.h"
 
 #include <SondixQt/sensorinstance.h>
 #include <SondixSimulator/control.h>
 
 #include <QSignalSpy>
 #include <QtTest>
-
-#include <limits>
 
 using namespace SondixQt;
 using namespace SondixApp;
@@ -25,8 +22,6 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void errorValuesHaveAKey_data();
-    void errorValuesHaveAKey();
     void keepsTheRestOfAFrameForTheNextBlock();
     void stopsAtTheFrameAskedForInTheMiddleOfABlock();
     void endsWhenNothingComes();
@@ -64,30 +59,6 @@ void TestFrameReader::cleanup()
     m_instance.reset();
     sondixsim::clearFaults();
     sondixsim::useRealClock();
-}
-
-void TestFrameReader::errorValuesHaveAKey_data()
-{
-    QTest::addColumn<double>("value");
-    QTest::addColumn<bool>("isError");
-    QTest::addColumn<int>("key");
-    QTest::newRow("measured") << 12.5 << false << 0;
-    QTest::newRow("far below zero") << -9.99e9 << false << 0;
-    QTest::newRow("just above the limit") << -9999999999.999 << false << 0;
-    QTest::newRow("the limit") << -1.0e10 << true << 0;
-    QTest::newRow("key -5") << -1.0e10 - 5 << true << -5;
-    QTest::newRow("truncated") << -1.0e10 - 5.7 << true << -5;
-    QTest::newRow("key out of range") << -1.0e300 << true << 0;
-    QTest::newRow("no number") << std::numeric_limits<double>::quiet_NaN() << true << 0;
-}
-
-void TestFrameReader::errorValuesHaveAKey()
-{
-    QFETCH(double, value);
-    QFETCH(bool, isError);
-    QFETCH(int, key);
-    QCOMPARE(errorKey(value).has_value(), isError);
-    QCOMPARE(errorKey(value).value_or(0), key);
 }
 
 void TestFrameReader::keepsTheRestOfAFrameForTheNextBlock()

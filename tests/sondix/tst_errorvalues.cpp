@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sondix/errorvalues_p.h"
 
+#include <SondixQt/errorvalue.h>
+
 #include <QtTest>
 
 #include <cmath>
@@ -26,28 +28,30 @@ void ErrorValuesTest::keyOfAValue_data()
 {
     using Limits = std::numeric_limits<double>;
     QTest::addColumn<double>("value");
+    QTest::addColumn<bool>("isError");
     QTest::addColumn<int>("key");
-    QTest::newRow("measured value") << 12.5 << 0;
-    QTest::newRow("zero") << 0.0 << 0;
-    QTest::newRow("just above the first error") << std::nextafter(-1.0e10, 0.0) << 0;
-    QTest::newRow("first error") << -1.0e10 << 0;
-    QTest::newRow("a fraction of an error") << -1.0e10 - 0.5 << 0;
-    QTest::newRow("error 5") << -1.0e10 - 5.0 << -5;
-    QTest::newRow("cut towards zero") << -1.0e10 - 5.7 << -5;
-    QTest::newRow("lowest key") << -1.0e10 - 2147483648.0 << std::numeric_limits<int>::min();
-    QTest::newRow("cut to the lowest key") << -1.0e10 - 2147483648.5 << std::numeric_limits<int>::min();
-    QTest::newRow("below the lowest key") << -1.0e10 - 2147483649.0 << 0;
-    QTest::newRow("far below") << -1.0e20 << 0;
-    QTest::newRow("lowest double") << Limits::lowest() << 0;
-    QTest::newRow("minus infinity") << -Limits::infinity() << 0;
-    QTest::newRow("infinity") << Limits::infinity() << 0;
-    QTest::newRow("not a number") << Limits::quiet_NaN() << 0;
-    QTest::newRow("negative, not a number") << -Limits::quiet_NaN() << 0;
+    QTest::newRow("measured value") << 12.5 << false << 0;
+    QTest::newRow("zero") << 0.0 << false << 0;
+    QTest::newRow("just above the first error") << std::nextafter(-1.0e10, 0.0) << false << 0;
+    QTest::newRow("first error") << -1.0e10 << true << 0;
+    QTest::newRow("a fraction of an error") << -1.0e10 - 0.5 << true << 0;
+    QTest::newRow("error 5") << -1.0e10 - 5.0 << true << -5;
+    QTest::newRow("cut towards zero") << -1.0e10 - 5.7 << true << -5;
+    QTest::newRow("lowest key") << -1.0e10 - 2147483648.0 << true << std::numeric_limits<int>::min();
+    QTest::newRow("cut to the lowest key") << -1.0e10 - 2147483648.5 << true << std::numeric_limits<int>::min();
+    QTest::newRow("below the lowest key") << -1.0e10 - 2147483649.0 << true << 0;
+    QTest::newRow("far below") << -1.0e20 << true << 0;
+    QTest::newRow("lowest double") << Limits::lowest() << true << 0;
+    QTest::newRow("minus infinity") << -Limits::infinity() << true << 0;
+    QTest::newRow("infinity") << Limits::infinity() << false << 0;
+    QTest::newRow("not a number") << Limits::quiet_NaN() << true << 0;
+    QTest::newRow("negative, not a number") << -Limits::quiet_NaN() << true << 0;
 }
 
 void ErrorValuesTest::keyOfAValue()
 {
     QFETCH(double, value);
+    QTEST(isErrorValue(value), "isError");
     QTEST(errorValueKey(value), "key");
 }
 
