@@ -15,4 +15,11 @@ QByteArray optionalAnswer(SensorInstance *instance, const QString &name)
     return SensorInstancePrivate::get(instance)->optionalAnswer(name);
 }
 
+void readTriggerState(SensorInstance *instance)
+{
+    SensorInstancePrivate *const d = SensorInstancePrivate::get(instance);
+    if (d->trigger.supported && !d->trigger.getCommand.isEmpty())
+        d->checkIfTriggerIsEnabled(nullptr);
+}
+
 } // namespace SondixQt

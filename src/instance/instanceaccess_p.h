@@ -29,4 +29,8 @@ private:
 /// a failure. The caller must hold an InstanceLock from before the command on.
 QByteArray optionalAnswer(SensorInstance *instance, const QString &name);
 
+/// Reads again whether the sensor waits for a trigger; otherwise only open() does. Does nothing for a model without a
+/// trigger.
+void readTriggerState(SensorInstance *instance);
+
 } // namespace SondixQt

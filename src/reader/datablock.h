@@ -37,8 +37,9 @@ public:
     DataBlock();
     /// A block of whole frames. \a raw and \a scaled have the same size, a multiple of \a valuesPerFrame; the rest of
     /// an incomplete frame is discarded. Without \a time the times of the frames are not known.
-    DataBlock(int run, qint64 firstFrame, int valuesPerFrame, const QVector<double> &scaled, const QVector<qint32> &raw,
-              std::optional<double> time = std::nullopt, std::optional<double> frameInterval = std::nullopt);
+    DataBlock(int run, qint64 firstFrame, int valuesPerFrame, const QVector<double> &scaled,
+              const QVector<qint32> &raw, std::optional<double> time = std::nullopt,
+              std::optional<double> frameInterval = std::nullopt);
     DataBlock(const DataBlock &other);
     DataBlock(DataBlock &&other) noexcept;
     ~DataBlock();
@@ -101,9 +102,9 @@ struct SONDIXQT_EXPORT DataGap
         Unknown,         ///< the times of the blocks do not fit, for example because they jump back
     };
 
-    int run = 0;                     ///< the run of numbers in which the gap begins
-    qint64 firstFrame = 0;           ///< the number that the first missing frame has or would have
-    std::optional<qint64> frames;    ///< the number of missing frames; empty: not known, the next run follows
+    int run = 0;                  ///< the run of numbers in which the gap begins
+    qint64 firstFrame = 0;        ///< the number that the first missing frame has or would have
+    std::optional<qint64> frames; ///< the number of missing frames; empty: not known, the next run follows
     Reason reason = Unknown;
     std::optional<double> beginTime; ///< the time of the last frame before the gap, as in DataBlock::frameTime()
     std::optional<double> endTime;   ///< the time of the first frame after it; empty while it is not known

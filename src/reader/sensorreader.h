@@ -33,8 +33,8 @@ struct SONDIXQT_EXPORT CommandResult
 /// How a SensorReader opens its sensor again.
 struct SONDIXQT_EXPORT Reconnect
 {
-    std::chrono::milliseconds first{500};                ///< the pause before the first attempt
-    std::chrono::milliseconds longest{10000};            ///< each pause is twice the previous one, up to this
+    std::chrono::milliseconds first{500};                 ///< the pause before the first attempt
+    std::chrono::milliseconds longest{10000};             ///< each pause is twice the previous one, up to this
     std::optional<std::chrono::milliseconds> giveUpAfter; ///< the reader fails after this time; empty: never
     /// The errors of a transfer that mean that the sensor is gone; empty: every error.
     QVector<ErrorCode> errors;
@@ -81,6 +81,16 @@ public:
     };
     Q_ENUM(State)
 
+    /// \name Errors of the reader
+    /// Other errors are those of the sensor-access library.
+    /// \{
+    static constexpr ErrorCode StoppedError = ErrorCode(-32768);     ///< not sent, because the reader has stopped
+    static constexpr ErrorCode CreationError = ErrorCode(-32767);    ///< the model is not supported
+    static constexpr ErrorCode FrameError = ErrorCode(-32766);       ///< the frames are not described
+    static constexpr ErrorCode OtherSensorError = ErrorCode(-32765); ///< another sensor has answered
+    static constexpr ErrorCode SilenceError = ErrorCode(-32764);     ///< no values for Reconnect::silence
+    /// \}
+
     /// A reader that opens the sensor at \a address itself and closes it in the end.
     explicit SensorReader(const SensorAddress &address, QObject *parent = nullptr);
     /// A reader for a sensor that a search has found.
@@ -102,28 +112,26 @@ public:
     /// Opens the sensor again when it is gone. Without a value, which is the default, the reader fails.
     void setReconnect(const std::optional<Reconnect> &reconnect);
     std::optional<Reconnect> reconnect() const;
-    /// The number of frames that wait for delivery before the oldest are discarded, which gapDetected() reports as
-    /// DataGap::ConsumerOverrun. By default 2,000,000 values, in whole frames.
-    void setQueueLimit(qint64 frames);
+    /// The number of values that may wait for delivery. If there are more, the oldest blocks are discarded, which
+    /// gapDetected() reports as DataGap::ConsumerOverrun. 2,000,000 by default.
+    void setQueueLimit(qint64 values);
     qint64 queueLimit() const;
     /// \}
 
     /// \name Commands
     /// They are sent by the thread of the reader between two transfers. \a callback is called in the thread of the
-    /// reader object, unless \a context has been destroyed before. If the reader stops before the command is sent, the
-    /// result is StoppedError.
+    /// reader object, unless \a context or the reader has been destroyed before. If the reader is not running, or stops
+    /// before the command is sent, the result is StoppedError.
     /// \{
     using Callback = std::function<void(const CommandResult &)>;
-
-    /// The result of a command that was not sent because the reader has stopped.
-    static constexpr ErrorCode StoppedError = ErrorCode(-32768);
 
     /// Sends \a command with \a parameters.
     void post(const QString &command, const QMap<QString, QVariant> &parameters, QObject *context = nullptr,
               const Callback &callback = {});
     /// Sends \a command with \a parameters now, if the reader is running, and after every opening, in the order of the
     /// calls. A setting replaces an earlier one with the same command, the same parameter names and the same
-    /// interface parameters ("IP_"). If the sensor refuses a setting after an opening, the reader fails.
+    /// interface parameters ("IP_"). A setting that the sensor refuses now is forgotten; if it is refused after an
+    /// opening, the reader fails.
     void addSetting(const QString &command, const QMap<QString, QVariant> &parameters, QObject *context = nullptr,
                     const Callback &callback = {});
     /// Forgets all settings. The sensor keeps what it has been set to.

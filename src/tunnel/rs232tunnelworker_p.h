@@ -3,18 +3,12 @@
 
 #include "httpserver_p.h"
 #include "seriallink_p.h"
+#include "testexport_p.h"
 
 #include <SondixQt/errorcode.h>
 
 #include <QObject>
 #include <QUrl>
-
-// Some tests use the worker directly: it is exported only if the library is built with tests.
-#if defined(SONDIXQT_EXPORT_FOR_TESTS)
-#    define SONDIXQT_TEST_EXPORT SONDIXQT_EXPORT
-#else
-#    define SONDIXQT_TEST_EXPORT
-#endif
 
 namespace SondixQt {
 

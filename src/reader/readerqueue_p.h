@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "sensorreader.h"
+#include "testexport_p.h"
+
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <variant>
+
+namespace SondixQt {
+
+struct ReaderError
+{
+    ErrorCode code = NoError;
+    QString text;
+};
+
+struct CommandAnswer
+{
+    quint64 number = 0;
+    CommandResult result;
+};
+
+/// What the sensor has reported about itself.
+struct SensorReport
+{
+    QVector<QMap<QString, QVariant>> parameters;
+};
+
+/// The last event of a thread.
+struct ReadingEnded
+{
+    bool failed = false;
+};
+
+using ReaderEvent = std::variant<DataBlock, DataGap, SensorReader::State, ReaderError, TransmittedDataInfo,
+                                 SensorReport, CommandAnswer, ReadingEnded>;
+
+/// Passes events from the thread of a reader to the object, in their order. If the object does not take them, the oldest
+/// frames are discarded and become a gap. Every function may be called from any thread.
+class SONDIXQT_TEST_EXPORT ReaderQueue
+{
+public:
+    /// Events are announced by a call of \a deliver in the thread of \a object.
+    ReaderQueue(QObject *object, std::function<void()> deliver, qint64 maxValues);
+
+    void push(ReaderEvent event);
+    /// False if there is no event.
+    bool take(ReaderEvent &event);
+    int size() const;
+    /// Announces the events that are left, if there are any.
+    void announceRest();
+    /// After this the object is no longer called.
+    void detach();
+
+private:
+    // These expect the mutex to be locked.
+    void announce();
+    bool discardOldestBlock();
+    void condense();
+
+    mutable std::mutex mutex;
+    std::deque<ReaderEvent> events;
+    QObject *receiver;
+    const std::function<void()> deliver;
+    bool announced = false;
+    const qint64 limit;
+    qint64 values = 0;         ///< in the blocks
+    std::size_t blocks = 0;    ///< among the events
+    std::size_t blockless = 0; ///< the first events, among which there is no block
+};
+
+} // namespace SondixQt

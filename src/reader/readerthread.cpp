@@ -1,0 +1,432 @@
+// SPDX-License-Identifier: MIT
+#include "readerthread_p.h"
+
+#include "instance/instanceaccess_p.h"
+#include "instance/sensorinstance.h"
+#include "instance/specialsensorinstance.h"
+#include "readerlog_p.h"
+#include "reconnectplan_p.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace SondixQt {
+
+Q_LOGGING_CATEGORY(readerLog, "SondixQt.Reader")
+
+namespace {
+
+constexpr std::chrono::milliseconds maxPollInterval{40};
+constexpr std::chrono::milliseconds minMeasureInterval{5};
+constexpr std::chrono::seconds maxMeasureInterval{10};
+/// A triggered sensor that has sent no frame for this long is waiting.
+constexpr std::chrono::seconds triggerPause{1};
+
+/// The serial numbers of the sensors of \a instance.
+QStringList serialNumbers(const SensorInstance &instance)
+{
+    QStringList numbers;
+    for (const QMap<QString, QVariant> &parameters : instance.getInfoParameters()) {
+        QString number = parameters.value(QStringLiteral("SA_SerialNumber")).toString();
+        if (number.isEmpty())
+            number = parameters.value(QStringLiteral("SA_ControllerSerialNumber")).toString();
+        numbers.append(number);
+    }
+    return numbers;
+}
+
+bool isInterfaceParameter(const QString &name)
+{
+    return name.startsWith(QLatin1String("IP_"));
+}
+
+bool isSameKind(const ReaderCommand &a, const ReaderCommand &b)
+{
+    if (a.command != b.command || a.parameters.keys() != b.parameters.keys())
+        return false;
+    for (auto it = a.parameters.cbegin(); it != a.parameters.cend(); ++it) {
+        if (isInterfaceParameter(it.key()) && it.value() != b.parameters.value(it.key()))
+            return false;
+    }
+    return true;
+}
+
+/// Whether the values of the frames mean the same; their rates may differ.
+bool hasSameValues(const TransmittedDataInfo &a, const TransmittedDataInfo &b)
+{
+    const auto isSame = [](SignalInfo x, const SignalInfo &y) {
+        x.rawDatarate = y.rawDatarate;
+        x.scaledDatarate = y.scaledDatarate;
+        return x == y;
+    };
+    return a.valuesPerFrame == b.valuesPerFrame &&
+           std::equal(a.signals.begin(), a.signals.end(), b.signals.begin(), b.signals.end(), isSame);
+}
+
+/// Commands with this prefix change nothing.
+bool isQuery(const QString &command)
+{
+    return command.startsWith(QLatin1String("Get_"));
+}
+
+} // namespace
+
+void addSetting(ReaderCommands &settings, const ReaderCommand &setting)
+{
+    const auto isReplaced = [&setting](const ReaderCommand &earlier) { return isSameKind(earlier, setting); };
+    settings.erase(std::remove_if(settings.begin(), settings.end(), isReplaced), settings.end());
+    settings.append(setting);
+}
+
+ReaderThread::ReaderThread(const ReaderTask &readerTask, std::shared_ptr<ReaderQueue> readerQueue)
+    : task(readerTask)
+    , queue(std::move(readerQueue))
+{
+    setObjectName(QStringLiteral("SensorReader"));
+}
+
+ReaderThread::~ReaderThread() = default;
+
+void ReaderThread::requestStop()
+{
+    const std::lock_guard<std::mutex> lock(mutex);
+    stopping = true;
+    woken.notify_all();
+}
+
+void ReaderThread::post(const ReaderCommand &command)
+{
+    const std::lock_guard<std::mutex> lock(mutex);
+    commands.push_back(command);
+    woken.notify_all();
+}
+
+void ReaderThread::forgetSettings()
+{
+    const std::lock_guard<std::mutex> lock(mutex);
+    settingsForgotten = true;
+    for (ReaderCommand &command : commands)
+        command.isSetting = false;
+}
+
+bool ReaderThread::hasCommand()
+{
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (std::exchange(settingsForgotten, false))
+        task.settings.clear();
+    return !commands.empty();
+}
+
+ReaderCommand ReaderThread::takeCommand()
+{
+    const std::lock_guard<std::mutex> lock(mutex);
+    ReaderCommand command = std::move(commands.front());
+    commands.pop_front();
+    return command;
+}
+
+/// Returns earlier when the thread is stopped, or when there is a command and the sensor is being read.
+void ReaderThread::waitUntil(Time time)
+{
+    std::unique_lock<std::mutex> lock(mutex);
+    woken.wait_until(lock, time,
+                     [this] { return stopping || (state != SensorReader::Reconnecting && !commands.empty()); });
+}
+
+void ReaderThread::run()
+{
+    const bool failed = !read();
+    closeSensor();
+    owned.reset();
+    queue->push(ReadingEnded{failed});
+}
+
+/// False if reading has ended by an error.
+bool ReaderThread::read()
+{
+    setState(SensorReader::Opening);
+    ReaderError error;
+    if (openSensor(error) != Result::Done) {
+        if (isStopping())
+            return true;
+        fail(error);
+        return false;
+    }
+    Time next = Clock::now();
+    nextDelivery = next + task.interval;
+    while (!isStopping()) {
+        Result result = runCommands(error);
+        if (result == Result::Done)
+            result = poll(error);
+        if (result == Result::Failed || (result == Result::Lost && !reopen(error))) {
+            if (isStopping())
+                break;
+            deliver();
+            fail(error);
+            return false;
+        }
+        const Time now = Clock::now();
+        if (now >= nextDelivery) {
+            deliver();
+            nextDelivery = std::max(nextDelivery + task.interval, now);
+        }
+        next = std::max(next + std::chrono::duration_cast<Clock::duration>(pollInterval()), now);
+        waitUntil(next);
+    }
+    if (state != SensorReader::Reconnecting)
+        poll(error); // what has been measured until now
+    deliver();
+    return true;
+}
+
+std::chrono::nanoseconds ReaderThread::pollInterval() const
+{
+    using std::chrono::nanoseconds;
+    if (polled && rateHz > 0.0) {
+        // Such a sensor measures only when it is polled: poll it at its sample rate.
+        const double seconds = std::clamp(1.0 / rateHz, std::chrono::duration<double>(minMeasureInterval).count(),
+                                          std::chrono::duration<double>(maxMeasureInterval).count());
+        return nanoseconds(qRound64(seconds * 1.0e9));
+    }
+    // A whole number of polls in each delivery interval.
+    const auto interval = std::chrono::duration_cast<nanoseconds>(task.interval);
+    const auto polls = (interval + maxPollInterval - nanoseconds(1)) / nanoseconds(maxPollInterval);
+    return interval / std::max<qint64>(polls, 1);
+}
+
+FrameAccount::Timing ReaderThread::timing() const
+{
+    return {std::max(frame.valuesPerFrame, 1), rateHz, !triggered && !polled};
+}
+
+bool ReaderThread::isSpecial() const
+{
+    return qobject_cast<SpecialSensorInstance *>(instance) != nullptr;
+}
+
+ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
+{
+    QMap<QString, QVariant> parameters = task.address.parameters;
+    if (task.instance) {
+        instance = task.instance;
+        parameters = instance->storedInterfaceParameters();
+    } else {
+        // A new object each time: it does not keep the information of a sensor that was there before.
+        owned = SensorInstance::create(task.address.type);
+        instance = owned.get();
+    }
+    if (!instance->isValid()) {
+        instance->checkError(SensorReader::CreationError, &error.text, false);
+        error.code = SensorReader::CreationError;
+        if (error.text.isEmpty())
+            error.text = QStringLiteral("the sensor-access library does not support this model");
+        return Result::Failed;
+    }
+    if (!instance->isOpen()) {
+        error.code = instance->open(parameters, &error.text);
+        if (error.code != NoError)
+            return Result::Lost;
+        if (state == SensorReader::Opening)
+            closes = true;
+    }
+    if (!checkIdentity(error))
+        return Result::Failed;
+    const Result result = applySettings(error);
+    if (result != Result::Done)
+        return result;
+
+    const TransmittedDataInfo before = frame;
+    error.code = describe(&error.text);
+    if (error.code != NoError)
+        return Result::Lost;
+    if (frame.valuesPerFrame < 1 || frame.signals.size() != frame.valuesPerFrame) {
+        error = {SensorReader::FrameError,
+                 QStringLiteral("the sensor reports %1 values per frame").arg(frame.valuesPerFrame)};
+        return Result::Failed;
+    }
+    polled = instance->isGetMeasureNeeded();
+    triggered = instance->isTriggerEnabled();
+    queue->push(SensorReport{instance->getInfoParameters()});
+    if (before != frame || state == SensorReader::Opening)
+        queue->push(frame);
+    account.resume(timing());
+    unsettled = 0;
+    lastFrame = Clock::now();
+    drainedAt = 0.0;
+    setState(triggered ? SensorReader::WaitingForTrigger : SensorReader::Reading);
+    return Result::Done;
+}
+
+/// False if another sensor has answered than the first time.
+bool ReaderThread::checkIdentity(ReaderError &error)
+{
+    const QStringList numbers = serialNumbers(*instance);
+    if (state == SensorReader::Opening) {
+        identity = numbers;
+        return true;
+    }
+    if (numbers == identity)
+        return true;
+    error = {SensorReader::OtherSensorError,
+             QStringLiteral("another sensor answers: serial number %1 instead of %2")
+                 .arg(numbers.join(QStringLiteral(", ")), identity.join(QStringLiteral(", ")))};
+    return false;
+}
+
+ReaderThread::Result ReaderThread::applySettings(ReaderError &error)
+{
+    for (const ReaderCommand &setting : qAsConst(task.settings)) {
+        const CommandResult result = send(setting);
+        if (result.code == NoError)
+            continue;
+        error = {result.code, QStringLiteral("the sensor refuses %1: %2").arg(setting.command, result.errorText)};
+        int unused = 0;
+        // Refused, or gone meanwhile?
+        return instance->dataAvail(unused) == NoError ? Result::Failed : Result::Lost;
+    }
+    return Result::Done;
+}
+
+/// Reads the description of the frames and their rate.
+ErrorCode ReaderThread::describe(QString *errorText)
+{
+    const ErrorCode result = instance->transmittedDataInfo(frame, errorText);
+    if (result != NoError)
+        return result;
+    double kiloHertz = 0.0;
+    if (instance->getSampleRateInKhz(&kiloHertz) != NoError)
+        kiloHertz = 0.0;
+    rateHz = kiloHertz * 1000.0;
+    if (!(rateHz > 0.0) || !std::isfinite(rateHz))
+        rateHz = frame.datarate;
+    if (!(rateHz > 0.0) || !std::isfinite(rateHz))
+        rateHz = 0.0;
+    return NoError;
+}
+
+void ReaderThread::closeSensor()
+{
+    if (std::exchange(closes, false))
+        instance->close();
+}
+
+/// Opens the sensor again after \a loss. False if that has failed; \a loss is then the reason.
+bool ReaderThread::reopen(ReaderError &loss)
+{
+    deliver();
+    queue->push(account.breakOff(DataGap::Disconnected));
+    collector.clear();
+    if (!task.reconnect)
+        return false;
+    queue->push(loss);
+    setState(SensorReader::Reconnecting);
+    instance->close();
+
+    ReconnectPlan plan(*task.reconnect);
+    const Time lost = Clock::now();
+    while (!isStopping()) {
+        const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lost);
+        const auto pause = plan.next(elapsed);
+        if (!pause)
+            return false;
+        waitUntil(Clock::now() + *pause);
+        if (isStopping())
+            break;
+        const Result result = openSensor(loss);
+        if (result == Result::Done)
+            return true;
+        qCDebug(readerLog).noquote() << "cannot open the sensor again:" << int(loss.code) << loss.text;
+        instance->close();
+        if (result == Result::Failed)
+            return false;
+    }
+    return false;
+}
+
+ReaderThread::Result ReaderThread::runCommands(ReaderError &error)
+{
+    while (!isStopping() && hasCommand()) {
+        // What was measured before the command belongs to the settings before it.
+        const Result result = poll(error);
+        if (result != Result::Done)
+            return result;
+        const ReaderCommand command = takeCommand();
+        const CommandResult answer = send(command);
+        if (command.isSetting && answer.code == NoError)
+            addSetting(task.settings, command);
+        queue->push(CommandAnswer{command.number, answer});
+        if (!isQuery(command.command) || isSpecial())
+            followCommand(isSpecial());
+    }
+    return Result::Done;
+}
+
+CommandResult ReaderThread::send(const ReaderCommand &command)
+{
+    CommandResult result;
+    result.code =
+        instance->sendCommandGetAll(command.command, command.parameters, result.answer, &result.errorText);
+    return result;
+}
+
+/// Reads again what a command may have changed.
+void ReaderThread::followCommand(bool mayPause)
+{
+    const TransmittedDataInfo before = frame;
+    QString text;
+    if (describe(&text) != NoError) {
+        qCWarning(readerLog).noquote() << "the sensor does not describe its data after a command:" << text;
+        frame = before;
+        return;
+    }
+    const bool wasTriggered = triggered;
+    updateTriggerState();
+    if (frame.valuesPerFrame < 1 || frame.signals.size() != frame.valuesPerFrame) {
+        qCWarning(readerLog) << "the sensor reports" << frame.valuesPerFrame << "values per frame after a command";
+        frame = before;
+    }
+    const bool isSame = hasSameValues(before, frame);
+    if (!isSame) {
+        deliver();
+        collector.clear();
+        queue->push(account.breakOff(DataGap::Restarted));
+        account.resume(timing());
+    } else {
+        account.commandSent(timing(), mayPause);
+    }
+    if (before != frame)
+        queue->push(frame);
+    unsettled = 2;
+    if (wasTriggered != triggered)
+        setState(triggered ? SensorReader::WaitingForTrigger : SensorReader::Reading);
+}
+
+void ReaderThread::updateTriggerState()
+{
+    readTriggerState(instance);
+    triggered = instance->isTriggerEnabled();
+}
+
+void ReaderThread::deliver()
+{
+    if (collector.frameCount() > 0)
+        queue->push(collector.take(wallClock.isKnown() ? std::optional<double>(wallClock.offset()) : std::nullopt,
+                                   wallClock.uncertainty()));
+    if (state == SensorReader::Reading && triggered && Clock::now() - lastFrame > triggerPause)
+        setState(SensorReader::WaitingForTrigger);
+}
+
+void ReaderThread::setState(SensorReader::State newState)
+{
+    if (state == newState)
+        return;
+    state = newState;
+    queue->push(state);
+}
+
+void ReaderThread::fail(const ReaderError &error)
+{
+    queue->push(error);
+}
+
+} // namespace SondixQt

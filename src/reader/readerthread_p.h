@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "blockcollector_p.h"
+#include "clockmapping_p.h"
+#include "frameaccount_p.h"
+#include "readerqueue_p.h"
+
+#include <QThread>
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+
+namespace SondixQt {
+
+class SensorInstance;
+
+/// A command with its parameters.
+struct ReaderCommand
+{
+    quint64 number = 0; ///< identifies it, and its answer
+    QString command;
+    QMap<QString, QVariant> parameters;
+    bool isSetting = false;
+
+    bool operator==(const ReaderCommand &other) const { return number == other.number; }
+};
+
+using ReaderCommands = QVector<ReaderCommand>;
+
+/// Adds a setting, which replaces an earlier one of the same kind.
+void addSetting(ReaderCommands &settings, const ReaderCommand &setting);
+
+/// What a thread reads and how.
+struct ReaderTask
+{
+    SensorAddress address;
+    SensorInstance *instance = nullptr; ///< the caller's; null: the thread opens the address
+    std::chrono::milliseconds interval{50};
+    std::optional<Reconnect> reconnect;
+    ReaderCommands settings;
+};
+
+/// Reads a sensor until it is stopped or fails.
+class ReaderThread : public QThread
+{
+    Q_OBJECT
+public:
+    ReaderThread(const ReaderTask &task, std::shared_ptr<ReaderQueue> queue);
+    ~ReaderThread() override;
+
+    // These may be called from any thread.
+    void requestStop();
+    void post(const ReaderCommand &command);
+    void forgetSettings();
+
+protected:
+    void run() override;
+
+private:
+    using Clock = std::chrono::steady_clock;
+    using Time = Clock::time_point;
+
+    enum class Result { Done, Lost, Failed };
+
+    bool isStopping() const { return stopping.load(std::memory_order_relaxed); }
+    void waitUntil(Time time);
+    bool hasCommand();
+    ReaderCommand takeCommand();
+
+    bool read();
+    Result openSensor(ReaderError &error);
+    Result applySettings(ReaderError &error);
+    ErrorCode describe(QString *errorText);
+    bool reopen(ReaderError &loss);
+    void closeSensor();
+    bool checkIdentity(ReaderError &error);
+
+    Result poll(ReaderError &error);
+    Result transfer(bool &drained, ReaderError &error);
+    Result lossOf(ErrorCode code, ReaderError &error) const;
+    void collect(int count, double time);
+    void queryRate();
+    bool isSilent(ReaderError &error) const;
+    Result runCommands(ReaderError &error);
+    CommandResult send(const ReaderCommand &command);
+    void followCommand(bool mayPause);
+
+    void deliver();
+    void setState(SensorReader::State state);
+    void updateTriggerState();
+    void fail(const ReaderError &error);
+    std::chrono::nanoseconds pollInterval() const;
+    FrameAccount::Timing timing() const;
+    bool isSpecial() const;
+
+    ReaderTask task;
+    const std::shared_ptr<ReaderQueue> queue;
+
+    std::mutex mutex;
+    std::condition_variable woken;
+    std::deque<ReaderCommand> commands;
+    bool settingsForgotten = false;
+    std::atomic<bool> stopping{false};
+
+    // Used by the thread alone.
+    std::unique_ptr<SensorInstance> owned;
+    SensorInstance *instance = nullptr;
+    bool closes = false; ///< the sensor was not open before
+    QStringList identity;
+    SensorReader::State state = SensorReader::Stopped;
+    TransmittedDataInfo frame;
+    double rateHz = 0.0;
+    bool triggered = false;
+    bool polled = false;
+    FrameAccount account;
+    BlockCollector collector;
+    ClockMapping wallClock;
+    double drainedAt = 0.0; ///< when nothing was left to transfer, on the clock of the computer
+    int unsettled = 0;      ///< steps until all values that were measured before the last command have been read
+    qint64 framesRead = 0;
+    Time lastFrame;
+    Time lastRateQuery;
+    Time nextDelivery;
+};
+
+} // namespace SondixQt

@@ -1,0 +1,337 @@
+// SPDX-License-Identifier: MIT
+#include "sensorreader_p.h"
+
+#include "instance/sensorinstance.h"
+#include "sensorinfo/sensorinfo.h"
+
+#include <algorithm>
+
+namespace SondixQt {
+
+namespace {
+
+constexpr unsigned long timeoutMs = 2000;
+constexpr std::chrono::milliseconds minInterval{1};
+
+void registerMetaTypes()
+{
+    qRegisterMetaType<SensorReader::State>("SondixQt::SensorReader::State");
+    qRegisterMetaType<CommandResult>("SondixQt::CommandResult");
+}
+Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
+
+CommandResult notSent()
+{
+    CommandResult result;
+    result.code = SensorReader::StoppedError;
+    result.errorText = QStringLiteral("the reader has stopped");
+    return result;
+}
+
+ReaderTask taskFor(const SensorAddress &address, SensorInstance *instance)
+{
+    ReaderTask task;
+    task.address = address;
+    task.instance = instance;
+    return task;
+}
+
+} // namespace
+
+SensorReaderPrivate::SensorReaderPrivate(SensorReader *reader, const ReaderTask &readerTask)
+    : q(reader)
+    , task(readerTask)
+{
+}
+
+SensorReaderPrivate::~SensorReaderPrivate()
+{
+    if (!thread)
+        return;
+    queue->detach();
+    thread->requestStop();
+    if (thread->wait(timeoutMs)) {
+        delete thread;
+        return;
+    }
+    // The thread is still waiting for the sensor. Deleting a running QThread would terminate the program.
+    QObject::connect(thread, &QThread::finished, thread, &QObject::deleteLater);
+    if (thread->isFinished())
+        thread->deleteLater();
+}
+
+void SensorReaderPrivate::start()
+{
+    if (thread) {
+        restarts = stopRequested;
+        return;
+    }
+    error = {};
+    framesDelivered = framesLost = 0;
+    unknownGaps = false;
+    stopRequested = restarts = false;
+    queue = std::make_shared<ReaderQueue>(
+        q, [this] { deliver(); }, queueLimit);
+    thread = new ReaderThread(task, queue);
+    thread->start();
+}
+
+void SensorReaderPrivate::stop()
+{
+    restarts = false;
+    if (!thread)
+        return;
+    stopRequested = true;
+    thread->requestStop();
+}
+
+void SensorReaderPrivate::post(ReaderCommand command, QObject *context, const SensorReader::Callback &callback)
+{
+    command.number = ++lastNumber;
+    waiting.insert(command.number, {context != nullptr, context, callback, command});
+    if (thread && !stopRequested) {
+        thread->post(command);
+    } else {
+        QMetaObject::invokeMethod(
+            q,
+            [this, number = command.number] {
+                handle(CommandAnswer{number, notSent()});
+            },
+            Qt::QueuedConnection);
+    }
+}
+
+/// Delivers the events that are there now. Later ones wait for the next call, so that a slow consumer does not keep the
+/// event loop from its other work.
+void SensorReaderPrivate::deliver()
+{
+    const QPointer<SensorReader> guard(q);
+    const std::shared_ptr<ReaderQueue> source = queue;
+    if (!source)
+        return;
+    ReaderEvent event;
+    for (int left = source->size(); left > 0 && source->take(event); --left) {
+        std::visit([this](const auto &content) { handle(content); }, event);
+        if (!guard || queue != source) // a slot has deleted or restarted the reader
+            return;
+    }
+    source->announceRest();
+}
+
+void SensorReaderPrivate::handle(const DataBlock &block)
+{
+    framesDelivered += block.frameCount();
+    Q_EMIT q->blockReady(block);
+}
+
+void SensorReaderPrivate::handle(const DataGap &gap)
+{
+    framesLost += gap.frames.value_or(0);
+    unknownGaps = unknownGaps || !gap.frames;
+    Q_EMIT q->gapDetected(gap);
+}
+
+void SensorReaderPrivate::handle(SensorReader::State newState)
+{
+    if (state == newState)
+        return;
+    state = newState;
+    Q_EMIT q->stateChanged(newState);
+}
+
+void SensorReaderPrivate::handle(const ReaderError &newError)
+{
+    error = newError;
+    Q_EMIT q->errorOccurred(newError.code, newError.text);
+}
+
+void SensorReaderPrivate::handle(const TransmittedDataInfo &newFrame)
+{
+    frame = newFrame;
+    Q_EMIT q->frameChanged(newFrame);
+}
+
+void SensorReaderPrivate::handle(const SensorReport &report)
+{
+    information = report.parameters;
+}
+
+void SensorReaderPrivate::handle(const CommandAnswer &commandAnswer)
+{
+    const auto found = waiting.find(commandAnswer.number);
+    if (found == waiting.end())
+        return;
+    const Waiting receiver = *found;
+    waiting.erase(found);
+    const ErrorCode code = commandAnswer.result.code;
+    if (receiver.command.isSetting && code != NoError && code != SensorReader::StoppedError)
+        task.settings.removeAll(receiver.command);
+    answer(receiver, commandAnswer.result);
+}
+
+void SensorReaderPrivate::answer(const Waiting &waiting, const CommandResult &result)
+{
+    if (waiting.callback && (!waiting.hasContext || waiting.context))
+        waiting.callback(result);
+}
+
+void SensorReaderPrivate::handle(const ReadingEnded &end)
+{
+    const QPointer<SensorReader> guard(q);
+    thread->wait(); // it has nothing more to do
+    delete std::exchange(thread, nullptr);
+    queue.reset();
+    stopRequested = false;
+    const bool starts = std::exchange(restarts, false);
+    const auto notSentCommands = std::exchange(waiting, {});
+    for (const Waiting &receiver : notSentCommands) {
+        answer(receiver, notSent());
+        if (!guard)
+            return;
+    }
+    handle(end.failed ? SensorReader::Failed : SensorReader::Stopped);
+    if (guard && starts)
+        start();
+}
+
+SensorReader::SensorReader(const SensorAddress &address, QObject *parent)
+    : QObject(parent)
+    , d_ptr(new SensorReaderPrivate(this, taskFor(address, nullptr)))
+{
+}
+
+SensorReader::SensorReader(const SensorInfo &info, QObject *parent)
+    : SensorReader(SensorAddress::of(info), parent)
+{
+}
+
+SensorReader::SensorReader(SensorInstance &instance, QObject *parent)
+    : QObject(parent)
+    , d_ptr(new SensorReaderPrivate(this, taskFor({}, &instance)))
+{
+}
+
+SensorReader::~SensorReader() = default;
+
+void SensorReader::setDeliveryInterval(std::chrono::milliseconds interval)
+{
+    Q_D(SensorReader);
+    d->task.interval = std::max(interval, minInterval);
+}
+
+std::chrono::milliseconds SensorReader::deliveryInterval() const
+{
+    Q_D(const SensorReader);
+    return d->task.interval;
+}
+
+void SensorReader::setReconnect(const std::optional<Reconnect> &reconnect)
+{
+    Q_D(SensorReader);
+    d->task.reconnect = reconnect;
+}
+
+std::optional<Reconnect> SensorReader::reconnect() const
+{
+    Q_D(const SensorReader);
+    return d->task.reconnect;
+}
+
+void SensorReader::setQueueLimit(qint64 values)
+{
+    Q_D(SensorReader);
+    d->queueLimit = std::max<qint64>(values, 0);
+}
+
+qint64 SensorReader::queueLimit() const
+{
+    Q_D(const SensorReader);
+    return d->queueLimit;
+}
+
+void SensorReader::post(const QString &command, const QMap<QString, QVariant> &parameters, QObject *context,
+                        const Callback &callback)
+{
+    Q_D(SensorReader);
+    d->post({0, command, parameters, false}, context, callback);
+}
+
+void SensorReader::addSetting(const QString &command, const QMap<QString, QVariant> &parameters, QObject *context,
+                              const Callback &callback)
+{
+    Q_D(SensorReader);
+    ReaderCommand setting{0, command, parameters, true};
+    d->post(setting, context, callback);
+    setting.number = d->lastNumber;
+    SondixQt::addSetting(d->task.settings, setting);
+}
+
+void SensorReader::clearSettings()
+{
+    Q_D(SensorReader);
+    d->task.settings.clear();
+    if (d->thread)
+        d->thread->forgetSettings();
+}
+
+SensorReader::State SensorReader::state() const
+{
+    Q_D(const SensorReader);
+    return d->state;
+}
+
+ErrorCode SensorReader::error() const
+{
+    Q_D(const SensorReader);
+    return d->error.code;
+}
+
+QString SensorReader::errorString() const
+{
+    Q_D(const SensorReader);
+    return d->error.text;
+}
+
+TransmittedDataInfo SensorReader::frame() const
+{
+    Q_D(const SensorReader);
+    return d->frame;
+}
+
+QVector<QMap<QString, QVariant>> SensorReader::sensorInformation() const
+{
+    Q_D(const SensorReader);
+    return d->information;
+}
+
+qint64 SensorReader::framesDelivered() const
+{
+    Q_D(const SensorReader);
+    return d->framesDelivered;
+}
+
+qint64 SensorReader::framesLost() const
+{
+    Q_D(const SensorReader);
+    return d->framesLost;
+}
+
+bool SensorReader::hasUnknownGaps() const
+{
+    Q_D(const SensorReader);
+    return d->unknownGaps;
+}
+
+void SensorReader::start()
+{
+    Q_D(SensorReader);
+    d->start();
+}
+
+void SensorReader::stop()
+{
+    Q_D(SensorReader);
+    d->stop();
+}
+
+} // namespace SondixQt

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "support/callrecorder.h"
+#include "support/scripting.h"
+
+#include <SondixQt/SensorInstance>
+#include <SondixQt/SensorReader>
+
+#include <QtTest>
+
+#include <map>
+
+using namespace std::chrono_literals;
+
+constexpr char serialNumber[] = "1001";
+
+/// A bench with one TX270 that measures 1000 frames per second of two values: the number of the frame since the sensor was
+/// opened, and the same number plus 7. The clock is virtual.
+inline void loadReaderBench(const QByteArray &moreKeys = {}, int ring = 100000)
+{
+    const QByteArray range = R"("range": [0, 10000000], "rawRange": [0, 10000000])";
+    const QByteArray counter = R"({ "kind": "counter", "modulo": 10000000 })";
+    const QByteArray text = R"({ "sensors": [ {
+        "model": "TX270", "serialNumber": "1001", "rate": 1000, "ring": )" +
+                            QByteArray::number(ring) + moreKeys + R"(,
+        "place": { "interface": "RS232", "port": "3" },
+        "signals": [
+            { "name": "Number", )" +
+                            range + R"(, "generator": )" + counter + R"( },
+            { "name": "Shifted", )" +
+                            range + R"(, "generator": [ )" + counter +
+                            R"(, { "kind": "constant", "value": 7 } ] } ]
+        } ] })";
+    sondixsim::loadBench(text.toStdString());
+    sondixsim::useVirtualClock();
+}
+
+inline SondixQt::SensorAddress readerAddress()
+{
+    return {SondixQt::TX270, {{"IP_Interface", "RS232"}, {"IP_Port", 3}}};
+}
+
+/// Records what a reader delivers and checks that the numbers of frames have no unreported hole.
+class Recording : public QObject
+{
+public:
+    explicit Recording(SondixQt::SensorReader &reader)
+    {
+        using namespace SondixQt;
+        connect(&reader, &SensorReader::blockReady, this, &Recording::addBlock);
+        connect(&reader, &SensorReader::gapDetected, this, &Recording::addGap);
+        connect(&reader, &SensorReader::stateChanged, this,
+                [this](SensorReader::State state) { states.append(state); });
+        connect(&reader, &SensorReader::errorOccurred, this, [this](ErrorCode code, const QString &text) {
+            errors.append(code);
+            errorTexts.append(text);
+        });
+        connect(&reader, &SensorReader::frameChanged, this,
+                [this](const TransmittedDataInfo &frame) { frames.append(frame); });
+    }
+
+    qint64 delivered = 0;
+    qint64 lost = 0;
+    int unknownGaps = 0;
+    /// The number of blocks that did not continue what was delivered before.
+    int holes = 0;
+    QVector<SondixQt::DataBlock> blocks;
+    QVector<SondixQt::DataGap> gaps;
+    QVector<SondixQt::SensorReader::State> states;
+    QVector<SondixQt::ErrorCode> errors;
+    QStringList errorTexts;
+    QVector<SondixQt::TransmittedDataInfo> frames;
+
+    /// All values of the first signal.
+    QVector<double> numbers() const
+    {
+        QVector<double> all;
+        for (const SondixQt::DataBlock &block : blocks)
+            all += block.scaledValues(0);
+        return all;
+    }
+
+private:
+    void addBlock(const SondixQt::DataBlock &block)
+    {
+        holes += block.run() == run && block.firstFrame() == next && !block.isEmpty() ? 0 : 1;
+        next = block.firstFrame() + block.frameCount();
+        delivered += block.frameCount();
+        blocks.append(block);
+    }
+    void addGap(const SondixQt::DataGap &gap)
+    {
+        holes += gap.run == run && gap.firstFrame == next ? 0 : 1;
+        if (gap.frames) {
+            next += *gap.frames;
+            lost += *gap.frames;
+        } else {
+            ++run;
+            next = 0;
+            ++unknownGaps;
+        }
+        gaps.append(gap);
+    }
+
+    int run = 0;
+    qint64 next = 0;
+};

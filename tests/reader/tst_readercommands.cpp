@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: MIT
+#include "support/unit.h"
+
+#include "readerbench.h"
+
+#include <QThread>
+
+#include <memory>
+
+using namespace SondixQt;
+using State = SensorReader::State;
+
+/// Commands through a reader, slots that stop, start or delete it, and calls that hang.
+class ReaderCommandsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { loadReaderBench(); }
+    void cleanup()
+    {
+        sondixsim::releaseHangs();
+        sondixsim::clearFaults();
+    }
+
+    void commandsAnswerInTheThreadOfTheReader();
+    void failuresAreAnswered();
+    void commandsKeepTheirOrder();
+    void aDestroyedContextGetsNoAnswer();
+    void commandsOfAStoppedReaderAreNotSent();
+    void commandsThatWaitAtTheEndAreNotSent();
+    void slotsMayDeleteTheReader_data();
+    void slotsMayDeleteTheReader();
+    void slotsMayStopAndStartTheReader();
+    void noLockIsHeldInASlot();
+    void aHangingCallDelaysDestructionByTwoSecondsAtMost();
+    void manyReadersReadAtOnce();
+};
+
+void ReaderCommandsTest::commandsAnswerInTheThreadOfTheReader()
+{
+    SensorReader reader(readerAddress());
+    reader.start();
+    CommandResult result;
+    QThread *thread = nullptr;
+    reader.post("Get_Samplerate", {}, this, [&](const CommandResult &answer) {
+        result = answer;
+        thread = QThread::currentThread();
+    });
+    QTRY_VERIFY(thread != nullptr);
+    QCOMPARE(thread, QThread::currentThread());
+    QCOMPARE(result.code, NoError);
+    QCOMPARE(result.answer.value("SA_Measrate").toDouble(), 1.0);
+}
+
+void ReaderCommandsTest::failuresAreAnswered()
+{
+    scriptCommandFailure("Set_Laser", -40, "no laser");
+    SensorReader reader(readerAddress());
+    reader.start();
+    CommandResult result;
+    reader.post("Set_Laser", {{"SP_Laser", 1}}, this, [&](const CommandResult &answer) { result = answer; });
+    QTRY_COMPARE(result.code, ErrorCode(-40));
+    QCOMPARE(result.errorText, QString("no laser"));
+    QCOMPARE(reader.state(), SensorReader::Reading);
+}
+
+void ReaderCommandsTest::commandsKeepTheirOrder()
+{
+    SensorReader reader(readerAddress());
+    reader.start();
+    QVector<int> order;
+    for (int i = 0; i < 50; ++i)
+        reader.post("Get_Samplerate", {}, this, [&order, i](const CommandResult &) { order.append(i); });
+    QTRY_COMPARE(order.size(), 50);
+    QVERIFY(std::is_sorted(order.begin(), order.end()));
+}
+
+void ReaderCommandsTest::aDestroyedContextGetsNoAnswer()
+{
+    SensorReader reader(readerAddress());
+    reader.start();
+    bool called = false;
+    bool last = false;
+    {
+        QObject context;
+        reader.post("Get_Samplerate", {}, &context, [&](const CommandResult &) { called = true; });
+    }
+    reader.post("Get_Samplerate", {}, nullptr, [&](const CommandResult &) { last = true; });
+    QTRY_VERIFY(last);
+    QVERIFY(!called);
+}
+
+void ReaderCommandsTest::commandsOfAStoppedReaderAreNotSent()
+{
+    SensorReader reader(readerAddress());
+    ErrorCode code = NoError;
+    reader.post("Get_Samplerate", {}, this, [&](const CommandResult &result) { code = result.code; });
+    QCOMPARE(code, NoError); // not before the event loop
+    QTRY_COMPARE(code, SensorReader::StoppedError);
+}
+
+void ReaderCommandsTest::commandsThatWaitAtTheEndAreNotSent()
+{
+    sondixsim::Fault stuck;
+    stuck.command = "Get_Samplerate";
+    stuck.hang = true;
+    stuck.from = 2; // the first one is the reader's own
+    SensorReader reader(readerAddress());
+    sondixsim::inject(stuck);
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVector<ErrorCode> codes;
+    for (int i = 0; i < 3; ++i)
+        reader.post("Get_Samplerate", {}, this, [&](const CommandResult &result) { codes.append(result.code); });
+    reader.stop();
+    sondixsim::releaseHangs();
+    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
+    QCOMPARE(codes.size(), 3);
+    QCOMPARE(codes.last(), SensorReader::StoppedError);
+}
+
+void ReaderCommandsTest::slotsMayDeleteTheReader_data()
+{
+    QTest::addColumn<QString>("place");
+    for (const char *place : {"block", "gap", "state", "error", "frame", "answer"})
+        QTest::newRow(place) << QString(place);
+}
+
+void ReaderCommandsTest::slotsMayDeleteTheReader()
+{
+    QFETCH(QString, place);
+    auto *reader = new SensorReader(readerAddress());
+    bool deleted = false;
+    const auto remove = [&] {
+        if (!deleted)
+            delete reader;
+        deleted = true;
+    };
+    if (place == "block")
+        connect(reader, &SensorReader::blockReady, this, remove);
+    if (place == "gap")
+        connect(reader, &SensorReader::gapDetected, this, remove);
+    if (place == "state")
+        connect(reader, &SensorReader::stateChanged, this, remove);
+    if (place == "error")
+        connect(reader, &SensorReader::errorOccurred, this, remove);
+    if (place == "frame")
+        connect(reader, &SensorReader::frameChanged, this, remove);
+    Reconnect reconnect;
+    reconnect.first = 1ms;
+    reader->setReconnect(reconnect);
+    reader->start();
+    if (place == "answer")
+        reader->post("Get_Samplerate", {}, this, [&](const CommandResult &) { remove(); });
+    if (place == "block" || place == "gap" || place == "error") {
+        QTRY_COMPARE(reader->state(), SensorReader::Reading);
+        sondixsim::advance(0.1);
+    }
+    if (place == "gap" || place == "error")
+        sondixsim::unplug(serialNumber);
+    QTRY_VERIFY(deleted);
+}
+
+void ReaderCommandsTest::slotsMayStopAndStartTheReader()
+{
+    SensorReader reader(readerAddress());
+    Recording recording(reader);
+    int starts = 0;
+    connect(&reader, &SensorReader::blockReady, &reader, [&] { reader.stop(); });
+    connect(&reader, &SensorReader::stateChanged, &reader, [&](State state) {
+        if (state == SensorReader::Stopped && starts < 5) {
+            ++starts;
+            reader.start();
+        }
+        if (state == SensorReader::Reading)
+            sondixsim::advance(0.1);
+    });
+    reader.start();
+    QTRY_COMPARE(recording.states.count(SensorReader::Stopped), 6);
+    QCOMPARE(starts, 5);
+    QCOMPARE(reader.state(), SensorReader::Stopped);
+}
+
+void ReaderCommandsTest::noLockIsHeldInASlot()
+{
+    SensorInstance instance(TX270);
+    QCOMPARE(instance.open(readerAddress().parameters), NoError);
+    SensorReader reader(instance);
+    bool sent = false;
+    connect(&reader, &SensorReader::blockReady, this, [&] {
+        // Another thread can use the instance meanwhile.
+        std::thread other([&] { sent = instance.sendCommand("Get_Samplerate") == NoError; });
+        other.join();
+        reader.stop();
+    });
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    sondixsim::advance(0.1);
+    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
+    QVERIFY(sent);
+}
+
+void ReaderCommandsTest::aHangingCallDelaysDestructionByTwoSecondsAtMost()
+{
+    auto reader = std::make_unique<SensorReader>(readerAddress());
+    reader->start();
+    QTRY_COMPARE(reader->state(), SensorReader::Reading);
+    sondixsim::Fault stuck;
+    stuck.function = "DataAvail";
+    stuck.hang = true;
+    stuck.times = 1;
+    sondixsim::recordCalls(true);
+    sondixsim::inject(stuck);
+    QTest::qWait(100);
+    QElapsedTimer clock;
+    clock.start();
+    reader.reset();
+    QVERIFY(clock.elapsed() < 4000);
+    sondixsim::releaseHangs();
+    // The thread has let go of the sensor when the call returned.
+    SensorInstance other(TX270);
+    QTRY_COMPARE(other.open(readerAddress().parameters), NoError);
+}
+
+void ReaderCommandsTest::manyReadersReadAtOnce()
+{
+    QByteArray text = R"({ "sensors": [ )";
+    constexpr int count = 20;
+    for (int i = 1; i <= count; ++i) {
+        text += QByteArray(i > 1 ? "," : "") + R"({ "model": "TX270", "serialNumber": ")" + QByteArray::number(i) +
+                R"(", "rate": 1000, "place": { "interface": "RS232", "port": )" + '"' + QByteArray::number(i) +
+                R"(" } })";
+    }
+    sondixsim::loadBench((text + "] }").toStdString());
+    sondixsim::useVirtualClock();
+    std::vector<std::unique_ptr<SensorReader>> readers;
+    std::vector<std::unique_ptr<Recording>> recordings;
+    for (int i = 1; i <= count; ++i) {
+        readers.push_back(
+            std::make_unique<SensorReader>(SensorAddress{TX270, {{"IP_Interface", "RS232"}, {"IP_Port", i}}}));
+        recordings.push_back(std::make_unique<Recording>(*readers.back()));
+        readers.back()->start();
+    }
+    for (const auto &reader : readers)
+        QTRY_COMPARE(reader->state(), SensorReader::Reading);
+    for (int i = 0; i < 20; ++i)
+        sondixsim::advance(0.1);
+    for (const auto &recording : recordings) {
+        QTRY_COMPARE(recording->delivered + recording->lost, 2000);
+        QCOMPARE(recording->holes, 0);
+    }
+}
+
+QTEST_GUILESS_MAIN(ReaderCommandsTest)
+#include "tst_readercommands.moc"
