@@ -16,6 +16,7 @@ build       qtbase5-dev-tools           Qt's moc and rcc
 build       libcli11-dev                command-line parser of the tool
 build       nlohmann-json3-dev          bench files of the simulator
 build       zlib1g-dev                  long pages of the simulated web interface
+test        python3-numpy               reads the recordings in .npy that the tests write
 bench       libbenchmark-dev            Google Benchmark
 browser     chromium                    browser of the tunnel's tests
 browser     nodejs                      runs these tests

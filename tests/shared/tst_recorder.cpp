@@ -1,0 +1,259 @@
+// SPDX-License-Identifier: MIT
+#include "recordings.h"
+
+#include "shared/recorder.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#ifdef Q_OS_UNIX
+#    include <csignal>
+#    include <sys/resource.h>
+#endif
+
+using namespace Recordings;
+
+class TestRecorder : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_dir->isValid());
+    }
+    void isThereFromTheFirstLine();
+    void leavesAnOlderFileAloneUntilTheEnd();
+    void keepsAPart();
+    void keepsNothingOfNothing();
+    void givesTheTimeOfTheComputer();
+    void sensorsShareOneClock();
+    void refusesADirectory();
+    void rotatesBySize_data();
+    void rotatesBySize();
+    void rotatesByTime();
+    void neverReplacesAPartOfAnotherSeries();
+    void writesWholeSlicesUpToAFullDisk_data();
+    void writesWholeSlicesUpToAFullDisk();
+
+private:
+    QString path(const char *name) const { return m_dir->filePath(name); }
+    QStringList files() const { return QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
+    QByteArray content(const char *name) const { return contentOf(path(name)); }
+    Recorder::Plan plan(const char *name, RecordFormat format = RecordFormat::Csv) const
+    {
+        Recorder::Plan plan;
+        plan.path = path(name);
+        plan.format = format;
+        plan.columns = columns();
+        plan.withHead = false;
+        return plan;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    ErrorValues m_errors{[](double) { return QString(); }};
+};
+
+void TestRecorder::isThereFromTheFirstLine()
+{
+    Recorder recorder(plan("values.csv"), {}, m_errors);
+    QVERIFY2(recorder.open(), qPrintable(recorder.problem()));
+    QCOMPARE(files(), QStringList{"values.csv.partial"});
+    QVERIFY(recorder.write(block(0, 1)));
+    QCOMPARE(content("values.csv.partial"), QByteArray("frame,time [s],A [mm],B [%]\n0,1.000000,0.5,0\n"));
+    QVERIFY(recorder.write(gap(1, 2, DataGap::Disconnected)));
+    QVERIFY(recorder.write(block(3, 1)));
+    QVERIFY(
+        content("values.csv.partial").contains("0,1.000000,0.5,0\n# gap: 2 frames from number 1 on are missing"));
+    QVERIFY(recorder.finish());
+    QCOMPARE(files(), QStringList{"values.csv"});
+    QVERIFY(content("values.csv").endsWith("\n3,1.000000,3.5,6\n"));
+    QCOMPARE(recorder.framesWritten(), 2);
+    QCOMPARE(recorder.files(), QStringList{path("values.csv")});
+}
+
+void TestRecorder::leavesAnOlderFileAloneUntilTheEnd()
+{
+    writeFile(path("values.csv"), "older\n");
+    Recorder recorder(plan("values.csv"), {}, m_errors);
+    QVERIFY(recorder.open());
+    QVERIFY(recorder.write(block(0, 10)));
+    QCOMPARE(content("values.csv"), QByteArray("older\n"));
+    QVERIFY(recorder.finish());
+    QVERIFY(content("values.csv").startsWith("frame,"));
+}
+
+void TestRecorder::keepsAPart()
+{
+    Recorder recorder(plan("values.csv"), {}, m_errors);
+    QVERIFY(recorder.open());
+    QVERIFY(recorder.write(block(0, 10)));
+    QVERIFY(recorder.keep());
+    QCOMPARE(files(), QStringList{"values.csv.partial"});
+    QCOMPARE(recorder.place(), path("values.csv.partial"));
+}
+
+void TestRecorder::keepsNothingOfNothing()
+{
+    Recorder recorder(plan("values.npy", RecordFormat::Npy), {}, m_errors);
+    QVERIFY(recorder.open());
+    QVERIFY(recorder.write(gap(0, 10, DataGap::Unknown)));
+    QVERIFY(recorder.keep());
+    QCOMPARE(files(), QStringList());
+}
+
+void TestRecorder::givesTheTimeOfTheComputer()
+{
+    SharedClock clock;
+    clock.axis = TimeAxis{1'700'000'000'000'000};
+    clock.uncertainty = 0.05;
+    Recorder::Plan headed = plan("values.csv");
+    headed.withHead = true;
+    Recorder recorder(headed, {}, m_errors, &clock);
+    QVERIFY(recorder.open());
+    QVERIFY(recorder.write(block(0, 2, 12.25)));
+    QVERIFY(recorder.finish());
+    const QByteArray text = content("values.csv");
+    QVERIFY2(text.contains("\n0,1700000012.250000,0.5,0\n1,1700000012.251000,1.5,2\n"), text.constData());
+    QVERIFY(text.contains("# time: seconds since 1970-01-01T00:00:00Z, uncertain by 0.05 s\n"));
+    const QByteArray start = text.mid(text.indexOf("# start: ") + 9).split('\n').first();
+    QCOMPARE(QDateTime::fromString(QString::fromLatin1(start), Qt::ISODateWithMs).toMSecsSinceEpoch(),
+             1'700'000'012'250);
+}
+
+void TestRecorder::sensorsShareOneClock()
+{
+    SharedClock clock;
+    Recorder first(plan("1.csv"), {}, m_errors, &clock);
+    Recorder second(plan("2.csv"), {}, m_errors, &clock);
+    QVERIFY(first.open() && second.open());
+    clock.axis = TimeAxis{5'000'000};
+    QVERIFY(first.write(block(0, 1, 1.0)) && second.write(block(0, 1, 1.5)));
+    QVERIFY(content("1.csv.partial").endsWith("\n0,6.000000,0.5,0\n"));
+    QVERIFY(content("2.csv.partial").endsWith("\n0,6.500000,0.5,0\n"));
+}
+
+void TestRecorder::refusesADirectory()
+{
+    QVERIFY(QDir().mkdir(path("values.csv")));
+    Recorder recorder(plan("values.csv"), {}, m_errors);
+    QVERIFY(!recorder.open());
+    QCOMPARE(recorder.problem(), QStringLiteral("cannot write '%1': it is a directory").arg(path("values.csv")));
+    Recorder missing(plan("missing/values.csv"), {}, m_errors);
+    QVERIFY(!missing.open());
+    QVERIFY(missing.problem().startsWith("cannot write '"));
+}
+
+void TestRecorder::rotatesBySize_data()
+{
+    QTest::addColumn<int>("format");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("CSV") << static_cast<int>(RecordFormat::Csv) << "values.csv";
+    QTest::newRow("JSON") << static_cast<int>(RecordFormat::JsonLines) << "values.jsonl";
+    QTest::newRow("NumPy") << static_cast<int>(RecordFormat::Npy) << "values.npy";
+}
+
+void TestRecorder::rotatesBySize()
+{
+    QFETCH(int, format);
+    QFETCH(QString, name);
+    constexpr qint64 limit = 200'000;
+    constexpr int frames = 20'000;
+    Recorder::Plan rotating = plan(name.toLatin1().constData(), static_cast<RecordFormat>(format));
+    rotating.rotateSize = limit;
+    Recorder recorder(rotating, {}, m_errors);
+    QVERIFY(recorder.open());
+    for (int i = 0; i < frames; i += 100)
+        QVERIFY(recorder.write(block(i, 100)));
+    QVERIFY(recorder.finish());
+    const QStringList names = files();
+    QVERIFY(names.size() >= 3);
+    QCOMPARE(names.first(), QString(name).replace('.', "-0001."));
+    qint64 found = 0;
+    for (const QString &one : names) {
+        const QByteArray text = contentOf(m_dir->filePath(one));
+        QVERIFY(text.size() <= limit);
+        if (static_cast<RecordFormat>(format) == RecordFormat::Npy)
+            found += text.mid(text.indexOf("'shape': (") + 10).split(',').first().toLongLong();
+        else
+            found += text.count('\n') - (static_cast<RecordFormat>(format) == RecordFormat::Csv ? 1 : 0);
+    }
+    QCOMPARE(found, frames);
+}
+
+void TestRecorder::rotatesByTime()
+{
+    Recorder::Plan rotating = plan("values.csv");
+    rotating.rotateSeconds = 0.02;
+    Recorder recorder(rotating, {}, m_errors);
+    QVERIFY(recorder.open());
+    int frame = 0;
+    QTRY_VERIFY(recorder.write(block(frame++, 1)) && recorder.files().size() >= 2);
+    QVERIFY(recorder.finish());
+    QByteArray lines;
+    for (const QString &one : files())
+        lines += contentOf(m_dir->filePath(one)).mid(static_cast<int>(strlen("frame,time [s],A [mm],B [%]\n")));
+    QCOMPARE(lines.count('\n'), frame);
+}
+
+void TestRecorder::neverReplacesAPartOfAnotherSeries()
+{
+    writeFile(path("values-0001.csv"), "1");
+    writeFile(path("values-0002.csv.partial"), "2");
+    Recorder::Plan rotating = plan("values.csv");
+    rotating.rotateSize = 1'000'000;
+    Recorder recorder(rotating, {}, m_errors);
+    QVERIFY(recorder.open());
+    QVERIFY(recorder.write(block(0, 1)));
+    QVERIFY(recorder.finish());
+    QCOMPARE(files(), (QStringList{"values-0001.csv", "values-0002.csv.partial", "values-0003.csv"}));
+}
+
+void TestRecorder::writesWholeSlicesUpToAFullDisk_data()
+{
+    QTest::addColumn<int>("format");
+    QTest::newRow("CSV") << static_cast<int>(RecordFormat::Csv);
+    QTest::newRow("JSON") << static_cast<int>(RecordFormat::JsonLines);
+    QTest::newRow("NumPy") << static_cast<int>(RecordFormat::Npy);
+}
+
+void TestRecorder::writesWholeSlicesUpToAFullDisk()
+{
+#ifdef Q_OS_UNIX
+    QFETCH(int, format);
+    // A limit on the file size replaces a full disk: both make a write fail.
+    rlimit before = {};
+    QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit limited{300'000, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    Recorder recorder(plan("values", static_cast<RecordFormat>(format)), {}, m_errors);
+    QVERIFY(recorder.open());
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &limited), 0);
+    bool written = true;
+    for (int i = 0; written && i < 1000; ++i)
+        written = recorder.write(block(100 * i, 100));
+    const QString problem = recorder.problem();
+    const bool kept = recorder.keep();
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    QVERIFY(!written);
+    QVERIFY(kept);
+    QCOMPARE(problem, QStringLiteral("cannot write '%1': File too large").arg(path("values")));
+    const QByteArray text = content("values.partial");
+    QVERIFY(recorder.framesWritten() > 0);
+    if (static_cast<RecordFormat>(format) == RecordFormat::Npy)
+        QCOMPARE(python(path("values.partial"), "print(len(a), a['frame'][-1])"),
+                 QByteArray::number(recorder.framesWritten()) + ' ' +
+                     QByteArray::number(recorder.framesWritten() - 1));
+    else
+        QCOMPARE(text.count('\n') - (static_cast<RecordFormat>(format) == RecordFormat::Csv ? 1 : 0),
+                 recorder.framesWritten());
+    QVERIFY(static_cast<RecordFormat>(format) == RecordFormat::Npy || text.endsWith('\n'));
+#else
+    QSKIP("there is no limit on the size of files here");
+#endif
+}
+
+QTEST_GUILESS_MAIN(TestRecorder)
+#include "tst_recorder.moc"
