@@ -85,6 +85,7 @@ private:
         else if (way == Terminate)
             process.terminate();
 #ifdef Q_OS_UNIX
+        QVERIFY(process.processId() > 0);
         for (int i = 0; way == HangUp && i < 2; ++i)
             QCOMPARE(::kill(static_cast<pid_t>(process.processId()), SIGHUP), 0);
 #endif

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include "readrun.h"
+
+#include <algorithm>
+
+using namespace SondixQt;
+
+namespace SondixApp {
+
+namespace {
+
+constexpr int tickInterval = 50;
+
+} // namespace
+
+ReadRun::ReadRun(SensorReader &reader, FrameSink &sink, const Plan &plan, QObject *parent)
+    : QObject(parent)
+    , m_reader(reader)
+    , m_sink(sink)
+    , m_plan(plan)
+{
+    connect(&reader, &SensorReader::blockReady, this, &ReadRun::takeBlock);
+    connect(&reader, &SensorReader::gapDetected, this, &ReadRun::takeGap);
+    connect(&reader, &SensorReader::stateChanged, this, &ReadRun::takeState);
+    m_timer.setTimerType(Qt::PreciseTimer);
+    connect(&m_timer, &QTimer::timeout, this, &ReadRun::tick);
+}
+
+void ReadRun::start()
+{
+    m_sinceStart.start();
+    m_sinceTick.start();
+    m_timer.start(tickInterval);
+    m_reader.start();
+}
+
+void ReadRun::stop()
+{
+    endBy(Stopped);
+}
+
+void ReadRun::takeBlock(const DataBlock &block)
+{
+    if (m_isComplete || block.isEmpty())
+        return;
+    m_silentFor = 0.0;
+    const qint64 wanted = m_plan.frames ? *m_plan.frames - m_framesRead : block.frameCount();
+    const DataBlock taken = wanted < block.frameCount() ? block.mid(0, static_cast<int>(wanted)) : block;
+    m_framesRead += taken.frameCount();
+    m_lastFrame = taken.mid(taken.frameCount() - 1);
+    if (!m_sink.write(taken)) {
+        failToWrite();
+    } else if (m_plan.frames && m_framesRead >= *m_plan.frames) {
+        m_isComplete = true;
+        endBy(Reached);
+    }
+    Q_EMIT advanced();
+}
+
+void ReadRun::takeGap(const DataGap &gap)
+{
+    if (m_isComplete)
+        return;
+    m_losses.add(gap);
+    if (!m_sink.write(gap))
+        failToWrite();
+    Q_EMIT advanced();
+}
+
+void ReadRun::takeState(SensorReader::State state)
+{
+    if (state == SensorReader::Failed)
+        endBy(ReadFailed, m_reader.errorString());
+    if (state == SensorReader::Failed || state == SensorReader::Stopped)
+        finish();
+    else
+        Q_EMIT advanced();
+}
+
+void ReadRun::tick()
+{
+    // A process that was stopped or a computer that was suspended could not see any frame.
+    constexpr double longestTick = 2 * tickInterval / 1000.0;
+    const double seconds = static_cast<double>(m_sinceTick.restart()) / 1000.0;
+    const SensorReader::State state = m_reader.state();
+    if (state == SensorReader::Reading || (state == SensorReader::WaitingForTrigger && m_plan.isTriggerSilence))
+        m_silentFor += std::min(seconds, longestTick);
+    if (m_plan.seconds && static_cast<double>(m_sinceStart.elapsed()) >= *m_plan.seconds * 1000.0)
+        endBy(Reached);
+    else if (m_plan.silence && m_silentFor >= *m_plan.silence)
+        endBy(Silent);
+}
+
+// What was read before is still delivered and written.
+void ReadRun::endBy(End end, const QString &problem)
+{
+    if (m_end != Running)
+        return;
+    m_end = end;
+    m_problem = problem;
+    m_timer.stop();
+    m_reader.stop();
+}
+
+// Counts even if the run was about to end anyway.
+void ReadRun::failToWrite()
+{
+    m_isComplete = true;
+    endBy(WriteFailed);
+    m_end = WriteFailed;
+    m_problem = m_sink.problem();
+}
+
+void ReadRun::finish()
+{
+    if (m_isFinished)
+        return;
+    m_isFinished = true;
+    m_secondsRead = static_cast<double>(m_sinceStart.elapsed()) / 1000.0;
+    Q_EMIT finished();
+}
+
+} // namespace SondixApp
