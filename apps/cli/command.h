@@ -30,6 +30,7 @@ std::unique_ptr<Command> makeModelsCommand(CLI::App &app, CLI::App *&subcommand)
 std::unique_ptr<Command> makeFindCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeInfoCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeReadCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeRecordCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeParamsCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeGetCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeSetCommand(CLI::App &app, CLI::App *&subcommand);

@@ -43,9 +43,10 @@ using Maker = std::unique_ptr<Command> (*)(CLI::App &, CLI::App *&);
 std::vector<Subcommand> addSubcommands(CLI::App &app)
 {
     std::vector<Subcommand> subcommands;
-    for (const Maker make : {makeModelsCommand, makeFindCommand, makeInfoCommand, makeReadCommand,
-                             makeParamsCommand, makeGetCommand, makeSetCommand, makeExecCommand, makeModeCommand,
-                             makeTriggerCommand, makeSyncCommand, makeVideoCommand, makeTunnelCommand}) {
+    for (const Maker make :
+         {makeModelsCommand, makeFindCommand, makeInfoCommand, makeReadCommand, makeRecordCommand,
+          makeParamsCommand, makeGetCommand, makeSetCommand, makeExecCommand, makeModeCommand, makeTriggerCommand,
+          makeSyncCommand, makeVideoCommand, makeTunnelCommand}) {
         Subcommand subcommand;
         subcommand.command = make(app, subcommand.app);
         subcommand.app->fallthrough();

@@ -26,6 +26,35 @@ Check seconds(double maximum)
     };
 }
 
+std::optional<long long> sizeOf(const std::string &text)
+{
+    constexpr long long maximum = 1'000'000'000'000'000;
+    const std::string units = "kMG";
+    long long unit = 1;
+    QString number = QString::fromStdString(text);
+    if (const auto place = units.find(text.empty() ? ' ' : text.back()); place != std::string::npos) {
+        for (size_t i = 0; i <= place; ++i)
+            unit *= 1000;
+        number.chop(1);
+    }
+    bool isNumber = false;
+    const qlonglong value = number.toLongLong(&isNumber);
+    if (!isNumber || value < 1 || value > maximum / unit)
+        return std::nullopt;
+    return value * unit;
+}
+
+Check size()
+{
+    return [](const std::string &text) {
+        if (sizeOf(text))
+            return std::string();
+        return QStringLiteral("'%1' is no number of bytes, such as 500000, 500k, 100M or 2G")
+            .arg(QString::fromStdString(text))
+            .toStdString();
+    };
+}
+
 Check count(long long maximum)
 {
     return [maximum](const std::string &text) {

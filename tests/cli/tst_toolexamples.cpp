@@ -127,7 +127,7 @@ private:
 
 void TestToolExamples::everyCommandHasAnExample()
 {
-    QVERIFY(commands().size() >= 13);
+    QVERIFY(commands().size() >= 14);
     for (const QString &command : commands()) {
         const QList<Example> examples = examplesOfHelp(command);
         const bool has = std::any_of(examples.begin(), examples.end(), [&command](const Example &example) {
@@ -165,7 +165,7 @@ bool TestToolExamples::isEndless(const QStringList &arguments)
 {
     const bool isLimited =
         arguments.contains("-n") || arguments.contains("--duration") || arguments.contains("--help");
-    return !isLimited && (arguments.first() == "tunnel" || arguments.first() == "read");
+    return !isLimited && QStringList{"tunnel", "read", "record"}.contains(arguments.first());
 }
 
 void TestToolExamples::examplesWork()
@@ -206,6 +206,15 @@ ToolResult TestToolExamples::runUntilInterrupted(const ToolRunner &runner, const
     InterruptibleProcess process;
     runner.start(process, arguments);
     QByteArray line;
+    if (arguments.first() == "record") {
+        const auto isWritten = [&runner] {
+            const QStringList names = runner.files().filter(".partial");
+            return !names.isEmpty() && runner.contentOf(names.first()).count('\n') > 1;
+        };
+        [&] { QTRY_VERIFY_WITH_TIMEOUT(isWritten(), 20000); }();
+        process.interrupt();
+        return ToolRunner::finish(process);
+    }
     [&] { QTRY_VERIFY_WITH_TIMEOUT(process.canReadLine(), 20000); }();
     line = process.readLine();
     if (arguments.first() == "tunnel") {
@@ -249,6 +258,14 @@ void TestToolExamples::checkPurpose(const ToolRunner &runner, const QStringList 
         QVERIFY(values.startsWith("time [s]") || values.simplified().startsWith("time [s]"));
         QVERIFY(linesOf(values).size() >= 2);
         QVERIFY(result.err.contains("1 value read in "));
+    } else if (command == "record") {
+        const QFileInfo file(valueOf("-o"));
+        const QStringList written =
+            runner.files().filter(QRegularExpression('^' + file.baseName() + ".*" + file.suffix()));
+        QVERIFY2(!written.isEmpty() && runner.files().filter(".partial").isEmpty(), qPrintable(written.join(' ')));
+        for (const QString &name : written)
+            QVERIFY(runner.contentOf(name).size() > 200);
+        QVERIFY(result.err.contains(" read in "));
     } else if (command == "params") {
         QVERIFY(out.contains("SA_Measrate 2"));
     } else if (command == "get") {

@@ -13,6 +13,7 @@ private Q_SLOTS:
     void styleIsForTerminalsThatWantIt();
     void aSearchShowsItsProgress();
     void aReadIntoAFileShowsItsProgress();
+    void aRecordingShowsItsValues();
     void progressIsNotMixedIntoTheData();
     void progressFitsTheWidthOfTheTerminal_data();
     void progressFitsTheWidthOfTheTerminal();
@@ -78,6 +79,18 @@ void TestToolTerminal::aReadIntoAFileShowsItsProgress()
     runner.setEnvironment("TERM", "xterm");
     const QByteArray shown = run(runner, "read TX270@RS232,port=COM3 -n 200 --csv values.csv", false);
     QVERIFY2(shown.contains("\r\x1b[K200 frames"), shown.constData());
+}
+
+void TestToolTerminal::aRecordingShowsItsValues()
+{
+    ToolRunner runner(Benches::of(Benches::laser(1000)));
+    runner.setEnvironment("TERM", "xterm");
+    const QByteArray quiet = run(runner, "record TX270@RS232,port=COM3 -n 200 -o values.csv", false);
+    QVERIFY2(quiet.contains("\r\x1b[K200 frames"), quiet.constData());
+    QVERIFY(!quiet.contains("12.5 mm"));
+    const QByteArray shown = run(runner, "record TX270@RS232,port=COM3 -n 200 -o values.csv --follow", false);
+    QVERIFY2(shown.contains("\r\x1b[K12.5 mm, "), shown.constData());
+    QVERIFY(shown.contains(", 200 frames"));
 }
 
 void TestToolTerminal::progressIsNotMixedIntoTheData()

@@ -37,6 +37,8 @@ void TestToolUsage::helpGoesToStdout_data()
                           << "--serial";
     QTest::newRow("read") << "read --help"
                           << "--duration";
+    QTest::newRow("record") << "record --help"
+                            << "[SENSOR] [MORE...]";
     QTest::newRow("params") << "params --help"
                             << "--json";
     QTest::newRow("get") << "get --help"
@@ -81,11 +83,13 @@ void TestToolUsage::refusesWrongUse_data()
     const auto row = [](const char *line, const char *sentence) {
         QTest::newRow(*line == '\0' ? "nothing" : line) << QString::fromUtf8(line) << QString::fromUtf8(sentence);
     };
-    row("", "no command is given; the commands are models, find, info, read, params, get, set, exec, mode, "
-            "trigger, sync, video");
+    row("",
+        "no command is given; the commands are models, find, info, read, record, params, get, set, exec, mode, "
+        "trigger, sync, video");
     row("fnid", "there is no command 'fnid'; did you mean find?");
-    row("sing", "there is no command 'sing'; the commands are models, find, info, read, params, get, set, exec, "
-                "mode, trigger, sync, video");
+    row("sing",
+        "there is no command 'sing'; the commands are models, find, info, read, record, params, get, set, exec, "
+        "mode, trigger, sync, video");
     row("--colour", "there is no option '--colour'");
     row("models --colour", "--colour");
     row("models Tavrin", "Tavrin");
