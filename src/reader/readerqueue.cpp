@@ -32,9 +32,8 @@ DataGap gapFor(const DataBlock &block)
 
 } // namespace
 
-ReaderQueue::ReaderQueue(QObject *object, std::function<void()> deliverEvents, qint64 maxValues)
+ReaderQueue::ReaderQueue(QObject *object, qint64 maxValues)
     : receiver(object)
-    , deliver(std::move(deliverEvents))
     , limit(maxValues)
 {
 }
@@ -58,7 +57,7 @@ void ReaderQueue::announce()
 {
     if (receiver && !announced) {
         announced = true;
-        QMetaObject::invokeMethod(receiver, deliver, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(receiver, "deliver", Qt::QueuedConnection);
     }
 }
 

@@ -5,7 +5,6 @@
 #include "testexport_p.h"
 
 #include <deque>
-#include <functional>
 #include <mutex>
 #include <variant>
 
@@ -43,8 +42,8 @@ using ReaderEvent = std::variant<DataBlock, DataGap, SensorReader::State, Reader
 class SONDIXQT_TEST_EXPORT ReaderQueue
 {
 public:
-    /// Events are announced by a call of \a deliver in the thread of \a object.
-    ReaderQueue(QObject *object, std::function<void()> deliver, qint64 maxValues);
+    /// Events are announced by a queued call of the slot "deliver" of \a object.
+    ReaderQueue(QObject *object, qint64 maxValues);
 
     void push(ReaderEvent event);
     /// False if there is no event.
@@ -64,7 +63,6 @@ private:
     mutable std::mutex mutex;
     std::deque<ReaderEvent> events;
     QObject *receiver;
-    const std::function<void()> deliver;
     bool announced = false;
     const qint64 limit;
     qint64 values = 0;         ///< in the blocks

@@ -6,6 +6,7 @@
 #include "instance/specialsensorinstance.h"
 #include "readerlog_p.h"
 #include "reconnectplan_p.h"
+#include "threadfences_p.h"
 
 #include <algorithm>
 #include <cmath>
@@ -94,6 +95,14 @@ void ReaderThread::requestStop()
     woken.notify_all();
 }
 
+bool ReaderThread::join(unsigned long milliseconds)
+{
+    if (!wait(milliseconds))
+        return false;
+    const CallerFence ended(this);
+    return true;
+}
+
 void ReaderThread::post(const ReaderCommand &command)
 {
     const std::lock_guard<std::mutex> lock(mutex);
@@ -135,6 +144,7 @@ void ReaderThread::waitUntil(Time time)
 
 void ReaderThread::run()
 {
+    const CalleeFence fence(this);
     const bool failed = !read();
     closeSensor();
     owned.reset();

@@ -9,6 +9,7 @@
 #include <QThread>
 
 #include <atomic>
+#include <climits>
 #include <condition_variable>
 #include <memory>
 
@@ -52,6 +53,8 @@ public:
 
     // These may be called from any thread.
     void requestStop();
+    /// Waits for the end of the thread; false if it has not ended after \a milliseconds.
+    bool join(unsigned long milliseconds = ULONG_MAX);
     void post(const ReaderCommand &command);
     void forgetSettings();
 

@@ -50,7 +50,7 @@ SensorReaderPrivate::~SensorReaderPrivate()
         return;
     queue->detach();
     thread->requestStop();
-    if (thread->wait(timeoutMs)) {
+    if (thread->join(timeoutMs)) {
         delete thread;
         return;
     }
@@ -70,8 +70,7 @@ void SensorReaderPrivate::start()
     framesDelivered = framesLost = 0;
     unknownGaps = false;
     stopRequested = restarts = false;
-    queue = std::make_shared<ReaderQueue>(
-        q, [this] { deliver(); }, queueLimit);
+    queue = std::make_shared<ReaderQueue>(q, queueLimit);
     thread = new ReaderThread(task, queue);
     thread->start();
 }
@@ -178,7 +177,7 @@ void SensorReaderPrivate::answer(const Waiting &waiting, const CommandResult &re
 void SensorReaderPrivate::handle(const ReadingEnded &end)
 {
     const QPointer<SensorReader> guard(q);
-    thread->wait(); // it has nothing more to do
+    thread->join(); // it has nothing more to do
     delete std::exchange(thread, nullptr);
     queue.reset();
     stopRequested = false;
@@ -335,3 +334,5 @@ void SensorReader::stop()
 }
 
 } // namespace SondixQt
+
+#include "moc_sensorreader.cpp"

@@ -172,9 +172,9 @@ Q_SIGNALS:
     void frameChanged(const SondixQt::TransmittedDataInfo &frame);
 
 private:
-    friend class SensorReaderPrivate;
     QScopedPointer<SensorReaderPrivate> d_ptr;
     Q_DECLARE_PRIVATE(SensorReader)
+    Q_PRIVATE_SLOT(d_func(), void deliver())
 };
 
 } // namespace SondixQt

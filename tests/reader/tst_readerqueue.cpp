@@ -38,6 +38,17 @@ T next(ReaderQueue &queue)
 
 } // namespace
 
+class Receiver : public QObject
+{
+    Q_OBJECT
+
+public:
+    int calls = 0;
+
+public Q_SLOTS:
+    void deliver() { ++calls; }
+};
+
 class ReaderQueueTest : public QObject
 {
     Q_OBJECT
@@ -78,16 +89,16 @@ void ReaderQueueTest::eventsAreAnnouncedOnce()
     queue.push(block(0, 0, 1));
     queue.push(block(0, 1, 1));
     QCoreApplication::processEvents();
-    QCOMPARE(calls, 1);
+    QCOMPARE(object.calls, 1);
     next<DataBlock>(queue);
     queue.announceRest();
     queue.announceRest();
     QCoreApplication::processEvents();
-    QCOMPARE(calls, 2);
+    QCOMPARE(object.calls, 2);
     queue.detach();
     queue.push(block(0, 2, 1));
     QCoreApplication::processEvents();
-    QCOMPARE(calls, 2);
+    QCOMPARE(object.calls, 2);
 }
 
 void ReaderQueueTest::theOldestBlocksBecomeOneGap()
