@@ -9,8 +9,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cmath>
+
 using namespace SondixQt;
-using namespace SondixApp;
 
 namespace {
 
@@ -43,7 +44,7 @@ public:
 
     ExitCode run(Console &console, InterruptWatcher &interrupt) override
     {
-        const SearchRun::Plan plan = m_options.plan();
+        const SearchRequest request = m_options.request();
         if (!m_json && console.stdoutIsTerminal())
             console.print(
                 console.styled(row(QStringLiteral("INTERFACE"), QStringLiteral("PLACE"), QStringLiteral("MODEL"),
@@ -54,8 +55,9 @@ public:
             ++found;
             return announce(console, info);
         };
-        const SearchOutcome outcome = runSearch(plan, console, interrupt, onFound, m_timeout);
-        return conclude(console, plan, outcome, found);
+        const std::chrono::milliseconds limit(static_cast<qint64>(std::ceil(m_timeout * 1000.0)));
+        const SearchOutcome outcome = runSearch(request, console, interrupt, onFound, limit);
+        return conclude(console, request, outcome, found);
     }
 
 private:
@@ -71,19 +73,21 @@ private:
                console.flush();
     }
 
-    static ExitCode conclude(Console &console, const SearchRun::Plan &plan, const SearchOutcome &outcome,
+    static ExitCode conclude(Console &console, const SearchRequest &request, const SearchOutcome &outcome,
                              int found)
     {
         const QString count =
             found == 1 ? QStringLiteral("1 sensor found") : QStringLiteral("%1 sensors found").arg(found);
-        if (outcome.end == SearchRun::Refused)
+        if (outcome.end == SearchOutcome::Refused)
             throw Failure{ExitCode::Failed, outcome.problem};
         if (InterruptWatcher::isInterrupted())
             throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted, %1 so far").arg(count)};
-        if (outcome.timedOut)
-            throw Failure{ExitCode::TimedOut,
-                          QStringLiteral("the search did not end in time, %1 so far").arg(count)};
-        const bool isCombined = plan.similar && !plan.announced.isEmpty();
+        if (outcome.end == SearchOutcome::TimedOut)
+            throw Failure{ExitCode::TimedOut, QStringLiteral("%1, %2 so far").arg(outcome.problem, count)};
+        if (!outcome.problem.isEmpty())
+            console.note(outcome.problem);
+        const bool isCombined = request.type == NoSensor && !request.thorough && !request.similar &&
+                                sensorsInGroup(request.group, true).size() > 1;
         console.note(found == 0 && isCombined
                          ? count + QStringLiteral("; --thorough searches each family separately")
                          : count);

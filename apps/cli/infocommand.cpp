@@ -11,7 +11,6 @@
 #include <QJsonDocument>
 
 using namespace SondixQt;
-using namespace SondixApp;
 
 namespace {
 

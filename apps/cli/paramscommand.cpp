@@ -11,7 +11,6 @@
 #include <QJsonArray>
 
 using namespace SondixQt;
-using namespace SondixApp;
 
 namespace {
 

@@ -3,20 +3,27 @@
 
 #include "console.h"
 #include "interruptwatcher.h"
+#include "searchoptions.h"
 
-#include "shared/searchrun.h"
+#include <SondixQt/sensorfinder.h>
 
+#include <chrono>
 #include <functional>
 
 /// How a search ended.
 struct SearchOutcome
 {
-    SondixApp::SearchRun::End end = SondixApp::SearchRun::Completed;
-    bool timedOut = false;
+    enum End {
+        Completed, ///< or stopped
+        TimedOut,
+        Refused, ///< nothing or not everything was searched, see problem
+    };
+    End end = Completed;
     QString problem;
 };
 
-/// Runs a search with a progress bar. It ends when it is complete, on Ctrl-C, after \a seconds (0: no limit), or when
+/// Runs a search with a progress bar. It ends when it is complete, on Ctrl-C, at \a timeLimit (0: none), or when
 /// \a onFound, which is called for each sensor, returns false.
-SearchOutcome runSearch(const SondixApp::SearchRun::Plan &plan, Console &console, InterruptWatcher &interrupt,
-                        const std::function<bool(const SondixQt::SensorInfo &)> &onFound, double seconds = 0.0);
+SearchOutcome runSearch(const SearchRequest &request, Console &console, InterruptWatcher &interrupt,
+                        const std::function<bool(const SondixQt::SensorInfo &)> &onFound,
+                        std::chrono::milliseconds timeLimit = {});

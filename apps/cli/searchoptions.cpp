@@ -4,8 +4,6 @@
 #include "exitcode.h"
 #include "validators.h"
 
-#include "shared/searchplan.h"
-
 #include <SondixQt/namelookup.h>
 #include <SondixQt/sensoraddress.h>
 
@@ -15,7 +13,6 @@
 #include <optional>
 
 using namespace SondixQt;
-using namespace SondixApp;
 
 namespace {
 
@@ -74,27 +71,19 @@ SensorType SearchOptions::type() const
     return m_type.empty() ? NoSensor : named(findSensorType, m_type);
 }
 
-SearchRun::Plan SearchOptions::plan() const
+SearchRequest SearchOptions::request() const
 {
-    SearchRun::Plan plan;
-    if (const SensorType type = this->type(); type != NoSensor) {
-        plan.types = {type};
-    } else {
-        const SensorGroup group = m_group.empty() ? AllGroups : named(findSensorGroup, m_group);
-        const QList<SensorType> wanted = group == AllGroups ? allSearchedTypes() : sensorsInGroup(group, true);
-        const Searches searches = m_thorough ? Searches{wanted} : fewestSearches(wanted);
-        plan.types = searches.types;
-        plan.similar = searches.similar;
-        if (!m_similar)
-            plan.announced = wanted;
-    }
+    SearchRequest request;
+    request.type = type();
+    if (!m_group.empty())
+        request.group = named(findSensorGroup, m_group);
     for (const std::string &name : m_interfaces)
-        plan.interfaces |= named(findSensorInterface, name);
+        request.interfaces |= named(findSensorInterface, name);
     if (m_interfaces.empty())
-        for (const SensorInterface iface : sensorInterfaces())
-            plan.interfaces |= iface;
-    plan.baudrates = QString::fromStdString(m_baudrates);
-    plan.similar = plan.similar || m_similar;
-    plan.quick = m_quick;
-    return plan;
+        request.interfaces = SensorInterfaces(~0);
+    request.baudrates = QString::fromStdString(m_baudrates);
+    request.thorough = m_thorough;
+    request.similar = m_similar;
+    request.quick = m_quick;
+    return request;
 }

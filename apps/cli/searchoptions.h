@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "shared/searchrun.h"
+#include <SondixQt/sensortypes.h>
+
+#include <QString>
 
 #include <string>
 #include <vector>
@@ -9,6 +11,18 @@
 namespace CLI {
 class App;
 }
+
+/// What to search for, and where.
+struct SearchRequest
+{
+    SondixQt::SensorType type = SondixQt::NoSensor; ///< NoSensor: the models of group
+    SondixQt::SensorGroup group = SondixQt::AllGroups;
+    SondixQt::SensorInterfaces interfaces;
+    QString baudrates;     ///< comma-separated list; empty: those of the sensor-access library
+    bool thorough = false; ///< search each family separately
+    bool similar = false;  ///< also report sensors of other models
+    bool quick = true;
+};
 
 /// The options that say what to search for and where; shared by every subcommand that searches.
 class SearchOptions
@@ -20,7 +34,7 @@ public:
     void addScanOptions(CLI::App &app);
 
     /// The requested search. Throws Failure if an option has an unknown name.
-    SondixApp::SearchRun::Plan plan() const;
+    SearchRequest request() const;
 
     /// The model given with --type, or NoSensor. Throws Failure if it is unknown.
     SondixQt::SensorType type() const;

@@ -188,10 +188,10 @@ SensorAddress SensorOptions::search(Console &console, InterruptWatcher &interrup
             found += info;
         return serial.isEmpty() || !matches;
     };
-    const SearchOutcome outcome = runSearch(m_search.plan(), console, interrupt, onFound);
+    const SearchOutcome outcome = runSearch(m_search.request(), console, interrupt, onFound);
     if (InterruptWatcher::isInterrupted())
         throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted during the search")};
-    if (outcome.end == SearchRun::Refused)
+    if (outcome.end == SearchOutcome::Refused)
         throw Failure{ExitCode::Failed, outcome.problem};
     if (found.size() == 1)
         return SensorAddress::of(found.first());

@@ -7,7 +7,6 @@
 #include <CLI/CLI.hpp>
 
 using namespace SondixQt;
-using namespace SondixApp;
 
 namespace {
 

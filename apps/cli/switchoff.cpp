@@ -6,7 +6,6 @@
 #include <CLI/CLI.hpp>
 
 using namespace SondixQt;
-using namespace SondixApp;
 
 SwitchOffCommand::SwitchOffCommand(CLI::App &app)
 {

@@ -16,7 +16,6 @@
 #include <cstring>
 
 using namespace SondixQt;
-using namespace SondixApp;
 
 namespace {
 

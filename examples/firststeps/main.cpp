@@ -42,13 +42,11 @@ int main(int argc, char *argv[])
         QCoreApplication::quit();
     };
     QObject::connect(&finder, &SensorFinder::searchFinished, &finder, useThem, Qt::QueuedConnection);
-    QObject::connect(
-        &finder, &SensorFinder::statusChanged, &finder,
-        [&finder] {
-            if (finder.status() == SensorFinder::Error)
-                QCoreApplication::exit(1); // the search was refused
-        },
-        Qt::QueuedConnection);
+    const auto giveUp = [](ErrorCode, const QString &text) {
+        qWarning().noquote() << text;
+        QCoreApplication::exit(1);
+    };
+    QObject::connect(&finder, &SensorFinder::errorOccurred, &finder, giveUp, Qt::QueuedConnection);
     finder.startSearch(TX270);
     return QCoreApplication::exec();
 }

@@ -3,6 +3,7 @@
 
 #include "catalogue/interfaceparameters.h"
 #include "catalogue/searchtables_p.h"
+#include "sensorinfo/sensoraddress.h"
 #include "sondix/answervalue_p.h"
 
 #include <QStringList>
@@ -108,6 +109,9 @@ void SensorFinderPrivate::AddScanResult(const SensorInfo &result)
     if (reportedType == NoSensor && typeName.contains(QLatin1String("Unknown")))
         return;
 
+    if (fullSearch && !isReportedByFullSearch(result))
+        return;
+
     foundIdentities.push_back(std::move(identity));
     qCInfo(sensorFinderLog).noquote() << QLatin1String("Found sensor ") + sensorName(result.sensorType());
     Q_EMIT q->sensorFound(result);
@@ -118,6 +122,22 @@ bool SensorFinderPrivate::isKnown(const SensorIdentity &identity, bool ignoreCha
     const auto isSame = [&](const SensorIdentity &known) { return isSameSensor(identity, known, ignoreChannel); };
     return std::any_of(foundIdentities.begin(), foundIdentities.end(), isSame) ||
            std::any_of(blacklistIdentities.begin(), blacklistIdentities.end(), isSame);
+}
+
+bool SensorFinderPrivate::isReportedByFullSearch(const SensorInfo &result)
+{
+    // Ethernet and USB are scanned even if they are not requested.
+    if (!fullSearch->interfaces.testFlag(result.interfaceType()))
+        return false;
+    if (!searchSimilarSensors && !fullSearch->types.contains(result.sensorType()))
+        return false;
+    // The searches for different families may report one sensor with different details.
+    const QString address = SensorAddress::of(result).toString() + QLatin1Char(' ') +
+                            result.getParameter(InterfaceParameter::SerialNumber).toString();
+    if (fullSearch->addresses.contains(address))
+        return false;
+    fullSearch->addresses.insert(address);
+    return true;
 }
 
 void SensorFinderPrivate::setBlacklist(const QList<SensorInfo> &blacklist)

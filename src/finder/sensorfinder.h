@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <SondixQt/errorcode.h>
 #include <SondixQt/sensorinfo.h>
 #include <SondixQt/sensortypes.h>
 
 #include <QList>
 #include <QObject>
 #include <QScopedPointer>
+
+#include <chrono>
 
 namespace SondixQt {
 
@@ -15,12 +18,16 @@ class SensorFinderPrivate;
 /// Searches the selected connection interfaces for sensors and emits a signal for each sensor found.
 ///
 /// \par Use
-/// Select the interfaces, connect to sensorFound() and searchFinished(), and call startSearch() with one
-/// type, a list of types or a set of groups. Several types are searched one after another; the progress
-/// covers all of them. A search ends when the sensor-access library reports that it is complete. While the
-/// query of the progress fails, the search continues without results: if this matters, call stopSearch()
-/// after a timeout of your own. Stop the search before you open a sensor with SensorInstance, because the
-/// search occupies the interfaces.
+/// Connect to sensorFound(), searchFinished() and errorOccurred(), and call startFullSearch(), which finds
+/// everything. To search for certain types, select the interfaces and call startSearch() with one type, a list of
+/// types or a set of groups. Several types are searched one after another; the progress covers all of them. Stop
+/// the search before you open a sensor with SensorInstance, because the search occupies the interfaces.
+///
+/// \par End
+/// A search ends with searchFinished() when the sensor-access library reports that it is complete, when it is
+/// stopped, or at the time limit; and without searchFinished() when the library refuses to start it. In both cases
+/// status() is not Searching any more. error() tells whether a part of the search has failed. While the query of the
+/// progress fails, the search continues without results: if this matters, use setTimeLimit().
 ///
 /// \par Threads
 /// All functions must be called in the thread that owns the finder. That thread needs a running event loop: a
@@ -56,6 +63,11 @@ public:
     };
     Q_ENUM(Status)
 
+    /// The error of a search that was ended at its time limit.
+    static constexpr ErrorCode TimeLimitError = ErrorCode(-32767);
+    /// The error of a type that was skipped because the sensor-access library cannot search for it.
+    static constexpr ErrorCode SkippedError = ErrorCode(-32766);
+
     explicit SensorFinder(QObject *parent = nullptr);
     /// Aborts a running search; no signal is emitted.
     ~SensorFinder() override;
@@ -88,6 +100,12 @@ public:
     /// Sets the sensors that are not reported, for example because the application knows them already. Sensors are
     /// compared by interface, address on that interface and identity (such as the serial number).
     void setOutputFoundSensorBlacklist(const QList<SondixQt::SensorInfo> &blacklist);
+    /// Ends a search of any kind after \a limit: what has been found is reported, then errorOccurred() with
+    /// TimeLimitError, and the search is aborted as by stopSearch(). The limit is for all types together and is
+    /// checked every 250 ms; it also applies to a running search. It does not interrupt a call that blocks. 0, the
+    /// default, and negative values mean no limit.
+    void setTimeLimit(std::chrono::milliseconds limit);
+    std::chrono::milliseconds timeLimit() const;
     /// Enables the log of the sensor-access library for searches, into the file that was set last.
     void enableLogging();
     /// Enables the log of the sensor-access library for searches, into \a file.
@@ -96,6 +114,12 @@ public:
     /// \}
 
     Status status() const;
+    /// The last error since the last search was started; NoError if there was none. It is the code of the
+    /// sensor-access library, TimeLimitError or SkippedError.
+    ErrorCode error() const;
+    /// The text for error(), for users, with the reason that the sensor-access library gives; empty if there was no
+    /// error.
+    QString errorString() const;
 
     /// Searches all types of the families \a groups that are not hidden, in display order. Sensors of other types
     /// are not reported, except variants of a base type that is searched. An MV420 is not found in the group
@@ -108,6 +132,16 @@ public:
     static bool isParamEqual(const SensorInfo &a, const SensorInfo &b, const QString &name);
 
 public Q_SLOTS:
+    /// Searches \a interfaces for all sensors of \a groups, in as few searches as possible: one for each family of bus
+    /// sensors and of colour sensors, and one for all other models. A search for everything takes four.
+    ///
+    /// The interfaces of setSearchInterface() are not used. Hidden variants are found as well, and a MultiSensor
+    /// if \a groups is AllGroups. Sensors on other interfaces are not reported, and sensors of other types
+    /// only if setSearchSimilarSensors() is enabled. A sensor that several of the searches find is reported once. If a
+    /// sensor does not answer the search for a similar model, only startSearch() with its
+    /// own type finds it. Without a model in \a groups the search finishes at once.
+    void startFullSearch(SondixQt::SensorInterfaces interfaces = SondixQt::SensorInterfaces(~0),
+                         SondixQt::SensorGroups groups = SondixQt::AllGroups);
     /// Searches for sensors of \a sensorType and, if it is a base type, of its variants. Some bus sensors are
     /// searched together with the types that the same models report behind a converter; searchStarted() is then
     /// emitted twice. A running search is replaced without searchFinished(). For NoSensor only searchStarted()
@@ -128,9 +162,14 @@ Q_SIGNALS:
     void searchStarted();
     /// Emitted when a search is complete, was stopped or had nothing to search. Emitted twice if the last type of
     /// a search cannot be searched, and by stopSensorFinderScan(). Not emitted if the sensor-access library
-    /// refuses to start a search: this ends with statusChanged(Error), and the pending types are not searched. May
-    /// be emitted before startSearch() returns.
+    /// refuses to start a search: this ends with statusChanged(Error) and errorOccurred(), and the pending types are
+    /// not searched. May be emitted before startSearch() returns.
     void searchFinished();
+    /// Emitted when a search or a part of it fails, with error() and errorString(): a search is refused or cannot be
+    /// aborted (after statusChanged(Error)), a type is skipped (after the statusChanged() that tells whether the
+    /// search goes on), or the time limit is reached (before the search ends). The search continues if status() is
+    /// Searching, except at the time limit.
+    void errorOccurred(SondixQt::ErrorCode code, const QString &text);
     /// Emitted for each sensor that is not on the blacklist, once per search. Its type is NoSensor if similar
     /// sensors are searched and the answer contains no type.
     void sensorFound(const SondixQt::SensorInfo &resultInfo);

@@ -5,14 +5,17 @@
 
 #include <SondixQt/sensorinstance.h>
 
+#include <QElapsedTimer>
 #include <QList>
 #include <QLoggingCategory>
 #include <QPointer>
+#include <QSet>
 #include <QTimer>
 #include <QVariant>
 
 #include <array>
 #include <limits>
+#include <optional>
 #include <vector>
 
 namespace SondixQt {
@@ -22,6 +25,15 @@ Q_DECLARE_LOGGING_CATEGORY(sensorFinderLog)
 /// The parameter values that identify a sensor. Those that differ most often come first, for fast comparison.
 using SensorIdentity = std::array<QVariant, 13>;
 
+/// What a full search reports.
+struct FullSearch
+{
+    SensorInterfaces interfaces;
+    QList<SensorType> types;
+    bool similar = false;    ///< the types are found by a search for a similar type
+    QSet<QString> addresses; ///< of the sensors reported so far
+};
+
 /// The state of a SensorFinder and the steps of a search.
 class SensorFinderPrivate
 {
@@ -29,11 +41,17 @@ public:
     explicit SensorFinderPrivate(SensorFinder *finder);
 
     void beginRequest();
+    void start(const QList<SensorType> &types, bool showType,
+               const std::optional<FullSearch> &full = std::nullopt);
+    void begin(const QList<SensorType> &types, bool showType,
+               const std::optional<FullSearch> &full = std::nullopt);
     void startSearchInternal(SensorType type);
     void stopSearch();
     void updateProgress();
     void updateResults(int found);
     void updateStatus(SensorFinder::Status newStatus);
+    void setError(ErrorCode code, const QString &text);
+    void emitError();
 
     SensorInfo getResultInfo(int index);
     QList<SensorInfo> AnalyseScanResult(const SensorInfo &result) const;
@@ -63,6 +81,12 @@ public:
     QString logFile;
     QString searchBaudrates;
     bool showSondixQtType = false;
+    std::optional<FullSearch> fullSearch; // empty: another kind of search
+    std::chrono::milliseconds timeLimit{0};
+    QElapsedTimer searchTime;
+    ErrorCode error = NoError;
+    QString errorString;
+    QString progressProblem; // the end of a message if the last query of the progress failed
 
     static constexpr quint64 noRequest = std::numeric_limits<quint64>::max();
     quint64 request = 0;                 // the number of starts and stops requested by the application
@@ -74,12 +98,16 @@ public:
 
 private:
     void skipType(const QString &name);
-    ErrorCode sendStartCommand(SensorType type);
+    ErrorCode sendStartCommand(SensorType type, QString *errorText);
     bool abortSearch();
     bool readProgress(double &progress, int &found);
+    bool isTimeOver() const;
+    void endAtTimeLimit();
     void dropCoveredTypes();
+    bool acceptsSimilarSensors() const;
     bool isWanted(SensorType found) const;
     bool isKnown(const SensorIdentity &identity, bool ignoreChannel) const;
+    bool isReportedByFullSearch(const SensorInfo &result);
 };
 
 /// Detects that a slot has started or stopped a search or has destroyed the finder since this object was

@@ -45,6 +45,7 @@ private Q_SLOTS:
     void endsWithCode3WhenThereIsNothing();
     void announcesASensorBeforeTheSearchEnds();
     void givesUpInTime();
+    void endsWithCode1WhenItCannotSearch();
     void printsAddressesThatOpenTheSensor();
 };
 
@@ -191,7 +192,15 @@ void TestToolFind::givesUpInTime()
     const ToolResult result = runner.run(words("find --type TX270 --timeout 1.5"));
     QCOMPARE(result.code, 5);
     QCOMPARE(linesOf(result.out).size(), 1);
-    QCOMPARE(result.err, QByteArray("sondixqt: the search did not end in time, 1 sensor found so far\n"));
+    QCOMPARE(result.err, QByteArray("sondixqt: the search did not end within 1.5 s, 1 sensor found so far\n"));
+}
+
+void TestToolFind::endsWithCode1WhenItCannotSearch()
+{
+    const ToolResult result = ToolRunner(twoLasersAndAController).run(words("find --type File"));
+    QCOMPARE(result.code, 1);
+    QCOMPARE(result.out, QByteArray());
+    QVERIFY2(result.err.startsWith("sondixqt: File cannot be searched for: "), result.err.constData());
 }
 
 void TestToolFind::printsAddressesThatOpenTheSensor()

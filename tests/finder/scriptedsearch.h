@@ -140,11 +140,13 @@ inline QList<int> searchedTypes()
     return types;
 }
 
-/// Records every signal of a finder as a line of text.
+/// Records the signals of a finder as lines of text, errorOccurred() only if asked for.
 class Recorder : public QObject
 {
 public:
-    explicit Recorder(const SondixQt::SensorFinder &finder)
+    enum Errors { WithoutErrors, WithErrors };
+
+    explicit Recorder(const SondixQt::SensorFinder &finder, Errors errors = WithoutErrors)
     {
         using SondixQt::SensorFinder;
         connect(&finder, &SensorFinder::searchStarted, this, [this] { add("started"); });
@@ -160,6 +162,9 @@ public:
             found << info;
             add("found " + info.getParameter("SA_SerialNumber").toString());
         });
+        if (errors == WithErrors)
+            connect(&finder, &SensorFinder::errorOccurred, this,
+                    [this](SondixQt::ErrorCode code) { add(QStringLiteral("error %1").arg(code)); });
     }
 
     /// Waits until the signal recorded as \a line was emitted \a times times.

@@ -28,6 +28,7 @@ QStringList signalLines()
         "progress 50",
         "text Skipping device scan for:  Oscura CC480 ...",
         "status 2",
+        "error -32766",
         "finished",
     };
 }
@@ -67,6 +68,8 @@ public:
         connect(finder, &SensorFinder::sensorFound, this, [this](const SensorInfo &info) {
             see("found " + info.getParameter("SA_SerialNumber").toString());
         });
+        connect(finder, &SensorFinder::errorOccurred, this,
+                [this](ErrorCode code) { see(QStringLiteral("error %1").arg(code)); });
     }
 
     bool done = false;
@@ -121,7 +124,7 @@ void TestSensorFinderSlots::theRowsHoldEverySignal()
 {
     scriptSignals();
     SensorFinder finder;
-    Recorder recorder(finder);
+    Recorder recorder(finder, Recorder::WithErrors);
     finder.startSearch({TX270, CC480}, true);
     QVERIFY(recorder.waitForEnd(2));
     for (const QString &line : signalLines())
@@ -157,7 +160,7 @@ void TestSensorFinderSlots::stoppingFromAnySlotEndsTheSearch()
         linesAtStop = recorder->lines;
     });
     // Connected last, so that it receives the intercepted signal after the slot that stops the search.
-    Recorder lastRecorder(finder);
+    Recorder lastRecorder(finder, Recorder::WithErrors);
     recorder = &lastRecorder;
     finder.startSearch({TX270, CC480}, true);
     QVERIFY(waitForDone(interceptor));
@@ -182,7 +185,7 @@ void TestSensorFinderSlots::startingFromAnySlotReplacesTheSearch()
         recorder->clear();
         finder.startSearch(MC320);
     });
-    Recorder lastRecorder(finder);
+    Recorder lastRecorder(finder, Recorder::WithErrors);
     recorder = &lastRecorder;
     finder.startSearch({TX270, CC480}, true);
     QVERIFY(waitForDone(interceptor));
@@ -249,7 +252,7 @@ void TestSensorFinderSlots::stoppingWhileAStopIsAnnouncedAddsNothing()
     QFETCH(QString, line);
     answerProgress({{"100.0"}});
     SensorFinder finder;
-    Recorder recorder(finder);
+    Recorder recorder(finder, Recorder::WithErrors);
     const Interceptor first(&finder, line, [&] { finder.stopSearch(); });
     const Interceptor second(&finder, line, [&] { finder.stopSensorFinderScan(); });
     finder.startSearch(TX270);
@@ -275,7 +278,7 @@ void TestSensorFinderSlots::aStopIsReplacedByAStart()
     answerProgress({{"20.0"}}, TX270);
     answerProgress({{"100.0"}}, MC320);
     SensorFinder finder;
-    Recorder recorder(finder);
+    Recorder recorder(finder, Recorder::WithErrors);
     finder.startSearch(TX270);
     const Interceptor interceptor(&finder, line, [&] { finder.startSearch(MC320); });
     finder.stopSensorFinderScan();
@@ -292,7 +295,7 @@ void TestSensorFinderSlots::searchingAgainWhenFinishedGoesOnAndOn()
 {
     findAtOnce({"IP_SensorType=41 SA_SerialNumber=\"1\""});
     SensorFinder finder;
-    Recorder recorder(finder);
+    Recorder recorder(finder, Recorder::WithErrors);
     int searches = 1;
     connect(&finder, &SensorFinder::searchFinished, &finder, [&] {
         if (++searches <= 3)
@@ -310,7 +313,7 @@ void TestSensorFinderSlots::anEventLoopInASlotDoesNotDisturbTheSearch()
     QFETCH(QString, line);
     scriptSignals();
     SensorFinder finder;
-    Recorder recorder(finder);
+    Recorder recorder(finder, Recorder::WithErrors);
     const Interceptor interceptor(&finder, line, [&] {
         QEventLoop loop;
         QTimer::singleShot(600, &loop, &QEventLoop::quit); // more than two ticks
@@ -331,6 +334,7 @@ void TestSensorFinderSlots::anEventLoopInASlotDoesNotDisturbTheSearch()
         "progress 50",
         "text Skipping device scan for:  Oscura CC480 ...",
         "status 2",
+        "error -32766",
         "finished",
         "finished",
     };
@@ -343,7 +347,7 @@ void TestSensorFinderSlots::theSearchBeforeRestsWhileTheNextIsAnnounced()
     answerResults({"IP_SensorType=41 SA_SerialNumber=\"1\""});
     SensorFinder finder;
     finder.startSearch(TX270);
-    Recorder recorder(finder);
+    Recorder recorder(finder, Recorder::WithErrors);
     const Interceptor interceptor(&finder, "started", [&] {
         QEventLoop loop;
         QTimer::singleShot(600, &loop, &QEventLoop::quit); // more than two ticks
@@ -365,7 +369,7 @@ void TestSensorFinderSlots::aSearchWithinASlotComesToItsEnd()
     scriptSignals();
     answerProgress({{"100.0"}}, MC320);
     SensorFinder finder;
-    Recorder recorder(finder);
+    Recorder recorder(finder, Recorder::WithErrors);
     const Interceptor interceptor(&finder, "found 1", [&] {
         finder.startSearch(MC320);
         QSignalSpy finished(&finder, &SensorFinder::searchFinished);
@@ -382,7 +386,7 @@ void TestSensorFinderSlots::destructionAbortsTheSearchSilently()
 {
     answerProgress({{"50.0"}});
     auto finder = std::make_unique<SensorFinder>();
-    Recorder recorder(*finder);
+    Recorder recorder(*finder, Recorder::WithErrors);
     finder->startSearch(TX270);
     QVERIFY(recorder.waitFor("progress 50"));
     recorder.clear();
@@ -396,7 +400,7 @@ void TestSensorFinderSlots::destructionAfterAnErrorAbortsNothing()
 {
     refuseCommand("Start_FindSensor");
     auto finder = std::make_unique<SensorFinder>();
-    Recorder recorder(*finder);
+    Recorder recorder(*finder, Recorder::WithErrors);
     finder->startSearch(TX270);
     recorder.clear();
     finder.reset();

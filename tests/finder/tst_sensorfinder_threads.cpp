@@ -5,6 +5,7 @@
 
 #include <condition_variable>
 #include <functional>
+#include <future>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -55,6 +56,8 @@ private Q_SLOTS:
     void init() { begin(); }
     void aSearchCanBeQueuedFromAnotherThread();
     void aSearchOfAListCanBeQueuedFromAnotherThread();
+    void aFullSearchCanBeQueuedFromAnotherThread();
+    void errorsReachAnotherThread();
     void stoppingCanBeQueuedFromAnotherThread_data();
     void stoppingCanBeQueuedFromAnotherThread();
     void anotherThreadCanWaitForASlot();
@@ -96,6 +99,46 @@ void TestSensorFinderThreads::aSearchOfAListCanBeQueuedFromAnotherThread()
     QVERIFY(invoked);
     QVERIFY(recorder.waitForEnd());
     QCOMPARE(searchedTypes(), QList<int>({TX270, EC830}));
+}
+
+void TestSensorFinderThreads::aFullSearchCanBeQueuedFromAnotherThread()
+{
+    findAtOnce({"IP_SensorType=31 IP_InterfaceIdx=1 SA_SerialNumber=\"1\""});
+    SensorFinder finder;
+    Recorder recorder(finder);
+    bool invoked = false;
+    runInAnotherThread([&] {
+        invoked = QMetaObject::invokeMethod(&finder, "startFullSearch", Qt::QueuedConnection,
+                                            Q_ARG(SondixQt::SensorInterfaces, SondixQt::RS232),
+                                            Q_ARG(SondixQt::SensorGroups, SondixQt::Profax));
+    });
+    QVERIFY(invoked);
+    QVERIFY(recorder.waitForEnd());
+    QCOMPARE(recorder.linesOf("found"), QStringList("found 1"));
+    QCOMPARE(searchedTypes(), QList<int>({PF}));
+}
+
+void TestSensorFinderThreads::errorsReachAnotherThread()
+{
+    refuseCommand("Start_FindSensor");
+    SensorFinder finder;
+    QThread thread;
+    QObject context;
+    context.moveToThread(&thread);
+    Handover emitted;
+    std::promise<std::pair<ErrorCode, std::string>> reported;
+    connect(&finder, &SensorFinder::errorOccurred, &context, [&](ErrorCode code, const QString &text) {
+        emitted.receive();
+        reported.set_value({code, text.toStdString()});
+    });
+    thread.start();
+    finder.startSearch(TX270);
+    emitted.send();
+    const auto [code, text] = reported.get_future().get();
+    thread.quit();
+    QVERIFY(thread.wait(waitLimit));
+    QCOMPARE(int(code), refused);
+    QCOMPARE(QString::fromStdString(text), finder.errorString());
 }
 
 void TestSensorFinderThreads::stoppingCanBeQueuedFromAnotherThread_data()

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "shared/searchplan.h"
+#include "finder/searchplan_p.h"
+
+#include <SondixQt/sensortypes.h>
 
 #include <QtTest>
 
 using namespace SondixQt;
-using namespace SondixApp;
 
 class TestSearchPlan : public QObject
 {
@@ -38,14 +39,14 @@ void TestSearchPlan::eachFamilyIsSearchedOnce()
     QFETCH(SensorGroup, group);
     QFETCH(QList<SensorType>, expected);
     QFETCH(bool, similar);
-    const Searches searches = fewestSearches(sensorsInGroup(group, true));
+    const SearchPlan searches = fewestSearches(sensorsInGroup(group, true));
     QCOMPARE(searches.types, expected);
     QCOMPARE(searches.similar, similar);
 }
 
 void TestSearchPlan::everythingTakesFourSearches()
 {
-    const Searches searches = fewestSearches(allSearchedTypes());
+    const SearchPlan searches = fewestSearches(sensorsInGroup(AllGroups, true) + QList<SensorType>{MultiSensor});
     QCOMPARE(searches.types, (QList<SensorType>{HV2, GenericKVBus, XA300, TX300}));
     QVERIFY(searches.similar);
 }
