@@ -65,8 +65,7 @@ private Q_SLOTS:
 
 void ReaderQueueTest::eventsKeepTheirOrder()
 {
-    ReaderQueue queue(
-        nullptr, [] {}, 1000);
+    ReaderQueue queue(nullptr, 1000);
     queue.push(SensorReader::Reading);
     queue.push(block(0, 0, 10));
     queue.push(gap(0, 10, 5));
@@ -82,10 +81,8 @@ void ReaderQueueTest::eventsKeepTheirOrder()
 
 void ReaderQueueTest::eventsAreAnnouncedOnce()
 {
-    int calls = 0;
-    QObject object;
-    ReaderQueue queue(
-        &object, [&] { ++calls; }, 1000);
+    Receiver object;
+    ReaderQueue queue(&object, 1000);
     queue.push(block(0, 0, 1));
     queue.push(block(0, 1, 1));
     QCoreApplication::processEvents();
@@ -103,8 +100,7 @@ void ReaderQueueTest::eventsAreAnnouncedOnce()
 
 void ReaderQueueTest::theOldestBlocksBecomeOneGap()
 {
-    ReaderQueue queue(
-        nullptr, [] {}, 40);
+    ReaderQueue queue(nullptr, 40);
     for (int i = 0; i < 10; ++i)
         queue.push(block(0, 10 * i, 10));
     const DataGap lost = next<DataGap>(queue);
@@ -118,8 +114,7 @@ void ReaderQueueTest::theOldestBlocksBecomeOneGap()
 
 void ReaderQueueTest::otherGapsKeepTheirReason()
 {
-    ReaderQueue queue(
-        nullptr, [] {}, 20);
+    ReaderQueue queue(nullptr, 20);
     queue.push(block(0, 0, 10));
     queue.push(gap(0, 10, std::nullopt, DataGap::Disconnected));
     queue.push(SensorReader::Reconnecting);
@@ -136,8 +131,7 @@ void ReaderQueueTest::otherGapsKeepTheirReason()
 
 void ReaderQueueTest::theNewestBlockIsKept()
 {
-    ReaderQueue queue(
-        nullptr, [] {}, 0);
+    ReaderQueue queue(nullptr, 0);
     queue.push(block(0, 0, 10));
     QCOMPARE(queue.size(), 1);
     QCOMPARE(next<DataBlock>(queue).frameCount(), 10);
@@ -145,8 +139,7 @@ void ReaderQueueTest::theNewestBlockIsKept()
 
 void ReaderQueueTest::gapsAreLimitedToo()
 {
-    ReaderQueue queue(
-        nullptr, [] {}, 100);
+    ReaderQueue queue(nullptr, 100);
     constexpr int count = 200000;
     for (int i = 0; i < count; ++i) {
         queue.push(gap(0, 3 * i, 2));
@@ -175,8 +168,7 @@ void ReaderQueueTest::gapsAreLimitedToo()
 
 void ReaderQueueTest::answersAreNeverDiscarded()
 {
-    ReaderQueue queue(
-        nullptr, [] {}, 10);
+    ReaderQueue queue(nullptr, 10);
     constexpr quint64 count = 100;
     for (quint64 i = 0; i < count; ++i) {
         queue.push(CommandAnswer{i, {}});
