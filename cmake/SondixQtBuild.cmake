@@ -67,10 +67,20 @@ function(sondixqt_warnings target)
         target_compile_options(${target} PRIVATE ${warnings})
     else()
         target_compile_options(${target} PRIVATE ${no_errors})
-        set_target_properties(${target} PROPERTIES COMPILE_WARNING_AS_ERROR OFF UNITY_BUILD OFF)
+        set_target_properties(${target} PROPERTIES COMPILE_WARNING_AS_ERROR OFF)
     endif()
     if(SONDIXQT_WARNINGS_AS_ERRORS)
         set_target_properties(${target} PROPERTIES COMPILE_WARNING_AS_ERROR ON)
+    endif()
+endfunction()
+
+# sondixqt_join_sources(<target> [<source that is compiled alone>...]): compiles groups of sources together, because
+# most of the time is spent in headers. Names in unnamed namespaces must be unique in the target. Sources that
+# include headers of Windows are compiled alone: these define macros such as "near".
+function(sondixqt_join_sources target)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 9)
+    if(ARGN)
+        set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
     endif()
 endfunction()
 

@@ -53,7 +53,8 @@ std::string tagOf(const std::string &content)
     return text;
 }
 
-std::string trimmed(std::string_view text)
+/// \a text without blanks and quotes around it.
+std::string tagAlone(std::string_view text)
 {
     constexpr std::string_view around = " \t\"";
     const std::size_t first = text.find_first_not_of(around);
@@ -67,9 +68,9 @@ bool listContains(std::string_view list, const std::string &tag)
 {
     while (!list.empty()) {
         const std::size_t end = std::min(list.find(','), list.size());
-        std::string one = trimmed(list.substr(0, end));
+        std::string one = tagAlone(list.substr(0, end));
         if (one.compare(0, 2, "W/") == 0)
-            one = trimmed(one.substr(2));
+            one = tagAlone(one.substr(2));
         if (one == tag || one == "*")
             return true;
         list.remove_prefix(std::min(end + 1, list.size()));

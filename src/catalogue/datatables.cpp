@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "datatables_p.h"
 
+#include "tablewords_p.h"
+
 namespace SondixQt {
 
 namespace {
 
-constexpr const char *unchanged = nullptr;
 constexpr const char *namesGY310[] = {"Signal1 Low-pass filter", "Signal2 SensorFUSION"};
 constexpr ConstantList<const char *> none = {};
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "searchtables_p.h"
 
+#include "tablewords_p.h"
+
 namespace SondixQt {
 
 namespace {
 
-constexpr bool yes = true;
-constexpr bool no = false;
-constexpr SensorInterface none = NoInterface;
+constexpr SensorInterface noCard = NoInterface;
 constexpr SensorType nothing = NoSensor;
 constexpr ConstantList<SensorType> alone = {};
 
@@ -26,21 +26,21 @@ constexpr SearchRow searchRows[] = {
     {SensorType::XA100PCI,     no,  no,   XA100,     nothing,                  alone},
     {SensorType::XA200PCI,     no,  no,   XA200,     nothing,                  alone},
     {SensorType::XA100USB,     no,  no,   XA100_USB, nothing,                  alone},
-    {SensorType::CP740,        yes, no,   none,      nothing,                  withCP740},
-    {SensorType::GenericKVBus, yes, no,   none,      SensorType::CP740,        alone},
-    {SensorType::EC82x_ETH,    yes, no,   none,      SensorType::GenericKVBus, withEC82x_ETH},
+    {SensorType::CP740,        yes, no,   noCard,    nothing,                  withCP740},
+    {SensorType::GenericKVBus, yes, no,   noCard,    SensorType::CP740,        alone},
+    {SensorType::EC82x_ETH,    yes, no,   noCard,    SensorType::GenericKVBus, withEC82x_ETH},
     {SensorType::XA200ETH,     no,  no,   XA200_ETH, nothing,                  alone},
-    {SensorType::HV2,          no,  yes,  none,      nothing,                  alone},
-    {SensorType::EC830,        yes, no,   none,      nothing,                  alone},
-    {SensorType::MV4xx,        yes, no,   none,      nothing,                  withMV4xx},
-    {SensorType::GY310,        yes, no,   none,      nothing,                  withGY310},
-    {SensorType::GY330,        yes, no,   none,      nothing,                  withGY330},
-    {SensorType::EC840,        yes, no,   none,      nothing,                  alone},
-    {SensorType::EC850,        yes, no,   none,      nothing,                  alone},
-    {SensorType::DVxxx,        yes, no,   none,      nothing,                  withDVxxx},
-    {SensorType::MV410,        yes, no,   none,      nothing,                  alone},
-    {SensorType::MV420,        yes, no,   none,      nothing,                  alone},
-    {SensorType::MV430,        yes, no,   none,      nothing,                  alone},
+    {SensorType::HV2,          no,  yes,  noCard,    nothing,                  alone},
+    {SensorType::EC830,        yes, no,   noCard,    nothing,                  alone},
+    {SensorType::MV4xx,        yes, no,   noCard,    nothing,                  withMV4xx},
+    {SensorType::GY310,        yes, no,   noCard,    nothing,                  withGY310},
+    {SensorType::GY330,        yes, no,   noCard,    nothing,                  withGY330},
+    {SensorType::EC840,        yes, no,   noCard,    nothing,                  alone},
+    {SensorType::EC850,        yes, no,   noCard,    nothing,                  alone},
+    {SensorType::DVxxx,        yes, no,   noCard,    nothing,                  withDVxxx},
+    {SensorType::MV410,        yes, no,   noCard,    nothing,                  alone},
+    {SensorType::MV420,        yes, no,   noCard,    nothing,                  alone},
+    {SensorType::MV430,        yes, no,   noCard,    nothing,                  alone},
 };
 
 // clang-format on

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sensorfeatures.h"
 #include "sensorfeatures_p.h"
+#include "tablewords_p.h"
 
 #include <initializer_list>
 
@@ -44,8 +45,6 @@ ModelTables::ModelTables(std::initializer_list<ModelRow> rows)
     }
 }
 
-constexpr bool yes = true;
-constexpr bool no = false;
 constexpr WebInterface none = NoWebInterface;
 constexpr WebInterface native = NativeWebInterface;
 constexpr WebInterface serial = SerialWebInterface;

@@ -73,7 +73,7 @@ QPixmap loadImage(const QString &image)
 }
 
 /// Registers the names with and without namespace: callers use either in queued calls.
-void registerMetaTypes()
+void registerSensorTypes()
 {
     qRegisterMetaType<SensorType>();
     qRegisterMetaType<SensorType>("SensorType");
@@ -91,7 +91,7 @@ void registerMetaTypes()
     qRegisterMetaType<QList<SensorType>>("QList<SensorType>");
 }
 
-Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
+Q_CONSTRUCTOR_FUNCTION(registerSensorTypes)
 
 } // namespace
 

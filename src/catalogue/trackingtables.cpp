@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "trackingtables_p.h"
 
+#include "tablewords_p.h"
+
 #include <algorithm>
 
 namespace SondixQt {
 
 namespace {
 
-constexpr bool yes = true;
-constexpr bool no = false;
 constexpr int unknownMode = -1;
 
 // clang-format off

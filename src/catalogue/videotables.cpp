@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "videotables_p.h"
 
+#include "tablewords_p.h"
+
 namespace SondixQt {
 
 namespace {
@@ -51,9 +53,6 @@ constexpr auto transmitted = VideoModeRule::TransmittedFlag;
 constexpr auto stream      = VideoModeRule::StreamMode;
 constexpr auto exclusive   = VideoModeRule::ExclusiveMode;
 
-constexpr const char *unchanged = nullptr;
-constexpr bool yes = true;
-constexpr bool no = false;
 constexpr int byRange = 0;
 constexpr int kept = 0;
 

@@ -17,7 +17,7 @@ QList<SensorType> typesSearchedTogether(SensorType type)
     return QList<SensorType>(types.begin(), types.end());
 }
 
-void registerMetaTypes()
+void registerFinderTypes()
 {
     static const bool registered = [] {
         qRegisterMetaType<SensorType>("SondixQt::SensorType");
@@ -37,7 +37,7 @@ SensorFinder::SensorFinder(QObject *parent)
     : QObject(parent)
     , d_ptr(new SensorFinderPrivate(this))
 {
-    registerMetaTypes();
+    registerFinderTypes();
 }
 
 SensorFinder::~SensorFinder()

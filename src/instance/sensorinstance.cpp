@@ -21,7 +21,7 @@ int sensorCount(const QMap<QString, QVariant> &parameters)
 }
 
 /// Registers the names that queued connections and QMetaObject::invokeMethod() use for these types.
-void registerMetaTypes()
+void registerInstanceTypes()
 {
     qRegisterMetaType<ErrorCode>("ErrorCode");
     qRegisterMetaType<ErrorCode>("SondixQt::ErrorCode");
@@ -32,7 +32,7 @@ void registerMetaTypes()
     qRegisterMetaType<QByteArray *>("QByteArray *");
     qRegisterMetaType<QVariant *>("QVariant *");
 }
-Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
+Q_CONSTRUCTOR_FUNCTION(registerInstanceTypes)
 
 } // namespace
 

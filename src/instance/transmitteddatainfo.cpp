@@ -6,7 +6,7 @@ namespace SondixQt {
 namespace {
 
 /// Registers the names with and without namespace: callers use either in queued calls.
-void registerMetaTypes()
+void registerTransmittedData()
 {
     qRegisterMetaType<SignalInfo>();
     qRegisterMetaType<SignalInfo>("SignalInfo");
@@ -19,7 +19,7 @@ void registerMetaTypes()
     QMetaType::registerEqualsComparator<VideoInfo>();
     QMetaType::registerEqualsComparator<TransmittedDataInfo>();
 }
-Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
+Q_CONSTRUCTOR_FUNCTION(registerTransmittedData)
 
 } // namespace
 

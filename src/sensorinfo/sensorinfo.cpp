@@ -88,12 +88,12 @@ bool hasFeature(SensorType type, bool SensorFeatures::*feature)
     return features != getSensorFeatures().end() && *features.*feature;
 }
 
-void registerMetaTypes()
+void registerSensorInfo()
 {
     qRegisterMetaType<SensorInfo>();
     qRegisterMetaType<SensorInfo>("SensorInfo");
 }
-Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
+Q_CONSTRUCTOR_FUNCTION(registerSensorInfo)
 
 } // namespace
 

@@ -32,7 +32,7 @@ constexpr Refusal refusals[] = {
     // clang-format on
 };
 
-const QByteArray blankLine = QByteArrayLiteral("\r\n\r\n");
+const QByteArray headEnd = QByteArrayLiteral("\r\n\r\n");
 
 QByteArray page(const QString &title, const QString &htmlText)
 {
@@ -49,7 +49,7 @@ QByteArray composed(int status, QLatin1String name, const char *connection, cons
 {
     return "HTTP/1.1 " + QByteArray::number(status) + ' ' + QByteArray(name.data(), name.size()) +
            "\r\nConnection: " + connection +
-           "\r\nContent-Type: text/html\r\nContent-Length: " + QByteArray::number(body.size()) + blankLine + body;
+           "\r\nContent-Type: text/html\r\nContent-Length: " + QByteArray::number(body.size()) + headEnd + body;
 }
 
 bool isNotModified(const QByteArray &header)
@@ -69,14 +69,14 @@ QByteArray withoutSharing(const QByteArray &header)
 {
     if (!header.toLower().contains("\naccess-control-"))
         return header;
-    QByteArray kept;
+    QByteArray shown;
     for (int begin = 0; begin < header.size();) {
         const QByteArray next = line(header, begin);
         if (!next.toLower().startsWith("access-control-"))
-            kept += next;
+            shown += next;
         begin += next.size();
     }
-    return kept;
+    return shown;
 }
 
 } // namespace
@@ -87,7 +87,7 @@ QByteArray sensorResponse(const QByteArray &header, const QByteArray &body)
         return commandResponse(body);
     QByteArray response = withoutSharing(header);
     const bool noBody = isNotModified(header);
-    response.reserve(response.size() + int(blankLine.size()) + (noBody ? 0 : int(body.size())));
+    response.reserve(response.size() + int(headEnd.size()) + (noBody ? 0 : int(body.size())));
     if (!response.endsWith("\n\r\n") && !response.endsWith("\n\n"))
         response += response.endsWith('\n') ? "\r\n" : "\r\n\r\n";
     return noBody ? response : response += body;
@@ -132,12 +132,12 @@ QByteArray otherMethodResponse(bool withBody)
     const QByteArray response =
         composed(HttpStatus::notImplemented, "Not Implemented"_latin1, "keep-alive",
                  page(QStringLiteral("501 Not Implemented"), QStringLiteral("Unknown HTTP request")));
-    return withBody ? response : response.left(response.indexOf(blankLine) + blankLine.size());
+    return withBody ? response : response.left(response.indexOf(headEnd) + headEnd.size());
 }
 
 QByteArray continueResponse()
 {
-    return "HTTP/1.1 100 Continue" + blankLine;
+    return "HTTP/1.1 100 Continue" + headEnd;
 }
 
 QByteArray refusalResponse(int status)

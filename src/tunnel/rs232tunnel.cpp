@@ -14,12 +14,12 @@ namespace {
 constexpr unsigned long timeoutMs = 2000;
 
 /// Registers the type names that call() passes to QMetaObject::invokeMethod().
-void registerMetaTypes()
+void registerTunnelTypes()
 {
     qRegisterMetaType<QUrl>("QUrl&");
     qRegisterMetaType<ErrorCode>("SondixQt::ErrorCode");
 }
-Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
+Q_CONSTRUCTOR_FUNCTION(registerTunnelTypes)
 
 template<typename... Arguments>
 void call(RS232TunnelWorker *worker, const char *function, Arguments... arguments)
