@@ -34,8 +34,8 @@ number=0
 "$root/tools/compile_commands.sh" "$build" src simulator apps | sort >"$work/commands"
 sed -E 's/ -c [^ ]+$//; s/^[^ ]+ //' "$work/commands" | sort -u | while read -r flags; do
     number=$((number + 1)) part=0
-    # Small groups, so that all cores have work.
-    grep -F -- " $flags -c " "$work/commands" | sed 's/.* //' | xargs -n 12 | while read -r sources; do
+    # Groups of a size that gives all cores work.
+    grep -F -- " $flags -c " "$work/commands" | sed 's/.* //' | xargs -n 24 | while read -r sources; do
         part=$((part + 1))
         printf '%s_%s\t%s\t%s\n' "$number" "$part" "$flags" "$sources"
     done

@@ -10,7 +10,11 @@ clang="clang++ --target=x86_64-w64-windows-gnu -fsyntax-only"
 clang+=" -stdlib++-isystem $headers -cxx-isystem $headers/x86_64-w64-mingw32"
 warnings="-Wgnu -Wmicrosoft -Wno-gnu-zero-variadic-macro-arguments"
 commands=build/windows/second_compiler
-tools/compile_commands.sh build/windows src simulator apps |
+# The sources of the tool spend most of their time in a header of templates.
+{
+    tools/compile_commands.sh build/windows src simulator apps/shared
+    tools/compile_commands.sh --joined build/windows apps/cli
+} |
     sed -E "s|^[^ ]+|$clang|; s| -fno-keep-inline-dllexport||; s|$| $warnings|" >"$commands"
 [[ -s $commands ]] || { echo "the build has no commands"; exit 1; }
 tr '\n' '\0' <"$commands" | xargs -0 -n 1 -P "$(nproc)" bash -c
