@@ -11,6 +11,9 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 
+# Programs are not linked again when only the code of a shared library has changed.
+set(CMAKE_LINK_DEPENDS_NO_SHARED ON)
+
 # Lets moc run before the libraries are built that a target is linked to.
 set(CMAKE_AUTOGEN_ORIGIN_DEPENDS OFF)
 
