@@ -40,7 +40,7 @@ std::int32_t finish(Instance &instance, const model::Outcome &outcome)
     return outcome.ok() ? outcome.code : instance.fail(outcome);
 }
 
-std::int32_t open(Instance &instance)
+std::int32_t openInstance(Instance &instance)
 {
     Simulator &simulator = Simulator::get();
     const model::ParameterList staged = instance.takeStaged();
@@ -48,7 +48,7 @@ std::int32_t open(Instance &instance)
                   instance.session.open(*simulator.bench(), staged, simulator.clock.now(), instance.answers));
 }
 
-std::int32_t close(Instance &instance)
+std::int32_t closeInstance(Instance &instance)
 {
     return finish(instance, instance.session.close(Simulator::get().clock.now()));
 }
@@ -130,13 +130,13 @@ std::int32_t ReleaseSensorInstance(std::uint32_t handle)
 std::int32_t OpenSensor(std::uint32_t handle)
 {
     return invoke(
-        "OpenSensor", [&] { return plain(handle); }, [&] { return timed(handle, open); });
+        "OpenSensor", [&] { return plain(handle); }, [&] { return timed(handle, openInstance); });
 }
 
 std::int32_t CloseSensor(std::uint32_t handle)
 {
     return invoke(
-        "CloseSensor", [&] { return plain(handle); }, [&] { return withInstance(handle, close); });
+        "CloseSensor", [&] { return plain(handle); }, [&] { return withInstance(handle, closeInstance); });
 }
 
 std::int32_t SensorCommand(std::uint32_t handle)

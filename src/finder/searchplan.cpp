@@ -13,15 +13,16 @@ namespace {
 
 // The base types whose search finds all their variants. The colour sensors come first: only their own search reports
 // all addresses of a sensor.
-constexpr SensorType families[] = {HV2, GenericKVBus, XA300};
+constexpr SensorType searchFamilies[] = {HV2, GenericKVBus, XA300};
 
 /// The family whose search finds \a type, or NoSensor.
 SensorType familyOf(SensorType type)
 {
-    const auto family = std::find_if(std::begin(families), std::end(families), [type](SensorType candidate) {
-        return baseType(type) == candidate || type == searchRow(candidate).alsoFinds;
-    });
-    return family == std::end(families) ? NoSensor : *family;
+    const auto family =
+        std::find_if(std::begin(searchFamilies), std::end(searchFamilies), [type](SensorType candidate) {
+            return baseType(type) == candidate || type == searchRow(candidate).alsoFinds;
+        });
+    return family == std::end(searchFamilies) ? NoSensor : *family;
 }
 
 // Its search does not scan serial lines.
@@ -35,7 +36,7 @@ bool isInterfaceCard(SensorType type)
 SearchPlan fewestSearches(const QList<SensorType> &wanted)
 {
     SearchPlan plan;
-    for (const SensorType family : families)
+    for (const SensorType family : searchFamilies)
         if (std::any_of(wanted.cbegin(), wanted.cend(),
                         [family](SensorType type) { return familyOf(type) == family; }))
             plan.types += family;

@@ -8,12 +8,12 @@ namespace SondixQt {
 
 namespace {
 
-void registerMetaTypes()
+void registerBlockTypes()
 {
     qRegisterMetaType<DataBlock>("SondixQt::DataBlock");
     qRegisterMetaType<DataGap>("SondixQt::DataGap");
 }
-Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
+Q_CONSTRUCTOR_FUNCTION(registerBlockTypes)
 
 } // namespace
 

@@ -10,15 +10,15 @@ namespace SondixQt {
 
 namespace {
 
-constexpr unsigned long timeoutMs = 2000;
+constexpr unsigned long stopTimeoutMs = 2000;
 constexpr std::chrono::milliseconds minInterval{1};
 
-void registerMetaTypes()
+void registerReaderTypes()
 {
     qRegisterMetaType<SensorReader::State>("SondixQt::SensorReader::State");
     qRegisterMetaType<CommandResult>("SondixQt::CommandResult");
 }
-Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
+Q_CONSTRUCTOR_FUNCTION(registerReaderTypes)
 
 CommandResult notSent()
 {
@@ -50,7 +50,7 @@ SensorReaderPrivate::~SensorReaderPrivate()
         return;
     queue->detach();
     thread->requestStop();
-    if (thread->join(timeoutMs)) {
+    if (thread->join(stopTimeoutMs)) {
         delete thread;
         return;
     }

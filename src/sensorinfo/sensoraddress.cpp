@@ -153,12 +153,12 @@ QString parsePart(const QString &part, SensorAddress &address)
     return {};
 }
 
-void registerMetaTypes()
+void registerSensorAddresses()
 {
     qRegisterMetaType<SensorAddress>();
     qRegisterMetaType<SensorAddress>("SensorAddress");
 }
-Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
+Q_CONSTRUCTOR_FUNCTION(registerSensorAddresses)
 
 } // namespace
 
