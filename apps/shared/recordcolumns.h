@@ -32,25 +32,36 @@ struct TimeAxis
     qint64 microseconds(double time) const { return offset + std::llround(time * 1.0e6); }
 };
 
-/// The times of the frames of a block.
+/// The times of the frames of a block, which must outlive it.
 class FrameTimes
 {
 public:
     FrameTimes(const SondixQt::DataBlock &block, const TimeAxis &axis)
-        : m_axis(axis)
-        , m_hasFirst(block.time().has_value())
-        , m_hasAll(m_hasFirst && block.frameInterval().has_value())
+        : m_block(block)
+        , m_axis(axis)
+        , m_isRegular(block.time() && block.frameInterval())
         , m_first(block.time().value_or(0.0))
         , m_interval(block.frameInterval().value_or(0.0))
     {
     }
-    bool isKnown(int frame) const { return frame == 0 ? m_hasFirst : m_hasAll; }
-    qint64 microseconds(int frame) const { return m_axis.microseconds(m_first + frame * m_interval); }
+    bool isKnown(int frame) const { return m_isRegular || m_block.frameTime(frame).has_value(); }
+    /// Only for a frame whose time is known.
+    qint64 microseconds(int frame) const
+    {
+        return m_axis.microseconds(m_isRegular ? m_first + frame * m_interval : *m_block.frameTime(frame));
+    }
+
+    /// The same in seconds, as exactly as a double can be.
+    double seconds(int frame) const
+    {
+        return static_cast<double>(m_axis.offset) * 1.0e-6 +
+               (m_isRegular ? m_first + frame * m_interval : *m_block.frameTime(frame));
+    }
 
 private:
+    const SondixQt::DataBlock &m_block;
     TimeAxis m_axis;
-    bool m_hasFirst;
-    bool m_hasAll;
+    bool m_isRegular;
     double m_first;
     double m_interval;
 };

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cstdlib>
 
 using namespace SondixQt;
 
@@ -109,24 +110,40 @@ bool Recorder::resumePart(Part &part)
     return false;
 }
 
+// All times of a recording have the same offset, so that their differences are exact, unless the clock of the
+// sensor-access library has another zero after a sensor was opened again.
+void Recorder::setAxis(const DataBlock &block)
+{
+    constexpr qint64 otherZero = 1'000'000; // microseconds
+    if (!m_clock || !block.time() || (m_axis && block.run() == m_run))
+        return;
+    const qint64 time = TimeAxis().microseconds(*block.time());
+    const std::optional<qint64> wallClock = block.wallClockMicroseconds();
+    if (!m_clock->axis && wallClock) {
+        m_clock->axis = TimeAxis{*wallClock - time};
+        m_clock->uncertainty = block.wallClockUncertainty();
+    }
+    m_run = block.run();
+    m_axis = m_clock->axis;
+    if (m_axis && wallClock && std::abs(*wallClock - time - m_axis->offset) > otherZero)
+        m_axis = TimeAxis{*wallClock - time};
+}
+
 // The files get their head with the first frame, whose time is then known.
 bool Recorder::begin(const DataBlock *block)
 {
-    if (m_clock && !m_clock->axis && block && block->time() && block->wallClockMicroseconds()) {
-        m_clock->axis = TimeAxis{*block->wallClockMicroseconds() - TimeAxis().microseconds(*block->time())};
-        m_clock->uncertainty = block->wallClockUncertainty();
-    }
-    const bool hasClock = m_clock && m_clock->axis;
+    if (block)
+        setAxis(*block);
     for (Part *part : {m_data.get(), m_notes.get()})
-        if (part && hasClock)
-            part->writer->timeAxis() = *m_clock->axis;
+        if (part && m_axis)
+            part->writer->timeAxis() = *m_axis;
     if (m_begun)
         return true;
     m_begun = true;
     m_head.start = QDateTime::currentDateTimeUtc();
-    if (block && block->time() && hasClock)
-        m_head.start = QDateTime::fromMSecsSinceEpoch(m_clock->axis->microseconds(*block->time()) / 1000, Qt::UTC);
-    m_head.uncertainty = hasClock ? std::optional(m_clock->uncertainty) : std::nullopt;
+    if (block && block->time() && m_axis)
+        m_head.start = QDateTime::fromMSecsSinceEpoch(m_axis->microseconds(*block->time()) / 1000, Qt::UTC);
+    m_head.uncertainty = m_axis ? std::optional(m_clock->uncertainty) : std::nullopt;
     for (Part *part : {m_data.get(), m_notes.get()}) {
         if (!part)
             continue;

@@ -71,6 +71,7 @@ private:
     bool openPart(Part &part);
     bool resumePart(Part &part);
     bool openNext();
+    void setAxis(const SondixQt::DataBlock &block);
     bool begin(const SondixQt::DataBlock *block);
     bool isRotationDue() const;
     bool writeSlice(const SondixQt::DataBlock &block, int first, int count);
@@ -84,6 +85,8 @@ private:
     RecordHead m_head;
     ErrorValues &m_errors;
     SharedClock *m_clock;
+    std::optional<TimeAxis> m_axis;
+    int m_run = -1;
     std::unique_ptr<Part> m_data;
     std::unique_ptr<Part> m_notes; // beside a .npy file
     QElapsedTimer m_sinceOpen;
