@@ -71,12 +71,13 @@ void CsvWriter::addFrames(TextBuffer &out, const DataBlock &block, int first, in
 {
     const FrameTimes times(block, m_axis);
     const int values = block.valuesPerFrame();
+    const qint64 number = block.firstFrame();
     const auto begin = static_cast<std::ptrdiff_t>(first) * values;
     const double *scaled = block.scaledData().constData() + begin;
     const qint32 *raw = block.rawData().constData() + begin;
     for (int frame = first; frame < first + count; ++frame) {
         if (m_columns.number) {
-            out.addInteger(block.firstFrame() + frame);
+            out.addInteger(number + frame);
             out.add(m_options.separator);
         }
         if (times.isKnown(frame))

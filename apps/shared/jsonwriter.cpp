@@ -66,12 +66,13 @@ void JsonWriter::addFrames(TextBuffer &out, const DataBlock &block, int first, i
 {
     const FrameTimes times(block, m_axis);
     const int values = block.valuesPerFrame();
+    const qint64 number = block.firstFrame();
     for (int frame = first; frame < first + count; ++frame) {
         const auto begin = static_cast<std::ptrdiff_t>(frame) * values;
         const double *scaled = block.scaledData().constData() + begin;
         const qint32 *raw = block.rawData().constData() + begin;
         out.add("{\"frame\":");
-        out.addInteger(block.firstFrame() + frame);
+        out.addInteger(number + frame);
         out.add(",\"time\":");
         if (times.isKnown(frame))
             out.addSeconds(times.microseconds(frame));

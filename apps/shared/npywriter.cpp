@@ -45,13 +45,19 @@ char *put(char *to, T value)
     return to + sizeof value;
 }
 
-bool hasErrorValue(const double *values, qint64 count)
+// Finds error values without branches: an error value, an infinity or NaN has an exponent of at least 0x420, as all
+// numbers from 2^33 on have, and carries it into the highest bit of the sum.
+class ErrorFilter
 {
-    bool has = false;
-    for (qint64 i = 0; i < count; ++i)
-        has |= isErrorValue(values[i]);
-    return has;
-}
+public:
+    void add(quint64 bits) { m_sum |= (bits & magnitude) + carry; }
+    bool mayHaveErrorValue() const { return m_sum > magnitude; }
+
+private:
+    static constexpr quint64 magnitude = 0x7fffffffffffffff;
+    static constexpr quint64 carry = quint64(0x800 - 0x420) << 52;
+    quint64 m_sum = 0;
+};
 
 } // namespace
 
@@ -109,33 +115,53 @@ QByteArray NpyWriter::preamble(qint64 size) const
 
 void NpyWriter::addFrames(TextBuffer &out, const DataBlock &block, int first, int count)
 {
-    const FrameTimes times(block, m_axis);
-    const int values = block.valuesPerFrame();
-    const auto begin = static_cast<std::ptrdiff_t>(first) * values;
-    const double *scaled = block.scaledData().constData() + begin;
-    const qint32 *raw = block.rawData().constData() + begin;
-    const bool isPlain =
-        m_columns.scaled && !m_columns.raw && !hasErrorValue(scaled, static_cast<qint64>(count) * values);
-    const auto scaledSize = static_cast<size_t>(values) * sizeof(double);
     char *to = out.extend(static_cast<size_t>(count) * static_cast<size_t>(m_recordSize));
-    for (int frame = first; frame < first + count; ++frame) {
-        to = put<qint32>(to, m_firstRun + block.run());
-        to = put<qint64>(to, block.firstFrame() + frame);
-        to = put<double>(to, times.isKnown(frame) ? static_cast<double>(times.microseconds(frame)) * 1.0e-6 : nan);
-        if (isPlain) {
-            std::memcpy(to, scaled, scaledSize);
-            to += scaledSize;
-            scaled += values;
-            continue;
+    if (m_columns.raw || !m_columns.scaled || !copyFrames(to, block, first, count))
+        convertFrames(to, block, first, count);
+}
+
+char *NpyWriter::addPrefix(char *to, qint32 run, qint64 number, const FrameTimes &times, int frame)
+{
+    to = put<qint32>(to, run);
+    to = put<qint64>(to, number);
+    return put<double>(to, times.isKnown(frame) ? times.seconds(frame) : nan);
+}
+
+// Fast path for scaled values alone. False if there may be error values among them.
+bool NpyWriter::copyFrames(char *to, const DataBlock &block, int first, int count) const
+{
+    const FrameTimes times(block, m_axis);
+    const qint32 run = m_firstRun + block.run();
+    const qint64 number = block.firstFrame();
+    const int values = block.valuesPerFrame();
+    const double *scaled = block.scaledData().constData() + static_cast<std::ptrdiff_t>(first) * values;
+    ErrorFilter filter;
+    for (int frame = first; frame < first + count; ++frame, scaled += values) {
+        to = addPrefix(to, run, number + frame, times, frame);
+        for (int i = 0; i < values; ++i) {
+            quint64 bits = 0;
+            std::memcpy(&bits, scaled + i, sizeof bits);
+            filter.add(bits);
+            to = put(to, bits);
         }
-        for (int i = 0; i < values; ++i, ++scaled, ++raw) {
-            const bool isError = isErrorValue(*scaled);
+    }
+    return !filter.mayHaveErrorValue();
+}
+
+void NpyWriter::convertFrames(char *to, const DataBlock &block, int first, int count)
+{
+    const FrameTimes times(block, m_axis);
+    for (int frame = first; frame < first + count; ++frame) {
+        to = addPrefix(to, m_firstRun + block.run(), block.firstFrame() + frame, times, frame);
+        for (int i = 0; i < block.valuesPerFrame(); ++i) {
+            const double value = block.scaled(frame, i);
+            const bool isError = isErrorValue(value);
             if (isError)
-                m_errors.count(*scaled);
+                m_errors.count(value);
             if (m_columns.scaled)
-                to = put<double>(to, isError ? nan : *scaled);
+                to = put<double>(to, isError ? nan : value);
             if (m_columns.raw)
-                to = put<qint32>(to, *raw);
+                to = put<qint32>(to, block.raw(frame, i));
         }
     }
 }
