@@ -196,7 +196,7 @@ void ReadSession::start(ReadSource &source, QEventLoop &loop)
     source.reader = std::make_unique<SensorReader>(*source.instance);
     source.reader->setQueueLimit(queuedValues);
     source.reader->setReconnect(m_options.reconnect());
-    source.run = std::make_unique<ReadRun>(*source.reader, *source.sink,
+    source.run = std::make_unique<ReadRun>(*source.reader, *source.sink, source.frame,
                                            m_options.plan(source.instance->isTriggerEnabled()));
     QObject::connect(source.run.get(), &ReadRun::finished, &loop, [this, &source, &loop] {
         if (source.run->end() == ReadRun::ReadFailed && m_running > 1)

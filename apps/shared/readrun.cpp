@@ -10,17 +10,21 @@ namespace SondixApp {
 namespace {
 
 constexpr int tickInterval = 50;
+constexpr int stopTimeout = 5000;
 
 } // namespace
 
-ReadRun::ReadRun(SensorReader &reader, FrameSink &sink, const Plan &plan, QObject *parent)
+ReadRun::ReadRun(SensorReader &reader, FrameSink &sink, const TransmittedDataInfo &frame, const Plan &plan,
+                 QObject *parent)
     : QObject(parent)
     , m_reader(reader)
     , m_sink(sink)
+    , m_frame(frame)
     , m_plan(plan)
 {
     connect(&reader, &SensorReader::blockReady, this, &ReadRun::takeBlock);
     connect(&reader, &SensorReader::gapDetected, this, &ReadRun::takeGap);
+    connect(&reader, &SensorReader::frameChanged, this, &ReadRun::takeFrame);
     connect(&reader, &SensorReader::stateChanged, this, &ReadRun::takeState);
     m_timer.setTimerType(Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, &ReadRun::tick);
@@ -67,6 +71,14 @@ void ReadRun::takeGap(const DataGap &gap)
     Q_EMIT advanced();
 }
 
+void ReadRun::takeFrame(const TransmittedDataInfo &frame)
+{
+    if (m_isComplete || frame == m_frame)
+        return;
+    m_isComplete = true;
+    endBy(ReadFailed, QStringLiteral("the sensor sends other values than at the beginning"));
+}
+
 void ReadRun::takeState(SensorReader::State state)
 {
     if (state == SensorReader::Failed)
@@ -100,6 +112,7 @@ void ReadRun::endBy(End end, const QString &problem)
     m_problem = problem;
     m_timer.stop();
     m_reader.stop();
+    QTimer::singleShot(stopTimeout, this, &ReadRun::finish);
 }
 
 // Counts even if the run was about to end anyway.

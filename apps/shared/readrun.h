@@ -40,10 +40,13 @@ public:
     };
     Q_ENUM(End)
 
-    /// \a reader and \a sink must outlive the run.
-    ReadRun(SondixQt::SensorReader &reader, FrameSink &sink, const Plan &plan, QObject *parent = nullptr);
+    /// \a reader and \a sink must outlive the run. \a frame describes the frames that \a sink can write: the run fails if
+    /// the sensor sends others.
+    ReadRun(SondixQt::SensorReader &reader, FrameSink &sink, const SondixQt::TransmittedDataInfo &frame,
+            const Plan &plan, QObject *parent = nullptr);
 
     void start();
+    /// Ends the run when what was read so far is written; after five seconds even if the sensor-access library hangs.
     void stop();
 
     End end() const { return m_end; }
@@ -64,6 +67,7 @@ Q_SIGNALS:
 private:
     void takeBlock(const SondixQt::DataBlock &block);
     void takeGap(const SondixQt::DataGap &gap);
+    void takeFrame(const SondixQt::TransmittedDataInfo &frame);
     void takeState(SondixQt::SensorReader::State state);
     void tick();
     void endBy(End end, const QString &problem = QString());
@@ -72,6 +76,7 @@ private:
 
     SondixQt::SensorReader &m_reader;
     FrameSink &m_sink;
+    const SondixQt::TransmittedDataInfo m_frame;
     const Plan m_plan;
     QTimer m_timer;
     QElapsedTimer m_sinceStart;
