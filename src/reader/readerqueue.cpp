@@ -22,7 +22,7 @@ DataGap gapFor(const DataBlock &block)
     gap.firstFrame = block.firstFrame();
     gap.frames = block.frameCount();
     gap.reason = DataGap::ConsumerOverrun;
-    if (block.time() && block.frameInterval())
+    if (block.time() && block.frameInterval() && block.firstFrame() > 0)
         gap.beginTime = *block.time() - *block.frameInterval();
     const std::optional<double> last = block.frameTime(block.frameCount() - 1);
     if (last && block.frameInterval())

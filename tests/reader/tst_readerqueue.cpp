@@ -58,6 +58,7 @@ private Q_SLOTS:
     void eventsAreAnnouncedOnce();
     void theOldestBlocksBecomeOneGap();
     void otherGapsKeepTheirReason();
+    void thereIsNothingBeforeTheFirstFrame();
     void theNewestBlockIsKept();
     void gapsAreLimitedToo();
     void answersAreNeverDiscarded();
@@ -127,6 +128,18 @@ void ReaderQueueTest::otherGapsKeepTheirReason()
     QCOMPARE(lost.run, 1);
     QCOMPARE(lost.frames, std::optional<qint64>(10));
     QCOMPARE(next<DataBlock>(queue).firstFrame(), 10);
+}
+
+void ReaderQueueTest::thereIsNothingBeforeTheFirstFrame()
+{
+    ReaderQueue queue(nullptr, 20);
+    queue.push(block(0, 0, 10));
+    queue.push(gap(0, 10, std::nullopt, DataGap::Disconnected));
+    queue.push(block(1, 7, 10));
+    queue.push(block(1, 17, 10));
+    QVERIFY(!next<DataGap>(queue).beginTime);
+    next<DataGap>(queue);
+    QCOMPARE(*next<DataGap>(queue).beginTime, 1.0 + 6 * 0.5);
 }
 
 void ReaderQueueTest::theNewestBlockIsKept()
