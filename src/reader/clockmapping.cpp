@@ -21,6 +21,10 @@ void ClockMapping::observe(double firstTime, double lastTime, double before, dou
         return;
     const double drift = maxDrift * std::max(now - observedAt, 0.0);
     observedAt = now;
+    if (newLower > newUpper) { // one of the clocks has been set since the last transfer
+        *this = ClockMapping();
+        return;
+    }
     if (isKnown()) {
         lower = std::max(lower - drift, newLower);
         upper = std::min(upper + drift, newUpper);
@@ -28,8 +32,8 @@ void ClockMapping::observe(double firstTime, double lastTime, double before, dou
             return;
     }
     // The first observation, or one of the clocks has been set.
-    lower = std::min(newLower, newUpper);
-    upper = std::max(newLower, newUpper);
+    lower = newLower;
+    upper = newUpper;
 }
 
 } // namespace SondixQt

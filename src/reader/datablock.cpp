@@ -8,6 +8,8 @@ namespace SondixQt {
 
 namespace {
 
+constexpr double maxMicroseconds = 9.0e18;
+
 void registerBlockTypes()
 {
     qRegisterMetaType<DataBlock>("SondixQt::DataBlock");
@@ -121,7 +123,10 @@ std::optional<qint64> DataBlock::wallClockMicroseconds() const
     const std::optional<double> time = this->time();
     if (!time || !d->wallClockOffset)
         return std::nullopt;
-    return qRound64((*time + *d->wallClockOffset) * 1.0e6);
+    const double microseconds = (*time + *d->wallClockOffset) * 1.0e6;
+    if (!(std::fabs(microseconds) < maxMicroseconds))
+        return std::nullopt;
+    return qRound64(microseconds);
 }
 
 QDateTime DataBlock::wallClockTime() const

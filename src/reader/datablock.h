@@ -74,8 +74,8 @@ public:
     /// The time of any frame; empty if it is not known.
     std::optional<double> frameTime(int frame) const;
 
-    /// The time of the first frame on the clock of the computer, in UTC; invalid if time() is empty. The clocks are
-    /// related once a run and followed.
+    /// The time of the first frame on the clock of the computer, in UTC; invalid if time() is empty, or while the
+    /// clocks could not yet be related. They are related once a run and followed.
     QDateTime wallClockTime() const;
     /// The same in microseconds since 1970-01-01 00:00 UTC.
     std::optional<qint64> wallClockMicroseconds() const;

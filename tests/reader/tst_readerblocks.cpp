@@ -2,6 +2,7 @@
 #include "support/unit.h"
 
 #include "reader/clockmapping_p.h"
+#include "reader/datablock_p.h"
 
 #include <SondixQt/DataBlock>
 
@@ -26,6 +27,8 @@ private Q_SLOTS:
     void clocksAreRelated();
     void driftingClocksAreFollowed();
     void aClockThatIsSetIsFollowed();
+    void aClockThatIsSetBackIsFollowed();
+    void absurdTimesHaveNoWallClockTime();
 };
 
 void ReaderBlocksTest::anEmptyBlockHasNothing()
@@ -159,6 +162,42 @@ void ReaderBlocksTest::aClockThatIsSetIsFollowed()
     QVERIFY(qAbs(mapping.offset() - 4600.0) < 0.1);
     mapping.observe(std::numeric_limits<double>::quiet_NaN(), 1.0, 1.0, 2.0);
     QVERIFY(qAbs(mapping.offset() - 4600.0) < 0.1);
+}
+
+void ReaderBlocksTest::aClockThatIsSetBackIsFollowed()
+{
+    ClockMapping mapping;
+    double offset = 1000.0;
+    double polled = 1.0; // on the clock of the library
+    double polledAt = polled + offset;
+    for (int i = 0; i < 100; ++i) {
+        const double first = polled;
+        const double last = polled + 0.04;
+        polled += 0.05;
+        if (i == 50)
+            offset -= 10.0;
+        const double now = polled + offset;
+        mapping.observe(first, last, polledAt, now);
+        polledAt = now;
+        if (mapping.isKnown())
+            QVERIFY(qAbs(mapping.offset() - offset) <= mapping.uncertainty() + 1e-9);
+    }
+    QVERIFY(mapping.isKnown());
+}
+
+void ReaderBlocksTest::absurdTimesHaveNoWallClockTime()
+{
+    for (const double time : {1.0e300, -1.0e300, 1.0e18}) {
+        auto *data = new DataBlockData;
+        data->valuesPerFrame = 1;
+        data->scaled = {1.0};
+        data->raw = {1};
+        data->times = {time};
+        data->wallClockOffset = 1.7e9;
+        const DataBlock block = DataBlockBuilder::block(data);
+        QVERIFY(!block.wallClockMicroseconds());
+        QVERIFY(!block.wallClockTime().isValid());
+    }
 }
 
 QTEST_GUILESS_MAIN(ReaderBlocksTest)
