@@ -15,13 +15,18 @@ constexpr double reportedRateError = 1.0e-3;
 constexpr double smallestRateError = 1.0e-8;
 /// The deviation of a single time is a few times the recent ones at most.
 constexpr double jitterFactor = 4.0;
+/// The times of this many frames are as exact as the reported rate.
+constexpr double reportedSpan = 128.0;
 /// The span of frames from which the period is estimated.
 constexpr qint64 maxSpan = qint64(1) << 20;
 /// The error of a prediction over one transfer, in frames. A lost frame deviates by 1.
 constexpr double transferError = 0.2;
 constexpr double tolerance = 0.5;
-/// The same while the period is expected to change.
+/// The same while the period is expected to change, and while a new one is to be confirmed.
 constexpr double pendingTolerance = 0.05;
+constexpr double confirmingTolerance = 0.25;
+/// The imprecision of early times is forgotten by this factor per transfer.
+constexpr double slackDecay = 63.0 / 64.0;
 constexpr double maxCountedFrames = 1.0e15;
 /// Times that are early by no more than this are imprecise; otherwise the clock has been set back.
 constexpr double maxEarlySeconds = 0.1;
@@ -37,10 +42,23 @@ double periodOf(double rateHz)
 
 void FramePeriod::reset(double seconds)
 {
-    value = seconds;
+    reported = value = seconds;
     relativeError = reportedRateError;
     jitter = 0.0;
     origin.reset();
+}
+
+void FramePeriod::restart()
+{
+    reported = value;
+    origin.reset();
+}
+
+void FramePeriod::shift(double seconds)
+{
+    if (origin)
+        origin->time += seconds;
+    checkpoint.time += seconds;
 }
 
 void FramePeriod::observe(qint64 frame, double time)
@@ -57,8 +75,10 @@ void FramePeriod::observe(qint64 frame, double time)
         return;
     const double deviation = std::fabs(measured - value) / value * span;
     jitter = std::max(jitter / 2.0, deviation);
-    value = measured;
-    relativeError = std::clamp(jitterFactor * jitter / span, smallestRateError, reportedRateError);
+    const double weight = span * span / (span * span + reportedSpan * reportedSpan);
+    value = reported + weight * (measured - reported);
+    relativeError = std::clamp(jitterFactor * jitter / span + std::fabs(value - measured) / value,
+                               smallestRateError, reportedRateError);
     if (frame - checkpoint.frame > maxSpan) {
         origin = checkpoint;
         checkpoint = {frame, time};
@@ -87,42 +107,54 @@ void FrameAccount::resume(const Timing &newTiming)
     forgetTimes();
 }
 
-void FrameAccount::commandSent(const Timing &newTiming, bool mayPause)
+void FrameAccount::commandSent(const Timing &newTiming)
 {
-    paused = paused || mayPause;
     const double wanted = newTiming.regular ? periodOf(newTiming.rateHz) : 0.0;
     const double reported = timing.regular ? periodOf(timing.rateHz) : 0.0;
     timing = newTiming;
-    if (wanted == reported) // not period.seconds(), which is more exact
-        return;
-    if (period.isKnown() && wanted > 0.0 && hasLast)
-        nextPeriod = wanted;
-    else
+    if (wanted > 0.0) {
+        pending = true;
+        if (wanted != reported || !period.isKnown()) // not period.seconds(), which is more exact
+            nextPeriod = wanted;
+    } else if (wanted != reported) {
         forgetTimes();
+    }
 }
 
 void FrameAccount::settle()
 {
-    paused = false;
-    if (nextPeriod > 0.0) {
+    if (pending && nextPeriod > 0.0)
         period.reset(nextPeriod);
-        nextPeriod = 0.0;
-    }
+    pending = false;
+    nextPeriod = 0.0;
 }
 
 void FrameAccount::setRate(double rateHz)
 {
     Timing changed = timing;
     changed.rateHz = rateHz;
-    commandSent(changed, false);
+    commandSent(changed);
 }
 
 void FrameAccount::forgetTimes()
 {
     period.reset(timing.regular ? periodOf(timing.rateHz) : 0.0);
+    pending = unconfirmed = false;
     nextPeriod = 0.0;
     slack = 0.0;
     hasLast = false;
+}
+
+/// A frame has begun the period that a command has set, or has restarted the present one.
+void FrameAccount::beginPeriod()
+{
+    if (nextPeriod > 0.0)
+        period.reset(nextPeriod);
+    else
+        period.restart();
+    pending = false;
+    nextPeriod = 0.0;
+    unconfirmed = true;
 }
 
 double FrameAccount::frameExcess(double time, double seconds) const
@@ -139,18 +171,20 @@ FrameAccount::Fit FrameAccount::fit(double time) const
     if (!period.isKnown())
         return time < lastTime ? Fit::Behind : Fit::Continues;
     const double excess = frameExcess(time, period.seconds());
-    const bool continues = std::fabs(excess) <= toleratedExcess();
-    if (nextPeriod > 0.0) {
-        const double newExcess = std::fabs(frameExcess(time, nextPeriod));
+    if (pending && std::fabs(excess) > pendingTolerance) {
+        const double expected = nextPeriod > 0.0 ? nextPeriod : period.seconds();
+        const double newExcess = std::fabs(frameExcess(time, expected));
         if (newExcess <= tolerance && newExcess < std::fabs(excess))
             return Fit::NewPeriod;
-        // The period has changed after the last frame, which began a new period of measurement.
+        // The command was carried out after the last frame and has restarted the measurement.
         const double afterLast = time - lastTime - static_cast<double>(next - 1 - lastFrame) * period.seconds();
-        if (std::fabs(excess) > pendingTolerance && afterLast >= nextPeriod * (1.0 - tolerance) &&
-            afterLast <= (period.seconds() + nextPeriod) * (1.0 + reportedRateError))
+        if (afterLast >= expected * (1.0 - tolerance) &&
+            afterLast <= (period.seconds() + expected) * (1.0 + reportedRateError))
             return Fit::NewPeriod;
     }
-    if (continues)
+    if (unconfirmed && std::fabs(excess) > std::max(confirmingTolerance, 2.0 * slack))
+        return excess > 0.0 ? Fit::Ahead : Fit::Behind;
+    if (std::fabs(excess) <= toleratedExcess())
         return Fit::Continues;
     if (excess > 0.0)
         return Fit::Ahead;
@@ -160,6 +194,13 @@ FrameAccount::Fit FrameAccount::fit(double time) const
 double FrameAccount::toleratedExcess() const
 {
     return std::max(tolerance, 2.0 * slack);
+}
+
+void FrameAccount::followImprecision(double excess)
+{
+    slack *= slackDecay;
+    if (-excess > tolerance)
+        slack = std::max(slack, -excess);
 }
 
 bool FrameAccount::fits(double time) const
@@ -208,12 +249,17 @@ FrameAccount::Frames FrameAccount::add(int values, double time)
     if (kind != Fit::Standing)
         firstTime = time;
 
+    const double excess = hasLast && firstTime && period.isKnown() ? frameExcess(time, period.seconds()) : 0.0;
     if (kind == Fit::NewPeriod) {
-        period.reset(nextPeriod);
-        nextPeriod = 0.0;
+        beginPeriod();
         result.continues = false;
-    } else if (kind == Fit::Early) {
-        slack = std::max(slack, -frameExcess(time, period.seconds()));
+    } else if (kind == Fit::Continues || kind == Fit::Early) {
+        followImprecision(excess);
+        unconfirmed = false;
+        if (kind == Fit::Early) {
+            period.shift(excess * period.seconds());
+            result.continues = false;
+        }
     } else if (kind == Fit::Ahead || kind == Fit::Behind) {
         // The frame that contains the first value is not the one whose beginning was transferred before.
         const bool skips = incomplete > 0;
@@ -223,22 +269,25 @@ FrameAccount::Frames FrameAccount::add(int values, double time)
             incomplete = 0;
             firstTime = period.isKnown() ? std::optional<double>(time + period.seconds()) : std::nullopt;
         }
-        const double excess = period.isKnown() ? frameExcess(time, period.seconds()) : 0.0;
         const double error = (static_cast<double>(next - lastFrame) + excess) * period.uncertainty();
-        const bool counted = kind == Fit::Ahead && nextPeriod == 0.0 && !paused && slack < tolerance &&
-                             error < tolerance && excess < maxCountedFrames;
-        if (counted) {
+        const bool restarted = pending || unconfirmed;
+        if (kind == Fit::Ahead && !restarted && slack < tolerance && error < tolerance &&
+            excess < maxCountedFrames) {
             result.gap = missing(qRound64(excess) + (skips ? 1 : 0), DataGap::LibraryOverrun, firstTime);
         } else {
             DataGap::Reason reason = DataGap::Unknown;
-            if (paused)
+            if (restarted && time >= lastTime)
                 reason = DataGap::Restarted;
             else if (kind == Fit::Ahead)
                 reason = DataGap::LibraryOverrun;
             result.gap = missing(std::nullopt, reason, firstTime);
+            const bool wasPending = pending;
             forgetTimes();
+            if (wasPending) { // frames of the period before may still follow
+                period.reset(0.0);
+                commandSent(timing);
+            }
         }
-        paused = false;
         result.continues = false;
     }
 
@@ -267,7 +316,7 @@ FrameAccount::Frames FrameAccount::add(int values, double time)
 
 int FrameAccount::maxFrames() const
 {
-    if (!timing.regular || nextPeriod > 0.0 || paused)
+    if (!timing.regular || pending)
         return 1; // each frame has a time of its own
     if (!period.isKnown())
         return maxTransferFrames;

@@ -16,6 +16,10 @@ public:
     void reset(double seconds);
     /// A block whose first frame has the number \a frame, at \a time.
     void observe(qint64 frame, double time);
+    /// The following times have an unknown offset to those before.
+    void restart();
+    /// The clock has been set by \a seconds.
+    void shift(double seconds);
 
     bool isKnown() const { return value > 0.0; }
     double seconds() const { return value; }
@@ -29,6 +33,7 @@ private:
         double time = 0.0;
     };
 
+    double reported = 0.0;
     double value = 0.0;
     double relativeError = 0.0;
     double jitter = 0.0; ///< recent deviation of a block from the prediction, in frames
@@ -74,8 +79,8 @@ public:
     /// The stream goes on after breakOff().
     void resume(const Timing &timing);
     /// A command has been sent that may have changed the rate or interrupted the measurement. Values that were
-    /// measured before it may still arrive. \a mayPause says that the sensor measures nothing meanwhile.
-    void commandSent(const Timing &timing, bool mayPause);
+    /// measured before it may still arrive.
+    void commandSent(const Timing &timing);
 
     /// All values that were measured before the last command have been transferred.
     void settle();
@@ -101,16 +106,19 @@ private:
     Fit fit(double time) const;
     double frameExcess(double time, double seconds) const;
     double toleratedExcess() const;
+    void followImprecision(double excess);
+    void beginPeriod();
     DataGap missing(std::optional<qint64> frames, DataGap::Reason reason, std::optional<double> endTime);
     void forgetTimes();
 
     Timing timing;
     FramePeriod period;
-    double nextPeriod = 0.0; ///< the period that a command may have set; 0: none
-    double slack = 0.0;      ///< frames by which times have been too early: they are that imprecise
-    bool paused = false;     ///< a command may have interrupted the measurement
-    int incomplete = 0;      ///< values of an incomplete frame
-    int toSkip = 0;          ///< values of a frame whose beginning is lost
+    bool pending = false;     ///< a command may have begun another period or restarted the measurement
+    double nextPeriod = 0.0;  ///< the period that it may have set; 0: none
+    bool unconfirmed = false; ///< the last transfer has begun a new period: the next one must confirm it
+    double slack = 0.0;       ///< frames by which times have recently been too early: they are that imprecise
+    int incomplete = 0;       ///< values of an incomplete frame
+    int toSkip = 0;           ///< values of a frame whose beginning is lost
     int run = 0;
     qint64 next = 0; ///< number of the next frame, which may be incomplete
     /// The last transfer whose time is known.

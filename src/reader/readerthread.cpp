@@ -366,7 +366,7 @@ ReaderThread::Result ReaderThread::runCommands(ReaderError &error)
             addSetting(task.settings, command);
         queue->push(CommandAnswer{command.number, answer});
         if (!isQuery(command.command) || isSpecial())
-            followCommand(isSpecial());
+            followCommand();
     }
     return Result::Done;
 }
@@ -380,7 +380,7 @@ CommandResult ReaderThread::send(const ReaderCommand &command)
 }
 
 /// Reads again what a command may have changed.
-void ReaderThread::followCommand(bool mayPause)
+void ReaderThread::followCommand()
 {
     const TransmittedDataInfo before = frame;
     QString text;
@@ -402,7 +402,7 @@ void ReaderThread::followCommand(bool mayPause)
         queue->push(account.breakOff(DataGap::Restarted));
         account.resume(timing());
     } else {
-        account.commandSent(timing(), mayPause);
+        account.commandSent(timing());
     }
     if (before != frame)
         queue->push(frame);

@@ -88,7 +88,7 @@ private:
     bool isSilent(ReaderError &error) const;
     Result runCommands(ReaderError &error);
     CommandResult send(const ReaderCommand &command);
-    void followCommand(bool mayPause);
+    void followCommand();
 
     void deliver();
     void setState(SensorReader::State state);
