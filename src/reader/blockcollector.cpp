@@ -67,6 +67,11 @@ DataBlock BlockCollector::take(std::optional<double> wallClockOffset, double wal
     const QVector<qint32> rawRest = raw.mid(values, rest);
     scaled.resize(values);
     raw.resize(values);
+    // The room for a transfer may be much larger than what has arrived, and blocks may wait for delivery.
+    if (scaled.capacity() > 2 * values) {
+        scaled.squeeze();
+        raw.squeeze();
+    }
     data->scaled = std::move(scaled);
     data->raw = std::move(raw);
     clear();

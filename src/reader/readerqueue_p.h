@@ -14,6 +14,7 @@ struct ReaderError
 {
     ErrorCode code = NoError;
     QString text;
+    bool isEnd = false; ///< reading ends
 };
 
 struct CommandAnswer

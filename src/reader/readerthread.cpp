@@ -72,11 +72,13 @@ bool isQuery(const QString &command)
 
 } // namespace
 
-void addSetting(ReaderCommands &settings, const ReaderCommand &setting)
+void replaceEarlier(ReaderCommands &settings, const ReaderCommand &setting)
 {
+    const auto end = std::find(settings.begin(), settings.end(), setting);
+    if (end == settings.end())
+        return;
     const auto isReplaced = [&setting](const ReaderCommand &earlier) { return isSameKind(earlier, setting); };
-    settings.erase(std::remove_if(settings.begin(), settings.end(), isReplaced), settings.end());
-    settings.append(setting);
+    settings.erase(std::remove_if(settings.begin(), end, isReplaced), end);
 }
 
 ReaderThread::ReaderThread(const ReaderTask &readerTask, std::shared_ptr<ReaderQueue> readerQueue)
@@ -118,11 +120,16 @@ void ReaderThread::forgetSettings()
         command.isSetting = false;
 }
 
-bool ReaderThread::hasCommand()
+void ReaderThread::forgetSettingsIfRequested()
 {
     const std::lock_guard<std::mutex> lock(mutex);
     if (std::exchange(settingsForgotten, false))
         task.settings.clear();
+}
+
+bool ReaderThread::hasCommand()
+{
+    const std::lock_guard<std::mutex> lock(mutex);
     return !commands.empty();
 }
 
@@ -165,9 +172,10 @@ bool ReaderThread::read()
     Time next = Clock::now();
     nextDelivery = next + task.interval;
     while (!isStopping()) {
-        Result result = runCommands(error);
-        if (result == Result::Done)
-            result = poll(error);
+        // What was measured before a command belongs to the settings before it.
+        const Result result = poll(error);
+        if (result == Result::Done && !isStopping() && hasCommand())
+            runCommand();
         if (result == Result::Failed || (result == Result::Lost && !reopen(error))) {
             if (isStopping())
                 break;
@@ -180,12 +188,17 @@ bool ReaderThread::read()
             deliver();
             nextDelivery = std::max(nextDelivery + task.interval, now);
         }
-        next = std::max(next + std::chrono::duration_cast<Clock::duration>(pollInterval()), now);
+        // A command wakes the thread earlier.
+        if (now >= next)
+            next = std::max(next + std::chrono::duration_cast<Clock::duration>(pollInterval()), now);
         waitUntil(next);
     }
-    if (state != SensorReader::Reconnecting)
-        poll(error); // what has been measured until now
+    if (state == SensorReader::Reconnecting)
+        return true;
+    const Result last = poll(error); // what has been measured until now
     deliver();
+    if (last != Result::Done)
+        queue->push(account.breakOff(DataGap::Disconnected));
     return true;
 }
 
@@ -233,6 +246,7 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
         return Result::Failed;
     }
     if (!instance->isOpen()) {
+        error.text.clear();
         error.code = instance->open(parameters, &error.text);
         if (error.code != NoError)
             return Result::Lost;
@@ -255,23 +269,40 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
         return Result::Failed;
     }
     polled = instance->isGetMeasureNeeded();
-    triggered = instance->isTriggerEnabled();
+    updateTriggerState();
     queue->push(SensorReport{instance->getInfoParameters()});
     if (before != frame || state == SensorReader::Opening)
         queue->push(frame);
-    account.resume(timing());
-    unsettled = 0;
+    resumeAccount();
     lastFrame = Clock::now();
     drainedAt = 0.0;
+    wallClock = {};
     setState(triggered ? SensorReader::WaitingForTrigger : SensorReader::Reading);
     return Result::Done;
 }
 
-/// False if another sensor has answered than the first time.
+/// The first values may have been measured before the settings were applied.
+void ReaderThread::resumeAccount()
+{
+    int available = 0;
+    if (task.settings.isEmpty() || (instance->dataAvail(available) == NoError && available == 0)) {
+        account.resume(timing());
+        unsettled = 0;
+        return;
+    }
+    FrameAccount::Timing unknown = timing();
+    unknown.rateHz = 0.0;
+    account.resume(unknown);
+    account.commandSent(timing());
+    unsettled = 2;
+}
+
+/// False if another sensor has answered than before.
 bool ReaderThread::checkIdentity(ReaderError &error)
 {
     const QStringList numbers = serialNumbers(*instance);
-    if (state == SensorReader::Opening) {
+    const auto isUnknown = [](const QString &number) { return number.isEmpty(); };
+    if (state == SensorReader::Opening || std::all_of(identity.begin(), identity.end(), isUnknown)) {
         identity = numbers;
         return true;
     }
@@ -285,6 +316,7 @@ bool ReaderThread::checkIdentity(ReaderError &error)
 
 ReaderThread::Result ReaderThread::applySettings(ReaderError &error)
 {
+    forgetSettingsIfRequested();
     for (const ReaderCommand &setting : qAsConst(task.settings)) {
         const CommandResult result = send(setting);
         if (result.code == NoError)
@@ -353,22 +385,18 @@ bool ReaderThread::reopen(ReaderError &loss)
     return false;
 }
 
-ReaderThread::Result ReaderThread::runCommands(ReaderError &error)
+void ReaderThread::runCommand()
 {
-    while (!isStopping() && hasCommand()) {
-        // What was measured before the command belongs to the settings before it.
-        const Result result = poll(error);
-        if (result != Result::Done)
-            return result;
-        const ReaderCommand command = takeCommand();
-        const CommandResult answer = send(command);
-        if (command.isSetting && answer.code == NoError)
-            addSetting(task.settings, command);
-        queue->push(CommandAnswer{command.number, answer});
-        if (!isQuery(command.command) || isSpecial())
-            followCommand();
+    forgetSettingsIfRequested();
+    const ReaderCommand command = takeCommand();
+    const CommandResult answer = send(command);
+    if (command.isSetting && answer.code == NoError) {
+        task.settings.append(command);
+        replaceEarlier(task.settings, command);
     }
-    return Result::Done;
+    queue->push(CommandAnswer{command.number, answer});
+    if (!isQuery(command.command) || isSpecial())
+        followCommand();
 }
 
 CommandResult ReaderThread::send(const ReaderCommand &command)
@@ -384,11 +412,8 @@ void ReaderThread::followCommand()
 {
     const TransmittedDataInfo before = frame;
     QString text;
-    if (describe(&text) != NoError) {
+    if (describe(&text) != NoError)
         qCWarning(readerLog).noquote() << "the sensor does not describe its data after a command:" << text;
-        frame = before;
-        return;
-    }
     const bool wasTriggered = triggered;
     updateTriggerState();
     if (frame.valuesPerFrame < 1 || frame.signals.size() != frame.valuesPerFrame) {
@@ -404,11 +429,15 @@ void ReaderThread::followCommand()
     } else {
         account.commandSent(timing());
     }
-    if (before != frame)
+    if (before != frame) {
+        deliver();
         queue->push(frame);
+    }
     unsettled = 2;
-    if (wasTriggered != triggered)
+    if (wasTriggered != triggered) {
+        lastFrame = Clock::now(); // from here on it may be silent
         setState(triggered ? SensorReader::WaitingForTrigger : SensorReader::Reading);
+    }
 }
 
 void ReaderThread::updateTriggerState()
@@ -434,8 +463,9 @@ void ReaderThread::setState(SensorReader::State newState)
     queue->push(state);
 }
 
-void ReaderThread::fail(const ReaderError &error)
+void ReaderThread::fail(ReaderError error)
 {
+    error.isEnd = true;
     queue->push(error);
 }
 

@@ -30,8 +30,8 @@ struct ReaderCommand
 
 using ReaderCommands = QVector<ReaderCommand>;
 
-/// Adds a setting, which replaces an earlier one of the same kind.
-void addSetting(ReaderCommands &settings, const ReaderCommand &setting);
+/// Removes the settings of the same kind that stand before \a setting.
+void replaceEarlier(ReaderCommands &settings, const ReaderCommand &setting);
 
 /// What a thread reads and how.
 struct ReaderTask
@@ -69,6 +69,7 @@ private:
 
     bool isStopping() const { return stopping.load(std::memory_order_relaxed); }
     void waitUntil(Time time);
+    void forgetSettingsIfRequested();
     bool hasCommand();
     ReaderCommand takeCommand();
 
@@ -78,6 +79,7 @@ private:
     ErrorCode describe(QString *errorText);
     bool reopen(ReaderError &loss);
     void closeSensor();
+    void resumeAccount();
     bool checkIdentity(ReaderError &error);
 
     Result poll(ReaderError &error);
@@ -86,14 +88,14 @@ private:
     void collect(int count, double time);
     void queryRate();
     bool isSilent(ReaderError &error) const;
-    Result runCommands(ReaderError &error);
+    void runCommand();
     CommandResult send(const ReaderCommand &command);
     void followCommand();
 
     void deliver();
     void setState(SensorReader::State state);
     void updateTriggerState();
-    void fail(const ReaderError &error);
+    void fail(ReaderError error);
     std::chrono::nanoseconds pollInterval() const;
     FrameAccount::Timing timing() const;
     bool isSpecial() const;

@@ -63,7 +63,8 @@ ReaderThread::Result ReaderThread::transfer(bool &drained, ReaderError &error)
         const ErrorCode code = instance->dataAvail(count, &error.text);
         if (code != NoError)
             return lossOf(code, error);
-        const qint64 frames = unsettled > 0 ? 1 : account.maxFrames();
+        // The rest of a frame is transferred alone: the frames behind it may have been lost.
+        const qint64 frames = unsettled > 0 || account.remainder() > 0 ? 1 : account.maxFrames();
         const auto wanted = static_cast<int>(
             std::min<qint64>(count, std::max<qint64>(frames * perFrame - account.remainder(), 1)));
         drained = wanted == count;
@@ -122,7 +123,8 @@ void ReaderThread::queryRate()
 bool ReaderThread::isSilent(ReaderError &error) const
 {
     if (!task.reconnect || !task.reconnect->silence || triggered ||
-        Clock::now() - lastFrame <= *task.reconnect->silence)
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastFrame) <=
+            *task.reconnect->silence)
         return false;
     error = {SensorReader::SilenceError,
              QStringLiteral("the sensor has sent no values for %1 s")

@@ -15,7 +15,8 @@ public:
 
     explicit ReconnectPlan(const Reconnect &reconnect)
         : options(reconnect)
-        , pause(std::max(reconnect.first, shortest))
+        , longest(std::clamp(reconnect.longest, shortest, unlimited))
+        , pause(std::clamp(reconnect.first, shortest, longest))
     {
     }
 
@@ -23,8 +24,8 @@ public:
     /// attempt is made at the end of the time.
     std::optional<Milliseconds> next(Milliseconds elapsed)
     {
-        Milliseconds result = std::min(pause, std::max(options.longest, shortest));
-        pause = std::min(pause * 2, std::max(options.longest, shortest));
+        Milliseconds result = pause;
+        pause = std::min(pause * 2, longest);
         if (options.giveUpAfter) {
             if (elapsed >= *options.giveUpAfter)
                 return std::nullopt;
@@ -35,8 +36,10 @@ public:
 
 private:
     static constexpr Milliseconds shortest{1};
+    static constexpr Milliseconds unlimited = std::chrono::hours(24 * 365);
 
     Reconnect options;
+    Milliseconds longest;
     Milliseconds pause;
 };
 

@@ -12,6 +12,7 @@ namespace {
 
 constexpr unsigned long stopTimeoutMs = 2000;
 constexpr std::chrono::milliseconds minInterval{1};
+constexpr std::chrono::milliseconds maxInterval = std::chrono::hours(1);
 
 void registerReaderTypes()
 {
@@ -141,6 +142,7 @@ void SensorReaderPrivate::handle(SensorReader::State newState)
 void SensorReaderPrivate::handle(const ReaderError &newError)
 {
     error = newError;
+    stopRequested = stopRequested || newError.isEnd;
     Q_EMIT q->errorOccurred(newError.code, newError.text);
 }
 
@@ -163,7 +165,9 @@ void SensorReaderPrivate::handle(const CommandAnswer &commandAnswer)
     const Waiting receiver = *found;
     waiting.erase(found);
     const ErrorCode code = commandAnswer.result.code;
-    if (receiver.command.isSetting && code != NoError && code != SensorReader::StoppedError)
+    if (receiver.command.isSetting && (code == NoError || code == SensorReader::StoppedError))
+        replaceEarlier(task.settings, receiver.command);
+    else if (receiver.command.isSetting)
         task.settings.removeAll(receiver.command);
     answer(receiver, commandAnswer.result);
 }
@@ -184,11 +188,15 @@ void SensorReaderPrivate::handle(const ReadingEnded &end)
     const bool starts = std::exchange(restarts, false);
     const auto notSentCommands = std::exchange(waiting, {});
     for (const Waiting &receiver : notSentCommands) {
-        answer(receiver, notSent());
-        if (!guard)
-            return;
+        if (receiver.command.isSetting)
+            replaceEarlier(task.settings, receiver.command);
     }
     handle(end.failed ? SensorReader::Failed : SensorReader::Stopped);
+    for (const Waiting &receiver : notSentCommands) {
+        if (!guard)
+            return;
+        answer(receiver, notSent());
+    }
     if (guard && starts)
         start();
 }
@@ -215,7 +223,7 @@ SensorReader::~SensorReader() = default;
 void SensorReader::setDeliveryInterval(std::chrono::milliseconds interval)
 {
     Q_D(SensorReader);
-    d->task.interval = std::max(interval, minInterval);
+    d->task.interval = std::clamp(interval, minInterval, maxInterval);
 }
 
 std::chrono::milliseconds SensorReader::deliveryInterval() const
@@ -262,7 +270,9 @@ void SensorReader::addSetting(const QString &command, const QMap<QString, QVaria
     ReaderCommand setting{0, command, parameters, true};
     d->post(setting, context, callback);
     setting.number = d->lastNumber;
-    SondixQt::addSetting(d->task.settings, setting);
+    d->task.settings.append(setting); // replaces an earlier one unless the sensor refuses it
+    if (!d->thread || d->stopRequested)
+        replaceEarlier(d->task.settings, setting);
 }
 
 void SensorReader::clearSettings()

@@ -105,7 +105,7 @@ public:
     /// They take effect at the next start().
     /// \{
 
-    /// How often blocks are delivered; 50 ms by default, at least 1 ms. A block is delivered earlier if it has 1,048,576
+    /// How often blocks are delivered: 1 ms to 1 hour, 50 ms by default. A block is delivered earlier if it has 1,048,576
     /// values.
     void setDeliveryInterval(std::chrono::milliseconds interval);
     std::chrono::milliseconds deliveryInterval() const;
@@ -130,8 +130,8 @@ public:
               const Callback &callback = {});
     /// Sends \a command with \a parameters now, if the reader is running, and after every opening, in the order of the
     /// calls. A setting replaces an earlier one with the same command, the same parameter names and the same
-    /// interface parameters ("IP_"). A setting that the sensor refuses now is forgotten; if it is refused after an
-    /// opening, the reader fails.
+    /// interface parameters ("IP_"). A setting that the sensor refuses now is forgotten, and an earlier one remains;
+    /// if it is refused after an opening, the reader fails.
     void addSetting(const QString &command, const QMap<QString, QVariant> &parameters, QObject *context = nullptr,
                     const Callback &callback = {});
     /// Forgets all settings. The sensor keeps what it has been set to.
@@ -156,7 +156,8 @@ public:
     bool hasUnknownGaps() const;
 
 public Q_SLOTS:
-    /// Begins to read. Nothing happens if the reader is running.
+    /// Begins to read. Nothing happens if the reader is running; after stop() and after an error that ends reading,
+    /// it starts again as soon as it has ended.
     void start();
     /// Ends reading: what has been read is delivered, then the state becomes Stopped.
     void stop();

@@ -34,6 +34,9 @@ private Q_SLOTS:
     void slotsMayStopAndStartTheReader();
     void noLockIsHeldInASlot();
     void aHangingCallDelaysDestructionByTwoSecondsAtMost();
+    void manyCommandsDoNotDelayReading();
+    void manyCommandsDoNotDelayDelivery();
+    void aFailedReaderCanBeStartedInASlot();
     void manyReadersReadAtOnce();
 };
 
@@ -221,6 +224,61 @@ void ReaderCommandsTest::aHangingCallDelaysDestructionByTwoSecondsAtMost()
     // The thread has let go of the sensor when the call returned.
     SensorInstance other(TX270);
     QTRY_COMPARE(other.open(readerAddress().parameters), NoError);
+}
+
+void ReaderCommandsTest::manyCommandsDoNotDelayReading()
+{
+    SensorReader reader(readerAddress());
+    Recording recording(reader);
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    int left = 300;
+    SensorReader::Callback next = [&](const CommandResult &) {
+        if (--left > 0)
+            reader.post("Get_Samplerate", {}, this, next);
+    };
+    reader.post("Get_Samplerate", {}, this, next);
+    QTRY_COMPARE(left, 0);
+    sondixsim::advance(0.1);
+    QTRY_COMPARE_WITH_TIMEOUT(recording.delivered, 100, 2000);
+}
+
+void ReaderCommandsTest::manyCommandsDoNotDelayDelivery()
+{
+    SensorReader reader(readerAddress());
+    int answered = 0;
+    int answeredBefore = -1;
+    connect(&reader, &SensorReader::blockReady, this, [&] {
+        if (answeredBefore < 0)
+            answeredBefore = answered;
+    });
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    sondixsim::Fault slow;
+    slow.command = "Get_Samplerate";
+    slow.delay = 0.02;
+    sondixsim::inject(slow);
+    sondixsim::advance(0.1);
+    constexpr int count = 50;
+    for (int i = 0; i < count; ++i)
+        reader.post("Get_Samplerate", {}, this, [&](const CommandResult &) { ++answered; });
+    QTRY_COMPARE(answered, count);
+    QVERIFY(answeredBefore >= 0 && answeredBefore < count / 2);
+}
+
+void ReaderCommandsTest::aFailedReaderCanBeStartedInASlot()
+{
+    sondixsim::unplug(serialNumber);
+    SensorReader reader(readerAddress());
+    Recording recording(reader);
+    connect(&reader, &SensorReader::errorOccurred, &reader, [&] {
+        sondixsim::plug(serialNumber);
+        reader.start();
+    });
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QCOMPARE(recording.states, QVector<State>({SensorReader::Opening, SensorReader::Failed, SensorReader::Opening,
+                                               SensorReader::Reading}));
 }
 
 void ReaderCommandsTest::manyReadersReadAtOnce()

@@ -34,15 +34,21 @@ private Q_SLOTS:
 
     void pausesGrowUntilTheTimeIsOver();
     void absurdPausesAreLimited();
+    void unlimitedTimesAreAllowed();
     void readsOnAfterACableWasPulled();
     void takesASilentSensorForGone();
+    void aSensorThatNeedsNoTriggerAnyMoreIsNotSilentAtOnce();
+    void aSensorThatIsGoneAtTheEndLeavesAGap();
     void otherErrorsEndReading();
     void givesUpAfterTheTime();
     void anotherSensorIsAnError();
+    void theSerialNumberMayBeUnknownAtFirst();
     void settingsAreAppliedAgainInOrder();
     void aSettingReplacesAnEarlierOneOfItsKind();
     void aRefusedSettingIsForgotten();
+    void aRefusedSettingDoesNotReplaceTheEarlierOne();
     void forgottenSettingsAreNotApplied();
+    void settingsForgottenMeanwhileAreNotApplied();
     void aChangedFrameIsReported();
     void anInstanceOfTheCallerIsOpenedAgain();
     void canBeStoppedWhileReconnecting();
@@ -78,6 +84,34 @@ void ReaderReconnectTest::absurdPausesAreLimited()
     QCOMPARE(plan.next(1ms), std::optional(1ms));
     reconnect.giveUpAfter = -1s;
     QVERIFY(!ReconnectPlan(reconnect).next(0ms));
+}
+
+void ReaderReconnectTest::unlimitedTimesAreAllowed()
+{
+    constexpr auto endless = std::chrono::milliseconds::max();
+    Reconnect reconnect;
+    reconnect.first = reconnect.longest = endless;
+    reconnect.silence = reconnect.giveUpAfter = endless;
+    ReconnectPlan plan(reconnect);
+    for (int i = 0; i < 3; ++i) {
+        const auto pause = plan.next(0ms);
+        QVERIFY(pause && *pause >= 24h && *pause <= 24h * 366);
+    }
+    SensorReader reader(readerAddress());
+    reader.setReconnect(reconnect);
+    reader.setDeliveryInterval(endless);
+    QCOMPARE(reader.deliveryInterval(), std::chrono::milliseconds(1h));
+    Recording recording(reader);
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    sondixsim::advance(0.1);
+    bool answered = false;
+    reader.post("Get_Samplerate", {}, this, [&](const CommandResult &) { answered = true; });
+    QTRY_VERIFY(answered);
+    reader.stop();
+    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
+    QCOMPARE(recording.delivered, 100);
+    QVERIFY(recording.errors.isEmpty());
 }
 
 void ReaderReconnectTest::readsOnAfterACableWasPulled()
@@ -121,6 +155,53 @@ void ReaderReconnectTest::takesASilentSensorForGone()
     QTRY_VERIFY(recording.states.count(SensorReader::Reconnecting) > 0); // the clock stands still
     QCOMPARE(recording.errors.first(), SensorReader::SilenceError);
     QTRY_VERIFY(recording.states.count(SensorReader::Reading) > 1);
+}
+
+void ReaderReconnectTest::aSensorThatNeedsNoTriggerAnyMoreIsNotSilentAtOnce()
+{
+    SensorReader reader(readerAddress());
+    Reconnect reconnect = quickly();
+    reconnect.silence = 500ms;
+    reader.setReconnect(reconnect);
+    reader.addSetting("Set_TriggerMode", {{"SP_TriggerMode", 1}});
+    Recording recording(reader);
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::WaitingForTrigger);
+    QTest::qWait(600); // longer than the sensor may be silent
+    reader.addSetting("Set_TriggerMode", {{"SP_TriggerMode", 0}}, this,
+                      [](const CommandResult &) { sondixsim::advance(0.1); });
+    QTRY_COMPARE(recording.delivered, 100);
+    reader.stop();
+    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
+    QCOMPARE(recording.states.count(SensorReader::Reconnecting), 0);
+}
+
+void ReaderReconnectTest::aSensorThatIsGoneAtTheEndLeavesAGap()
+{
+    SensorReader reader(readerAddress());
+    Recording recording(reader);
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    sondixsim::Fault stuck;
+    stuck.command = "Get_Info";
+    stuck.hang = true;
+    sondixsim::inject(stuck);
+    sondixsim::recordCalls(true);
+    reader.post("Get_Info", {});
+    const auto isStaged = [] {
+        const auto calls = sondixsim::calls();
+        return std::any_of(calls.begin(), calls.end(), [](const sondixsim::Call &call) {
+            return call.text() == R"(SetParameterString("S_Command", "Get_Info"))";
+        });
+    };
+    QTRY_VERIFY(isStaged());
+    reader.stop();
+    sondixsim::advance(0.1);
+    sondixsim::unplug(serialNumber);
+    QTRY_VERIFY((sondixsim::releaseHangs(), reader.state() == SensorReader::Stopped));
+    QCOMPARE(recording.delivered, 0);
+    QCOMPARE(recording.unknownGaps, 1);
+    QCOMPARE(recording.gaps.first().reason, DataGap::Disconnected);
 }
 
 void ReaderReconnectTest::otherErrorsEndReading()
@@ -175,6 +256,27 @@ void ReaderReconnectTest::anotherSensorIsAnError()
     QVERIFY(reader.errorString().contains(serialNumber));
     SensorInstance other(TX270);
     QCOMPARE(other.open(readerAddress().parameters), NoError); // it was closed
+}
+
+void ReaderReconnectTest::theSerialNumberMayBeUnknownAtFirst()
+{
+    SensorInstance opened(TX270);
+    QCOMPARE(opened.open(readerAddress().parameters), NoError);
+    SensorInstance instance(NoSensor);
+    instance = std::move(opened); // does not take over what the sensor has reported
+    instance.storeInterfaceParameters(readerAddress().parameters);
+    SensorReader reader(instance);
+    reader.setReconnect(quickly());
+    Recording recording(reader);
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    for (int i = 0; i < 2; ++i) {
+        sondixsim::unplug(serialNumber);
+        QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
+        sondixsim::plug(serialNumber);
+        QTRY_VERIFY(reader.state() != SensorReader::Reconnecting);
+        QCOMPARE(reader.state(), SensorReader::Reading);
+    }
 }
 
 void ReaderReconnectTest::settingsAreAppliedAgainInOrder()
@@ -238,6 +340,29 @@ void ReaderReconnectTest::aRefusedSettingIsForgotten()
     QTRY_COMPARE(reader.state(), SensorReader::Reading);
 }
 
+void ReaderReconnectTest::aRefusedSettingDoesNotReplaceTheEarlierOne()
+{
+    SensorReader reader(readerAddress());
+    Recording recording(reader);
+    reader.addSetting("Set_Samplerate", {{"SP_Measrate", 2.0}});
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    ErrorCode code = NoError;
+    reader.addSetting("Set_Samplerate", {{"SP_Measrate", 1e9}}, this,
+                      [&](const CommandResult &result) { code = result.code; });
+    QTRY_VERIFY(code != NoError);
+    reader.stop();
+    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
+    SensorInstance other(TX270);
+    QCOMPARE(other.open(readerAddress().parameters), NoError);
+    QCOMPARE(other.sendCommand("Set_Samplerate", {{"SP_Measrate", 1.0}}), NoError);
+    other.close();
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    sondixsim::advance(1.0);
+    QTRY_COMPARE(recording.delivered, 2000);
+}
+
 void ReaderReconnectTest::forgottenSettingsAreNotApplied()
 {
     SensorReader reader(readerAddress());
@@ -251,6 +376,22 @@ void ReaderReconnectTest::forgottenSettingsAreNotApplied()
     QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
     sondixsim::plug(serialNumber);
     QTRY_COMPARE(reader.state(), SensorReader::Reading);
+}
+
+void ReaderReconnectTest::settingsForgottenMeanwhileAreNotApplied()
+{
+    SensorReader reader(readerAddress());
+    reader.setReconnect(quickly());
+    reader.addSetting("Set_Samplerate", {{"SP_Measrate", 2.0}});
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    sondixsim::unplug(serialNumber);
+    QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
+    reader.clearSettings();
+    scriptCommandFailure("Set_Samplerate", -33);
+    sondixsim::plug(serialNumber);
+    QTRY_VERIFY(reader.state() != SensorReader::Reconnecting);
+    QCOMPARE(reader.state(), SensorReader::Reading);
 }
 
 void ReaderReconnectTest::aChangedFrameIsReported()
