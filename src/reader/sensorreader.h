@@ -56,7 +56,8 @@ struct SONDIXQT_EXPORT Reconnect
 /// Whatever is missing is reported by gapDetected(), in its place between the blocks: the frames delivered and the
 /// frames of the gaps are together all that the sensor has generated, as far as its sample rate and the times of the
 /// blocks tell. For sensors that measure when they are triggered or polled, and for those without a sample rate,
-/// missing frames cannot be noticed unless the times jump back.
+/// missing frames cannot be noticed unless the times jump back. A loss is noticed by the time of the next transfer: if
+/// frames were lost between values that the library transfers together, the gap follows these values.
 ///
 /// \par Threads
 /// A reader and all its functions belong to the thread in which it lives, which needs an event loop. Its signals are
@@ -96,8 +97,8 @@ public:
     /// A reader for a sensor that a search has found.
     explicit SensorReader(const SensorInfo &info, QObject *parent = nullptr);
     /// A reader that uses \a instance, which it does not own. If it is not open, it is opened with its
-    /// SensorInstance::storedInterfaceParameters() and closed in the end. Nothing else may transfer values of the
-    /// instance meanwhile.
+    /// SensorInstance::storedInterfaceParameters() and closed in the end. Meanwhile nothing else may open or close the
+    /// instance, transfer its values, or use its functions that are not locked; sending commands is allowed.
     explicit SensorReader(SensorInstance &instance, QObject *parent = nullptr);
     ~SensorReader() override;
 
