@@ -23,7 +23,7 @@ Q_NAMESPACE_EXPORT(SONDIXQT_EXPORT)
 /// sensor-access library, passed through unchanged (its documentation lists them).
 ///
 /// Values beyond the enumerators are normal: any code of the sensor-access library may occur. The enumerators
-/// are the codes that this library treats differently from other failures.
+/// are the codes that this library treats differently from other failures, and its own failures.
 enum ErrorCode : qint32 {
     NoError = 0, ///< success
     /// A command failed, but may have returned answers, which SensorInstance::ReadAfterPartialFail reads. The
@@ -31,6 +31,15 @@ enum ErrorCode : qint32 {
     PartialFailure26 = -26,
     /// As PartialFailure26.
     PartialFailure27 = -27,
+
+    // Failures of this library itself, which the sensor-access library does not know.
+    StoppedError = -32768,     ///< SensorReader: the command was not sent, because the reader has stopped
+    TimeLimitError = -32767,   ///< SensorFinder: the time limit of the search has passed
+    SkippedError = -32766,     ///< SensorFinder: the sensor-access library cannot search for one of the types
+    CreationError = -32765,    ///< SensorReader: the sensor-access library does not support the model
+    FrameError = -32764,       ///< SensorReader: the sensor does not describe its frames
+    OtherSensorError = -32763, ///< SensorReader: another sensor has answered
+    SilenceError = -32762,     ///< SensorReader: no values for Reconnect::silence
 };
 Q_ENUM_NS(ErrorCode)
 

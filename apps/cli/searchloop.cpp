@@ -101,7 +101,7 @@ SearchOutcome runSearch(const SearchRequest &request, Console &console, Interrup
     QObject::connect(&finder, &SensorFinder::updateSensorFinderStatus, &loop,
                      [&bar](const QString &text) { bar.setText(text); });
     QObject::connect(&finder, &SensorFinder::errorOccurred, &loop, [&](ErrorCode code, const QString &text) {
-        if (code == SensorFinder::TimeLimitError)
+        if (code == TimeLimitError)
             outcome.end = SearchOutcome::TimedOut;
         outcome.problem = text;
         if (finder.status() != SensorFinder::Searching)
@@ -114,7 +114,7 @@ SearchOutcome runSearch(const SearchRequest &request, Console &console, Interrup
     QObject::connect(&interrupt, &InterruptWatcher::interrupted, &finder, &SensorFinder::stopSearch);
     QTimer::singleShot(0, &finder, [&] { start(finder, request); });
     loop.exec();
-    const bool isSkipped = finder.error() == SensorFinder::SkippedError && !anyFound;
+    const bool isSkipped = finder.error() == SkippedError && !anyFound;
     if (!finished || isSkipped)
         outcome.end = SearchOutcome::Refused;
     return outcome;

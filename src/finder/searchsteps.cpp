@@ -157,10 +157,9 @@ void SensorFinderPrivate::skipType(const QString &name)
     if (interruption.happened())
         return;
     QString errorText;
-    sensorInstance.checkError(SensorFinder::SkippedError, &errorText, false);
-    setError(SensorFinder::SkippedError,
-             explained(QStringLiteral("%1 cannot be searched for").arg(name), errorText,
-                       QStringLiteral("the sensor-access library does not support it")));
+    sensorInstance.checkError(SkippedError, &errorText, false);
+    setError(SkippedError, explained(QStringLiteral("%1 cannot be searched for").arg(name), errorText,
+                                     QStringLiteral("the sensor-access library does not support it")));
     updateStatus(SensorFinder::Error);
     if (interruption.happened())
         return;
@@ -280,7 +279,7 @@ bool SensorFinderPrivate::isTimeOver() const
 void SensorFinderPrivate::endAtTimeLimit()
 {
     const Interruption interruption(this);
-    setError(SensorFinder::TimeLimitError,
+    setError(TimeLimitError,
              QStringLiteral("the search did not end within %1 s").arg(double(timeLimit.count()) / 1000.0) +
                  progressProblem);
     emitError();

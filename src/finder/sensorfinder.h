@@ -63,11 +63,6 @@ public:
     };
     Q_ENUM(Status)
 
-    /// The error of a search that was ended at its time limit.
-    static constexpr ErrorCode TimeLimitError = ErrorCode(-32767);
-    /// The error of a type that was skipped because the sensor-access library cannot search for it.
-    static constexpr ErrorCode SkippedError = ErrorCode(-32766);
-
     explicit SensorFinder(QObject *parent = nullptr);
     /// Aborts a running search; no signal is emitted.
     ~SensorFinder() override;

@@ -239,8 +239,8 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
         instance = owned.get();
     }
     if (!instance->isValid()) {
-        instance->checkError(SensorReader::CreationError, &error.text, false);
-        error.code = SensorReader::CreationError;
+        instance->checkError(CreationError, &error.text, false);
+        error.code = CreationError;
         if (error.text.isEmpty())
             error.text = QStringLiteral("the sensor-access library does not support this model");
         return Result::Failed;
@@ -264,9 +264,10 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
     if (error.code != NoError)
         return Result::Lost;
     if (frame.valuesPerFrame < 1 || frame.signals.size() != frame.valuesPerFrame) {
-        error = {SensorReader::FrameError,
-                 QStringLiteral("the sensor reports %1 values per frame").arg(frame.valuesPerFrame)};
-        return Result::Failed;
+        error = {FrameError, QStringLiteral("the sensor reports %1 values per frame").arg(frame.valuesPerFrame)};
+        frame = before;
+        // A sensor that has just got its power back may answer nonsense once.
+        return state == SensorReader::Reconnecting ? Result::Lost : Result::Failed;
     }
     polled = instance->isGetMeasureNeeded();
     updateTriggerState();
@@ -308,9 +309,8 @@ bool ReaderThread::checkIdentity(ReaderError &error)
     }
     if (numbers == identity)
         return true;
-    error = {SensorReader::OtherSensorError,
-             QStringLiteral("another sensor answers: serial number %1 instead of %2")
-                 .arg(numbers.join(QStringLiteral(", ")), identity.join(QStringLiteral(", ")))};
+    error = {OtherSensorError, QStringLiteral("another sensor answers: serial number %1 instead of %2")
+                                   .arg(numbers.join(QStringLiteral(", ")), identity.join(QStringLiteral(", ")))};
     return false;
 }
 

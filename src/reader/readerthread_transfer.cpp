@@ -126,9 +126,8 @@ bool ReaderThread::isSilent(ReaderError &error) const
         std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastFrame) <=
             *task.reconnect->silence)
         return false;
-    error = {SensorReader::SilenceError,
-             QStringLiteral("the sensor has sent no values for %1 s")
-                 .arg(std::chrono::duration<double>(*task.reconnect->silence).count())};
+    error = {SilenceError, QStringLiteral("the sensor has sent no values for %1 s")
+                               .arg(std::chrono::duration<double>(*task.reconnect->silence).count())};
     return true;
 }
 

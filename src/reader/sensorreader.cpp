@@ -24,7 +24,7 @@ Q_CONSTRUCTOR_FUNCTION(registerReaderTypes)
 CommandResult notSent()
 {
     CommandResult result;
-    result.code = SensorReader::StoppedError;
+    result.code = StoppedError;
     result.errorText = QStringLiteral("the reader has stopped");
     return result;
 }
@@ -73,12 +73,16 @@ void SensorReaderPrivate::start()
     stopRequested = restarts = false;
     queue = std::make_shared<ReaderQueue>(q, queueLimit);
     thread = new ReaderThread(task, queue);
+    for (const ReaderCommand &command : std::exchange(heldCommands, {}))
+        thread->post(command);
     thread->start();
 }
 
 void SensorReaderPrivate::stop()
 {
     restarts = false;
+    for (const ReaderCommand &command : std::exchange(heldCommands, {}))
+        answerNotSent(command.number);
     if (!thread)
         return;
     stopRequested = true;
@@ -91,14 +95,21 @@ void SensorReaderPrivate::post(ReaderCommand command, QObject *context, const Se
     waiting.insert(command.number, {context != nullptr, context, callback, command});
     if (thread && !stopRequested) {
         thread->post(command);
+    } else if (restarts) {
+        heldCommands.append(command);
     } else {
-        QMetaObject::invokeMethod(
-            q,
-            [this, number = command.number] {
-                handle(CommandAnswer{number, notSent()});
-            },
-            Qt::QueuedConnection);
+        answerNotSent(command.number);
     }
+}
+
+void SensorReaderPrivate::answerNotSent(quint64 number)
+{
+    QMetaObject::invokeMethod(
+        q,
+        [this, number] {
+            handle(CommandAnswer{number, notSent()});
+        },
+        Qt::QueuedConnection);
 }
 
 /// Delivers the events that are there now. Later ones wait for the next call, so that a slow consumer does not keep the
@@ -165,7 +176,7 @@ void SensorReaderPrivate::handle(const CommandAnswer &commandAnswer)
     const Waiting receiver = *found;
     waiting.erase(found);
     const ErrorCode code = commandAnswer.result.code;
-    if (receiver.command.isSetting && (code == NoError || code == SensorReader::StoppedError))
+    if (receiver.command.isSetting && (code == NoError || code == StoppedError))
         replaceEarlier(task.settings, receiver.command);
     else if (receiver.command.isSetting)
         task.settings.removeAll(receiver.command);
@@ -185,19 +196,20 @@ void SensorReaderPrivate::handle(const ReadingEnded &end)
     delete std::exchange(thread, nullptr);
     queue.reset();
     stopRequested = false;
-    const bool starts = std::exchange(restarts, false);
-    const auto notSentCommands = std::exchange(waiting, {});
-    for (const Waiting &receiver : notSentCommands) {
+    QMap<quint64, Waiting> notSentCommands = std::exchange(waiting, {});
+    for (const ReaderCommand &command : qAsConst(heldCommands))
+        waiting.insert(command.number, notSentCommands.take(command.number));
+    for (const Waiting &receiver : qAsConst(notSentCommands)) {
         if (receiver.command.isSetting)
             replaceEarlier(task.settings, receiver.command);
     }
     handle(end.failed ? SensorReader::Failed : SensorReader::Stopped);
-    for (const Waiting &receiver : notSentCommands) {
+    for (const Waiting &receiver : qAsConst(notSentCommands)) {
         if (!guard)
             return;
         answer(receiver, notSent());
     }
-    if (guard && starts)
+    if (guard && restarts)
         start();
 }
 

@@ -82,16 +82,6 @@ public:
     };
     Q_ENUM(State)
 
-    /// \name Errors of the reader
-    /// Other errors are those of the sensor-access library.
-    /// \{
-    static constexpr ErrorCode StoppedError = ErrorCode(-32768);     ///< not sent, because the reader has stopped
-    static constexpr ErrorCode CreationError = ErrorCode(-32767);    ///< the model is not supported
-    static constexpr ErrorCode FrameError = ErrorCode(-32766);       ///< the frames are not described
-    static constexpr ErrorCode OtherSensorError = ErrorCode(-32765); ///< another sensor has answered
-    static constexpr ErrorCode SilenceError = ErrorCode(-32764);     ///< no values for Reconnect::silence
-    /// \}
-
     /// A reader that opens the sensor at \a address itself and closes it in the end.
     explicit SensorReader(const SensorAddress &address, QObject *parent = nullptr);
     /// A reader for a sensor that a search has found.

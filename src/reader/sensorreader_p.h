@@ -35,6 +35,7 @@ public:
         SensorReader::Callback callback;
         ReaderCommand command;
     };
+    void answerNotSent(quint64 number);
     static void answer(const Waiting &waiting, const CommandResult &result);
 
     SensorReader *const q;
@@ -44,6 +45,7 @@ public:
     std::shared_ptr<ReaderQueue> queue; ///< of the thread
     bool restarts = false;              ///< start() was called after stop(), while the thread was still running
     bool stopRequested = false;
+    ReaderCommands heldCommands; ///< for the thread that is started next
     QMap<quint64, Waiting> waiting;
     quint64 lastNumber = 0;
 

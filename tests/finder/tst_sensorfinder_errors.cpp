@@ -166,7 +166,7 @@ void TestSensorFinderErrors::skippedTypesAreReportedWhileTheSearchGoesOn()
     QVERIFY(recorder.waitForEnd());
     QCOMPARE(recorder.linesOf("error").size(), 1);
     QCOMPARE(finder.status(), SensorFinder::Ready);
-    QCOMPARE(finder.error(), SensorFinder::SkippedError);
+    QCOMPARE(finder.error(), SkippedError);
     QVERIFY2(finder.errorString().startsWith("Tavrin TX270 cannot be searched for: "),
              qPrintable(finder.errorString()));
 }
@@ -245,7 +245,7 @@ void TestSensorFinderErrors::aSearchEndsAtItsTimeLimit()
     };
     QCOMPARE(recorder.lines.mid(recorder.lines.indexOf(expected.first())), expected);
     QCOMPARE(finder.status(), SensorFinder::Ready);
-    QCOMPARE(finder.error(), SensorFinder::TimeLimitError);
+    QCOMPARE(finder.error(), TimeLimitError);
     QCOMPARE(finder.errorString(), "the search did not end within 0.7 s");
     QCOMPARE(sentCommands().count("Abort_FindSensor"), 1);
     QVERIFY(isQuiet());
@@ -325,7 +325,7 @@ void TestSensorFinderErrors::aRunningSearchGetsANewLimit()
     QCOMPARE(finder.status(), SensorFinder::Searching);
     finder.setTimeLimit(1ms);
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(finder.error(), SensorFinder::TimeLimitError);
+    QCOMPARE(finder.error(), TimeLimitError);
 }
 
 void TestSensorFinderErrors::limitsThatAreNone_data()
@@ -415,7 +415,7 @@ void TestSensorFinderErrors::slotsMayEndTheSearchAtTheLimit()
     QVERIFY(isQuiet());
     QCOMPARE(recorder.lines.count("finished"), 1);
     QCOMPARE(sentCommands().count("Abort_FindSensor"), 1);
-    QCOMPARE(finder->error(), action == "stop" ? SensorFinder::TimeLimitError : NoError);
+    QCOMPARE(finder->error(), action == "stop" ? TimeLimitError : NoError);
     delete finder;
 }
 

@@ -299,7 +299,7 @@ void TestSensorFinderFull::itEndsAtItsTimeLimit()
     Recorder recorder(finder, Recorder::WithErrors);
     finder.startFullSearch();
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(finder.error(), SensorFinder::TimeLimitError);
+    QCOMPARE(finder.error(), TimeLimitError);
     QCOMPARE(searchedTypes(), QList<int>({HV2}));
 }
 

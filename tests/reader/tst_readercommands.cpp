@@ -29,6 +29,8 @@ private Q_SLOTS:
     void aDestroyedContextGetsNoAnswer();
     void commandsOfAStoppedReaderAreNotSent();
     void commandsThatWaitAtTheEndAreNotSent();
+    void commandsAfterARestartAreSent();
+    void aStopInTheSlotOfTheEndKeepsTheReaderStopped();
     void slotsMayDeleteTheReader_data();
     void slotsMayDeleteTheReader();
     void slotsMayStopAndStartTheReader();
@@ -100,7 +102,7 @@ void ReaderCommandsTest::commandsOfAStoppedReaderAreNotSent()
     ErrorCode code = NoError;
     reader.post("Get_Samplerate", {}, this, [&](const CommandResult &result) { code = result.code; });
     QCOMPARE(code, NoError); // not before the event loop
-    QTRY_COMPARE(code, SensorReader::StoppedError);
+    QTRY_COMPARE(code, StoppedError);
 }
 
 void ReaderCommandsTest::commandsThatWaitAtTheEndAreNotSent()
@@ -120,7 +122,45 @@ void ReaderCommandsTest::commandsThatWaitAtTheEndAreNotSent()
     sondixsim::releaseHangs();
     QTRY_COMPARE(reader.state(), SensorReader::Stopped);
     QCOMPARE(codes.size(), 3);
-    QCOMPARE(codes.last(), SensorReader::StoppedError);
+    QCOMPARE(codes.last(), StoppedError);
+}
+
+void ReaderCommandsTest::commandsAfterARestartAreSent()
+{
+    SensorReader reader(readerAddress());
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    reader.stop();
+    reader.start();
+    ErrorCode code = ErrorCode(1);
+    reader.post("Get_Samplerate", {}, this, [&](const CommandResult &result) { code = result.code; });
+    QTRY_VERIFY(code != ErrorCode(1));
+    QCOMPARE(code, NoError);
+    reader.stop();
+    reader.start();
+    reader.post("Get_Samplerate", {}, this, [&](const CommandResult &result) { code = result.code; });
+    reader.stop();
+    QTRY_COMPARE(code, StoppedError);
+    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
+}
+
+void ReaderCommandsTest::aStopInTheSlotOfTheEndKeepsTheReaderStopped()
+{
+    SensorReader reader(readerAddress());
+    QVector<State> states;
+    ErrorCode code = NoError;
+    connect(&reader, &SensorReader::stateChanged, this, [&](State state) {
+        states.append(state);
+        if (state == SensorReader::Stopped)
+            reader.stop();
+    });
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    reader.stop();
+    reader.start();
+    reader.post("Get_Samplerate", {}, this, [&](const CommandResult &result) { code = result.code; });
+    QTRY_COMPARE(code, StoppedError);
+    QCOMPARE(states.last(), SensorReader::Stopped);
 }
 
 void ReaderCommandsTest::slotsMayDeleteTheReader_data()

@@ -41,6 +41,7 @@ private Q_SLOTS:
     void aSensorThatIsGoneAtTheEndLeavesAGap();
     void otherErrorsEndReading();
     void givesUpAfterTheTime();
+    void aGarbledDescriptionIsReadAgain();
     void anotherSensorIsAnError();
     void theSerialNumberMayBeUnknownAtFirst();
     void settingsAreAppliedAgainInOrder();
@@ -153,7 +154,7 @@ void ReaderReconnectTest::takesASilentSensorForGone()
     Recording recording(reader);
     reader.start();
     QTRY_VERIFY(recording.states.count(SensorReader::Reconnecting) > 0); // the clock stands still
-    QCOMPARE(recording.errors.first(), SensorReader::SilenceError);
+    QCOMPARE(recording.errors.first(), SilenceError);
     QTRY_VERIFY(recording.states.count(SensorReader::Reading) > 1);
 }
 
@@ -239,6 +240,26 @@ void ReaderReconnectTest::givesUpAfterTheTime()
     QCOMPARE(recording.errors.size(), 2);
 }
 
+void ReaderReconnectTest::aGarbledDescriptionIsReadAgain()
+{
+    SensorReader reader(readerAddress());
+    reader.setReconnect(quickly());
+    Recording recording(reader);
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    sondixsim::unplug(serialNumber);
+    QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
+    sondixsim::Fault garbled;
+    garbled.command = "Get_TransmittedDataInfo";
+    garbled.answer = "nonsense";
+    garbled.times = 1;
+    sondixsim::inject(garbled);
+    sondixsim::plug(serialNumber);
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QCOMPARE(reader.frame().valuesPerFrame, 2);
+    QCOMPARE(recording.frames.size(), 1);
+}
+
 void ReaderReconnectTest::anotherSensorIsAnError()
 {
     SensorReader reader(readerAddress());
@@ -251,7 +272,7 @@ void ReaderReconnectTest::anotherSensorIsAnError()
     sondixsim::loadBench(R"({ "sensors": [ { "model": "TX270", "serialNumber": "2002",
         "place": { "interface": "RS232", "port": "3" } } ] })");
     QTRY_COMPARE(reader.state(), SensorReader::Failed);
-    QCOMPARE(reader.error(), SensorReader::OtherSensorError);
+    QCOMPARE(reader.error(), OtherSensorError);
     QVERIFY(reader.errorString().contains("2002"));
     QVERIFY(reader.errorString().contains(serialNumber));
     SensorInstance other(TX270);

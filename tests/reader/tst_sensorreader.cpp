@@ -188,7 +188,7 @@ void SensorReaderTest::failsIfTheFramesAreNotDescribed()
     SensorReader reader(readerAddress());
     reader.start();
     QTRY_COMPARE(reader.state(), SensorReader::Failed);
-    QCOMPARE(reader.error(), SensorReader::FrameError);
+    QCOMPARE(reader.error(), FrameError);
 }
 
 void SensorReaderTest::failsIfTheSensorIsUnplugged()
