@@ -127,7 +127,7 @@ bool SensorFinderPrivate::isKnown(const SensorIdentity &identity, bool ignoreCha
 bool SensorFinderPrivate::isReportedByFullSearch(const SensorInfo &result)
 {
     // Ethernet and USB are scanned even if they are not requested.
-    if (!fullSearch->interfaces.testFlag(result.interfaceType()))
+    if (!(fullSearch->interfaces & result.interfaceType()))
         return false;
     if (!searchSimilarSensors && !fullSearch->types.contains(result.sensorType()))
         return false;

@@ -130,11 +130,11 @@ public Q_SLOTS:
     /// Searches \a interfaces for all sensors of \a groups, in as few searches as possible: one for each family of bus
     /// sensors and of colour sensors, and one for all other models. A search for everything takes four.
     ///
-    /// The interfaces of setSearchInterface() are not used. Hidden variants are found as well, and a MultiSensor
-    /// if \a groups is AllGroups. Sensors on other interfaces are not reported, and sensors of other types
-    /// only if setSearchSimilarSensors() is enabled. A sensor that several of the searches find is reported once. If a
-    /// sensor does not answer the search for a similar model, only startSearch() with its
-    /// own type finds it. Without a model in \a groups the search finishes at once.
+    /// The interfaces of setSearchInterface() are not used. Hidden variants are found as well, and a MultiSensor if
+    /// \a groups is AllGroups. Sensors on other interfaces are not reported, and sensors of other types only if
+    /// setSearchSimilarSensors() is enabled. A sensor that several of the searches find is reported once. If a sensor
+    /// does not answer the search for a similar model, only startSearch() with its own type finds it. If \a groups
+    /// contains no model, the search finishes at once.
     void startFullSearch(SondixQt::SensorInterfaces interfaces = SondixQt::SensorInterfaces(~0),
                          SondixQt::SensorGroups groups = SondixQt::AllGroups);
     /// Searches for sensors of \a sensorType and, if it is a base type, of its variants. Some bus sensors are

@@ -121,7 +121,7 @@ QString encodedValue(const QString &parameter, const QVariant &value)
     const QVariant parsed = isTextParameter(parameter) ? QVariant(plain) : numberOrText(plain);
     if (value.type() == QVariant::String && parsed.type() != QVariant::String)
         return encodeAll(plain.left(1)) + encode(plain.mid(1));
-    if (value.type() == QVariant::Double && parsed.type() == QVariant::Int)
+    if (value.type() == QVariant::Double && parsed.type() == QVariant::Int && !rowOfParameter(parameter))
         return encode(plain) + QLatin1String(".0");
     return encode(plain);
 }
@@ -275,10 +275,8 @@ std::optional<QVariant> SensorAddress::parseValue(const QString &parameter, cons
 
 bool SensorAddress::operator==(const SensorAddress &other) const
 {
-    // QVariant::operator== converts its right operand and is not symmetric if the types differ.
-    const auto isSameType = [](const QVariant &a, const QVariant &b) { return a.userType() == b.userType(); };
-    return type == other.type && parameters == other.parameters &&
-           std::equal(parameters.begin(), parameters.end(), other.parameters.begin(), isSameType);
+    // Not by QVariant::operator==, which converts its right operand and is not symmetric.
+    return type == other.type && toString() == other.toString();
 }
 
 } // namespace SondixQt

@@ -66,7 +66,7 @@ struct SONDIXQT_EXPORT SensorAddress
     static std::optional<QVariant> parseValue(const QString &parameter, const QString &text,
                                               QString *problem = nullptr);
 
-    /// Compares all parameters, including their types: the text "3" differs from the number 3.
+    /// Whether both have the same model and the same text form: parameters that only describe the sensor do not count.
     bool operator==(const SensorAddress &other) const;
     bool operator!=(const SensorAddress &other) const { return !(*this == other); }
 };

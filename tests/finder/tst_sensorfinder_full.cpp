@@ -206,6 +206,9 @@ void TestSensorFinderFull::unidentifiedDevicesAreNotReported()
     finder.startFullSearch(RS232, Tavrin);
     QVERIFY(recorder.waitForEnd());
     QCOMPARE(recorder.linesOf("found"), QStringList("found 3"));
+    finder.startFullSearch(SensorInterfaces(), Tavrin);
+    QVERIFY(recorder.waitForEnd(2));
+    QCOMPARE(recorder.linesOf("found"), QStringList("found 3"));
 }
 
 void TestSensorFinderFull::theBlacklistApplies()

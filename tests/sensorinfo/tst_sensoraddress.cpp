@@ -18,6 +18,7 @@ class TestSensorAddress : public QObject
 private Q_SLOTS:
     void showsModelInterfaceAndParameters();
     void leavesOutWhatOnlyDescribes();
+    void aFoundSensorEqualsItsText();
     void readsWhatItShows_data();
     void readsWhatItShows();
     void textsThatLookLikeNumbersStayTexts();
@@ -28,12 +29,12 @@ private Q_SLOTS:
     void describesThePlace_data();
     void describesThePlace();
     void everyModelAndInterfaceCanBeRead();
-    void switchesBecomeNumbers();
+    void switchesAndDecimalNumbersBecomeIntegers();
     void whatIsNotInTheCatalogueIsShown();
     void keysAreTheNamesOfTheTextForm();
     void valuesAreParsedByTheirParameter_data();
     void valuesAreParsedByTheirParameter();
-    void equalityComparesTypesOfValues();
+    void equalAddressesReachTheSameSensor();
     void isAMetaType();
 
 private:
@@ -65,6 +66,19 @@ void TestSensorAddress::leavesOutWhatOnlyDescribes()
                            {"SA_Range", 10}},
                           NoSensor);
     QCOMPARE(SensorAddress::of(info).toString(), QStringLiteral("CC480@TCP/IP,address=192.168.0.10"));
+}
+
+void TestSensorAddress::aFoundSensorEqualsItsText()
+{
+    const SensorInfo info({{"IP_SensorType", TX270},
+                           {"IP_InterfaceIdx", 8},
+                           {"IP_Interface", "XA100_USB"},
+                           {"IP_Port", 3},
+                           {"IP_Baudrate", 115200},
+                           {"SA_SerialNumber", 1001}},
+                          NoSensor);
+    const SensorAddress address = SensorAddress::of(info);
+    QCOMPARE(parsed(address.toString()), address);
 }
 
 void TestSensorAddress::readsWhatItShows_data()
@@ -127,10 +141,12 @@ void TestSensorAddress::everyModelAndInterfaceCanBeRead()
     }
 }
 
-void TestSensorAddress::switchesBecomeNumbers()
+void TestSensorAddress::switchesAndDecimalNumbersBecomeIntegers()
 {
     const SensorAddress address{TX270, {{"IP_Interface", "RS232"}, {"IP_Echo", true}, {"IP_Slow", false}}};
     QCOMPARE(address.toString(), "TX270@RS232,IP_Echo=1,IP_Slow=0");
+    const SensorAddress decimal{TX270, {{"IP_Interface", "RS232"}, {"IP_Baudrate", 9600.0}}};
+    QCOMPARE(decimal.toString(), "TX270@RS232,baudrate=9600");
 }
 
 void TestSensorAddress::whatIsNotInTheCatalogueIsShown()
@@ -295,16 +311,28 @@ void TestSensorAddress::valuesAreParsedByTheirParameter()
     QCOMPARE(problem, "as before");
 }
 
-void TestSensorAddress::equalityComparesTypesOfValues()
+void TestSensorAddress::equalAddressesReachTheSameSensor()
 {
     const SensorAddress address{TX270, {{"IP_Interface", "RS232"}, {"IP_Port", "3"}}};
-    QCOMPARE(address, (SensorAddress{TX270, {{"IP_Port", "3"}, {"IP_Interface", "RS232"}}}));
+    const SensorAddress same[] = {
+        {TX270, {{"IP_Port", "3"}, {"IP_Interface", "RS232"}}},
+        {TX270, {{"IP_Port", 3}, {"IP_Interface", "RS232"}}}, // as a search may report it
+        {TX270, {{"IP_Port", "3"}, {"IP_Interface", "RS232"}, {"SA_Softwareversion", "1.2"}}},
+    };
+    for (const SensorAddress &other : same) {
+        QVERIFY2(address == other, qPrintable(other.toString()));
+        QVERIFY2(other == address, qPrintable(other.toString()));
+    }
+    QVERIFY(
+        (SensorAddress{SensorType(27), address.parameters} != SensorAddress{SensorType(70), address.parameters}));
+    QVERIFY((SensorAddress{TX270, {{"IP_Baudrate", 9600}}} != SensorAddress{TX270, {{"IP_Baudrate", "9600"}}}));
     const SensorAddress others[] = {
         {TX280, address.parameters},
-        {TX270, {{"IP_Interface", "RS232"}, {"IP_Port", 3}}},
         {TX270, {{"IP_Interface", "RS232"}, {"IP_Port", "4"}}},
         {TX270, {{"IP_Interface", "RS232"}, {"IP_Baudrate", "3"}}},
         {TX270, {{"IP_Interface", "RS232"}}},
+        {SensorType(27), address.parameters},
+        {SensorType(70), address.parameters},
         {},
     };
     for (const SensorAddress &other : others) {
