@@ -13,10 +13,14 @@
 
 #include <SondixQt/sensorreader.h>
 
+#include <QStringList>
+
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+class QEventLoop;
 
 /// The options of reading that "read" and "record" have in common.
 class ReadOptions

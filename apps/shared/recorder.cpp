@@ -56,7 +56,7 @@ QString Recorder::nextName() const
     const QString suffix = info.suffix().isEmpty() ? QString() : QLatin1Char('.') + info.suffix();
     const QString stem = m_plan.path.left(m_plan.path.size() - suffix.size());
     for (int number = 1;; ++number) {
-        const QString name = stem + QStringLiteral("-%1").arg(number, 4, 10, QLatin1Char('0')) + suffix;
+        QString name = stem + QStringLiteral("-%1").arg(number, 4, 10, QLatin1Char('0')) + suffix;
         if (!QFileInfo::exists(name) && !QFileInfo::exists(name + QStringLiteral(".partial")))
             return name;
     }
