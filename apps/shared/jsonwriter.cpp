@@ -29,7 +29,7 @@ void addObject(TextBuffer &out, const QString &name, const QJsonValue &value)
 
 QJsonValue seconds(const std::optional<double> &time, const TimeAxis &axis)
 {
-    return time ? QJsonValue(static_cast<double>(axis.microseconds(*time)) / 1.0e6) : QJsonValue();
+    return time && axis.isKnown ? QJsonValue(static_cast<double>(axis.microseconds(*time)) / 1.0e6) : QJsonValue();
 }
 
 } // namespace

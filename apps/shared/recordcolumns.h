@@ -27,7 +27,8 @@ struct RecordColumns
 /// The times in a file: those of the sensor-access library, moved by an offset.
 struct TimeAxis
 {
-    qint64 offset = 0; ///< microseconds
+    qint64 offset = 0;   ///< microseconds
+    bool isKnown = true; ///< whether the offset is known; no frame has a time before
 
     qint64 microseconds(double time) const { return offset + std::llround(time * 1.0e6); }
 };
@@ -39,12 +40,15 @@ public:
     FrameTimes(const SondixQt::DataBlock &block, const TimeAxis &axis)
         : m_block(block)
         , m_axis(axis)
-        , m_isRegular(block.time() && block.frameInterval())
+        , m_isRegular(axis.isKnown && block.time() && block.frameInterval())
         , m_first(block.time().value_or(0.0))
         , m_interval(block.frameInterval().value_or(0.0))
     {
     }
-    bool isKnown(int frame) const { return m_isRegular || m_block.frameTime(frame).has_value(); }
+    bool isKnown(int frame) const
+    {
+        return m_isRegular || (m_axis.isKnown && m_block.frameTime(frame).has_value());
+    }
     /// Only for a frame whose time is known.
     qint64 microseconds(int frame) const
     {

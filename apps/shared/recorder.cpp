@@ -135,8 +135,8 @@ bool Recorder::begin(const DataBlock *block)
     if (block)
         setAxis(*block);
     for (Part *part : {m_data.get(), m_notes.get()})
-        if (part && m_axis)
-            part->writer->timeAxis() = *m_axis;
+        if (part && m_clock)
+            part->writer->timeAxis() = m_axis.value_or(TimeAxis{0, false});
     if (m_begun)
         return true;
     m_begun = true;

@@ -28,6 +28,7 @@ private Q_SLOTS:
     void keepsAPart();
     void keepsNothingOfNothing();
     void givesTheTimeOfTheComputer();
+    void inventsNoTimeOfTheComputer();
     void sensorsShareOneClock();
     void refusesADirectory();
     void rotatesBySize_data();
@@ -120,6 +121,19 @@ void TestRecorder::givesTheTimeOfTheComputer()
     const QByteArray start = text.mid(text.indexOf("# start: ") + 9).split('\n').first();
     QCOMPARE(QDateTime::fromString(QString::fromLatin1(start), Qt::ISODateWithMs).toMSecsSinceEpoch(),
              1'700'000'012'250);
+}
+
+void TestRecorder::inventsNoTimeOfTheComputer()
+{
+    SharedClock clock; // not related to that of the sensor-access library, and the block does not say how it is
+    Recorder csv(plan("values.csv"), {}, m_errors, &clock);
+    QVERIFY(csv.open() && csv.write(block(0, 2, 12.25)) && csv.finish());
+    QVERIFY(content("values.csv").endsWith("\n0,,0.5,0\n1,,1.5,2\n"));
+    Recorder json(plan("values.json", RecordFormat::JsonLines), {}, m_errors, &clock);
+    DataGap known = gap(0, 1, DataGap::LibraryOverrun);
+    known.beginTime = 12.0;
+    QVERIFY(json.open() && json.write(known) && json.finish());
+    QVERIFY2(content("values.json").contains("\"begin\":null"), content("values.json").constData());
 }
 
 void TestRecorder::sensorsShareOneClock()
