@@ -20,8 +20,7 @@ bool isGeneral(SensorType general, SensorType type)
     const auto isOneOf = [type](std::initializer_list<SensorType> types) {
         return std::find(types.begin(), types.end(), type) != types.end();
     };
-    return general == type || general == type % step ||
-           (general == MV4xx && isOneOf({MV410, MV420, MV430})) ||
+    return general == type || general == type % step || (general == MV4xx && isOneOf({MV410, MV420, MV430})) ||
            (general == MV4xx_XA300ETH && isOneOf({MV410_XA300ETH, MV420_XA300ETH, MV430_XA300ETH}));
 }
 

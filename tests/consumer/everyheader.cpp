@@ -28,8 +28,8 @@
 #include <SondixQt/InterfaceParameter>
 #include <SondixQt/NameLookup>
 #include <SondixQt/ParameterPresentation>
-#include <SondixQt/RS232Tunnel>
 #include <SondixQt/Reconnect>
+#include <SondixQt/RS232Tunnel>
 #include <SondixQt/SensorAddress>
 #include <SondixQt/SensorFeatures>
 #include <SondixQt/SensorFinder>
