@@ -328,7 +328,7 @@ void ReaderReconnectTest::settingsAreAppliedAgainInOrder()
     QCOMPARE(commands, QStringList({"Set_Samplerate", "Set_TriggerMode"}));
     sondixsim::advance(0.1);
     QTRY_VERIFY(!recording.blocks.isEmpty());
-    QVERIFY(qAbs(*recording.blocks.last().frameInterval() - 0.0005) < 1e-9);
+    QVERIFY(qAbs(recording.blocks.last().frameInterval().value_or(0.0) - 0.0005) < 1e-9);
 }
 
 void ReaderReconnectTest::aSettingReplacesAnEarlierOneOfItsKind()
