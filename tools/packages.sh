@@ -16,6 +16,9 @@ build       qtbase5-dev-tools           Qt's moc and rcc
 build       libcli11-dev                command-line parser of the tool
 build       nlohmann-json3-dev          bench files of the simulator
 build       zlib1g-dev                  long pages of the simulated web interface
+build       libqwt-qt5-dev              plots of the explorer: Qwt 6.1
+build       libqt5svg5-dev              the explorer exports plots as SVG
+build       qttools5-dev-tools          Qt's lrelease: translations of the explorer
 test        python3-numpy               reads the recordings in .npy that the tests write
 bench       libbenchmark-dev            Google Benchmark
 browser     chromium                    browser of the tunnel's tests
