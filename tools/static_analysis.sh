@@ -25,7 +25,7 @@ analyse() {
         return
     fi
     printf '%s\n' "${@#"$root"/}" >>"$work/analysed"
-    bash -c "clang-tidy --quiet --config-file='$root/.clang-tidy' '$joined' -- $flags"
+    bash -c "clang-tidy --quiet --config-file='$root/.clang-tidy' --header-filter='^$root/(src|simulator|apps)/' '$joined' -- $flags"
 }
 export -f analyse
 export root work

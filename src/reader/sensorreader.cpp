@@ -357,4 +357,4 @@ void SensorReader::stop()
 
 } // namespace SondixQt
 
-#include "moc_sensorreader.cpp"
+#include "moc_sensorreader.cpp" // NOLINT(bugprone-suspicious-include)
