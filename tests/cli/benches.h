@@ -25,6 +25,18 @@ inline QByteArray laser(int rate, const QByteArray &more = QByteArray())
            (more.isEmpty() ? QByteArray() : ", " + more) + "}";
 }
 
+/// Where the laser sensor is.
+inline const char *const laserAddress = "TX270@RS232,port=COM3";
+/// Where the controller is.
+inline const char *const controllerAddress = "CC480@TCP/IP,address=192.168.0.10";
+
+/// A member of a sensor: the cable is pulled after so many transfers. \a more contains further JSON members of the fault.
+inline QByteArray breakingAfter(int transfers, const QByteArray &more = QByteArray())
+{
+    return R"("faults": [ { "function": "TransferDataTS", "from": )" + QByteArray::number(transfers + 1) +
+           R"(, "code": -12, "text": "the cable was pulled")" + more + "} ]";
+}
+
 /// A controller on the network.
 inline const char *const controller =
     R"({ "model": "CC480", "serialNumber": "2002", "place": { "interface": "TCP/IP", "ip": "192.168.0.10" } })";

@@ -97,6 +97,20 @@ inline QStringList words(const char *line)
     return QString::fromUtf8(line).split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
 
+/// The arguments of \a line, with the sensor's address inserted after the command.
+inline QStringList with(const QByteArray &address, const QString &line)
+{
+    QStringList arguments = line.split(QLatin1Char(' '));
+    arguments.insert(1, QString::fromLatin1(address));
+    return arguments;
+}
+
+/// The JSON object that a program has printed.
+inline QJsonObject objectOf(const ToolResult &result)
+{
+    return QJsonDocument::fromJson(result.out).object();
+}
+
 /// Splits \a text, which must end with a line feed, into lines.
 inline QList<QByteArray> linesOf(const QByteArray &text)
 {

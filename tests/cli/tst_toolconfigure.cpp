@@ -6,10 +6,7 @@
 
 namespace {
 
-const char *const laser = "TX270@RS232,port=COM3";
 const char *const ethernetLaser = "TX260@TCP/IP,address=192.168.0.20";
-const char *const controller = "CC480@TCP/IP,address=192.168.0.10";
-
 const QByteArray triggeredLaser = R"({ "model": "TX260", "serialNumber": "1260",
     "place": { "interface": "TCP/IP", "ip": "192.168.0.20" },
     "settings": { "MeasureMode": { "SA_MeasureMode": 1 }, "TriggerMode": { "SA_TriggerMode": 1 },
@@ -23,19 +20,6 @@ QByteArray refusing(const char *command)
 QByteArray wholeBench()
 {
     return Benches::of(Benches::laser(100) + "," + triggeredLaser + "," + Benches::controller);
-}
-
-// The arguments of \a line, with the sensor's address inserted after the command.
-QStringList with(const char *address, const char *line)
-{
-    QStringList arguments = words(line);
-    arguments.insert(1, QString::fromLatin1(address));
-    return arguments;
-}
-
-QJsonObject objectOf(const ToolResult &result)
-{
-    return QJsonDocument::fromJson(result.out).object();
 }
 
 } // namespace
@@ -73,14 +57,14 @@ private Q_SLOTS:
 void TestToolConfigure::paramsReportsAllSettings()
 {
     const ToolRunner runner(wholeBench());
-    const ToolResult text = runner.run(with(laser, "params"));
+    const ToolResult text = runner.run(with(Benches::laserAddress, "params"));
     QVERIFY2(text.code == 0, text.err.constData());
     QCOMPARE(text.err, QByteArray());
     QVERIFY2(text.out.simplified().contains("SA_TriggerMode 0"), text.out.constData());
-    const ToolResult json = runner.run(with(laser, "params --json"));
+    const ToolResult json = runner.run(with(Benches::laserAddress, "params --json"));
     QCOMPARE(json.code, 0);
     QCOMPARE(objectOf(json).value("model").toString(), QStringLiteral("TX270"));
-    QCOMPARE(objectOf(json).value("address").toString(), QString::fromLatin1(laser));
+    QCOMPARE(objectOf(json).value("address").toString(), QString::fromLatin1(Benches::laserAddress));
     QCOMPARE(objectOf(json).value("complete").toBool(), true);
     const QJsonArray parameters = objectOf(json).value("parameters").toArray();
     QCOMPARE(parameters.size(), 1);
@@ -106,10 +90,10 @@ void TestToolConfigure::paramsFallsBackToWhatTheSensorToldWhenOpened()
 void TestToolConfigure::getPrintsTheWholeAnswer()
 {
     const ToolRunner runner(wholeBench());
-    const ToolResult text = runner.run(with(laser, "get Get_Info"));
+    const ToolResult text = runner.run(with(Benches::laserAddress, "get Get_Info"));
     QVERIFY2(text.code == 0, text.err.constData());
     QVERIFY2(text.out.simplified().contains("SA_SerialNumber 1001"), text.out.constData());
-    const ToolResult json = runner.run(with(laser, "get Get_Info --json"));
+    const ToolResult json = runner.run(with(Benches::laserAddress, "get Get_Info --json"));
     QCOMPARE(objectOf(json).value("command").toString(), QStringLiteral("Get_Info"));
     const QJsonObject answer = objectOf(json).value("answer").toObject();
     QCOMPARE(answer.value("SA_SerialNumber").toString(), QStringLiteral("1001"));
@@ -128,7 +112,7 @@ void TestToolConfigure::getPrintsOneValue()
 {
     QFETCH(QString, line);
     QFETCH(QByteArray, value);
-    const ToolResult result = ToolRunner(wholeBench()).run(with(laser, qPrintable(line)));
+    const ToolResult result = ToolRunner(wholeBench()).run(with(Benches::laserAddress, qPrintable(line)));
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(result.out, value);
     QCOMPARE(result.err, QByteArray());
@@ -136,7 +120,8 @@ void TestToolConfigure::getPrintsOneValue()
 
 void TestToolConfigure::getReportsAMissingAnswer()
 {
-    const ToolResult result = ToolRunner(wholeBench()).run(with(laser, "get Get_Info SA_SerialNumbre"));
+    const ToolResult result =
+        ToolRunner(wholeBench()).run(with(Benches::laserAddress, "get Get_Info SA_SerialNumbre"));
     QCOMPARE(result.code, 6);
     QCOMPARE(result.out, QByteArray());
     QCOMPARE(result.err, QByteArray("sondixqt: the answer to Get_Info has no 'SA_SerialNumbre'; did you mean "
@@ -159,7 +144,7 @@ void TestToolConfigure::setIsSilent()
     const ToolRunner runner(wholeBench());
     for (const char *line :
          {"set Set_LaserPower SP_LaserPower=2", "set Set_Averaging SP_AveragingType=1 SP_AveragingNumber=4"}) {
-        const ToolResult result = runner.run(with(laser, line));
+        const ToolResult result = runner.run(with(Benches::laserAddress, line));
         QVERIFY2(result.code == 0, result.err.constData());
         QCOMPARE(result.out, QByteArray());
         QCOMPARE(result.err, QByteArray());
@@ -169,7 +154,7 @@ void TestToolConfigure::setIsSilent()
 void TestToolConfigure::setReportsAsJsonWhatItSent()
 {
     const ToolResult result =
-        ToolRunner(wholeBench()).run(with(laser, "set Set_LaserPower SP_LaserPower=2 --json"));
+        ToolRunner(wholeBench()).run(with(Benches::laserAddress, "set Set_LaserPower SP_LaserPower=2 --json"));
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(objectOf(result).value("command").toString(), QStringLiteral("Set_LaserPower"));
     QCOMPARE(objectOf(result).value("parameters").toObject(), (QJsonObject{{"SP_LaserPower", 2}}));
@@ -178,13 +163,13 @@ void TestToolConfigure::setReportsAsJsonWhatItSent()
 void TestToolConfigure::execPrintsTheAnswer()
 {
     const ToolRunner runner(wholeBench());
-    const ToolResult answer = runner.run(with(laser, "exec Get_LaserPower"));
+    const ToolResult answer = runner.run(with(Benches::laserAddress, "exec Get_LaserPower"));
     QVERIFY2(answer.code == 0, answer.err.constData());
     QCOMPARE(answer.out.simplified(), QByteArray("SA_LaserPower 1"));
-    const ToolResult nothing = runner.run(with(laser, "exec Clear_Buffers"));
+    const ToolResult nothing = runner.run(with(Benches::laserAddress, "exec Clear_Buffers"));
     QCOMPARE(nothing.code, 0);
     QCOMPARE(nothing.out, QByteArray());
-    const ToolResult json = runner.run(with(laser, "exec Set_LaserPower SP_LaserPower=0 --json"));
+    const ToolResult json = runner.run(with(Benches::laserAddress, "exec Set_LaserPower SP_LaserPower=0 --json"));
     QCOMPARE(json.code, 0);
     QCOMPARE(objectOf(json).value("parameters").toObject(), (QJsonObject{{"SP_LaserPower", 0}}));
     QVERIFY(objectOf(json).value("answer").isObject());
@@ -252,15 +237,15 @@ void TestToolConfigure::modeRefusesUnknownModes()
 void TestToolConfigure::modeSaysThatAModelHasOneOnly()
 {
     const ToolRunner runner(wholeBench());
-    const ToolResult list = runner.run(with(laser, "mode"));
+    const ToolResult list = runner.run(with(Benches::laserAddress, "mode"));
     QCOMPARE(list.code, 0);
     QCOMPARE(list.out, QByteArray());
     QCOMPARE(list.err, QByteArray("TX270 has no measuring modes to choose from\n"));
-    QCOMPARE(runner.run(with(laser, "mode Video")).code, 2);
-    const ToolResult number = runner.run(with(laser, "mode 1"));
+    QCOMPARE(runner.run(with(Benches::laserAddress, "mode Video")).code, 2);
+    const ToolResult number = runner.run(with(Benches::laserAddress, "mode 1"));
     QCOMPARE(number.code, 6);
     QVERIFY2(number.err.startsWith("sondixqt: the sensor refuses the measuring mode 1: "), number.err.constData());
-    const ToolResult json = runner.run(with(laser, "mode --json"));
+    const ToolResult json = runner.run(with(Benches::laserAddress, "mode --json"));
     QCOMPARE(objectOf(json).value("modes"), QJsonValue(QJsonArray()));
     QVERIFY(objectOf(json).value("current").isNull());
 }
@@ -280,10 +265,11 @@ void TestToolConfigure::triggerAndSyncReportAndSwitchOff_data()
     };
     row("trigger is on", ethernetLaser, "trigger", "the sensor waits for an external trigger", "trigger", true);
     row("trigger off", ethernetLaser, "trigger off", "the sensor measures without a trigger", "trigger", false);
-    row("trigger is off", laser, "trigger", "the sensor measures without a trigger", "trigger", false);
+    row("trigger is off", Benches::laserAddress, "trigger", "the sensor measures without a trigger", "trigger",
+        false);
     row("sync is on", ethernetLaser, "sync", "the sensor is synchronised with others", "sync", true);
     row("sync off", ethernetLaser, "sync off", "the sensor measures on its own", "sync", false);
-    row("sync is off", controller, "sync", "the sensor measures on its own", "sync", false);
+    row("sync is off", Benches::controllerAddress, "sync", "the sensor measures on its own", "sync", false);
 }
 
 void TestToolConfigure::triggerAndSyncReportAndSwitchOff()
@@ -307,11 +293,11 @@ void TestToolConfigure::triggerAndSyncReportAndSwitchOff()
 void TestToolConfigure::reportsWhenTheStateIsNotKnown()
 {
     const ToolRunner runner(Benches::of(Benches::laser(100, refusing("Get_TriggerMode"))));
-    const ToolResult state = runner.run(with(laser, "trigger"));
+    const ToolResult state = runner.run(with(Benches::laserAddress, "trigger"));
     QCOMPARE(state.code, 6);
     QCOMPARE(state.out, QByteArray());
     QCOMPARE(state.err, QByteArray("sondixqt: the sensor does not report its state: it is tired\n"));
-    QCOMPARE(runner.run(with(laser, "trigger off")).code, 0);
+    QCOMPARE(runner.run(with(Benches::laserAddress, "trigger off")).code, 0);
 }
 
 void TestToolConfigure::endsWithCode6WhenTheSensorRefuses_data()
@@ -342,7 +328,8 @@ void TestToolConfigure::endsWithCode6WhenTheSensorRefuses()
     const QByteArray faults = refused.isEmpty() ? QByteArray() : refusing(refused.constData());
     const ToolRunner runner(Benches::of(Benches::laser(100, faults)));
     for (const char *option : {"", " --json"}) {
-        const ToolResult result = runner.run(with(laser, QByteArray(line.toLatin1() + option).constData()));
+        const ToolResult result =
+            runner.run(with(Benches::laserAddress, QByteArray(line.toLatin1() + option).constData()));
         QCOMPARE(result.code, 6);
         QCOMPARE(result.out, QByteArray());
         QCOMPARE(linesOf(result.err).size(), 1);

@@ -5,8 +5,6 @@
 
 namespace {
 
-const char *const laser = "TX270@RS232,port=COM3";
-
 /// A laser sensor that sends video by default.
 const char *const videoLaser = R"({ "model": "TX240", "serialNumber": "240",
     "place": { "interface": "XA100_USB", "device": 0, "port": "COM12" } })";
@@ -71,7 +69,7 @@ void TestToolOutput::reportsAFullDisk_data()
                              "read %1 -n 10 --json",
                              "video %1 --json",
                              "tunnel %1"})
-        QTest::newRow(line) << QString::fromLatin1(line).replace("%1", QLatin1String(laser));
+        QTest::newRow(line) << QString::fromLatin1(line).replace("%1", QLatin1String(Benches::laserAddress));
 }
 
 void TestToolOutput::reportsAFullDisk()
@@ -94,7 +92,7 @@ void TestToolOutput::isSilentWhenItsReaderCloses_data()
 {
     QTest::addColumn<QString>("line");
     for (const char *line : {"find --type TX270 --json", "read %1 --csv -", "read %1 --json", "read %1"})
-        QTest::newRow(line) << QString::fromLatin1(line).replace("%1", QLatin1String(laser));
+        QTest::newRow(line) << QString::fromLatin1(line).replace("%1", QLatin1String(Benches::laserAddress));
 }
 
 void TestToolOutput::isSilentWhenItsReaderCloses()
@@ -127,7 +125,7 @@ void TestToolOutput::verboseShowsTheCommands()
 {
     QFETCH(QString, line);
     QFETCH(QByteArray, expected);
-    line.replace("%1", QLatin1String(laser));
+    line.replace("%1", QLatin1String(Benches::laserAddress));
     const ToolRunner runner(Benches::of(Benches::laser(100)));
     const ToolResult quiet = runner.run(line.split(QLatin1Char(' ')));
     QVERIFY(!quiet.err.contains("Sondix"));
@@ -170,7 +168,7 @@ void TestToolOutput::aPageIsFetchedWithItsBytes()
 {
     const ToolRunner runner(Benches::of(Benches::laser(100, R"("pages": { "/small.txt": { "text": "small" } })")));
     const ToolResult result =
-        runner.run(words("exec") << QString::fromLatin1(laser)
+        runner.run(words("exec") << QString::fromLatin1(Benches::laserAddress)
                                  << words("Get_HTTP SP_HTTPPath=/small.txt SP_HTTPMaxLength=1000 --json"));
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(bytesOf(answerOf(result).value("SA_HTTPBody")), QByteArray("small"));

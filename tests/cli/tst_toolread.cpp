@@ -12,14 +12,6 @@
 
 namespace {
 
-const char *const address = "TX270@RS232,port=COM3";
-
-QByteArray breakingAfter(int transfers)
-{
-    return R"("faults": [ { "function": "TransferDataTS", "from": )" + QByteArray::number(transfers + 1) +
-           R"(, "code": -12, "text": "the cable was pulled" } ])";
-}
-
 QByteArray laserWithErrors(const QByteArray &errors, const QByteArray &texts)
 {
     return R"({ "model": "TX270", "serialNumber": "1001", "place": { "interface": "RS232", "port": "COM3" },
@@ -74,8 +66,8 @@ void TestToolRead::stopsAtExactlyTheFramesAskedFor()
     QFETCH(int, rate);
     QFETCH(int, frames);
     const ToolRunner runner(Benches::of(Benches::laser(rate)));
-    const ToolResult result =
-        runner.run(words("read --csv -") << QString::fromLatin1(address) << "-n" << QString::number(frames));
+    const ToolResult result = runner.run(words("read --csv -") << QString::fromLatin1(Benches::laserAddress)
+                                                               << "-n" << QString::number(frames));
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(linesOf(result.out).size(), frames + 1);
     QVERIFY2(result.err.startsWith(QByteArray::number(frames) + (frames == 1 ? " frame" : " frames") +
@@ -87,7 +79,8 @@ void TestToolRead::stopsAtExactlyTheFramesAskedFor()
 void TestToolRead::writesValuesWithTheirTime()
 {
     const ToolRunner runner(Benches::of(Benches::laser(200)));
-    const ToolResult result = runner.run(words("read --csv - -n 50") << QString::fromLatin1(address));
+    const ToolResult result =
+        runner.run(words("read --csv - -n 50") << QString::fromLatin1(Benches::laserAddress));
     const QList<QByteArray> lines = linesOf(result.out);
     QCOMPARE(lines.value(0), QByteArray("time [s],Distance [mm]"));
     for (int i = 2; i < lines.size(); ++i) {
@@ -95,7 +88,7 @@ void TestToolRead::writesValuesWithTheirTime()
         const double time = lines[i].split(',').first().toDouble();
         QVERIFY2(qAbs(time - before - 0.005) < 2.0e-6, lines[i].constData());
     }
-    const ToolResult table = runner.run(words("read -n 3") << QString::fromLatin1(address));
+    const ToolResult table = runner.run(words("read -n 3") << QString::fromLatin1(Benches::laserAddress));
     QCOMPARE(table.code, 0);
     QCOMPARE(linesOf(table.out).size(), 4);
     QCOMPARE(linesOf(table.out).first().simplified(), QByteArray("time [s] Distance [mm]"));
@@ -119,9 +112,9 @@ void TestToolRead::choosesRawAndScaledValues()
     QFETCH(QString, options);
     QFETCH(QByteArray, header);
     QFETCH(QByteArray, values);
-    const ToolResult result =
-        ToolRunner(Benches::of(Benches::laser(1000)))
-            .run(words("read --csv - -n 1") + words(qPrintable(options)) << QString::fromLatin1(address));
+    const ToolResult result = ToolRunner(Benches::of(Benches::laser(1000)))
+                                  .run(words("read --csv - -n 1") + words(qPrintable(options))
+                                       << QString::fromLatin1(Benches::laserAddress));
     QVERIFY2(result.code == 0, result.err.constData());
     const QList<QByteArray> lines = linesOf(result.out);
     QCOMPARE(lines.value(0), "time [s]," + header);
@@ -131,7 +124,8 @@ void TestToolRead::choosesRawAndScaledValues()
 void TestToolRead::marksAndCountsErrorValues()
 {
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
-    const ToolResult result = runner.run(words("read --csv - -n 100") << QString::fromLatin1(address));
+    const ToolResult result =
+        runner.run(words("read --csv - -n 100") << QString::fromLatin1(Benches::laserAddress));
     QCOMPARE(result.code, 0);
     int errors = 0;
     for (const QByteArray &line : linesOf(result.out).mid(1)) {
@@ -149,7 +143,8 @@ void TestToolRead::countsErrorsByTheirText()
 {
     const ToolRunner runner(Benches::of(laserWithErrors(
         R"([ { "key": -1, "every": 4 }, { "key": -3, "every": 5 } ])", R"({ "-1": "Blind", "-3": "Blind" })")));
-    const ToolResult result = runner.run(words("read --csv - -n 200") << QString::fromLatin1(address));
+    const ToolResult result =
+        runner.run(words("read --csv - -n 200") << QString::fromLatin1(Benches::laserAddress));
     QCOMPARE(result.code, 0);
     int errors = 0;
     for (const QByteArray &line : linesOf(result.out))
@@ -163,7 +158,7 @@ void TestToolRead::quotesErrorTextsInCsv()
 {
     const ToolRunner runner(Benches::of(
         laserWithErrors(R"([ { "key": -3, "every": 1 } ])", R"({ "-3": "Too much light, or \"fog\"" })")));
-    const ToolResult result = runner.run(words("read --csv - -n 1") << QString::fromLatin1(address));
+    const ToolResult result = runner.run(words("read --csv - -n 1") << QString::fromLatin1(Benches::laserAddress));
     QVERIFY2(result.code == 0, result.err.constData());
     const QByteArray line = linesOf(result.out).value(1);
     QCOMPARE(line.mid(line.indexOf(',') + 1), QByteArray("\"Too much light, or \"\"fog\"\"\""));
@@ -174,21 +169,23 @@ void TestToolRead::marksErrorsWithoutATextByTheirKey()
     const QByteArray mute =
         R"("faults": [ { "command": "Get_SensorErrorValueText", "code": -77, "text": "it is tired" } ])";
     const ToolRunner runner(Benches::of(Benches::laser(1000, mute)));
-    const ToolResult result = runner.run(words("read --csv - -n 100") << QString::fromLatin1(address));
+    const ToolResult result =
+        runner.run(words("read --csv - -n 100") << QString::fromLatin1(Benches::laserAddress));
     QVERIFY2(result.code == 0, result.err.constData());
     int errors = 0;
     for (const QByteArray &line : linesOf(result.out))
         errors += line.endsWith(",error -3") ? 1 : 0;
     QCOMPARE(errors, 25);
     QVERIFY2(result.err.endsWith(", 25 error values (error -3: 25 times)\n"), result.err.constData());
-    const ToolResult json = runner.run(words("read --json -n 8") << QString::fromLatin1(address));
+    const ToolResult json = runner.run(words("read --json -n 8") << QString::fromLatin1(Benches::laserAddress));
     QVERIFY2(json.out.contains(R"({"error":-3,"text":"error -3"})"), json.out.constData());
 }
 
 void TestToolRead::reportsFramesAsJson()
 {
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
-    const ToolResult result = runner.run(words("read --json --raw --scaled -n 8") << QString::fromLatin1(address));
+    const ToolResult result =
+        runner.run(words("read --json --raw --scaled -n 8") << QString::fromLatin1(Benches::laserAddress));
     QCOMPARE(result.code, 0);
     const QList<QJsonObject> frames = jsonLines(result.out);
     QCOMPARE(frames.size(), 8);
@@ -213,7 +210,8 @@ void TestToolRead::readsForTheTimeAskedFor()
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
     QElapsedTimer clock;
     clock.start();
-    const ToolResult result = runner.run(words("read --csv - --duration 1.5") << QString::fromLatin1(address));
+    const ToolResult result =
+        runner.run(words("read --csv - --duration 1.5") << QString::fromLatin1(Benches::laserAddress));
     QCOMPARE(result.code, 0);
     QVERIFY(clock.elapsed() >= 1500);
     const int frames = linesOf(result.out).size() - 1;
@@ -233,7 +231,8 @@ void TestToolRead::readsASensorThatMustBeAsked()
 void TestToolRead::writesCsvWholeOrNotAtAll()
 {
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
-    const ToolResult result = runner.run(words("read -n 300 --csv values.csv") << QString::fromLatin1(address));
+    const ToolResult result =
+        runner.run(words("read -n 300 --csv values.csv") << QString::fromLatin1(Benches::laserAddress));
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(result.out, QByteArray());
     QCOMPARE(linesOf(runner.contentOf("values.csv")).size(), 301);
@@ -245,8 +244,9 @@ void TestToolRead::filesMayBeNamedInAnyAlphabet()
     const ToolRunner runner;
     const QString bench = runner.writeFile("Pr\u00FCfstand \u6D4B\u91CF.json", Benches::of(Benches::laser(1000)));
     const QString values = "Me\u00DFwerte \u503C.csv";
-    const ToolResult result = runner.run(QStringList{"--bench", bench} << words("read -n 10 --csv") << values
-                                                                       << QString::fromLatin1(address));
+    const ToolResult result =
+        runner.run(QStringList{"--bench", bench} << words("read -n 10 --csv") << values
+                                                 << QString::fromLatin1(Benches::laserAddress));
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(linesOf(runner.contentOf(values)).size(), 11);
 }
@@ -256,16 +256,17 @@ void TestToolRead::quotesNamesInCsv()
     const QByteArray sensor = R"({ "model": "TX270", "serialNumber": "1001",
         "place": { "interface": "RS232", "port": "COM3" }, "rate": 1000,
         "signals": [ { "name": "Distance, mean", "unit": "µm" } ] })";
-    const ToolResult result =
-        ToolRunner(Benches::of(sensor)).run(words("read --csv - -n 1") << QString::fromLatin1(address));
+    const ToolResult result = ToolRunner(Benches::of(sensor))
+                                  .run(words("read --csv - -n 1") << QString::fromLatin1(Benches::laserAddress));
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(linesOf(result.out).value(0), QByteArray("time [s],\"Distance, mean [µm]\""));
 }
 
 void TestToolRead::endsWithCode6WhenTheSensorVanishes()
 {
-    const ToolRunner runner(Benches::of(Benches::laser(1000, breakingAfter(5))));
-    const ToolResult result = runner.run(words("read -n 100000 --csv values.csv") << QString::fromLatin1(address));
+    const ToolRunner runner(Benches::of(Benches::laser(1000, Benches::breakingAfter(5))));
+    const ToolResult result =
+        runner.run(words("read -n 100000 --csv values.csv") << QString::fromLatin1(Benches::laserAddress));
     QCOMPARE(result.code, 6);
     QVERIFY2(result.err.contains("sondixqt: reading failed: the cable was pulled; what was read before, "),
              result.err.constData());
@@ -292,7 +293,8 @@ void TestToolRead::endsWithCode7WhenFramesAreLost()
 {
     // At 10 kHz a ring of 100 frames is full after 10 ms, which is less than the interval of polling.
     const ToolRunner runner(Benches::of(Benches::laser(10000, R"("ring": 100)")));
-    const ToolResult result = runner.run(words("read -n 500 --csv values.csv") << QString::fromLatin1(address));
+    const ToolResult result =
+        runner.run(words("read -n 500 --csv values.csv") << QString::fromLatin1(Benches::laserAddress));
     QCOMPARE(result.code, 7);
     const QRegularExpression lost("sondixqt: (\\d+) frames were lost because they were not read in time");
     const QRegularExpressionMatch match = lost.match(QString::fromUtf8(result.err));
@@ -319,13 +321,14 @@ void TestToolRead::reportsAFullDisk()
     if (!QFile::exists("/dev/full"))
         QSKIP("there is no /dev/full here");
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
-    const ToolResult toFile = runner.run(words("read -n 100 --csv /dev/full") << QString::fromLatin1(address));
+    const ToolResult toFile =
+        runner.run(words("read -n 100 --csv /dev/full") << QString::fromLatin1(Benches::laserAddress));
     QCOMPARE(toFile.code, 1);
     QVERIFY2(toFile.err.contains("sondixqt: cannot write '/dev/full': "), toFile.err.constData());
 
     QProcess process;
     process.setStandardOutputFile("/dev/full");
-    runner.start(process, words("read -n 100") << QString::fromLatin1(address));
+    runner.start(process, words("read -n 100") << QString::fromLatin1(Benches::laserAddress));
     const ToolResult toStdout = ToolRunner::finish(process);
     QCOMPARE(toStdout.code, 1);
     QVERIFY2(toStdout.err.contains("sondixqt: cannot write to standard output: "), toStdout.err.constData());
@@ -349,7 +352,7 @@ void TestToolRead::reportsAFullDiskUnderAFile()
     const ToolRunner runner(Benches::of(Benches::laser(50000)));
     runner.writeFile("values.csv", "older\n");
     LimitedProcess process;
-    runner.start(process, words("read -n 40000 --csv values.csv") << QString::fromLatin1(address));
+    runner.start(process, words("read -n 40000 --csv values.csv") << QString::fromLatin1(Benches::laserAddress));
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 1);
     QVERIFY2(result.err.contains("sondixqt: cannot write '"), result.err.constData());
@@ -377,7 +380,7 @@ void TestToolRead::refusesATargetThatCannotBeWritten()
 {
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
     const ToolResult result =
-        runner.run(words("read -n 1 --csv missing/values.csv") << QString::fromLatin1(address));
+        runner.run(words("read -n 1 --csv missing/values.csv") << QString::fromLatin1(Benches::laserAddress));
     QCOMPARE(result.code, 1);
     QCOMPARE(linesOf(result.err).size(), 1);
     QVERIFY2(result.err.startsWith("sondixqt: cannot write 'missing/values.csv': "), result.err.constData());
@@ -387,7 +390,7 @@ void TestToolRead::stopsWhenItsReaderLeaves()
 {
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
     PipedProcess process;
-    runner.start(process, words("read --csv -") << QString::fromLatin1(address));
+    runner.start(process, words("read --csv -") << QString::fromLatin1(Benches::laserAddress));
     QVERIFY(process.readLine().endsWith('\n'));
     QVERIFY(process.readLine().endsWith('\n'));
     process.leave();

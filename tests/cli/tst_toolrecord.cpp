@@ -11,17 +11,10 @@
 
 namespace {
 
-const char *const address = "TX270@RS232,port=COM3";
-
-QByteArray breakingAfter(int transfers, const QByteArray &more = QByteArray())
-{
-    return R"("faults": [ { "function": "TransferDataTS", "from": )" + QByteArray::number(transfers + 1) +
-           R"(, "code": -12, "text": "the cable was pulled")" + more + "} ]";
-}
-
 QStringList recording(const char *options, const char *file = "values.csv")
 {
-    return words("record -o") << QString::fromLatin1(file) << QString::fromLatin1(address) << words(options);
+    return words("record -o") << QString::fromLatin1(file) << QString::fromLatin1(Benches::laserAddress)
+                              << words(options);
 }
 
 /// The lines that are neither comments nor the names of the columns.
@@ -168,8 +161,8 @@ void TestToolRecord::formatsNumbersAsAsked()
         errors += one.endsWith("nan") ? 1 : 0;
     }
     QCOMPARE(errors, 1);
-    const ToolResult read =
-        runner.run(words("read -n 4 --csv - --separator tab --errors empty") << QString::fromLatin1(address));
+    const ToolResult read = runner.run(words("read -n 4 --csv - --separator tab --errors empty")
+                                       << QString::fromLatin1(Benches::laserAddress));
     QCOMPARE(read.code, 0);
     QCOMPARE(linesOf(read.out).first(), QByteArray("time [s]\tDistance [mm]"));
     QCOMPARE(read.out.count("\t\n"), 1);
@@ -235,7 +228,8 @@ void TestToolRecord::sensorsHaveAFileEachAndOneTime()
 
 void TestToolRecord::oneSensorFailingDoesNotEndTheOthers()
 {
-    const ToolRunner runner(Benches::of(Benches::laser(1000, breakingAfter(3)) + "," + Benches::usbLaser));
+    const ToolRunner runner(
+        Benches::of(Benches::laser(1000, Benches::breakingAfter(3)) + "," + Benches::usbLaser));
     const ToolResult result = runner.run(recording("TX270@USB,device=0 --duration 1"));
     QCOMPARE(result.code, 6);
     QCOMPARE(runner.files(), (QStringList{"bench.json", "values-1001.csv.partial", "values-1003.csv"}));
@@ -299,7 +293,7 @@ void TestToolRecord::aTriggeredSensorLosesNothing()
     const ToolRunner runner(Benches::of(
         Benches::laser(10000, R"("settings": { "TriggerMode": { "SA_TriggerMode": 1 } }, "triggerRate": 20)")));
     for (const QStringList &line :
-         {recording("-n 20"), words("read -n 20 --csv read.csv") << QString::fromLatin1(address)}) {
+         {recording("-n 20"), words("read -n 20 --csv read.csv") << QString::fromLatin1(Benches::laserAddress)}) {
         const ToolResult result = runner.run(line);
         QVERIFY2(result.code == 0, result.err.constData());
         QVERIFY2(!result.err.contains("lost"), result.err.constData());
@@ -313,7 +307,8 @@ void TestToolRecord::aRateOfTheFrameCountsLosses()
     const QByteArray unknownRate =
         R"("ring": 100, "faults": [ { "command": "Get_Samplerate", "code": -77, "text": "it is a secret" } ])";
     const ToolRunner runner(Benches::of(Benches::laser(10000, unknownRate)));
-    const ToolResult result = runner.run(words("read -n 500 --csv values.csv") << QString::fromLatin1(address));
+    const ToolResult result =
+        runner.run(words("read -n 500 --csv values.csv") << QString::fromLatin1(Benches::laserAddress));
     QCOMPARE(result.code, 7);
     QVERIFY2(result.err.startsWith("the sensor does not report its sample rate: it is a secret\n"),
              result.err.constData());
@@ -380,7 +375,7 @@ void TestToolRecord::tellsLossesWhenTheSensorFallsSilent()
 
 void TestToolRecord::tellsLossesWhenTheSensorFails()
 {
-    const ToolRunner runner(Benches::of(Benches::laser(10000, R"("ring": 100, )" + breakingAfter(10))));
+    const ToolRunner runner(Benches::of(Benches::laser(10000, R"("ring": 100, )" + Benches::breakingAfter(10))));
     const ToolResult result = runner.run(recording(""));
     QCOMPARE(result.code, 6);
     const QByteArray text = runner.contentOf("values.csv.partial");
@@ -427,7 +422,7 @@ void TestToolRecord::aStoppedProgramTellsWhatItMissed()
 
 void TestToolRecord::survivesAPulledCable()
 {
-    const ToolRunner runner(Benches::of(Benches::laser(1000, breakingAfter(5, R"(, "times": 1)"))));
+    const ToolRunner runner(Benches::of(Benches::laser(1000, Benches::breakingAfter(5, R"(, "times": 1)"))));
     const ToolResult result = runner.run(recording("-n 2000 --reconnect"));
     QCOMPARE(result.code, 7);
     const QByteArray text = runner.contentOf("values.csv");

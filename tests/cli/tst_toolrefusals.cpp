@@ -23,13 +23,6 @@ QByteArray trackers(const QByteArray &faults = QByteArray())
                        more);
 }
 
-QStringList with(const QByteArray &address, const QString &line)
-{
-    QStringList arguments = line.split(QLatin1Char(' '));
-    arguments.insert(1, QString::fromLatin1(address));
-    return arguments;
-}
-
 } // namespace
 
 /// Tracking is restarted after each command of these models. That must not hide that a command was refused.

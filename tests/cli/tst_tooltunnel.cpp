@@ -64,7 +64,7 @@ QByteArray ask(const QUrl &url, const QByteArray &request)
     return socket.readAll();
 }
 
-QByteArray get(const QUrl &url, const QByteArray &path)
+QByteArray pageFrom(const QUrl &url, const QByteArray &path)
 {
     return ask(url, "GET " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n");
 }
@@ -127,7 +127,7 @@ void TestToolTunnel::printsTheAddressAsJson()
     QCOMPARE(object.value("model").toString(), QStringLiteral("TX270"));
     QCOMPARE(object.value("address").toString(), QStringLiteral("TX270@RS232,port=COM3"));
     const QUrl url(object.value("url").toString());
-    QCOMPARE(status(get(url, "/")), QByteArray("HTTP/1.1 200 OK"));
+    QCOMPARE(status(pageFrom(url, "/")), QByteArray("HTTP/1.1 200 OK"));
     tunnel.interrupt();
     QCOMPARE(tunnel.finish().code, 130);
 }
@@ -138,11 +138,11 @@ void TestToolTunnel::servesUntilItIsInterrupted()
     RunningTunnel tunnel(runner, words(serialLaser));
     QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
     for (int i = 0; i < 3; ++i)
-        QCOMPARE(status(get(tunnel.url(), "/")), QByteArray("HTTP/1.1 200 OK"));
+        QCOMPARE(status(pageFrom(tunnel.url(), "/")), QByteArray("HTTP/1.1 200 OK"));
     tunnel.interrupt();
     const ToolResult result = tunnel.finish();
     QCOMPARE(result.code, 130);
-    QCOMPARE(get(tunnel.url(), "/"), QByteArray());
+    QCOMPARE(pageFrom(tunnel.url(), "/"), QByteArray());
 }
 
 void TestToolTunnel::logsEachRequest_data()
@@ -164,7 +164,7 @@ void TestToolTunnel::logsEachRequest()
     const ToolRunner runner(Benches::of(Benches::laser(100)));
     RunningTunnel tunnel(runner, words(serialLaser));
     QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
-    QVERIFY(get(tunnel.url(), path).startsWith("HTTP/1.1 "));
+    QVERIFY(pageFrom(tunnel.url(), path).startsWith("HTTP/1.1 "));
     QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains('\n' + shown), tunnel.err().constData(), 10000);
     const QByteArray line = tunnel.err().mid(tunnel.err().indexOf(shown)).split('\n').first();
     const QRegularExpression rest(" [0-9]{3}, [0-9]+ bytes in [0-9]+ ms$");
@@ -190,10 +190,10 @@ void TestToolTunnel::goesOnAfterAFailureOfTheSensor()
         100, R"("faults": [ { "command": "Get_HTTP", "times": 1, "code": -77, "text": "it is tired" } ])")));
     RunningTunnel tunnel(runner, words(serialLaser));
     QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
-    QCOMPARE(status(get(tunnel.url(), "/")), QByteArray("HTTP/1.1 502 Bad Gateway"));
+    QCOMPARE(status(pageFrom(tunnel.url(), "/")), QByteArray("HTTP/1.1 502 Bad Gateway"));
     QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("\nGET / 502, it is tired in "), tunnel.err().constData(),
                               10000);
-    QCOMPARE(status(get(tunnel.url(), "/")), QByteArray("HTTP/1.1 200 OK"));
+    QCOMPARE(status(pageFrom(tunnel.url(), "/")), QByteArray("HTTP/1.1 200 OK"));
     QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("\nGET / 200, "), tunnel.err().constData(), 10000);
 }
 
@@ -208,7 +208,7 @@ void TestToolTunnel::saysWhenTheSensorIsLostAndBack()
     QCOMPARE(status(post(tunnel.url(), "BAUDRATE 115200")), QByteArray("HTTP/1.1 502 Bad Gateway"));
     QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("\nthe sensor is lost; "), tunnel.err().constData(), 10000);
     QVERIFY(!tunnel.err().contains("the sensor is back"));
-    get(tunnel.url(), "/");
+    pageFrom(tunnel.url(), "/");
     QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("\nthe sensor is back\n"), tunnel.err().constData(), 10000);
     tunnel.interrupt();
     QCOMPARE(tunnel.finish().code, 130);
@@ -257,7 +257,7 @@ void TestToolTunnel::goesOnWithoutABrowser()
     RunningTunnel tunnel(runner, words(serialLaser) << "--open");
     QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("no browser could be started"), tunnel.err().constData(),
                               10000);
-    QCOMPARE(status(get(tunnel.url(), "/")), QByteArray("HTTP/1.1 200 OK"));
+    QCOMPARE(status(pageFrom(tunnel.url(), "/")), QByteArray("HTTP/1.1 200 OK"));
 }
 
 void TestToolTunnel::refusesModelsWithoutAWebInterface_data()

@@ -7,8 +7,6 @@
 
 namespace {
 
-const char *const controller = "CC480@TCP/IP,address=192.168.0.10";
-
 // A model that sends video in one of its modes only; its sensor is in another mode.
 const QByteArray modal = R"({ "model": "TX260", "serialNumber": "1260",
     "place": { "interface": "TCP/IP", "ip": "192.168.0.20" },
@@ -20,18 +18,6 @@ QByteArray controllerRefusing(const char *command)
     QByteArray sensor = Benches::controller;
     sensor.chop(1);
     return sensor + R"(, "faults": [ { "command": ")" + command + R"(", "code": -77, "text": "it is tired" } ] })";
-}
-
-QStringList with(const char *address, const char *line)
-{
-    QStringList arguments = words(line);
-    arguments.insert(1, QString::fromLatin1(address));
-    return arguments;
-}
-
-QJsonObject objectOf(const ToolResult &result)
-{
-    return QJsonDocument::fromJson(result.out).object();
 }
 
 QJsonObject signalOf(const ToolResult &result, int position)
@@ -64,7 +50,8 @@ private Q_SLOTS:
 
 void TestToolVideo::listsSignalsWithTheirState()
 {
-    const ToolResult result = ToolRunner(Benches::of(Benches::controller)).run(with(controller, "video"));
+    const ToolResult result =
+        ToolRunner(Benches::of(Benches::controller)).run(with(Benches::controllerAddress, "video"));
     QVERIFY2(result.code == 0, result.err.constData());
     const QList<QByteArray> lines = linesOf(result.out);
     QCOMPARE(lines.size(), 7);
@@ -80,7 +67,8 @@ void TestToolVideo::listsSignalsWithTheirState()
 
 void TestToolVideo::listsSignalsAsJson()
 {
-    const ToolResult result = ToolRunner(Benches::of(Benches::controller)).run(with(controller, "video --json"));
+    const ToolResult result =
+        ToolRunner(Benches::of(Benches::controller)).run(with(Benches::controllerAddress, "video --json"));
     QCOMPARE(result.code, 0);
     QCOMPARE(result.err, QByteArray());
     const QJsonObject object = objectOf(result);
@@ -106,8 +94,8 @@ void TestToolVideo::switchesASignalOn()
 {
     QFETCH(QString, line);
     QFETCH(int, position);
-    const ToolResult result =
-        ToolRunner(Benches::of(Benches::controller)).run(with(controller, qPrintable(line)) << "--json");
+    const ToolResult result = ToolRunner(Benches::of(Benches::controller))
+                                  .run(with(Benches::controllerAddress, qPrintable(line)) << "--json");
     QVERIFY2(result.code == 0, result.err.constData());
     for (int i = 0; i < 6; ++i)
         QCOMPARE(signalOf(result, i).value("on").toBool(), i == position);
@@ -118,7 +106,7 @@ void TestToolVideo::drawsALineIntoAPicture()
     ToolRunner runner(Benches::of(Benches::controller));
     runner.setEnvironment("DISPLAY", QString());
     runner.setEnvironment("QT_QPA_PLATFORM", QString());
-    const ToolResult result = runner.run(with(controller, "video --on 0 --line line.png"));
+    const ToolResult result = runner.run(with(Benches::controllerAddress, "video --on 0 --line line.png"));
     QVERIFY2(result.code == 0, result.err.constData());
     QCOMPARE(result.out, QByteArray());
     QCOMPARE(result.err, QByteArray("one line of OutputVideoRaw_Ch1, 512 pixels\n"));
@@ -131,7 +119,7 @@ void TestToolVideo::drawsALineIntoAPicture()
 void TestToolVideo::drawsALineAsText()
 {
     const ToolRunner runner(Benches::of(Benches::controller));
-    const ToolResult result = runner.run(with(controller, "video --on 0 --line -"));
+    const ToolResult result = runner.run(with(Benches::controllerAddress, "video --on 0 --line -"));
     QVERIFY2(result.code == 0, result.err.constData());
     const QList<QByteArray> lines = linesOf(result.out);
     QCOMPARE(lines.size(), 18);
@@ -144,7 +132,7 @@ void TestToolVideo::drawsALineAsText()
 void TestToolVideo::reportsThePixelsAsJson()
 {
     const ToolRunner runner(Benches::of(Benches::controller));
-    const ToolResult result = runner.run(with(controller, "video --on 0 --line - --json"));
+    const ToolResult result = runner.run(with(Benches::controllerAddress, "video --on 0 --line - --json"));
     QVERIFY2(result.code == 0, result.err.constData());
     const QJsonObject line = objectOf(result).value("line").toObject();
     QCOMPARE(line.value("position").toInt(-1), 0);
@@ -250,7 +238,7 @@ void TestToolVideo::endsWithCode6WhenTheSensorRefuses()
     QFETCH(QByteArray, command);
     QFETCH(QByteArray, sentence);
     const ToolRunner runner(Benches::of(controllerRefusing(command.constData())));
-    const ToolResult result = runner.run(with(controller, "video --on 0 --line line.png"));
+    const ToolResult result = runner.run(with(Benches::controllerAddress, "video --on 0 --line line.png"));
     QCOMPARE(result.code, 6);
     QCOMPARE(result.err, "sondixqt: " + sentence + '\n');
     QCOMPARE(runner.files(), QStringList{"bench.json"});
@@ -259,7 +247,7 @@ void TestToolVideo::endsWithCode6WhenTheSensorRefuses()
 void TestToolVideo::leavesNothingHalfWritten()
 {
     const ToolRunner runner(Benches::of(Benches::controller));
-    const ToolResult result = runner.run(with(controller, "video --on 0 --line missing/line.png"));
+    const ToolResult result = runner.run(with(Benches::controllerAddress, "video --on 0 --line missing/line.png"));
     QCOMPARE(result.code, 1);
     QCOMPARE(result.out, QByteArray());
     QVERIFY2(result.err.startsWith("sondixqt: cannot write 'missing/line.png': "), result.err.constData());

@@ -10,7 +10,7 @@ using namespace scriptedsearch;
 
 namespace {
 
-const char *const benchFile = R"({
+const char *const fewSensorsBench = R"({
     "sensors": [
         { "model": "TX270", "serialNumber": "101", "place": { "interface": "RS232", "port": "COM1" } },
         { "model": "TX280", "serialNumber": "102", "place": { "interface": "RS232", "port": "COM2" } },
@@ -36,7 +36,7 @@ const char *const benchFile = R"({
 
 void beginWithBench(double speed)
 {
-    sondixsim::loadBench(benchFile);
+    sondixsim::loadBench(fewSensorsBench);
     sondixsim::useRealClock(speed);
 }
 

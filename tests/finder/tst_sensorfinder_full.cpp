@@ -11,7 +11,7 @@ using namespace scriptedsearch;
 namespace {
 
 // Sensors of every family on every interface, and a device that does not say what it is.
-const char *const benchFile = R"({
+const char *const manySensorsBench = R"({
     "sensors": [
         { "model": "TX270", "serialNumber": "101", "place": { "interface": "RS232", "port": "COM1" } },
         { "model": "CC430", "serialNumber": "102", "place": { "interface": "TCP/IP", "ip": "192.168.0.10" } },
@@ -34,7 +34,7 @@ const char *const benchFile = R"({
     ]
 })";
 
-QStringList serialNumbers(const QList<SensorInfo> &infos)
+QStringList sortedSerialNumbers(const QList<SensorInfo> &infos)
 {
     QStringList serials;
     for (const SensorInfo &info : infos)
@@ -73,7 +73,7 @@ private Q_SLOTS:
 
 void TestSensorFinderFull::init()
 {
-    sondixsim::loadBench(benchFile);
+    sondixsim::loadBench(manySensorsBench);
     sondixsim::useRealClock(100);
     sondixsim::recordCalls(true);
     sondixsim::clearCalls();
@@ -90,7 +90,7 @@ void TestSensorFinderFull::findsEverythingInFourSearches()
         expected << QString::number(number);
     expected << "104"; // has two addresses
     expected.sort();
-    QCOMPARE(serialNumbers(recorder.found), expected);
+    QCOMPARE(sortedSerialNumbers(recorder.found), expected);
     QCOMPARE(searchedTypes(), QList<int>({HV2, GenericKVBus, XA300, TX300}));
     QCOMPARE(recorder.linesOf("error"), QStringList());
     QCOMPARE(recorder.linesOf("progress").last(), "progress 100");
@@ -158,7 +158,7 @@ void TestSensorFinderFull::searchesOnlyTheInterfacesAskedFor()
     Recorder recorder(finder);
     finder.startFullSearch(SensorInterfaces(interfaces));
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(serialNumbers(recorder.found).join(' '), serials);
+    QCOMPARE(sortedSerialNumbers(recorder.found).join(' '), serials);
     const bool scansLines = interfaces & RS232;
     QCOMPARE(stagedForStart().size(), 4);
     for (const QStringList &staged : stagedForStart())
@@ -184,7 +184,7 @@ void TestSensorFinderFull::findsTheModelsOfTheGroups()
     Recorder recorder(finder);
     finder.startFullSearch(SensorInterfaces(~0), SensorGroups(groups));
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(serialNumbers(recorder.found).join(' '), serials);
+    QCOMPARE(sortedSerialNumbers(recorder.found).join(' '), serials);
 }
 
 void TestSensorFinderFull::similarSensorsAreReportedOnDemand()
@@ -194,7 +194,7 @@ void TestSensorFinderFull::similarSensorsAreReportedOnDemand()
     Recorder recorder(finder);
     finder.startFullSearch(WinUSB, Oscura);
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(serialNumbers(recorder.found), QStringList("103"));
+    QCOMPARE(sortedSerialNumbers(recorder.found), QStringList("103"));
 }
 
 void TestSensorFinderFull::unidentifiedDevicesAreNotReported()
@@ -259,7 +259,7 @@ void TestSensorFinderFull::otherSearchesKeepTheirOptions()
     sondixsim::clearCalls();
     finder.startSearch(TX300);
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(serialNumbers(recorder.found), QStringList("103")); // USB is always scanned
+    QCOMPARE(sortedSerialNumbers(recorder.found), QStringList("103")); // USB is always scanned
     const QStringList staged = stagedForStart().value(0);
     for (const char *option : {"IP_ScanHWRS232=0", "IP_ScanHWXA100=1", "IP_FindSimilarSensors=0"})
         QVERIFY2(staged.contains(option), option);
@@ -271,11 +271,11 @@ void TestSensorFinderFull::aSecondFullSearchFindsEverythingAgain()
     Recorder recorder(finder);
     finder.startFullSearch(RS232);
     QVERIFY(recorder.waitForEnd());
-    const QStringList first = serialNumbers(recorder.found);
+    const QStringList first = sortedSerialNumbers(recorder.found);
     recorder.clear();
     finder.startFullSearch(RS232);
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(serialNumbers(recorder.found), first);
+    QCOMPARE(sortedSerialNumbers(recorder.found), first);
 }
 
 void TestSensorFinderFull::itCanBeStoppedAndReplaced()
@@ -290,7 +290,7 @@ void TestSensorFinderFull::itCanBeStoppedAndReplaced()
     recorder.clear();
     finder.startSearch(CC430);
     QVERIFY(recorder.waitForEnd());
-    QCOMPARE(serialNumbers(recorder.found), QStringList("102"));
+    QCOMPARE(sortedSerialNumbers(recorder.found), QStringList("102"));
     QCOMPARE(recorder.lines.count("finished"), 1);
 }
 

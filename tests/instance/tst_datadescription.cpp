@@ -34,12 +34,12 @@ private Q_SLOTS:
 
 namespace {
 
-const char *const command = "Get_TransmittedDataInfo";
+const char *const query = "Get_TransmittedDataInfo";
 
-TransmittedDataInfo describe(SensorType type, const QByteArray &answer)
+TransmittedDataInfo describeAnswer(SensorType type, const QByteArray &answer)
 {
     SensorInstance instance(type);
-    const int fault = scriptAnswer(command, answer);
+    const int fault = scriptAnswer(query, answer);
     TransmittedDataInfo info;
     if (instance.transmittedDataInfo(info) != NoError)
         QTest::qFail("the description failed", __FILE__, __LINE__);
@@ -77,7 +77,7 @@ void TestDataDescription::everyFieldIsRead()
         "IA_Datarate=2500.5 IA_ValuesPerFrame=11 IA_MaxValuesPerFrame=20 IA_VideoSignalsPerFrame=3 ";
     for (int number = 1; number <= 12; ++number)
         answer += wholeSignal(number);
-    const TransmittedDataInfo info = describe(SensorType::TX270, answer);
+    const TransmittedDataInfo info = describeAnswer(SensorType::TX270, answer);
     QCOMPARE(info.datarate, 2500.5);
     QCOMPARE(info.valuesPerFrame, 11);
     QCOMPARE(info.maxValuesPerFrame, 20);
@@ -107,7 +107,7 @@ void TestDataDescription::everyFieldIsRead()
 
 void TestDataDescription::missingAnswersReadAsNothing()
 {
-    const TransmittedDataInfo info = describe(SensorType::TX270, "IA_ValuesPerFrame=2 IA_Index2=7");
+    const TransmittedDataInfo info = describeAnswer(SensorType::TX270, "IA_ValuesPerFrame=2 IA_Index2=7");
     QCOMPARE(info.datarate, 0.0);
     QCOMPARE(info.maxValuesPerFrame, 0);
     QCOMPARE(info.signals.size(), 2);
@@ -116,7 +116,7 @@ void TestDataDescription::missingAnswersReadAsNothing()
     expected.index = 7;
     QCOMPARE(info.signals.at(1), expected);
 
-    const TransmittedDataInfo nothing = describe(SensorType::TX270, "");
+    const TransmittedDataInfo nothing = describeAnswer(SensorType::TX270, "");
     QCOMPARE(nothing.valuesPerFrame, 0);
     QVERIFY(nothing.signals.isEmpty());
 }
@@ -124,14 +124,14 @@ void TestDataDescription::missingAnswersReadAsNothing()
 void TestDataDescription::callsOfADescription()
 {
     SensorInstance instance(SensorType::TX270);
-    scriptAnswer(command, "IA_ValuesPerFrame=1");
+    scriptAnswer(query, "IA_ValuesPerFrame=1");
     CallRecorder recorder;
     TransmittedDataInfo info;
     QString errorText = "old";
     QCOMPARE(instance.transmittedDataInfo(info, &errorText), NoError);
     QCOMPARE(errorText, QString());
     const QStringList calls = recorder.take();
-    QCOMPARE(calls.mid(0, 3), commandCalls(command) + QStringList("GetParameters(null)"));
+    QCOMPARE(calls.mid(0, 3), commandCalls(query) + QStringList("GetParameters(null)"));
     QCOMPARE(calls.size(), 4);
     QVERIFY(calls.at(3).startsWith("GetParameters("));
 }
@@ -143,7 +143,7 @@ void TestDataDescription::failureLeavesTheDescription()
     TransmittedDataInfo info = before;
     QSignalSpy messages(&instance, &SensorInstance::errorMessage);
     QString errorText;
-    scriptCommandFailure(command, PartialFailure26);
+    scriptCommandFailure(query, PartialFailure26);
     QCOMPARE(instance.transmittedDataInfo(info, &errorText), PartialFailure26);
     QCOMPARE(errorText, QString(scriptedFailure));
     QCOMPARE(messages.size(), 1);
@@ -164,15 +164,16 @@ void TestDataDescription::framesWithoutValues_data()
 void TestDataDescription::framesWithoutValues()
 {
     QFETCH(int, values);
-    const TransmittedDataInfo info =
-        describe(SensorType::TX270, "IA_ValuesPerFrame=" + QByteArray::number(values) + " " + wholeSignal(1));
+    const TransmittedDataInfo info = describeAnswer(
+        SensorType::TX270, "IA_ValuesPerFrame=" + QByteArray::number(values) + " " + wholeSignal(1));
     QCOMPARE(info.valuesPerFrame, values);
     QVERIFY(info.signals.isEmpty());
 }
 
 void TestDataDescription::spoiltCountIsBounded()
 {
-    const TransmittedDataInfo info = describe(SensorType::TX270, "IA_ValuesPerFrame=2147483647 " + wholeSignal(1));
+    const TransmittedDataInfo info =
+        describeAnswer(SensorType::TX270, "IA_ValuesPerFrame=2147483647 " + wholeSignal(1));
     QCOMPARE(info.valuesPerFrame, 2147483647);
     QCOMPARE(info.signals.size(), 16384);
     QCOMPARE(info.signals.at(0).index, 1001);
@@ -180,9 +181,9 @@ void TestDataDescription::spoiltCountIsBounded()
 
 void TestDataDescription::unusualNumbers()
 {
-    const TransmittedDataInfo info =
-        describe(SensorType::TX270, "IA_Datarate=1.7e308 IA_ValuesPerFrame=1 IA_MaxValuesPerFrame=1.5e300 "
-                                    "IA_Index1=-3.5e99 IA_MajorSignal1=2 IA_ViewRange1=\"12.5\" IA_Raw_Name1=17");
+    const TransmittedDataInfo info = describeAnswer(
+        SensorType::TX270, "IA_Datarate=1.7e308 IA_ValuesPerFrame=1 IA_MaxValuesPerFrame=1.5e300 "
+                           "IA_Index1=-3.5e99 IA_MajorSignal1=2 IA_ViewRange1=\"12.5\" IA_Raw_Name1=17");
     QCOMPARE(info.datarate, 1.7e308);
     QCOMPARE(info.maxValuesPerFrame, 0);
     QCOMPARE(info.signals.size(), 1);
@@ -196,11 +197,11 @@ void TestDataDescription::eachCallDescribesAnew()
 {
     SensorInstance instance(SensorType::TX270);
     TransmittedDataInfo info;
-    int fault = scriptAnswer(command, "IA_ValuesPerFrame=3 " + wholeSignal(1));
+    int fault = scriptAnswer(query, "IA_ValuesPerFrame=3 " + wholeSignal(1));
     QCOMPARE(instance.transmittedDataInfo(info), NoError);
     QCOMPARE(info.signals.size(), 3);
     sondixsim::removeFault(fault);
-    fault = scriptAnswer(command, "IA_ValuesPerFrame=1");
+    fault = scriptAnswer(query, "IA_ValuesPerFrame=1");
     QCOMPARE(instance.transmittedDataInfo(info), NoError);
     QCOMPARE(info.valuesPerFrame, 1);
     QCOMPARE(info.signals, QVector<SignalInfo>{SignalInfo()});
@@ -264,7 +265,7 @@ void TestDataDescription::inertialSignals()
     QFETCH(QString, scaledName);
     QFETCH(QString, unit);
     const QByteArray n = QByteArray::number(position);
-    const TransmittedDataInfo info = describe(
+    const TransmittedDataInfo info = describeAnswer(
         SensorType(type), "IA_ValuesPerFrame=" + n + " IA_Scaled_Name" + n + "=\"" + reported.toLatin1() +
                               "\" IA_Scaled_Unit" + n + "=\"g\" IA_Raw_Name" + n + "=\"Switch Off (raw)\"");
     QCOMPARE(info.signals.size(), position);
@@ -285,8 +286,8 @@ void TestDataDescription::inertialNamesOfOtherTypesStay_data()
 void TestDataDescription::inertialNamesOfOtherTypesStay()
 {
     QFETCH(int, type);
-    const TransmittedDataInfo info =
-        describe(SensorType(type), "IA_ValuesPerFrame=1 IA_Scaled_Name1=\"Switch Off (g)\" IA_Scaled_Unit1=\"g\"");
+    const TransmittedDataInfo info = describeAnswer(
+        SensorType(type), "IA_ValuesPerFrame=1 IA_Scaled_Name1=\"Switch Off (g)\" IA_Scaled_Unit1=\"g\"");
     QCOMPARE(info.signals.at(0).scaledName, "Switch Off (g)");
     QCOMPARE(info.signals.at(0).scaledUnit, "g");
 }

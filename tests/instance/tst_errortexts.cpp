@@ -67,7 +67,7 @@ QStringList askingMember(int number)
     return commandCalls("Get_DrvSetting") + QStringList(getInt(QString("IA_SensorType#%1").arg(number)));
 }
 
-QStringList withoutSizes(QStringList calls)
+QStringList withoutTextSizes(QStringList calls)
 {
     calls.replaceInStrings(QRegularExpression("(ErrorValueText\", )\\d+"), QString("\\1n"));
     return calls;
@@ -150,7 +150,7 @@ void ErrorTextsTest::sensorIsAskedOnceAtTheFirstLookup()
     SensorInstance sensor(CC430);
     QCOMPARE(recorder.take().filter("ErrorValueText"), QStringList());
     QCOMPARE(sensor.getErrorValueText(error(-1)), "no peak");
-    QCOMPARE(withoutSizes(recorder.take()), asking());
+    QCOMPARE(withoutTextSizes(recorder.take()), asking());
     QCOMPARE(sensor.getErrorValueText(error(-1)), "no peak");
     QCOMPARE(sensor.getErrorValueText(error(-2)), "fine");
     QCOMPARE(recorder.take(), QStringList());
@@ -162,7 +162,7 @@ void ErrorTextsTest::measuredValueAsksAsWell()
     SensorInstance sensor(CC430);
     CallRecorder recorder;
     QCOMPARE(sensor.getErrorValueText(0.0), "fine");
-    QCOMPARE(withoutSizes(recorder.take()), asking());
+    QCOMPARE(withoutTextSizes(recorder.take()), asking());
 }
 
 void ErrorTextsTest::sensorWithoutTextsIsAskedOnce()
@@ -171,7 +171,7 @@ void ErrorTextsTest::sensorWithoutTextsIsAskedOnce()
     SensorInstance sensor(CC430);
     CallRecorder recorder;
     QCOMPARE(sensor.getErrorValueText(error(-3)), QString());
-    QCOMPARE(withoutSizes(recorder.take()), asking());
+    QCOMPARE(withoutTextSizes(recorder.take()), asking());
     QCOMPARE(sensor.getErrorValueText(error(-3)), QString());
     QCOMPARE(recorder.take(), QStringList());
 }
@@ -246,7 +246,7 @@ void ErrorTextsTest::recordingUnitesTheTextsOfItsSensors()
     file.addInfoParameters(recorded(GY330), 2);
     CallRecorder recorder;
     QCOMPARE(file.getErrorValueText(error(-1)), "of 43");
-    QCOMPARE(withoutSizes(recorder.take()), askingType(CP740) + askingType(GenericKVBus));
+    QCOMPARE(withoutTextSizes(recorder.take()), askingType(CP740) + askingType(GenericKVBus));
     QCOMPARE(file.getErrorValueText(error(-2)), "also of 40");
     QCOMPARE(file.getErrorValueText(error(-3)), "also of 43");
     QCOMPARE(file.getErrorValueText(error(-4)), "fine");
@@ -265,7 +265,7 @@ void ErrorTextsTest::recordingSkipsWhatIsNoSensor()
     file.addInfoParameters(QMap<QString, QVariant>{{"IP_SensorType", 1.0e300}}, 6);
     CallRecorder recorder;
     QCOMPARE(file.getErrorValueText(error(-1)), "of 40");
-    QCOMPARE(withoutSizes(recorder.take()), askingType(CP740));
+    QCOMPARE(withoutTextSizes(recorder.take()), askingType(CP740));
 }
 
 void ErrorTextsTest::recordingWithoutSensorsAsksNobody()
@@ -287,7 +287,7 @@ void ErrorTextsTest::setupUnitesTheTextsOfItsSensors()
     setup.storeInterfaceParameters(count(2));
     CallRecorder recorder;
     QCOMPARE(setup.getErrorValueText(error(-1)), "of 43");
-    QCOMPARE(withoutSizes(recorder.take()),
+    QCOMPARE(withoutTextSizes(recorder.take()),
              askingMember(1) + askingType(CP740) + askingMember(2) + askingType(GenericKVBus));
     QCOMPARE(setup.getErrorValueText(error(-2)), "also of 40");
     QCOMPARE(setup.getErrorValueText(error(-3)), "also of 43");
@@ -303,7 +303,7 @@ void ErrorTextsTest::setupSkipsWhatIsNoSensor()
     setup.storeInterfaceParameters(count(4));
     CallRecorder recorder;
     QCOMPARE(setup.getErrorValueText(error(-1)), "of 40");
-    QCOMPARE(withoutSizes(recorder.take()),
+    QCOMPARE(withoutTextSizes(recorder.take()),
              askingMember(1) + askingMember(2) + askingMember(3) + askingMember(4) + askingType(CP740));
 }
 
@@ -321,7 +321,7 @@ void ErrorTextsTest::setupSkipsSensorsThatItCannotName()
     CallRecorder recorder;
     QCOMPARE(setup.getErrorValueText(error(-1)), "of 40");
     // The first command fails; the answer to the second one lacks the parameter.
-    QCOMPARE(withoutSizes(withoutErrorTexts(recorder.take())),
+    QCOMPARE(withoutTextSizes(withoutErrorTexts(recorder.take())),
              commandCalls("Get_DrvSetting") + askingMember(2) + askingMember(3) + askingType(CP740));
 }
 

@@ -45,7 +45,7 @@ QStringList memberCalls(const QVector<int> &members)
     return calls;
 }
 
-const QStringList &forms()
+const QStringList &transferForms()
 {
     static const QStringList all = {"vector", "buffers", "raw", "scaled"};
     return all;
@@ -220,7 +220,7 @@ void TestGetMeasure::handlesTakenOverAreNotAsked()
 void TestGetMeasure::everyTransferAsksFirst_data()
 {
     QTest::addColumn<QString>("form");
-    for (const QString &form : forms())
+    for (const QString &form : transferForms())
         QTest::newRow(qPrintable(form)) << form;
 }
 

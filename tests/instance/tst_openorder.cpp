@@ -35,7 +35,7 @@ QStringList triggerAndSync()
 }
 
 /// Removes the size of the sensor information, which is irrelevant here.
-QStringList withoutSizes(QStringList calls)
+QStringList withoutInformationSizes(QStringList calls)
 {
     calls.replaceInStrings(QRegularExpression("(\"SA_SensorInformation\", )\\d+"), QString("\\1n"));
     return calls;
@@ -79,7 +79,7 @@ void OpenOrderTest::opens()
     QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(sensor.open(parameters(code, Ethernet), &errorText), NoError);
-    QTEST(withoutSizes(recorder.take()), "calls");
+    QTEST(withoutInformationSizes(recorder.take()), "calls");
     QCOMPARE(errorText, QString());
 }
 
@@ -109,7 +109,7 @@ void OpenOrderTest::unansweredRangeFailsTheOpenAfterFillingTheTables()
     QString errorText = "old";
     CallRecorder recorder;
     QCOMPARE(int(sensor.open(parameters(MC340, Ethernet), &errorText)), -51);
-    QCOMPARE(withoutSizes(recorder.take()),
+    QCOMPARE(withoutInformationSizes(recorder.take()),
              opening(MC340) + commandCalls("Get_Info") + QStringList("GetError(4096)"));
     QCOMPARE(errorText, "no information");
     QVERIFY(sensor.isOpen());
@@ -160,7 +160,7 @@ void OpenOrderTest::reopeningFillsAgain()
     QCOMPARE(sensor->close(), NoError);
     CallRecorder recorder;
     QCOMPARE(sensor->open(parameters(CC430, Ethernet)), NoError);
-    QCOMPARE(withoutSizes(recorder.take()), opening(CC430) + triggerAndSync());
+    QCOMPARE(withoutInformationSizes(recorder.take()), opening(CC430) + triggerAndSync());
     QCOMPARE(sensor->getVideoSignalPixelCount(), 512);
 }
 

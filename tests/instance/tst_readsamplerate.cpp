@@ -248,7 +248,7 @@ void TestReadSampleRate::unwantedRateMayBeNull()
 namespace {
 
 /// Records the commands that pass through the virtual function.
-class NotingInstance : public SpecialSensorInstance
+class QuestionNotingInstance : public SpecialSensorInstance
 {
 public:
     using SpecialSensorInstance::SpecialSensorInstance;
@@ -270,7 +270,7 @@ void TestReadSampleRate::questionsPassTheVirtualCommandLayer()
         {SensorType::EC810, "Get_Settings"},
     };
     for (const auto &question : questions) {
-        NotingInstance instance(question.first);
+        QuestionNotingInstance instance(question.first);
         scriptAnswer(question.second.toStdString(),
                      "SA_Speed=1 SA_Measrate=2.0 SA_SampleTime=3.0 SA_SRIndex=0 SA_AvrType=0 SA_AvrNbr=0");
         double rate = 0.0;

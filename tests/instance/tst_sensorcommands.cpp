@@ -489,7 +489,7 @@ void SensorCommandsTest::busModelIsConfirmedInTheWholeAnswer()
 namespace {
 
 /// Records the commands that pass through sendCommand(command).
-class NotingInstance : public SensorInstance
+class CommandNotingInstance : public SensorInstance
 {
 public:
     using SensorInstance::sendCommand;
@@ -508,7 +508,7 @@ public:
 
 void SensorCommandsTest::subclassSeesTheCommandsInsideSequences()
 {
-    NotingInstance sensor(TX270);
+    CommandNotingInstance sensor(TX270);
     SensorInstance &base = sensor;
     int value = 0;
     double number = 0.0;

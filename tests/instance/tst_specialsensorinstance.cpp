@@ -26,10 +26,10 @@ QStringList commands(CallRecorder &recorder)
 }
 
 /// Records its actions and lets them fail on demand.
-class NotingInstance : public SpecialSensorInstance
+class ActionNotingInstance : public SpecialSensorInstance
 {
 public:
-    NotingInstance()
+    ActionNotingInstance()
         : SpecialSensorInstance(CP720)
     {
         noted.clear();
@@ -95,7 +95,7 @@ ErrorCode sendVirtually(SensorInstance &sensor, const QString &form, const QStri
     return sensor.sendCommandGetString(command, "SA_X", text);
 }
 
-const QStringList &forms()
+const QStringList &commandForms()
 {
     static const QStringList all{"plain", "map", "results", "all", "int", "double", "text"};
     return all;
@@ -172,9 +172,9 @@ void SpecialSensorInstanceTest::actionBitsDecide()
     QFETCH(bool, before);
     QFETCH(bool, after);
     scriptAnswer("Do_X", "SA_X=1");
-    NotingInstance sensor;
+    ActionNotingInstance sensor;
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
-    for (const QString &form : forms()) {
+    for (const QString &form : commandForms()) {
         sensor.noted.clear();
         QCOMPARE(send(sensor, form, "Do_X", Action(action)), NoError);
         QStringList expected;
@@ -189,7 +189,7 @@ void SpecialSensorInstanceTest::actionBitsDecide()
 void SpecialSensorInstanceTest::everyFormRunsTheActionsOnce_data()
 {
     QTest::addColumn<QString>("form");
-    for (const QString &form : forms())
+    for (const QString &form : commandForms())
         QTest::newRow(qPrintable(form)) << form;
 }
 
@@ -197,7 +197,7 @@ void SpecialSensorInstanceTest::everyFormRunsTheActionsOnce()
 {
     QFETCH(QString, form);
     scriptAnswer("Do_X", "SA_X=1");
-    NotingInstance sensor;
+    ActionNotingInstance sensor;
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
     sensor.noted.clear();
     QCOMPARE(sendVirtually(sensor, form, "Do_X"), NoError);
@@ -212,7 +212,7 @@ void SpecialSensorInstanceTest::failedBeforeActionPreventsTheCommand_data()
 void SpecialSensorInstanceTest::failedBeforeActionPreventsTheCommand()
 {
     QFETCH(QString, form);
-    NotingInstance sensor;
+    ActionNotingInstance sensor;
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
     sensor.noted.clear();
     sensor.beforeResult = ErrorCode(-40);
@@ -231,7 +231,7 @@ void SpecialSensorInstanceTest::afterActionFollowsAFailedCommandButNotThePlainOn
 {
     QFETCH(QString, form);
     scriptAnswer("Do_X", "", -30);
-    NotingInstance sensor;
+    ActionNotingInstance sensor;
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
     sensor.noted.clear();
     const int result = sendVirtually(sensor, form, "Do_X");
@@ -247,10 +247,10 @@ void SpecialSensorInstanceTest::afterActionFollowsAFailedCommandButNotThePlainOn
 void SpecialSensorInstanceTest::afterActionsResultIsReturned()
 {
     scriptAnswer("Do_X", "SA_X=1");
-    NotingInstance sensor;
+    ActionNotingInstance sensor;
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
     sensor.afterResult = ErrorCode(-41);
-    for (const QString &form : forms())
+    for (const QString &form : commandForms())
         QCOMPARE(int(sendVirtually(sensor, form, "Do_X")), -41);
 }
 
@@ -279,7 +279,7 @@ void SpecialSensorInstanceTest::initiallyExcludedCommands()
     QFETCH(bool, ofRG52x);
     QFETCH(bool, ofRG531);
     scriptAnswer(command.toStdString(), "SA_X=1");
-    NotingInstance base;
+    ActionNotingInstance base;
     QCOMPARE(base.open(testBenchParameters(CP720)), NoError);
     base.noted.clear();
     QCOMPARE(base.sendCommand(command), NoError);
@@ -302,7 +302,7 @@ void SpecialSensorInstanceTest::excludedCommandsCanBeAddedAndReplaced()
 {
     scriptAnswer("Do_X", "");
     scriptAnswer("Do_Y", "");
-    NotingInstance sensor;
+    ActionNotingInstance sensor;
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
     sensor.addToExcludedCommandList({"Do_X"});
     sensor.noted.clear();
@@ -317,7 +317,7 @@ void SpecialSensorInstanceTest::excludedCommandsCanBeAddedAndReplaced()
 
 void SpecialSensorInstanceTest::isOpenTriggersNoActionUnlessTheListIsEmptied()
 {
-    NotingInstance sensor;
+    ActionNotingInstance sensor;
     QCOMPARE(sensor.open(testBenchParameters(CP720)), NoError);
     sensor.noted.clear();
     QVERIFY(sensor.isOpen());
@@ -507,7 +507,7 @@ void SpecialSensorInstanceTest::rg531FailedStopPreventsTheCommand()
     SpecialSensorInstanceRG531 sensor;
     QCOMPARE(sensor.open(testBenchParameters(RG53x)), NoError);
     CallRecorder recorder;
-    for (const QString &form : forms()) {
+    for (const QString &form : commandForms()) {
         QCOMPARE(int(sendVirtually(sensor, form, "Do_X")), -35);
         QCOMPARE(commands(recorder), QStringList("StopTracking"));
     }

@@ -4,7 +4,7 @@
 
 #include <QTest>
 
-static const char *const bench = R"({
+static const char *const lifecycleBench = R"({
     "sensors": [
         { "model": "TX270", "serialNumber": "first", "place": { "interface": "RS232", "port": "COM1" } },
         { "model": "TX270", "serialNumber": "second",
@@ -34,7 +34,7 @@ private:
     }
 
 private Q_SLOTS:
-    void init() { sondixsim::loadBench(bench); }
+    void init() { sondixsim::loadBench(lifecycleBench); }
 
     void everyBaseTypeCanBeCreated_data()
     {
@@ -271,7 +271,7 @@ private Q_SLOTS:
     {
         Handle handle(SensorType::TX270);
         handle.openAt("COM1");
-        sondixsim::loadBench(bench);
+        sondixsim::loadBench(lifecycleBench);
         QCOMPARE(handle.command("Get_OpenState"), 0);
         QCOMPARE(handle.getInt("IA_SensorOpen"), 0);
         QCOMPARE(handle.openAt("COM1"), 0);

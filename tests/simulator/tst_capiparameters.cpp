@@ -6,7 +6,7 @@
 #include <QTest>
 
 // A bench with a command that answers one value of each type.
-static const char *const bench = R"({
+static const char *const parametersBench = R"({
     "sensors": [ {
         "model": "TX270", "serialNumber": "1", "place": { "interface": "RS232", "port": "COM1" },
         "answers": { "Get_Kinds": {
@@ -20,7 +20,7 @@ class TestCapiParameters : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { sondixsim::loadBench(bench); }
+    void init() { sondixsim::loadBench(parametersBench); }
 
     void numbersCanBeReadAsEitherType()
     {

@@ -10,7 +10,7 @@
 
 using sondixsim::Fault;
 
-static const char *const bench = R"({
+static const char *const faultsBench = R"({
     "clock": { "virtual": true },
     "sensors": [
         { "model": "TX270", "serialNumber": "one", "place": { "interface": "WinUSB", "device": 1 }, "rate": 1000 },
@@ -31,7 +31,7 @@ private:
     }
 
 private Q_SLOTS:
-    void init() { sondixsim::loadBench(bench); }
+    void init() { sondixsim::loadBench(faultsBench); }
     void cleanup()
     {
         sondixsim::clearFaults();
@@ -245,7 +245,7 @@ private Q_SLOTS:
     void probabilityIsReproducible()
     {
         const auto run = [] {
-            sondixsim::loadBench(bench);
+            sondixsim::loadBench(faultsBench);
             const Handle handle(SensorType::TX270);
             Fault fault;
             fault.function = "ClearAllParameters";
@@ -285,7 +285,7 @@ private Q_SLOTS:
         Fault fault;
         fault.code = -7;
         sondixsim::inject(fault);
-        sondixsim::loadBench(bench);
+        sondixsim::loadBench(faultsBench);
         const Handle handle(SensorType::TX270);
         QVERIFY(handle != 0);
     }

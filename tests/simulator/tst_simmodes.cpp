@@ -5,7 +5,7 @@
 #include <QTest>
 
 /// Loads a bench with one sensor and a virtual clock; \a more are further keys of the sensor.
-static void loadOne(const QByteArray &model, const std::string &more = "")
+static void loadModel(const QByteArray &model, const std::string &more = "")
 {
     sondixsim::loadBench(R"({ "clock": { "virtual": true }, "sensors": [ { "model": ")" + model.toStdString() +
                          R"(", "serialNumber": "1", "place": { "interface": "WinUSB" } )" + more + " } ] }");
@@ -124,7 +124,7 @@ private Q_SLOTS:
     {
         QFETCH(int, index);
         const Setting &trigger = triggers[index];
-        loadOne(trigger.model);
+        loadModel(trigger.model);
         Handle handle(trigger.type);
         QCOMPARE(handle.open(), 0);
         QCOMPARE(ask(handle, trigger.get, trigger.answer), trigger.off);
@@ -147,7 +147,7 @@ private Q_SLOTS:
 
     void valuesBeforeTheTriggerWasSwitchedOnStay()
     {
-        loadOne("TX270");
+        loadModel("TX270");
         Handle handle(SensorType::TX270);
         handle.open();
         sondixsim::advance(0.01);
@@ -158,7 +158,7 @@ private Q_SLOTS:
 
     void triggeredFrameHasTheTimeOfItsTrigger()
     {
-        loadOne("TX270", R"(, "settings": { "TriggerMode": { "SA_TriggerMode": 1 } },
+        loadModel("TX270", R"(, "settings": { "TriggerMode": { "SA_TriggerMode": 1 } },
             "signals": [ { "name": "d", "range": [0.0, 10.0], "rawRange": [0, 1000],
                            "generator": { "kind": "ramp", "from": 0.0, "to": 10.0, "period": 10.0 } } ])");
         Handle handle(SensorType::TX270);
@@ -177,7 +177,7 @@ private Q_SLOTS:
 
     void triggerIsIgnoredByOtherSensors()
     {
-        loadOne("TX270");
+        loadModel("TX270");
         sondixsim::trigger("1"); // it is not open
         Handle handle(SensorType::TX270);
         handle.open();
@@ -188,7 +188,7 @@ private Q_SLOTS:
 
     void triggersOfTheBenchComeRegularly()
     {
-        loadOne("TX270", R"(, "triggerRate": 8)");
+        loadModel("TX270", R"(, "triggerRate": 8)");
         Handle handle(SensorType::TX270);
         handle.open();
         QCOMPARE(valuesIn(handle, 1.0), 2000);
@@ -198,7 +198,7 @@ private Q_SLOTS:
 
     void triggersDoNotExceedTheSampleRate()
     {
-        loadOne("TX270", R"(, "triggerRate": 5000)");
+        loadModel("TX270", R"(, "triggerRate": 5000)");
         Handle handle(SensorType::TX270);
         handle.open();
         set(handle, "Update_TriggerMode", "SP_TriggerMode", 1);
@@ -232,7 +232,7 @@ private Q_SLOTS:
         QFETCH(int, type);
         QFETCH(QByteArray, get);
         QFETCH(QByteArray, name);
-        loadOne(model);
+        loadModel(model);
         Handle handle(type);
         QCOMPARE(handle.open(), 0);
         const QByteArray answer = "SA_" + name;
@@ -247,7 +247,7 @@ private Q_SLOTS:
 
     void terminationGoesWithTheSync()
     {
-        loadOne("TX260");
+        loadModel("TX260");
         Handle handle(SensorType::TX260);
         handle.open();
         handle.set("SP_SyncTermination", 1);
@@ -289,7 +289,7 @@ private Q_SLOTS:
         QFETCH(int, mode);
         QFETCH(QByteArray, name);
         QFETCH(int, perFrame);
-        loadOne(model);
+        loadModel(model);
         Handle handle(type);
         handle.open();
         QCOMPARE(ask(handle, "Get_MeasureMode", "SA_MeasureMode"), 0);
@@ -322,7 +322,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, model);
         QFETCH(int, type);
         QFETCH(int, mode);
-        loadOne(model);
+        loadModel(model);
         Handle handle(type);
         handle.open();
         handle.set("SP_MeasureMode", mode);
@@ -332,7 +332,7 @@ private Q_SLOTS:
 
     void valuesOfTheOldFrameAreDiscarded()
     {
-        loadOne("CC430", R"(, "measureModes": { "parameter": "SA_MeasureMode", "modes": [
+        loadModel("CC430", R"(, "measureModes": { "parameter": "SA_MeasureMode", "modes": [
             { "mode": 1, "signals": [ { "name": "a" }, { "name": "b" }, { "name": "c" } ] } ] })");
         Handle handle(SensorType::CC430);
         handle.open();
@@ -350,7 +350,7 @@ private Q_SLOTS:
 
     void standingValuesFollowTheMode()
     {
-        loadOne("TX260", R"(, "standing": 50)");
+        loadModel("TX260", R"(, "standing": 50)");
         Handle handle(SensorType::TX260);
         handle.open();
         sondixsim::advance(1.0);

@@ -6,7 +6,7 @@
 #include <set>
 
 // A TX270 at each kind of place, and sensors on buses.
-static const char *const bench = R"({
+static const char *const searchBench = R"({
     "clock": { "virtual": true },
     "search": { "TCP/IP": 1.0, "WinUSB": 0.1, "DriverX_USB": 0.01, "USBIO": 0.02, "RS232": 0.25, "XA100_USB": 0.3,
                 "XA100": 0.4, "XA200": 0.5, "XA200_ETH": 0.6, "bus": 2.0, "quickBus": 0.7 },
@@ -93,7 +93,7 @@ private:
     }
 
 private Q_SLOTS:
-    void init() { sondixsim::loadBench(bench); }
+    void init() { sondixsim::loadBench(searchBench); }
 
     void everySwitchScansItsInterfaceAndTakesItsTime_data()
     {

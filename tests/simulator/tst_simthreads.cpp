@@ -6,7 +6,7 @@
 #include <QTest>
 #include <thread>
 
-static const char *const bench = R"({
+static const char *const threadsBench = R"({
     "sensors": [
         { "model": "TX270", "serialNumber": "0", "place": { "interface": "WinUSB", "device": 0 }, "rate": 20000 },
         { "model": "TX270", "serialNumber": "1", "place": { "interface": "WinUSB", "device": 1 }, "rate": 20000 },
@@ -22,7 +22,7 @@ private:
     static constexpr int rounds = 400;
 
 private Q_SLOTS:
-    void init() { sondixsim::loadBench(bench); }
+    void init() { sondixsim::loadBench(threadsBench); }
 
     void severalThreadsUseOneHandle()
     {
@@ -113,14 +113,14 @@ private Q_SLOTS:
             }
         });
         for (int round = 0; round < 30; ++round) {
-            sondixsim::loadBench(bench);
+            sondixsim::loadBench(threadsBench);
             sondixsim::advance(0.1);
         }
         QTRY_VERIFY(reads > 10);
         stop = true;
         reader.join();
         breaker.join();
-        sondixsim::loadBench(bench);
+        sondixsim::loadBench(threadsBench);
         Handle handle(SensorType::TX270);
         QCOMPARE(handle.open(), 0);
     }

@@ -14,7 +14,7 @@ using Pixels = std::vector<int>;
 const char *const network = R"({ "interface": "TCP/IP", "ip": "10.0.0.1" })";
 const char *const serialLine = R"({ "interface": "RS232", "port": "COM3" })";
 
-void loadOne(const QByteArray &model, const std::string &place, const std::string &more = "", int seed = 1)
+void loadVideoSensor(const QByteArray &model, const std::string &place, const std::string &more = "", int seed = 1)
 {
     sondixsim::loadBench(R"({ "clock": { "virtual": true }, "seed": )" + std::to_string(seed) +
                          R"(, "sensors": [ { "model": ")" + model.toStdString() +
@@ -136,7 +136,7 @@ private Q_SLOTS:
         QFETCH(int, resolution);
         QFETCH(QByteArray, stem);
         QFETCH(QList<QByteArray>, videoSignals);
-        loadOne(model, suffix == "_ETH" ? network : serialLine);
+        loadVideoSensor(model, suffix == "_ETH" ? network : serialLine);
         Handle handle(type);
         QCOMPARE(handle.open(), 0);
         if (mode >= 0)
@@ -199,7 +199,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, model);
         QFETCH(int, type);
         QFETCH(int, mode);
-        loadOne(model, network);
+        loadVideoSensor(model, network);
         Handle handle(type);
         handle.open();
         QVERIFY(switchTo(handle, "Update_OutputVideo_ETH", "SP_OutputVideoRaw_ETH", 1));
@@ -212,7 +212,7 @@ private Q_SLOTS:
 
     void switchesOfTheOtherInterfaceDoNotCount()
     {
-        loadOne("TX290", network);
+        loadVideoSensor("TX290", network);
         Handle handle(SensorType::TX290);
         handle.open();
         QVERIFY(switchTo(handle, "Update_Output_RS422", "SP_OutputVideoRaw_RS422", 1));
@@ -223,7 +223,7 @@ private Q_SLOTS:
 
     void sensorWithoutSwitchesSendsItsLineWhenAsked()
     {
-        loadOne("TX240", serialLine);
+        loadVideoSensor("TX240", serialLine);
         Handle handle(SensorType::TX240);
         handle.open();
         handle.command("Get_TransmittedDataInfo");
@@ -248,7 +248,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, model);
         QFETCH(int, type);
-        loadOne(model, serialLine);
+        loadVideoSensor(model, serialLine);
         Handle handle(type);
         QCOMPARE(handle.open(), 0);
         QVERIFY(handle.command("Get_Video") < 0);
@@ -263,7 +263,7 @@ private Q_SLOTS:
     void peakIsAtTheValue()
     {
         QFETCH(double, value);
-        loadOne("TX290", network, standingAt(value));
+        loadVideoSensor("TX290", network, standingAt(value));
         Handle handle(SensorType::TX290);
         handle.open();
         QVERIFY(switchTo(handle, "Update_Output_ETH", "SP_OutputVideoRaw_ETH", 1));
@@ -281,7 +281,7 @@ private Q_SLOTS:
 
     void peakFollowsTheLastMeasuredValue()
     {
-        loadOne("TX290", network, R"(, "signals": [ { "name": "d", "range": [0.0, 10.0],
+        loadVideoSensor("TX290", network, R"(, "signals": [ { "name": "d", "range": [0.0, 10.0],
             "generator": { "kind": "ramp", "from": 1.0, "to": 9.0, "period": 8.0 } } ])");
         Handle handle(SensorType::TX290);
         handle.open();
@@ -296,7 +296,7 @@ private Q_SLOTS:
 
     void eachChannelShowsItsOwnValue()
     {
-        loadOne("CC480", network, R"(, "signals": [
+        loadVideoSensor("CC480", network, R"(, "signals": [
             { "name": "01DIST1", "range": [0.0, 10.0], "generator": { "kind": "constant", "value": 3.0 } },
             { "name": "02DIST1", "range": [0.0, 10.0], "generator": { "kind": "constant", "value": 8.0 } } ])");
         Handle handle(SensorType::CC480);
@@ -310,7 +310,7 @@ private Q_SLOTS:
 
     void errorValueHasNoPeak()
     {
-        loadOne("TX290", network, standingAt(5.0, R"(, "errors": [ { "key": -1, "every": 1 } ])"));
+        loadVideoSensor("TX290", network, standingAt(5.0, R"(, "errors": [ { "key": -1, "every": 1 } ])"));
         Handle handle(SensorType::TX290);
         handle.open();
         QVERIFY(switchTo(handle, "Update_Output_ETH", "SP_OutputVideoRaw_ETH", 1));
@@ -322,7 +322,7 @@ private Q_SLOTS:
 
     void correctedLineHasNoFloor()
     {
-        loadOne("TX260", network, standingAt(5.0));
+        loadVideoSensor("TX260", network, standingAt(5.0));
         Handle handle(SensorType::TX260);
         handle.open();
         handle.set("SP_OutputVideoCorr_ETH", 1);
@@ -337,7 +337,7 @@ private Q_SLOTS:
 
     void tablesAreTheLinesWithoutNoise()
     {
-        loadOne("CC430", network);
+        loadVideoSensor("CC430", network);
         Handle handle(SensorType::CC430);
         handle.open();
         for (const char *name :
@@ -373,7 +373,8 @@ private Q_SLOTS:
     {
         QFETCH(double, range);
         QFETCH(int, pixels);
-        loadOne("MC340", network, R"(, "info": { "SA_Range": )" + std::to_string(range) + " }" + standingAt(4.0));
+        loadVideoSensor("MC340", network,
+                        R"(, "info": { "SA_Range": )" + std::to_string(range) + " }" + standingAt(4.0));
         Handle handle(SensorType::MC340);
         handle.open();
         QCOMPARE(handle.command("Get_Info"), 0);
@@ -390,7 +391,7 @@ private Q_SLOTS:
     void sameSeedAndTimeGiveTheSameLine()
     {
         const auto lineAt = [](int seed, double time) {
-            loadOne("TX290", network, standingAt(5.0), seed);
+            loadVideoSensor("TX290", network, standingAt(5.0), seed);
             Handle handle(SensorType::TX290);
             handle.open();
             if (!switchTo(handle, "Update_Output_ETH", "SP_OutputVideoRaw_ETH", 1))
@@ -408,7 +409,7 @@ private Q_SLOTS:
 
     void fetchingALineTakesNoValue()
     {
-        loadOne("TX290", network);
+        loadVideoSensor("TX290", network);
         Handle handle(SensorType::TX290);
         handle.open();
         QVERIFY(switchTo(handle, "Update_Output_ETH", "SP_OutputVideoRaw_ETH", 1));
@@ -437,7 +438,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, key);
         QFETCH(QByteArray, mistake);
         try {
-            loadOne("TX290", network, key.toStdString());
+            loadVideoSensor("TX290", network, key.toStdString());
             QFAIL("the bench was taken");
         } catch (const sondixsim::BenchError &error) {
             QVERIFY2(QByteArray(error.what()).contains(mistake), error.what());

@@ -16,15 +16,19 @@ public:
 
 namespace {
 
-/// The parameter type that makes each unit's unitMain() a different function.
+/// The parameter types that make each unit's unitMain() a different function.
+template<int number>
 struct ThisUnit
 {
 };
 
 } // namespace
 
-#define main(...)                                                                                                 \
-    unitMain(ThisUnit, int, char **);                                                                             \
-    static const TestUnit thisUnit(                                                                               \
-        __BASE_FILE__, [](int count, char *values[]) { return unitMain(ThisUnit(), count, values); });            \
-    int unitMain(ThisUnit, __VA_ARGS__)
+// Units may be compiled together: the names of each contain a number.
+#define SONDIXQT_UNIT_MAIN_NUMBERED(number, ...)                                                                  \
+    unitMain(ThisUnit<number>, int, char **);                                                                     \
+    static const TestUnit thisUnit##number(                                                                       \
+        __FILE__, [](int count, char *values[]) { return unitMain(ThisUnit<number>(), count, values); });         \
+    int unitMain(ThisUnit<number>, __VA_ARGS__)
+#define SONDIXQT_UNIT_MAIN(number, ...) SONDIXQT_UNIT_MAIN_NUMBERED(number, __VA_ARGS__)
+#define main(...) SONDIXQT_UNIT_MAIN(__COUNTER__, __VA_ARGS__)

@@ -118,23 +118,24 @@ void TestResponses::nobodySharesAnswersWithOtherOrigins_data()
     const auto row = [](const char *name, const QByteArray &header, const QByteArray &kept) {
         QTest::newRow(name) << header << kept;
     };
-    const QByteArray ok = "HTTP/1.1 200 OK\r\n";
+    const QByteArray success = "HTTP/1.1 200 OK\r\n";
     const QByteArray length = "Content-Length: 5\r\n";
     const QByteArray allow = "Access-Control-Allow-Origin: *\r\n";
-    row("first", ok + allow + length + "\r\n", ok + length + "\r\n");
-    row("last", ok + length + allow + "\r\n", ok + length + "\r\n");
-    row("last, without a blank line", ok + length + allow, ok + length + "\r\n");
-    row("last, without a line end", ok + length + allow.trimmed(), ok + length + "\r\n");
-    row("only", ok + allow + "\r\n", ok + "\r\n");
-    row("several", ok + allow + length + "Access-Control-Allow-Credentials: true\r\n\r\n", ok + length + "\r\n");
-    row("letters of another case", ok + "ACCESS-control-ALLOW-origin: *\r\n" + length + "\r\n",
-        ok + length + "\r\n");
+    row("first", success + allow + length + "\r\n", success + length + "\r\n");
+    row("last", success + length + allow + "\r\n", success + length + "\r\n");
+    row("last, without a blank line", success + length + allow, success + length + "\r\n");
+    row("last, without a line end", success + length + allow.trimmed(), success + length + "\r\n");
+    row("only", success + allow + "\r\n", success + "\r\n");
+    row("several", success + allow + length + "Access-Control-Allow-Credentials: true\r\n\r\n",
+        success + length + "\r\n");
+    row("letters of another case", success + "ACCESS-control-ALLOW-origin: *\r\n" + length + "\r\n",
+        success + length + "\r\n");
     row("bare line ends", "HTTP/1.1 200 OK\nAccess-Control-Allow-Origin: *\nContent-Length: 5\n\n",
         "HTTP/1.1 200 OK\nContent-Length: 5\n\n");
     row("mixed line ends", "HTTP/1.1 200 OK\r\nX: y\nAccess-Control-Allow-Origin: *\r\n" + length + "\r\n",
         "HTTP/1.1 200 OK\r\nX: y\n" + length + "\r\n");
-    row("in a value it means nothing", ok + "X: Access-Control-Allow-Origin: *\r\n" + length + "\r\n",
-        ok + "X: Access-Control-Allow-Origin: *\r\n" + length + "\r\n");
+    row("in a value it means nothing", success + "X: Access-Control-Allow-Origin: *\r\n" + length + "\r\n",
+        success + "X: Access-Control-Allow-Origin: *\r\n" + length + "\r\n");
 }
 
 void TestResponses::nobodySharesAnswersWithOtherOrigins()

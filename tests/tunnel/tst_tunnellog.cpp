@@ -15,16 +15,11 @@ using namespace SondixQt;
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 /// The name of the log file with which \a calls enable logging.
 QString logName(const QStringList &calls)
 {
     static const QRegularExpression pattern(
-        name("^EnableLogging\\(1, 2147483647, 2147483647, \"(.*)\", 0, 0, 10\\)$"));
+        QString("^EnableLogging\\(1, 2147483647, 2147483647, \"(.*)\", 0, 0, 10\\)$"));
     const QStringList begun = calls.filter(pattern);
     return begun.isEmpty() ? QString() : pattern.match(begun.first()).captured(1);
 }
@@ -87,14 +82,14 @@ void TunnelLogTest::logIsNamedAfterTheSensor()
     QCOMPARE(tunnel->openTunnel(url), NoError);
     const QRegularExpression expected(
         QRegularExpression::escape(QDir::tempPath()) +
-        name("/WebInterface_TX270_\\d{4}-\\d\\d-\\d\\d_\\d\\d-\\d\\d-\\d\\d\\.\\d{3}%\\[10\\]\\.log"));
+        QString("/WebInterface_TX270_\\d{4}-\\d\\d-\\d\\d_\\d\\d-\\d\\d-\\d\\d\\.\\d{3}%\\[10\\]\\.log"));
     const QStringList calls = recorder->take();
     const QString file = logName(calls);
     QVERIFY2(QRegularExpression(QRegularExpression::anchoredPattern(expected.pattern())).match(file).hasMatch(),
              qPrintable(calls.join(QLatin1Char('\n'))));
     // Logging is enabled before the sensor is opened.
     QVERIFY(calls.indexOf(QStringLiteral("OpenSensor()")) >
-            calls.indexOf(QRegularExpression(name("^EnableLogging.*"))));
+            calls.indexOf(QRegularExpression(QString("^EnableLogging.*"))));
     Q_EMIT tunnel->enableLogging(false);
     tunnel->closeTunnel();
 }
@@ -102,12 +97,12 @@ void TunnelLogTest::logIsNamedAfterTheSensor()
 void TunnelLogTest::logGoesWhereTheSettingsSay()
 {
     const QTemporaryDir folder;
-    QSettings().setValue(name("logFileDir"), folder.path());
+    QSettings().setValue(QString("logFileDir"), folder.path());
     Q_EMIT tunnel->enableLogging(true);
     scriptFailure("Get_HTTP", -1);
     QCOMPARE(tunnel->openTunnel(url), NoError);
-    QVERIFY(logName(recorder->take()).startsWith(folder.path() + name("/WebInterface_TX270_")));
-    QCOMPARE(QDir(folder.path()).entryList({name("WebInterface_TX270_*.log")}).size(), 1);
+    QVERIFY(logName(recorder->take()).startsWith(folder.path() + QString("/WebInterface_TX270_")));
+    QCOMPARE(QDir(folder.path()).entryList({QString("WebInterface_TX270_*.log")}).size(), 1);
     Q_EMIT tunnel->enableLogging(false);
     tunnel->closeTunnel();
 }
@@ -115,7 +110,7 @@ void TunnelLogTest::logGoesWhereTheSettingsSay()
 void TunnelLogTest::logBeginsAtOnceOnAnOpenSensor()
 {
     const QTemporaryDir folder;
-    QSettings().setValue(name("logFileDir"), folder.path());
+    QSettings().setValue(QString("logFileDir"), folder.path());
     begin();
     Q_EMIT tunnel->enableLogging(true);
     QVERIFY(tunnel->isTunnelOpen());
@@ -126,8 +121,8 @@ void TunnelLogTest::logBeginsAtOnceOnAnOpenSensor()
     client.send(getRequest("/lost"));
     QCOMPARE(statusOf(client.response()), 502);
     QCOMPARE(recorder->take()
-                 .filter(QRegularExpression(name("^LogToFile\\(32, \"SondixQt::RS232TunnelWorker::handleRequest"
-                                                 "FromSocket\", \"Get_HTTP error:'told to fail'.*/lost.*")))
+                 .filter(QRegularExpression(QString("^LogToFile\\(32, \"SondixQt::RS232TunnelWorker::handleRequest"
+                                                    "FromSocket\", \"Get_HTTP error:'told to fail'.*/lost.*")))
                  .size(),
              1);
     Q_EMIT tunnel->enableLogging(false);
@@ -137,22 +132,22 @@ void TunnelLogTest::logBeginsAtOnceOnAnOpenSensor()
 void TunnelLogTest::logOfALentSensorIsBegunOnce()
 {
     const QTemporaryDir folder;
-    QSettings().setValue(name("logFileDir"), folder.path());
+    QSettings().setValue(QString("logFileDir"), folder.path());
     QCOMPARE(sensor->open(sensor->storedInterfaceParameters()), NoError);
     recorder->take();
     Q_EMIT tunnel->enableLogging(true);
     begin(false);
-    QCOMPARE(recorder->take().filter(QRegularExpression(name("^EnableLogging.*"))).size(), 1);
+    QCOMPARE(recorder->take().filter(QRegularExpression(QString("^EnableLogging.*"))).size(), 1);
     Q_EMIT tunnel->enableLogging(false);
     tunnel->closeTunnel();
 }
 
 void TunnelLogTest::anEmptyFolderIsNone()
 {
-    QSettings().setValue(name("logFileDir"), QString());
+    QSettings().setValue(QString("logFileDir"), QString());
     Q_EMIT tunnel->enableLogging(true);
     begin(false);
-    QVERIFY(logName(recorder->take()).startsWith(QDir::tempPath() + name("/WebInterface_")));
+    QVERIFY(logName(recorder->take()).startsWith(QDir::tempPath() + QString("/WebInterface_")));
     Q_EMIT tunnel->enableLogging(false);
     tunnel->closeTunnel();
 }
@@ -160,17 +155,17 @@ void TunnelLogTest::anEmptyFolderIsNone()
 void TunnelLogTest::logEndsAtOnce()
 {
     const QTemporaryDir folder;
-    QSettings().setValue(name("logFileDir"), folder.path());
+    QSettings().setValue(QString("logFileDir"), folder.path());
     begin();
     Q_EMIT tunnel->enableLogging(true);
     QVERIFY(tunnel->isTunnelOpen());
     recorder->take();
     Q_EMIT tunnel->enableLogging(false);
     QVERIFY(tunnel->isTunnelOpen());
-    QCOMPARE(
-        recorder->take().mid(0, 3),
-        (QStringList{name("SetParameterInt(\"IP_EnableLogging\", 0)"),
-                     name("SetParameterString(\"S_Command\", \"Enable_Logging\")"), name("SensorCommand()")}));
+    QCOMPARE(recorder->take().mid(0, 3),
+             (QStringList{QString("SetParameterInt(\"IP_EnableLogging\", 0)"),
+                          QString("SetParameterString(\"S_Command\", \"Enable_Logging\")"),
+                          QString("SensorCommand()")}));
     QVERIFY(!sensor->GetLogging());
     // Opening the tunnel again does not enable logging.
     tunnel->closeTunnel();
@@ -181,13 +176,13 @@ void TunnelLogTest::logEndsAtOnce()
 void TunnelLogTest::slashesDoNotEndUpInTheName()
 {
     const QTemporaryDir folder;
-    QSettings().setValue(name("logFileDir"), folder.path());
+    QSettings().setValue(QString("logFileDir"), folder.path());
     SensorInstance card(XA200PCI);
     scriptAnswer("Get_OpenState", "IA_SensorOpen=1");
     RS232Tunnel other(card);
     Q_EMIT other.enableLogging(true);
     QVERIFY(!other.isTunnelOpen());
-    QVERIFY(logName(recorder->take()).startsWith(folder.path() + name("/WebInterface_XA200_PCI_")));
+    QVERIFY(logName(recorder->take()).startsWith(folder.path() + QString("/WebInterface_XA200_PCI_")));
     Q_EMIT other.enableLogging(false);
 }
 
@@ -199,8 +194,8 @@ int main(int argc, char *argv[])
         qputenv(variable, settings.path().toLocal8Bit());
     QSettings::setDefaultFormat(QSettings::IniFormat);
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
-    QCoreApplication::setOrganizationName(name("SondixQtTests"));
-    QCoreApplication::setApplicationName(name("tst_tunnellog"));
+    QCoreApplication::setOrganizationName(QString("SondixQtTests"));
+    QCoreApplication::setApplicationName(QString("tst_tunnellog"));
     TunnelLogTest test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -12,33 +12,28 @@ using namespace SondixQt;
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 QStringList names(std::initializer_list<const char *> list)
 {
     QStringList result;
     for (const char *text : list)
-        result.append(name(text));
+        result.append(QString(text));
     return result;
 }
 
 /// The parameters staged for a page, in the form of commandsSent().
 QString page(const char *path, const char *tag = "")
 {
-    return name("SetParameterInt(\"SP_HTTPMaxLength\", 16383) SetParameterString(\"SP_HTTPPath\", \"%1\") "
-                "SetParameterString(\"SP_HTTPeTag\", \"%2\")")
-        .arg(name(path), name(tag));
+    return QString("SetParameterInt(\"SP_HTTPMaxLength\", 16383) SetParameterString(\"SP_HTTPPath\", \"%1\") "
+                   "SetParameterString(\"SP_HTTPeTag\", \"%2\")")
+        .arg(QString(path), QString(tag));
 }
 
 /// The parameters staged for a command, in the form of commandsSent().
 QString command(const char *text, int init)
 {
-    return name("SetParameterInt(\"CP_InitAfterSensorCommand\", %1) SetParameterString(\"SP_CmdStr\", \"%2\")")
+    return QString("SetParameterInt(\"CP_InitAfterSensorCommand\", %1) SetParameterString(\"SP_CmdStr\", \"%2\")")
         .arg(init)
-        .arg(name(text));
+        .arg(QString(text));
 }
 
 /// The pages and commands that were sent to the sensor, in order.
@@ -49,7 +44,7 @@ QStringList reached(CallRecorder &recorder)
     const QStringList calls = recorder.take();
     for (const QString &call : calls) {
         static const QRegularExpression relevant(
-            name("^SetParameterString\\(\"(?:SP_HTTPPath|SP_HTTPeTag|SP_CmdStr)\", (\".*\")\\)$"));
+            QString("^SetParameterString\\(\"(?:SP_HTTPPath|SP_HTTPeTag|SP_CmdStr)\", (\".*\")\\)$"));
         const QRegularExpressionMatch match = relevant.match(call);
         if (match.hasMatch())
             staged += QLatin1Char(' ') + match.captured(1);
@@ -135,7 +130,7 @@ void TunnelRelayTest::pagesAreFetchedWithFiveArguments()
     client.send(getRequest("/index.html"));
     QCOMPARE(client.response(), QByteArray(pageHeader) + pageBody);
     QStringList calls = recorder->take();
-    calls = calls.mid(calls.indexOf(name("SetParameterInt(\"SP_HTTPMaxLength\", 16383)")));
+    calls = calls.mid(calls.indexOf(QString("SetParameterInt(\"SP_HTTPMaxLength\", 16383)")));
     const QStringList expected =
         names({"SetParameterInt(\"SP_HTTPMaxLength\", 16383)",
                "SetParameterString(\"SP_HTTPPath\", \"/index.html\")", "SetParameterString(\"SP_HTTPeTag\", \"\")",
@@ -243,7 +238,8 @@ void TunnelRelayTest::failuresGiveAPageAndTheNextRequestIsServed()
     scriptPage();
     TunnelClient client(url);
     const auto announce = [](const char *text) {
-        QTest::ignoreMessage(QtDebugMsg, QRegularExpression(QRegularExpression::escape(name(text))));
+        QTest::ignoreMessage(QtDebugMsg,
+                             QRegularExpression(QRegularExpression::escape(QString::fromLatin1(text))));
     };
     announce("Get_HTTP error:'no <answer> & \xb0' RS232TunnelWorker::handleRequestFromSocket "
              "SP_HTTPPath: /<b> SP_HTTPeTag: 3");
@@ -367,7 +363,7 @@ void TunnelRelayTest::requestsAreServedInTheirOrder()
     for (int i = 0; i < 40; ++i) {
         const QByteArray number = QByteArray::number(i);
         all += i % 3 == 1 ? postRequest("SET " + number) : getRequest("/" + number);
-        expected += i % 3 == 1 ? name(" \"SET %1\"").arg(i) : name(" \"/%1\" \"\"").arg(i);
+        expected += i % 3 == 1 ? QString(" \"SET %1\"").arg(i) : QString(" \"/%1\" \"\"").arg(i);
     }
     client.send(all);
     for (int i = 0; i < 40; ++i)
@@ -473,7 +469,7 @@ void TunnelRelayTest::strangersReachNothing()
     TunnelClient own(url);
     own.send(postRequest("SET 1", "Origin: http://127.0.0.1\r\nSec-Fetch-Site: same-origin\r\n"));
     QCOMPARE(statusOf(own.response()), 200);
-    QCOMPARE(reached(*recorder), QStringList(name(" \"SET 1\"")));
+    QCOMPARE(reached(*recorder), QStringList(QString(" \"SET 1\"")));
 }
 
 void TunnelRelayTest::nothingIsParsedAfterARefusal()
@@ -490,7 +486,7 @@ void TunnelRelayTest::nothingIsParsedAfterARefusal()
         client.send(("POST / HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 3\r\n\r\nSET" + getRequest("/"))
                         .leftJustified(16 * 1024, ' '));
     QCOMPARE(client.everything(), QByteArray());
-    QCOMPARE(reached(*recorder), QStringList(name(" \"/first\" \"\"")));
+    QCOMPARE(reached(*recorder), QStringList(QString(" \"/first\" \"\"")));
 }
 
 void TunnelRelayTest::unknownBytesAreDropped()
@@ -587,7 +583,7 @@ void TunnelRelayTest::answersForAClientThatLeftAreDiscarded()
     QCOMPARE(other.response(), QByteArray(pageHeader) + pageBody);
     // Until the reset arrives, a client that has left cannot be told from one that has only ended sending.
     QStringList pages = reached(*recorder);
-    pages.removeAll(name(" \"/two\" \"\""));
+    pages.removeAll(QString(" \"/two\" \"\""));
     QCOMPARE(pages, names({" \"/one\" \"\"", " \"/other\" \"\""}));
 }
 

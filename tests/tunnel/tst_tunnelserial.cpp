@@ -13,16 +13,11 @@ using namespace SondixQt;
 
 namespace {
 
-QString name(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 /// The calls that open and close the sensor, set its baud rate, read or set its outputs, or send a generic
 /// command.
 QStringList linkCalls(CallRecorder &recorder)
 {
-    static const QRegularExpression relevant(name(
+    static const QRegularExpression relevant(QString(
         "^(?:(?:Open|Close)Sensor\\(\\)|SetParameterInt\\(\"IP_Baudrate\".*|SetParameterInt\\(\"SP_Output.*|"
         "SetParameterString\\(\"S_Command\", \"(?:Get_DataOutInterface|Set_DataOutInterface|Cmd_Generic)\"\\))$"));
     return recorder.take().filter(relevant);
@@ -30,15 +25,15 @@ QStringList linkCalls(CallRecorder &recorder)
 
 QString sent(const char *command)
 {
-    return name("SetParameterString(\"S_Command\", \"%1\")").arg(name(command));
+    return QString("SetParameterString(\"S_Command\", \"%1\")").arg(QString(command));
 }
 
 QStringList outputs(int rs422, int analog, int error1, int error2)
 {
-    return {name("SetParameterInt(\"SP_OutputAnalog\", %1)").arg(analog),
-            name("SetParameterInt(\"SP_OutputErrorOut1\", %1)").arg(error1),
-            name("SetParameterInt(\"SP_OutputErrorOut2\", %1)").arg(error2),
-            name("SetParameterInt(\"SP_OutputRS422\", %1)").arg(rs422), sent("Set_DataOutInterface")};
+    return {QString("SetParameterInt(\"SP_OutputAnalog\", %1)").arg(analog),
+            QString("SetParameterInt(\"SP_OutputErrorOut1\", %1)").arg(error1),
+            QString("SetParameterInt(\"SP_OutputErrorOut2\", %1)").arg(error2),
+            QString("SetParameterInt(\"SP_OutputRS422\", %1)").arg(rs422), sent("Set_DataOutInterface")};
 }
 
 const QString openCall = QStringLiteral("OpenSensor()");
@@ -46,7 +41,7 @@ const QString closeCall = QStringLiteral("CloseSensor()");
 
 QString rate(int baudrate)
 {
-    return name("SetParameterInt(\"IP_Baudrate\", %1)").arg(baudrate);
+    return QString("SetParameterInt(\"IP_Baudrate\", %1)").arg(baudrate);
 }
 
 } // namespace
@@ -104,7 +99,7 @@ void TunnelSerialTest::init()
 {
     loadTestBench();
     QMap<QString, QVariant> parameters = testBenchParameters(TX270);
-    parameters.insert(name("IP_Baudrate"), 115200);
+    parameters.insert(QString("IP_Baudrate"), 115200);
     sensor = std::make_unique<SensorInstance>(TX270);
     sensor->storeInterfaceParameters(parameters);
     tunnel = std::make_unique<RS232Tunnel>(*sensor);
@@ -133,8 +128,8 @@ void TunnelSerialTest::opensWithTheStoredParameters()
     const int opened = calls.indexOf(openCall);
     QVERIFY(opened > 0);
     const QStringList staged = calls.mid(0, opened);
-    QVERIFY(staged.contains(name("SetParameterString(\"IP_Interface\", \"RS232\")")));
-    QVERIFY(staged.contains(name("SetParameterInt(\"IP_Port\", 3)")));
+    QVERIFY(staged.contains(QString("SetParameterString(\"IP_Interface\", \"RS232\")")));
+    QVERIFY(staged.contains(QString("SetParameterInt(\"IP_Port\", 3)")));
     QVERIFY(staged.contains(rate(115200)));
     QCOMPARE(calls.count(openCall), 1);
     QVERIFY(calls.indexOf(sent("Get_DataOutInterface")) > opened);
@@ -164,8 +159,8 @@ void TunnelSerialTest::rs422OutputIsSwitchedOffAlone()
 void TunnelSerialTest::outputsThatCannotBeSwitchedDoNotFailTheOpening_data()
 {
     QTest::addColumn<QString>("command");
-    QTest::newRow("not read") << name("Get_DataOutInterface");
-    QTest::newRow("not written") << name("Set_DataOutInterface");
+    QTest::newRow("not read") << QString("Get_DataOutInterface");
+    QTest::newRow("not written") << QString("Set_DataOutInterface");
 }
 
 void TunnelSerialTest::outputsThatCannotBeSwitchedDoNotFailTheOpening()
@@ -441,14 +436,14 @@ void TunnelSerialTest::sensorGoesOnAtItsNewBaudRate()
     const QStringList calls = linkCalls(*recorder);
     QCOMPARE(calls.mid(0, 5),
              (QStringList{sent("Cmd_Generic"), closeCall, rate(230400), openCall, sent("Get_DataOutInterface")}));
-    QCOMPARE(sensor->storedInterfaceParameters().value(name("IP_Baudrate")), QVariant(230400));
+    QCOMPARE(sensor->storedInterfaceParameters().value(QString("IP_Baudrate")), QVariant(230400));
     client.send(getRequest("/"));
     QCOMPARE(statusOf(client.response()), 200);
 
     // Change it back. Neither change counts as closing the tunnel.
     client.send(postRequest("BAUDRATE 115200"));
     QCOMPARE(statusOf(client.response()), 200);
-    QCOMPARE(sensor->storedInterfaceParameters().value(name("IP_Baudrate")), QVariant(115200));
+    QCOMPARE(sensor->storedInterfaceParameters().value(QString("IP_Baudrate")), QVariant(115200));
     QCoreApplication::sendPostedEvents();
     QCOMPARE(closed.count(), 0);
     tunnel->closeTunnel();
@@ -487,7 +482,7 @@ void TunnelSerialTest::refusedBaudRateChangesNothing()
     client.send(postRequest("BAUDRATE 9600"));
     QCOMPARE(statusOf(client.response()), 502);
     QCOMPARE(linkCalls(*recorder), QStringList(sent("Cmd_Generic")));
-    QCOMPARE(sensor->storedInterfaceParameters().value(name("IP_Baudrate")), QVariant(115200));
+    QCOMPARE(sensor->storedInterfaceParameters().value(QString("IP_Baudrate")), QVariant(115200));
 }
 
 void TunnelSerialTest::baudRateGoesBackWhenTheSensorDoesNotAnswer()
@@ -507,7 +502,7 @@ void TunnelSerialTest::baudRateGoesBackWhenTheSensorDoesNotAnswer()
     QVERIFY(response.contains("nothing &lt;heard&gt;"));
     QCOMPARE(linkCalls(*recorder), (QStringList{sent("Cmd_Generic"), closeCall, rate(9600), openCall, rate(115200),
                                                 openCall, sent("Get_DataOutInterface")}));
-    QCOMPARE(sensor->storedInterfaceParameters().value(name("IP_Baudrate")), QVariant(115200));
+    QCOMPARE(sensor->storedInterfaceParameters().value(QString("IP_Baudrate")), QVariant(115200));
     QVERIFY(sensor->isOpen());
     tunnel->closeTunnel();
     QVERIFY(!sensor->isOpen());
