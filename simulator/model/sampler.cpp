@@ -70,8 +70,10 @@ void Sampler::setConnected(bool connected, double now)
 
 void Sampler::followSettings(double now)
 {
+    const std::vector<Signal> *const before = m_frame;
     selectFrame();
-    restart(now);
+    if (m_frame != before || sentRate() != m_rate)
+        restart(now);
 }
 
 void Sampler::discard(double now)
@@ -239,6 +241,14 @@ bool Sampler::sendsValues() const
     return m_line.isAtSensorsRate() && (!canBeSwitchedOff || usesSerialLine());
 }
 
+/// Frames per second that arrive by themselves.
+double Sampler::sentRate() const
+{
+    if (!sendsValues())
+        return 0.0;
+    return m_settings.waitsForTrigger() ? std::min(m_spec.triggerRate, frameRate()) : frameRate();
+}
+
 /// Frames since the anchor, as a whole number.
 double Sampler::measuredFrames(double now) const
 {
@@ -297,10 +307,7 @@ void Sampler::restart(double now)
 {
     m_anchorTime = now;
     m_anchorFrame = m_nextFrame;
-    if (!sendsValues())
-        m_rate = 0.0;
-    else
-        m_rate = m_settings.waitsForTrigger() ? std::min(m_spec.triggerRate, frameRate()) : frameRate();
+    m_rate = sentRate();
     ++m_sequence;
 }
 

@@ -51,6 +51,7 @@ private:
     std::uint64_t seedOf(std::size_t signal) const;
     bool isSending() const { return m_connected && !m_silent; }
     bool sendsValues() const; ///< over the interface at which the sensor is open
+    double sentRate() const;
     double measuredFrames(double now) const;
     std::uint64_t dueFrames(double now) const; ///< measured since the last catchUp()
     double period() const;                     ///< seconds; 0 while no frames are sent

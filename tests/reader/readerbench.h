@@ -15,23 +15,25 @@ using namespace std::chrono_literals;
 
 constexpr char serialNumber[] = "1001";
 
-/// A bench with one TX270 that measures 1000 frames per second of two values: the number of the frame since the sensor was
-/// opened, and the same number plus 7. The clock is virtual.
-inline void loadReaderBench(const QByteArray &moreKeys = {}, int ring = 100000)
+/// JSON of the two signals of loadReaderBench().
+inline QByteArray readerSignals()
 {
     const QByteArray range = R"("range": [0, 10000000], "rawRange": [0, 10000000])";
     const QByteArray counter = R"({ "kind": "counter", "modulo": 10000000 })";
+    return R"("signals": [ { "name": "Number", )" + range + R"(, "generator": )" + counter +
+           R"( }, { "name": "Shifted", )" + range + R"(, "generator": [ )" + counter +
+           R"(, { "kind": "constant", "value": 7 } ] } ])";
+}
+
+/// A bench with one sensor that measures 1000 frames per second of two values: the number of the frame since the sensor was
+/// opened, and the same number plus 7. The clock is virtual.
+inline void loadReaderBench(const QByteArray &moreKeys = {}, int ring = 100000, const char *model = "TX270")
+{
     const QByteArray text = R"({ "sensors": [ {
-        "model": "TX270", "serialNumber": "1001", "rate": 1000, "ring": )" +
-                            QByteArray::number(ring) + moreKeys + R"(,
-        "place": { "interface": "RS232", "port": "3" },
-        "signals": [
-            { "name": "Number", )" +
-                            range + R"(, "generator": )" + counter + R"( },
-            { "name": "Shifted", )" +
-                            range + R"(, "generator": [ )" + counter +
-                            R"(, { "kind": "constant", "value": 7 } ] } ]
-        } ] })";
+        "serialNumber": "1001", "rate": 1000, "model": ")" +
+                            QByteArray(model) + R"(", "ring": )" + QByteArray::number(ring) + moreKeys + R"(,
+        "place": { "interface": "RS232", "port": "3" }, )" +
+                            readerSignals() + " } ] }";
     sondixsim::loadBench(text.toStdString());
     sondixsim::useVirtualClock();
 }

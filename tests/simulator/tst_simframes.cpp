@@ -196,6 +196,22 @@ private Q_SLOTS:
         QCOMPARE(fetchFrames(handle), range(16, 44));
     }
 
+    void otherSettingsKeepTheRhythm()
+    {
+        sondixsim::loadBench(benchWith());
+        Handle handle(SensorType::CC430);
+        handle.open();
+        sondixsim::advance(0.0109);
+        handle.set("SP_SyncMode", 1);
+        QCOMPARE(handle.command("Set_SyncMode"), 0);
+        handle.set("SP_Measrate", 1.0); // as it is
+        QCOMPARE(handle.command("Set_Samplerate"), 0);
+        sondixsim::advance(0.0001);
+        compare(counts(), {11, 0, 11, 0, 0, 0});
+        takeBlock(handle, 20);
+        QCOMPARE(takeBlock(handle, 2).timestamp, 0.011);
+    }
+
     void pushedBlocksAreCounted()
     {
         sondixsim::loadBench(benchWith());
