@@ -15,27 +15,31 @@ bool adjoins(const DataGap &gap, const DataGap &next)
     return gap.frames && gap.run == next.run && gap.firstFrame + *gap.frames == next.firstFrame;
 }
 
-DataGap gapFor(const DataBlock &block)
-{
-    DataGap gap;
-    gap.run = block.run();
-    gap.firstFrame = block.firstFrame();
-    gap.frames = block.frameCount();
-    gap.reason = DataGap::ConsumerOverrun;
-    if (block.time() && block.frameInterval() && block.firstFrame() > 0)
-        gap.beginTime = *block.time() - *block.frameInterval();
-    const std::optional<double> last = block.frameTime(block.frameCount() - 1);
-    if (last && block.frameInterval())
-        gap.endTime = *last + *block.frameInterval();
-    return gap;
-}
-
 } // namespace
 
 ReaderQueue::ReaderQueue(QObject *object, qint64 maxValues)
     : receiver(object)
     , limit(maxValues)
 {
+}
+
+/// The gap that remains if \a block is discarded.
+DataGap ReaderQueue::gapFor(const DataBlock &block) const
+{
+    DataGap gap;
+    gap.run = block.run();
+    gap.firstFrame = block.firstFrame();
+    gap.frames = block.frameCount();
+    gap.reason = DataGap::ConsumerOverrun;
+    // The interval may have changed at the block.
+    if (lastTaken.run == gap.run && lastTaken.number == gap.firstFrame - 1)
+        gap.beginTime = lastTaken.time;
+    else if (block.time() && block.frameInterval() && block.firstFrame() > 0)
+        gap.beginTime = *block.time() - *block.frameInterval();
+    const std::optional<double> last = block.frameTime(block.frameCount() - 1);
+    if (last && block.frameInterval())
+        gap.endTime = *last + *block.frameInterval();
+    return gap;
 }
 
 void ReaderQueue::push(ReaderEvent event)
@@ -72,6 +76,8 @@ bool ReaderQueue::take(ReaderEvent &event)
     if (const auto *block = std::get_if<DataBlock>(&event)) {
         --blocks;
         values -= block->scaledData().size();
+        const int last = block->frameCount() - 1;
+        lastTaken = {block->run(), block->firstFrame() + last, block->frameTime(last)};
     }
     blockless -= blockless > 0 ? 1 : 0;
     return true;
@@ -104,7 +110,10 @@ bool ReaderQueue::discardOldestBlock()
     while (!std::holds_alternative<DataBlock>(events[blockless]))
         ++blockless;
     const auto oldest = events.begin() + static_cast<std::ptrdiff_t>(blockless);
-    const DataGap gap = gapFor(std::get<DataBlock>(*oldest));
+    DataGap gap = gapFor(std::get<DataBlock>(*oldest));
+    const auto *next = std::get_if<DataBlock>(&*std::next(oldest));
+    if (next && next->run() == gap.run && next->firstFrame() == gap.firstFrame + *gap.frames)
+        gap.endTime = next->time();
     values -= std::get<DataBlock>(*oldest).scaledData().size();
     --blocks;
     DataGap *previous = oldest != events.begin() ? std::get_if<DataGap>(&*std::prev(oldest)) : nullptr;

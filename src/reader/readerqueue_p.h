@@ -4,8 +4,6 @@
 #include "sensorreader.h"
 #include "testexport_p.h"
 
-#include <QHash>
-
 #include <deque>
 #include <mutex>
 #include <variant>
@@ -29,8 +27,6 @@ struct CommandAnswer
 struct SensorReport
 {
     QVector<QMap<QString, QVariant>> parameters;
-    QVector<QMap<QString, QMap<QString, QVariant>>> settings;
-    QHash<int, QString> errorTexts;
 };
 
 /// The last event of a thread.
@@ -62,6 +58,7 @@ public:
 private:
     // These expect the mutex to be locked.
     void announce();
+    DataGap gapFor(const DataBlock &block) const;
     bool discardOldestBlock();
     void condense();
 
@@ -73,6 +70,14 @@ private:
     qint64 values = 0;         ///< in the blocks
     std::size_t blocks = 0;    ///< among the events
     std::size_t blockless = 0; ///< the first events, among which there is no block
+    /// The last frame that was taken and its time.
+    struct Frame
+    {
+        int run = 0;
+        qint64 number = -1;
+        std::optional<double> time;
+    };
+    Frame lastTaken;
 };
 
 } // namespace SondixQt

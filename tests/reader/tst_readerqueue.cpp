@@ -57,6 +57,7 @@ private Q_SLOTS:
     void eventsKeepTheirOrder();
     void eventsAreAnnouncedOnce();
     void theOldestBlocksBecomeOneGap();
+    void aChangedIntervalBoundsTheGap();
     void otherGapsKeepTheirReason();
     void thereIsNothingBeforeTheFirstFrame();
     void theNewestBlockIsKept();
@@ -111,6 +112,22 @@ void ReaderQueueTest::theOldestBlocksBecomeOneGap()
     QCOMPARE(*lost.endTime, 41.0);
     QCOMPARE(next<DataBlock>(queue).firstFrame(), 80);
     QCOMPARE(next<DataBlock>(queue).firstFrame(), 90);
+}
+
+void ReaderQueueTest::aChangedIntervalBoundsTheGap()
+{
+    const auto blockAt = [](qint64 first, double time, double interval) {
+        return DataBlock(0, first, 2, QVector<double>(20), QVector<qint32>(20), time, interval);
+    };
+    ReaderQueue queue(nullptr, 20);
+    queue.push(blockAt(0, 0.0, 1.0));
+    next<DataBlock>(queue);             // until 9.0
+    queue.push(blockAt(10, 10.0, 0.5)); // until 14.5
+    queue.push(blockAt(20, 16.0, 2.0));
+    const auto lost = next<DataGap>(queue);
+    QCOMPARE(lost.beginTime, std::optional<double>(9.0));
+    QCOMPARE(lost.endTime, std::optional<double>(16.0));
+    QCOMPARE(next<DataBlock>(queue).firstFrame(), 20);
 }
 
 void ReaderQueueTest::otherGapsKeepTheirReason()
