@@ -282,7 +282,10 @@ FrameAccount::Frames FrameAccount::add(int values, double time)
                 reason = DataGap::LibraryOverrun;
             result.gap = missing(std::nullopt, reason, firstTime);
             const bool wasPending = pending;
-            forgetTimes();
+            if (reason == DataGap::LibraryOverrun) // the estimated period still holds
+                period.restart();
+            else
+                forgetTimes();
             if (wasPending) { // frames of the period before may still follow
                 period.reset(0.0);
                 commandSent(timing);

@@ -174,7 +174,8 @@ bool ReaderThread::read()
     while (!isStopping()) {
         // What was measured before a command belongs to the settings before it.
         const Result result = poll(error);
-        if (result == Result::Done && !isStopping() && hasCommand())
+        const bool sendsCommand = result == Result::Done && !isStopping() && hasCommand();
+        if (sendsCommand)
             runCommand();
         if (result == Result::Failed || (result == Result::Lost && !reopen(error))) {
             if (isStopping())
@@ -188,8 +189,10 @@ bool ReaderThread::read()
             deliver();
             nextDelivery = std::max(nextDelivery + task.interval, now);
         }
-        // A command wakes the thread earlier.
-        if (now >= next)
+        // A command wakes the thread earlier. After one, the values that were measured before it are fetched at once.
+        if (sendsCommand)
+            next = now;
+        else if (now >= next)
             next = std::max(next + std::chrono::duration_cast<Clock::duration>(pollInterval()), now);
         waitUntil(next);
     }
@@ -271,7 +274,7 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
     }
     polled = instance->isGetMeasureNeeded();
     updateTriggerState();
-    report();
+    queue->push(SensorReport{instance->getInfoParameters()});
     if (before != frame || state == SensorReader::Opening)
         queue->push(frame);
     resumeAccount();
@@ -280,19 +283,6 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
     wallClock = {};
     setState(triggered ? SensorReader::WaitingForTrigger : SensorReader::Reading);
     return Result::Done;
-}
-
-/// Reports what the sensor has told about itself. The caller's instance keeps its own error texts, which must not be
-/// read by another thread.
-void ReaderThread::report()
-{
-    SensorReport report{instance->getInfoParameters(), {}, {}};
-    for (int number = 1; number <= report.parameters.size(); ++number)
-        report.settings.append(instance->getInfoSettings(number));
-    if (owned && errorTexts.isEmpty())
-        errorTexts = errorValueTexts(owned.get());
-    report.errorTexts = errorTexts;
-    queue->push(report);
 }
 
 /// The first values may have been measured before the settings were applied.

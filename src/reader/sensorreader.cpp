@@ -3,7 +3,6 @@
 
 #include "instance/sensorinstance.h"
 #include "sensorinfo/sensorinfo.h"
-#include "sondix/errorvalue.h"
 
 #include <algorithm>
 
@@ -164,9 +163,9 @@ void SensorReaderPrivate::handle(const TransmittedDataInfo &newFrame)
     Q_EMIT q->frameChanged(newFrame);
 }
 
-void SensorReaderPrivate::handle(const SensorReport &newReport)
+void SensorReaderPrivate::handle(const SensorReport &report)
 {
-    report = newReport;
+    information = report.parameters;
 }
 
 void SensorReaderPrivate::handle(const CommandAnswer &commandAnswer)
@@ -323,20 +322,7 @@ TransmittedDataInfo SensorReader::frame() const
 QVector<QMap<QString, QVariant>> SensorReader::sensorInformation() const
 {
     Q_D(const SensorReader);
-    return d->report.parameters;
-}
-
-QVector<QMap<QString, QMap<QString, QVariant>>> SensorReader::sensorSettings() const
-{
-    Q_D(const SensorReader);
-    return d->report.settings;
-}
-
-QString SensorReader::errorValueText(double value) const
-{
-    Q_D(const SensorReader);
-    const QHash<int, QString> &texts = d->report.errorTexts;
-    return texts.value(errorValueKey(value), texts.value(0));
+    return d->information;
 }
 
 qint64 SensorReader::framesDelivered() const

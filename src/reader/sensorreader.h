@@ -56,8 +56,10 @@ struct SONDIXQT_EXPORT Reconnect
 /// Whatever is missing is reported by gapDetected(), in its place between the blocks: the frames delivered and the
 /// frames of the gaps are together all that the sensor has generated, as far as its sample rate and the times of the
 /// blocks tell. For sensors that measure when they are triggered or polled, and for those without a sample rate,
-/// missing frames cannot be noticed unless the times jump back. A loss is noticed by the time of the next transfer: if
-/// frames were lost between values that the library transfers together, the gap follows these values.
+/// missing frames cannot be noticed unless the times jump back. Nor can they be noticed between the first transfers after a
+/// command that changes the rate or ends triggering, or after an opening with settings, while values from before may still
+/// arrive. A loss is noticed by the time of the next transfer: if frames were lost between values that the library
+/// transfers together, the gap follows these values.
 ///
 /// \par Threads
 /// A reader and all its functions belong to the thread in which it lives, which needs an event loop. Its signals are
@@ -137,11 +139,6 @@ public:
     TransmittedDataInfo frame() const;
     /// What the sensor has reported about itself at the last opening, one map per sensor.
     QVector<QMap<QString, QVariant>> sensorInformation() const;
-    /// The settings of the sensor at the last opening, one map per sensor, see SensorInstance::getInfoSettings().
-    QVector<QMap<QString, QMap<QString, QVariant>>> sensorSettings() const;
-    /// The text of the error that the scaled value \a value encodes, see SensorInstance::getErrorValueText(). The texts
-    /// are read at the first opening; before, and if the reader uses an instance of the caller's, the text is empty.
-    QString errorValueText(double value) const;
 
     /// The frames that blockReady() has delivered, and those that gapDetected() has reported as missing, since the last
     /// start().

@@ -52,6 +52,7 @@ private Q_SLOTS:
     void aRoundedRateIsCorrected_data();
     void aRoundedRateIsCorrected();
     void aRateThatIsTooInexactGivesAnUnknownLength();
+    void anOverrunOfUnknownLengthKeepsTheInterval();
     void framesWithoutARateHaveNoInterval();
     void aTriggeredSensorLosesNothing();
     void timesThatStandStillAreNoTimes();
@@ -221,6 +222,21 @@ void FrameAccountTest::aRateThatIsTooInexactGivesAnUnknownLength()
     QCOMPARE(frames.gap->reason, DataGap::LibraryOverrun);
     QCOMPARE(frames.run, 1);
     QCOMPARE(frames.first, 0);
+}
+
+void FrameAccountTest::anOverrunOfUnknownLengthKeepsTheInterval()
+{
+    FrameAccount account;
+    account.start({1, 1000.0});
+    SimulatedStream stream(1, 0.0010005);
+    for (int i = 0; i < 50; ++i)
+        stream.transfer(account, 200);
+    stream.lose(100'000'000);
+    const FrameAccount::Frames frames = stream.transfer(account, 1000);
+    QVERIFY(frames.gap);
+    QVERIFY(!frames.gap->frames);
+    QCOMPARE(frames.gap->reason, DataGap::LibraryOverrun);
+    QVERIFY(qAbs(*frames.interval - 0.0010005) < 1e-8);
 }
 
 void FrameAccountTest::framesWithoutARateHaveNoInterval()
