@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "catalogue/sensortypes.h"
-#include "instancelog_p.h"
 #include "sensorinstance_p.h"
 #include "sondix/sondixapi_p.h"
 
@@ -42,11 +40,7 @@ ErrorCode SensorInstance::sendCommand(const QString &command, QString *errorText
     const InstanceLock lock(d);
     const ErrorCode result =
         d->check(SetParameterString(d->handle, "S_Command", command.toLatin1().constData()), errorText);
-    if (result != NoError)
-        return result;
-    const ErrorCode answer = d->check(SensorCommand(d->handle), errorText);
-    qCDebug(instanceCallLog).noquote() << sensorName(d->sensorType, true) << command << "->" << int(answer);
-    return answer;
+    return result == NoError ? d->check(SensorCommand(d->handle), errorText) : result;
 }
 
 ErrorCode SensorInstance::sendCommandGetAll(const QString &command, const QMap<QString, QVariant> &parameters,
