@@ -41,6 +41,19 @@ DataBlock::DataBlock(int run, qint64 firstFrame, int valuesPerFrame, const QVect
     d->interval = frameInterval;
 }
 
+DataBlock DataBlock::withTimes(int run, qint64 firstFrame, int valuesPerFrame, const QVector<double> &scaled,
+                               const QVector<qint32> &raw, const QVector<double> &times)
+{
+    DataBlock block(run, firstFrame, valuesPerFrame, scaled, raw);
+    block.d->times = times;
+    // Frames beyond the given times have none.
+    const int given = times.size();
+    block.d->times.resize(block.frameCount());
+    for (int frame = given; frame < block.frameCount(); ++frame)
+        block.d->times[frame] = std::numeric_limits<double>::quiet_NaN();
+    return block;
+}
+
 DataBlock::DataBlock(const DataBlock &other) = default;
 DataBlock::DataBlock(DataBlock &&other) noexcept = default;
 DataBlock::~DataBlock() = default;

@@ -40,6 +40,9 @@ public:
     DataBlock(int run, qint64 firstFrame, int valuesPerFrame, const QVector<double> &scaled,
               const QVector<qint32> &raw, std::optional<double> time = std::nullopt,
               std::optional<double> frameInterval = std::nullopt);
+    /// A block whose frames have the times \a times, one per frame, for frames at irregular distances. NaN: not known.
+    static DataBlock withTimes(int run, qint64 firstFrame, int valuesPerFrame, const QVector<double> &scaled,
+                               const QVector<qint32> &raw, const QVector<double> &times);
     DataBlock(const DataBlock &other);
     DataBlock(DataBlock &&other) noexcept;
     ~DataBlock();

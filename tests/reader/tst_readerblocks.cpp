@@ -21,6 +21,7 @@ private Q_SLOTS:
     void valuesAreStoredFrameByFrame();
     void theRestOfAnIncompleteFrameIsDiscarded();
     void partsKeepNumbersAndTimes();
+    void irregularTimesAreKept();
     void copiesAreIndependent();
     void blocksPassThroughQueuedConnections();
     void everyReasonHasAText();
@@ -89,6 +90,23 @@ void ReaderBlocksTest::partsKeepNumbersAndTimes()
     QCOMPARE(block.mid(9).frameCount(), 0);
     QVERIFY(!block.mid(9).time());
     QCOMPARE(block.mid(-1, 100).frameCount(), 4);
+}
+
+void ReaderBlocksTest::irregularTimesAreKept()
+{
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    const DataBlock block = DataBlock::withTimes(2, 7, 1, {1.0, 2.0, 3.0}, {1, 2, 3}, {5.0, nan, 6.5});
+    QCOMPARE(block.run(), 2);
+    QCOMPARE(block.firstFrame(), 7LL);
+    QCOMPARE(block.frameTime(0), std::optional<double>(5.0));
+    QVERIFY(!block.frameTime(1));
+    QCOMPARE(block.frameTime(2), std::optional<double>(6.5));
+    QVERIFY(!block.frameInterval());
+    QCOMPARE(block.mid(2).time(), std::optional<double>(6.5));
+    // A time for each frame, neither more nor fewer.
+    QVERIFY(!DataBlock::withTimes(0, 0, 1, {1.0, 2.0}, {1, 2}, {5.0}).frameTime(1));
+    QCOMPARE(DataBlock::withTimes(0, 0, 1, {1.0}, {1}, {5.0, 6.0}).frameTime(0), std::optional<double>(5.0));
+    QVERIFY(!DataBlock::withTimes(0, 0, 0, {}, {}, {5.0}).time());
 }
 
 void ReaderBlocksTest::copiesAreIndependent()
