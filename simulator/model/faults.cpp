@@ -46,6 +46,15 @@ void Faults::clear()
     m_any.store(false, std::memory_order_release);
 }
 
+std::vector<std::pair<int, Fault>> Faults::list()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    std::vector<std::pair<int, Fault>> all;
+    for (const Entry &entry : m_entries)
+        all.emplace_back(entry.number, entry.fault);
+    return all;
+}
+
 void Faults::reset(std::uint64_t seed)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);

@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace sondixsim::model {
@@ -42,6 +43,7 @@ public:
     void clear();
     void reset(std::uint64_t seed); ///< removes all faults and restarts the random numbers
 
+    std::vector<std::pair<int, Fault>> list(); ///< with their numbers, in the order of add()
     bool any() const { return m_any.load(std::memory_order_acquire); }
     FaultEffect match(const CallDetails &details); ///< counts the call for every fault with matching filters
 

@@ -99,6 +99,12 @@ void Sensor::setSilent(bool silent, double now)
     m_parts.sampler.setSilent(silent, now);
 }
 
+bool Sensor::isSilent(double now)
+{
+    const auto lock = lockAt(now);
+    return m_parts.sampler.isSilent();
+}
+
 std::unique_lock<std::mutex> Sensor::lockAt(double now)
 {
     std::unique_lock<std::mutex> lock(m_mutex);

@@ -57,6 +57,7 @@ public:
     void setPlugged(bool plugged, double now); ///< use Bench::setPlugged()
     void followMembers(double now);            ///< after one of them was plugged in or unplugged
     void setSilent(bool silent, double now);
+    bool isSilent(double now);
 
     /// The handle that has opened the sensor, 0 when none has.
     std::uint32_t owner() const { return m_owner.load(std::memory_order_acquire); }

@@ -9,7 +9,7 @@
 using sondixsim::FrameCounts;
 
 /// A sensor with frames of two values at 1000 Hz and a ring of 100 frames. The second value is the number of the frame.
-static std::string benchWith(const std::string &more = "")
+static std::string framesBenchWith(const std::string &more = "")
 {
     return R"({ "clock": { "virtual": true }, "sensors": [ {
         "model": "CC430", "serialNumber": "1", "place": { "interface": "TCP/IP", "ip": "10.0.0.1" },
@@ -66,7 +66,7 @@ private:
 private Q_SLOTS:
     void everyFrameIsCounted()
     {
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         compare(counts(), {});
         Handle handle(SensorType::CC430);
         handle.open();
@@ -88,7 +88,7 @@ private Q_SLOTS:
 
     void frameIsFetchedWithItsLastValue()
     {
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.01);
@@ -105,7 +105,7 @@ private Q_SLOTS:
 
     void closingDiscardsWhatWasNotFetched()
     {
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.02);
@@ -119,7 +119,7 @@ private Q_SLOTS:
 
     void countsBeginAgainWithEachOpening()
     {
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.12);
@@ -133,13 +133,13 @@ private Q_SLOTS:
         CloseSensor(handle);
         handle.open();
         compare(sondixsim::totalFrameCounts("1"), {130, 10, 0, 20, 0, 100});
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         compare(sondixsim::totalFrameCounts("1"), {});
     }
 
     void changedFrameDiscardsValues()
     {
-        sondixsim::loadBench(benchWith(
+        sondixsim::loadBench(framesBenchWith(
             R"(, "measureModes": { "parameter": "SA_MeasureMode", "modes": [ { "mode": 3, "signals": [
                 { "name": "thickness" } ] } ] })"));
         Handle handle(SensorType::CC430);
@@ -156,7 +156,7 @@ private Q_SLOTS:
 
     void triggeredFramesAreCountedOneByOne()
     {
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         Handle handle(SensorType::CC430);
         handle.open();
         handle.set("SP_TriggerMode", 1);
@@ -182,7 +182,7 @@ private Q_SLOTS:
 
     void timestampsFollowAChangedRate()
     {
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.0105); // half a frame more than ten
@@ -198,7 +198,7 @@ private Q_SLOTS:
 
     void otherSettingsKeepTheRhythm()
     {
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.0109);
@@ -214,7 +214,7 @@ private Q_SLOTS:
 
     void pushedBlocksAreCounted()
     {
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::pushData("1", {1, 2, 3, 4}, {}, 0.0);
@@ -259,7 +259,7 @@ private Q_SLOTS:
     {
         QFETCH(double, seconds);
         QFETCH(int, next);
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.01);
@@ -276,7 +276,7 @@ private Q_SLOTS:
 
     void silentSensorSendsNothing()
     {
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.0105);
@@ -298,7 +298,7 @@ private Q_SLOTS:
 
     void silenceOutlivesOpening()
     {
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         sondixsim::setSilent("1", true);
         Handle handle(SensorType::CC430);
         QCOMPARE(handle.open(), 0);
@@ -310,7 +310,7 @@ private Q_SLOTS:
 
     void silentSensorSendsNoTriggeredFrame()
     {
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         Handle handle(SensorType::CC430);
         handle.open();
         handle.set("SP_TriggerMode", 1);
@@ -325,7 +325,7 @@ private Q_SLOTS:
 
     void silentSensorHasNoStandingValues()
     {
-        sondixsim::loadBench(benchWith(R"(, "standing": 50)"));
+        sondixsim::loadBench(framesBenchWith(R"(, "standing": 50)"));
         Handle handle(SensorType::CC430);
         handle.open();
         QCOMPARE(handle.available(), 50);
@@ -340,7 +340,7 @@ private Q_SLOTS:
 
     void unpluggedSensorDeliversNothingLater()
     {
-        sondixsim::loadBench(benchWith());
+        sondixsim::loadBench(framesBenchWith());
         Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.005);
@@ -376,7 +376,7 @@ private Q_SLOTS:
 
     void sensorFallsSilentAfterOpening()
     {
-        sondixsim::loadBench(benchWith(R"(, "silentAfter": 0.0205)"));
+        sondixsim::loadBench(framesBenchWith(R"(, "silentAfter": 0.0205)"));
         sondixsim::advance(5.0);
         Handle handle(SensorType::CC430);
         handle.open();
@@ -394,7 +394,7 @@ private Q_SLOTS:
 
     void sensorIsUnpluggedAndPluggedInAfterOpening()
     {
-        sondixsim::loadBench(benchWith(R"(, "unplugAfter": 0.0205, "plugAfter": 0.0505)"));
+        sondixsim::loadBench(framesBenchWith(R"(, "unplugAfter": 0.0205, "plugAfter": 0.0505)"));
         Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.02);

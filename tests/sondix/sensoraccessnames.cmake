@@ -99,7 +99,7 @@ else()
 endif()
 
 # Beside these the simulator exports its control functions and nothing else.
-set(control "^(_ZNK?9sondixsim|_ZT[ISV]N9sondixsim10BenchErrorE$)")
+set(control "^(SondixSimControl$|_ZNK?9sondixsim|_ZT[ISV]N9sondixsim10BenchErrorE$)")
 set(others ${exported})
 list(FILTER others INCLUDE REGEX "${control}")
 if(NOT others)
