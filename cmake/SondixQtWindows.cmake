@@ -76,10 +76,16 @@ function(sondixqt_compiler_dlls variable)
     set(${variable} ${dlls} PARENT_SCOPE)
 endfunction()
 
-set(SONDIXQT_QT_DLLS Qt5Core Qt5Gui Qt5Widgets Qt5Network Qt5Test)
+set(SONDIXQT_QT_DLLS Qt5Core Qt5Gui Qt5Widgets Qt5Network Qt5PrintSupport Qt5Test)
 set(SONDIXQT_QT_PLUGINS platforms/qwindows platforms/qoffscreen styles/qwindowsvistastyle)
 get_filename_component(SONDIXQT_QT_FOLDER ${SONDIXQT_WINDOWS_QT} REALPATH)
 sondixqt_compiler_dlls(SONDIXQT_COMPILER_DLLS)
+set(SONDIXQT_QWT_DLL)
+get_filename_component(SONDIXQT_QWT_FOLDER ${SONDIXQT_WINDOWS_QWT} REALPATH)
+if(EXISTS ${SONDIXQT_QWT_FOLDER}/bin/libqwt.dll)
+    set(SONDIXQT_QWT_DLL ${SONDIXQT_QWT_FOLDER}/bin/libqwt.dll)
+    file(COPY ${SONDIXQT_QWT_DLL} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+endif()
 
 # Windows looks for DLLs in the program's folder.
 foreach(dll IN LISTS SONDIXQT_QT_DLLS)

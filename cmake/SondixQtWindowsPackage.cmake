@@ -10,7 +10,7 @@ foreach(plugin IN LISTS SONDIXQT_QT_PLUGINS)
     get_filename_component(kind ${plugin} DIRECTORY)
     install(FILES ${SONDIXQT_QT_FOLDER}/plugins/${plugin}.dll DESTINATION plugins/${kind})
 endforeach()
-install(FILES ${SONDIXQT_COMPILER_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES ${SONDIXQT_COMPILER_DLLS} ${SONDIXQT_QWT_DLL} DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 install(FILES $<TARGET_FILE:sondix_standalone> DESTINATION simulator)
 
@@ -34,6 +34,9 @@ install(PROGRAMS tools/build_windows_qt.sh DESTINATION source/tools)
 install(FILES docs/windows.md DESTINATION . RENAME README.md)
 install(FILES LICENSE DESTINATION licenses RENAME SondixQt.txt)
 install(DIRECTORY ${SONDIXQT_QT_FOLDER}/licenses/ DESTINATION licenses/Qt)
+if(SONDIXQT_QWT_DLL)
+    install(DIRECTORY ${SONDIXQT_QWT_FOLDER}/licenses/ DESTINATION licenses/Qwt)
+endif()
 # Debian's copyright file for the same source lists its third-party parts; add the licence texts that it refers to.
 install(FILES /usr/share/doc/libqt5core5a/copyright DESTINATION licenses/Qt RENAME parts-of-others.txt)
 foreach(text Apache-2.0 GFDL-1.3 GPL-2 GPL-3 LGPL-2 LGPL-2.1 LGPL-3)

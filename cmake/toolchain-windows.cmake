@@ -12,6 +12,11 @@ list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES SONDIXQT_WINDOWS_QT)
 get_filename_component(qt ${SONDIXQT_WINDOWS_QT} REALPATH)
 list(APPEND CMAKE_PREFIX_PATH ${qt})
 
+# Qwt 6.1 for the explorer, which is left out without it.
+set(SONDIXQT_WINDOWS_QWT ${CMAKE_CURRENT_LIST_DIR}/../build/qwt-win64 CACHE PATH "Qwt 6.1 for 64-bit Windows")
+get_filename_component(qwt ${SONDIXQT_WINDOWS_QWT} REALPATH)
+list(APPEND CMAKE_PREFIX_PATH ${qwt})
+
 # Use only programs of the building machine, no libraries or headers.
 list(APPEND CMAKE_FIND_ROOT_PATH ${CMAKE_PREFIX_PATH} /usr/x86_64-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

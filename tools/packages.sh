@@ -31,6 +31,7 @@ windows     g++-mingw-w64-x86-64-posix  compiler for 64-bit Windows
 windows     libz-mingw-w64-dev          zlib for it
 windows     llvm                        import libraries for Microsoft's linker
 windows     wine64                      runs the programs for Windows
+windows     fonts-dejavu-core           texts in the windows of these programs
 windows-qt  make                        builds Qt where none for Windows is at hand
 windows-qt  perl                        used by its build
 windows-qt  python3                     used by its build

@@ -1,45 +1,58 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# prepare_windows.sh: provides the packages and the Qt that the preset "windows" needs. Qt comes from
-# $SONDIXQT_WINDOWS_QT, a folder or a tarball of an installed Qt. If that is not set, it comes from the tarball
-# below; if that does not exist, Qt is built.
+# prepare_windows.sh: provides the packages, the Qt and the Qwt that the preset "windows" needs. Qt and Qwt come from
+# $SONDIXQT_WINDOWS_QT and $SONDIXQT_WINDOWS_QWT, a folder or a tarball of an installed one each. If they are not set,
+# they come from the tarballs below. If those do not exist, Qt is built, and the explorer is left out without Qwt.
 set -euo pipefail
 source "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/common.sh"
 
-# The only file outside the project that is used although the user has not named it.
-fallback=../shared/qt5-win64/qt5-win64.tar.xz
+# The only files outside the project that are used although the user has not named them.
+fallback_qt=../shared/qt5-win64/qt5-win64.tar.xz
+fallback_qwt=../shared/qwt-win64/qwt-win64.tar.xz
 
-given=${SONDIXQT_WINDOWS_QT:-$fallback}
-qt=build/qt5-win64
-ensure_packages build windows
+# provide <title> <variable> <fallback> <folder> <file that it contains>: makes build/<folder> a link to the folder, or
+# unpacks the tarball, that the variable names. Returns 1 if there is neither that nor the fallback. It is called in a
+# condition, where set -e has no effect.
+provide() {
+    local title=$1 variable=$2 fallback=$3 folder=build/$4 file=$5
+    local given=${!variable:-$fallback}
+    if [[ -e $folder/$file && -e $folder.origin ]]; then
+        [[ $given != "$(cat "$folder.origin")" ]] || return 0
+        say "$title for Windows comes from $(cat "$folder.origin"); for another one begin with ./run clean"
+        [[ -z ${!variable:-} ]] || exit 1
+        return 0
+    fi
+    rm -rf "$folder"
+    mkdir -p build
+    if [[ -d $given ]]; then
+        ln -s "$(realpath "$given")" "$folder"
+    elif [[ -f $given ]]; then
+        [[ -n ${!variable:-} ]] || say "$variable is not set: taking $title for Windows from $given"
+        rm -rf "$folder.new"
+        mkdir "$folder.new"
+        tar -C "$folder.new" --strip-components=1 -xf "$given" || exit 1
+        mv "$folder.new" "$folder" || exit 1
+    elif [[ -n ${!variable:-} ]]; then
+        say "$variable leads nowhere: $given"
+        exit 1
+    else
+        return 1
+    fi
+    echo "$given" >"$folder.origin"
+}
 
-if [[ -e $qt/bin/Qt5Core.dll && -e $qt.origin ]]; then
-    [[ $given != "$(cat "$qt.origin")" ]] || exit 0
-    say "Qt for Windows comes from $(cat "$qt.origin"); for another one begin with ./run clean"
-    [[ -z ${SONDIXQT_WINDOWS_QT:-} ]] || exit 1
-    exit 0
-fi
-
-rm -rf "$qt"
-mkdir -p build
-if [[ -d $given ]]; then
-    ln -s "$(realpath "$given")" "$qt"
-elif [[ -f $given ]]; then
-    [[ -n ${SONDIXQT_WINDOWS_QT:-} ]] || say "SONDIXQT_WINDOWS_QT is not set: taking Qt for Windows from $given"
-    rm -rf "$qt.new"
-    mkdir "$qt.new"
-    tar -C "$qt.new" --strip-components=1 -xf "$given"
-    mv "$qt.new" "$qt"
-elif [[ -n ${SONDIXQT_WINDOWS_QT:-} ]]; then
-    say "SONDIXQT_WINDOWS_QT leads nowhere: $given"
-    exit 1
-else
+build_qt() {
+    local script=tools/build_windows_qt.sh qt=build/qt5-win64
     ensure_packages windows-qt
-    given=tools/build_windows_qt.sh
     say "building Qt for Windows, which takes half an hour"
-    bash "$given" "$qt" >build/qt5-win64.log 2>&1 || {
+    bash "$script" "$qt" >build/qt5-win64.log 2>&1 || {
         tail -n 50 build/qt5-win64.log >&2
         exit 1
     }
-fi
-echo "$given" >"$qt.origin"
+    echo "$script" >"$qt.origin"
+}
+
+ensure_packages build windows
+provide Qt SONDIXQT_WINDOWS_QT "$fallback_qt" qt5-win64 bin/Qt5Core.dll || build_qt
+provide Qwt SONDIXQT_WINDOWS_QWT "$fallback_qwt" qwt-win64 bin/libqwt.dll ||
+    say "there is no Qwt for Windows: the explorer is left out"

@@ -13,7 +13,7 @@ commands=build/windows/second_compiler
 # The sources of the tool spend most of their time in a header of templates.
 {
     tools/compile_commands.sh build/windows src simulator apps/shared
-    tools/compile_commands.sh --joined build/windows apps/cli
+    tools/compile_commands.sh --joined build/windows apps/cli apps/explorer
 } |
     sed -E "s|^[^ ]+|$clang|; s| -fno-keep-inline-dllexport||; s|$| $warnings|" >"$commands"
 [[ -s $commands ]] || { echo "the build has no commands"; exit 1; }

@@ -27,6 +27,9 @@ export WINEDLLOVERRIDES="winemenubuilder.exe,mscoree,mshtml=d"
 # Wine passes QT_... variables on to its programs only with the prefix WINE. Without QT_FORCE_STDERR_LOGGING Qt sends
 # the messages of a redirected program, including the report of Qt Test, to the debugger only.
 export QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen} QT_FORCE_STDERR_LOGGING=1
+# Qt's offscreen platform finds no fonts by itself.
+fonts=/usr/share/fonts/truetype/dejavu
+[[ ! -d $fonts ]] || export QT_QPA_FONTDIR=${QT_QPA_FONTDIR:-Z:$fonts}
 for name in "${!QT_@}"; do
     export "WINE$name=${!name}"
 done
