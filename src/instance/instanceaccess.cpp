@@ -15,6 +15,12 @@ QByteArray optionalAnswer(SensorInstance *instance, const QString &name)
     return SensorInstancePrivate::get(instance)->optionalAnswer(name);
 }
 
+QHash<int, QString> errorValueTexts(SensorInstance *instance)
+{
+    (void)instance->getErrorValueText(0.0);
+    return SensorInstancePrivate::get(instance)->errorValueTexts;
+}
+
 void readTriggerState(SensorInstance *instance)
 {
     SensorInstancePrivate *const d = SensorInstancePrivate::get(instance);

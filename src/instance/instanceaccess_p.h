@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
 #include <QString>
 
 #include <mutex>
@@ -28,6 +29,10 @@ private:
 /// The bytes of the answer parameter \a name of the last command; empty if it is missing, which is not reported as
 /// a failure. The caller must hold an InstanceLock from before the command on.
 QByteArray optionalAnswer(SensorInstance *instance, const QString &name);
+
+/// The texts of all error values, see SensorInstance::getErrorValueText(); they are read from the sensor if that has
+/// not been done before.
+QHash<int, QString> errorValueTexts(SensorInstance *instance);
 
 /// Reads again whether the sensor waits for a trigger; otherwise only open() does. Does nothing for a model without a
 /// trigger.

@@ -135,6 +135,7 @@ ErrorCode SensorInstance::open(const QMap<QString, QVariant> &parameters, QStrin
     if (result != NoError)
         return result;
     result = d->check(OpenSensor(d->handle), errorText);
+    qCDebug(instanceCallLog).noquote() << sensorName(d->sensorType, true) << "open ->" << int(result);
     if (result != NoError) {
         const int count = sensorCount(parameters);
         for (int index = 1; index <= count; ++index)
@@ -175,7 +176,9 @@ void SensorInstancePrivate::readSensorInformation(const QMap<QString, QVariant> 
 ErrorCode SensorInstance::close(QString *errorText)
 {
     Q_D(SensorInstance);
-    return d->check(d->sensorType == File ? NoError : CloseSensor(d->handle), errorText);
+    const ErrorCode result = d->check(d->sensorType == File ? NoError : CloseSensor(d->handle), errorText);
+    qCDebug(instanceCallLog).noquote() << sensorName(d->sensorType, true) << "close ->" << int(result);
+    return result;
 }
 
 ErrorCode SensorInstance::clearAllParameters(QString *errorText)

@@ -206,6 +206,10 @@ public:
     /// The value of \a name of the sensor \a sensorIndex (from 1); invalid if there is none.
     QVariant getInfoParameter(const QString &name, int sensorIndex) const;
     const QVector<QMap<QString, QVariant>> &getInfoParameters() const;
+    /// The settings among these parameters, by the commands that change them: for example the key "Set_Samplerate"
+    /// with the parameter "SA_Measrate", which the command takes as "SP_Measrate". \a sensorIndex counts from 1.
+    /// Empty if the sensor has not reported settings.
+    QMap<QString, QMap<QString, QVariant>> getInfoSettings(int sensorIndex) const;
 
     /// Stores the parameters with which the sensor was or will be opened.
     void storeInterfaceParameters(const QMap<QString, QVariant> &parameters);

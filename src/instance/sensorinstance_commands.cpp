@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "catalogue/sensortypes.h"
+#include "instancelog_p.h"
 #include "sensorinstance_p.h"
 #include "sondix/sondixapi_p.h"
 
@@ -40,7 +42,11 @@ ErrorCode SensorInstance::sendCommand(const QString &command, QString *errorText
     const InstanceLock lock(d);
     const ErrorCode result =
         d->check(SetParameterString(d->handle, "S_Command", command.toLatin1().constData()), errorText);
-    return result == NoError ? d->check(SensorCommand(d->handle), errorText) : result;
+    if (result != NoError)
+        return result;
+    const ErrorCode answer = d->check(SensorCommand(d->handle), errorText);
+    qCDebug(instanceCallLog).noquote() << sensorName(d->sensorType, true) << command << "->" << int(answer);
+    return answer;
 }
 
 ErrorCode SensorInstance::sendCommandGetAll(const QString &command, const QMap<QString, QVariant> &parameters,

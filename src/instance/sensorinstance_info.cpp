@@ -29,12 +29,19 @@ void SensorInstance::addInfoParameters(const QMap<QString, QVariant> &map, int s
 
 void SensorInstance::addInfoParameters(const QString &answer, int sensorIndex)
 {
+    Q_D(SensorInstance);
     const QStringList lines = answer.split(QStringLiteral("\r\n"));
     for (QString line : lines) {
         // The parameters of a recorded "Set_" command are the current settings of the sensor.
-        if (line.startsWith(QLatin1String("S_Command=\"Set_")))
+        const bool isSetting = line.startsWith(QLatin1String("S_Command=\"Set_"));
+        if (isSetting)
             line.replace(QLatin1String("SP_"), QLatin1String("SA_"));
-        addInfoParameters(parseAllParameters(line), sensorIndex);
+        QMap<QString, QVariant> parameters = parseAllParameters(line);
+        addInfoParameters(parameters, sensorIndex);
+        if (isSetting) {
+            const QString command = parameters.take(QStringLiteral("S_Command")).toString();
+            d->infoSettings[sensorIndex].insert(command, parameters);
+        }
     }
 }
 
@@ -50,6 +57,12 @@ const QVector<QMap<QString, QVariant>> &SensorInstance::getInfoParameters() cons
 {
     Q_D(const SensorInstance);
     return d->infoParameters;
+}
+
+QMap<QString, QMap<QString, QVariant>> SensorInstance::getInfoSettings(int sensorIndex) const
+{
+    Q_D(const SensorInstance);
+    return d->infoSettings.value(sensorIndex);
 }
 
 void SensorInstance::storeInterfaceParameters(const QMap<QString, QVariant> &parameters)

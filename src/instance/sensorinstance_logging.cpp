@@ -10,6 +10,7 @@
 namespace SondixQt {
 
 Q_LOGGING_CATEGORY(instanceLog, "SondixQt.SensorInstance")
+Q_LOGGING_CATEGORY(instanceCallLog, "SondixQt.SensorInstance.Calls", QtWarningMsg)
 
 ErrorCode SensorInstance::enableLogging(const QString &fileName, LogLevel level, LogType type, bool flag1,
                                         bool flag2, int count, QString *errorText)

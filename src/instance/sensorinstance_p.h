@@ -138,6 +138,7 @@ public:
     quint32 handle = 0;
     QMap<QString, QVariant> interfaceParameters;
     QVector<QMap<QString, QVariant>> infoParameters;
+    QMap<int, QMap<QString, QMap<QString, QVariant>>> infoSettings; // by the number of the sensor and the command
     mutable std::recursive_mutex mutex;
     bool tcpInterface = false;
 

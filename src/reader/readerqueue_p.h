@@ -4,6 +4,8 @@
 #include "sensorreader.h"
 #include "testexport_p.h"
 
+#include <QHash>
+
 #include <deque>
 #include <mutex>
 #include <variant>
@@ -27,6 +29,8 @@ struct CommandAnswer
 struct SensorReport
 {
     QVector<QMap<QString, QVariant>> parameters;
+    QVector<QMap<QString, QMap<QString, QVariant>>> settings;
+    QHash<int, QString> errorTexts;
 };
 
 /// The last event of a thread.

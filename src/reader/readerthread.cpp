@@ -274,7 +274,7 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
     }
     polled = instance->isGetMeasureNeeded();
     updateTriggerState();
-    queue->push(SensorReport{instance->getInfoParameters()});
+    report();
     if (before != frame || state == SensorReader::Opening)
         queue->push(frame);
     resumeAccount();
@@ -283,6 +283,19 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
     wallClock = {};
     setState(triggered ? SensorReader::WaitingForTrigger : SensorReader::Reading);
     return Result::Done;
+}
+
+/// Reports what the sensor has told about itself. The caller's instance keeps its own error texts, which must not be
+/// read by another thread.
+void ReaderThread::report()
+{
+    SensorReport report{instance->getInfoParameters(), {}, {}};
+    for (int number = 1; number <= report.parameters.size(); ++number)
+        report.settings.append(instance->getInfoSettings(number));
+    if (owned && errorTexts.isEmpty())
+        errorTexts = errorValueTexts(owned.get());
+    report.errorTexts = errorTexts;
+    queue->push(report);
 }
 
 /// The first values may have been measured before the settings were applied.

@@ -79,6 +79,7 @@ private:
     ErrorCode describe(QString *errorText);
     bool reopen(ReaderError &loss);
     void closeSensor();
+    void report();
     void resumeAccount();
     bool checkIdentity(ReaderError &error);
 
@@ -114,6 +115,7 @@ private:
     SensorInstance *instance = nullptr;
     bool closes = false; ///< the sensor was not open before
     QStringList identity;
+    QHash<int, QString> errorTexts;
     SensorReader::State state = SensorReader::Stopped;
     TransmittedDataInfo frame;
     double rateHz = 0.0;

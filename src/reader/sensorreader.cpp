@@ -3,6 +3,7 @@
 
 #include "instance/sensorinstance.h"
 #include "sensorinfo/sensorinfo.h"
+#include "sondix/errorvalue.h"
 
 #include <algorithm>
 
@@ -163,9 +164,9 @@ void SensorReaderPrivate::handle(const TransmittedDataInfo &newFrame)
     Q_EMIT q->frameChanged(newFrame);
 }
 
-void SensorReaderPrivate::handle(const SensorReport &report)
+void SensorReaderPrivate::handle(const SensorReport &newReport)
 {
-    information = report.parameters;
+    report = newReport;
 }
 
 void SensorReaderPrivate::handle(const CommandAnswer &commandAnswer)
@@ -322,7 +323,20 @@ TransmittedDataInfo SensorReader::frame() const
 QVector<QMap<QString, QVariant>> SensorReader::sensorInformation() const
 {
     Q_D(const SensorReader);
-    return d->information;
+    return d->report.parameters;
+}
+
+QVector<QMap<QString, QMap<QString, QVariant>>> SensorReader::sensorSettings() const
+{
+    Q_D(const SensorReader);
+    return d->report.settings;
+}
+
+QString SensorReader::errorValueText(double value) const
+{
+    Q_D(const SensorReader);
+    const QHash<int, QString> &texts = d->report.errorTexts;
+    return texts.value(errorValueKey(value), texts.value(0));
 }
 
 qint64 SensorReader::framesDelivered() const

@@ -139,6 +139,11 @@ public:
     TransmittedDataInfo frame() const;
     /// What the sensor has reported about itself at the last opening, one map per sensor.
     QVector<QMap<QString, QVariant>> sensorInformation() const;
+    /// The settings of the sensor at the last opening, one map per sensor, see SensorInstance::getInfoSettings().
+    QVector<QMap<QString, QMap<QString, QVariant>>> sensorSettings() const;
+    /// The text of the error that the scaled value \a value encodes, see SensorInstance::getErrorValueText(). The texts
+    /// are read at the first opening; before, and if the reader uses an instance of the caller's, the text is empty.
+    QString errorValueText(double value) const;
 
     /// The frames that blockReady() has delivered, and those that gapDetected() has reported as missing, since the last
     /// start().

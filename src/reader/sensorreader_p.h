@@ -24,7 +24,7 @@ public:
     void handle(SensorReader::State newState);
     void handle(const ReaderError &error);
     void handle(const TransmittedDataInfo &newFrame);
-    void handle(const SensorReport &report);
+    void handle(const SensorReport &newReport);
     void handle(const CommandAnswer &answer);
     void handle(const ReadingEnded &end);
 
@@ -52,7 +52,7 @@ public:
     SensorReader::State state = SensorReader::Stopped;
     ReaderError error;
     TransmittedDataInfo frame;
-    QVector<QMap<QString, QVariant>> information;
+    SensorReport report;
     qint64 framesDelivered = 0;
     qint64 framesLost = 0;
     bool unknownGaps = false;

@@ -34,6 +34,7 @@ private Q_SLOTS:
     void answerLinesAreAddedOneByOne();
     void recordedSettingsReadAsAnswers_data();
     void recordedSettingsReadAsAnswers();
+    void settingsAreKeptByTheirCommands();
     void linesAfterAGapAreAppendedUntilTheIndexIsReached();
 };
 
@@ -144,6 +145,23 @@ void InfoParametersTest::recordedSettingsReadAsAnswers()
     sensor.addInfoParameters(line, 1);
     QCOMPARE(sensor.getInfoParameter("SA_X", 1).isValid(), renamed);
     QCOMPARE(sensor.getInfoParameter("SP_X", 1).isValid(), !renamed);
+}
+
+void InfoParametersTest::settingsAreKeptByTheirCommands()
+{
+    SensorInstance sensor(NoSensor);
+    QVERIFY(sensor.getInfoSettings(1).isEmpty());
+    sensor.addInfoParameters("S_Command=\"Get_Info\" SA_Range=10.0\r\n"
+                             "S_Command=\"Set_Samplerate\" SP_Measrate=2.0\r\n"
+                             "S_Command=\"Set_Averaging\" SP_AveragingType=1 SP_AveragingNumber=4",
+                             2);
+    const QMap<QString, Parameters> settings = sensor.getInfoSettings(2);
+    QCOMPARE(settings.keys(), QStringList({"Set_Averaging", "Set_Samplerate"}));
+    QCOMPARE(settings.value("Set_Samplerate"), Parameters({{"SA_Measrate", 2.0}}));
+    QCOMPARE(settings.value("Set_Averaging"), Parameters({{"SA_AveragingType", 1}, {"SA_AveragingNumber", 4}}));
+    QVERIFY(sensor.getInfoSettings(1).isEmpty());
+    sensor.addInfoParameters("S_Command=\"Set_Samplerate\" SP_Measrate=4.0", 2); // opened again
+    QCOMPARE(sensor.getInfoSettings(2).value("Set_Samplerate").value("SA_Measrate").toDouble(), 4.0);
 }
 
 void InfoParametersTest::linesAfterAGapAreAppendedUntilTheIndexIsReached()

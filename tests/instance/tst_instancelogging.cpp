@@ -30,6 +30,7 @@ private Q_SLOTS:
     void switchingOffSendsACommand();
     void failedSwitchingOffSendsNoCommand();
     void linesAreLatin1();
+    void callsAreLoggedOnDemand();
 
 private:
     QTemporaryDir folder;
@@ -164,6 +165,37 @@ void InstanceLoggingTest::linesAreLatin1()
     const std::vector<sondixsim::Call> calls = sondixsim::calls();
     QCOMPARE(calls.size(), std::size_t(1));
     QVERIFY(calls[0].text().find("\xb5m") != std::string::npos);
+}
+
+void InstanceLoggingTest::callsAreLoggedOnDemand()
+{
+    static QStringList lines;
+    lines.clear();
+    const QtMessageHandler previous =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &context, const QString &text) {
+            if (qstrcmp(context.category, "SondixQt.SensorInstance.Calls") == 0)
+                lines += text;
+        });
+    {
+        OpenSensorInstance silent(TX270); // off by default
+        silent->close();
+    }
+    const QStringList before = lines;
+    QLoggingCategory::setFilterRules("SondixQt.SensorInstance.Calls.debug=true");
+    {
+        OpenSensorInstance sensor(TX270);
+        lines.clear();
+        (void)sensor->sendCommand("Get_LaserPower");
+        (void)sensor->sendCommand("Get_Nothing");
+        sensor->close();
+    }
+    QLoggingCategory::setFilterRules({});
+    qInstallMessageHandler(previous);
+    QCOMPARE(before, QStringList());
+    QCOMPARE(lines.size(), 3);
+    QVERIFY(lines.at(0).endsWith("TX270 Get_LaserPower -> 0"));
+    QVERIFY(lines.at(1).contains("TX270 Get_Nothing -> -"));
+    QVERIFY(lines.at(2).endsWith("TX270 close -> 0"));
 }
 
 QTEST_GUILESS_MAIN(InstanceLoggingTest)

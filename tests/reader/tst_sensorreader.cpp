@@ -22,6 +22,8 @@ private Q_SLOTS:
     void readsASensorThatTheCallerHasOpened();
     void opensAndClosesAnInstanceOfTheCaller();
     void blocksDescribeThemselves();
+    void reportsSettingsAndErrorTexts();
+    void leavesTheErrorTextsOfAnInstanceToTheCaller();
     void deliversAtTheInterval();
     void failsIfTheSensorCannotBeOpened();
     void failsIfASettingIsRefused();
@@ -122,6 +124,37 @@ void SensorReaderTest::blocksDescribeThemselves()
     QCOMPARE(block.raw(3, 0), qint32(block.scaled(3, 0)));
     QVERIFY(!block.frameTime(-1));
     QVERIFY(!block.frameTime(block.frameCount()));
+}
+
+void SensorReaderTest::reportsSettingsAndErrorTexts()
+{
+    SensorReader reader(readerAddress());
+    QVERIFY(reader.sensorSettings().isEmpty());
+    QCOMPARE(reader.errorValueText(-1.0e10 - 4), QString());
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QCOMPARE(reader.sensorSettings().size(), 1);
+    const auto settings = reader.sensorSettings().first();
+    QCOMPARE(settings.value("Set_LaserPower").value("SA_LaserPower").toInt(), 1);
+    QCOMPARE(settings.value("Set_Samplerate").value("SA_Measrate").toDouble(), 1.0);
+    QCOMPARE(reader.errorValueText(-1.0e10 - 4), QString("Target out of range"));
+    QCOMPARE(reader.errorValueText(-1.0e10 - 1), QString("No peak found"));
+    QCOMPARE(reader.errorValueText(1.5), QString());
+    reader.stop();
+    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
+    QCOMPARE(reader.errorValueText(-1.0e10 - 4), QString("Target out of range"));
+}
+
+void SensorReaderTest::leavesTheErrorTextsOfAnInstanceToTheCaller()
+{
+    SensorInstance instance(TX270);
+    QCOMPARE(instance.open(readerAddress().parameters), NoError);
+    SensorReader reader(instance);
+    CallRecorder recorder;
+    reader.start();
+    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(recorder.take().filter("Get_SensorErrorValueText").isEmpty());
+    QCOMPARE(reader.errorValueText(-1.0e10 - 4), QString());
 }
 
 void SensorReaderTest::deliversAtTheInterval()

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QDateTime>
+#include <QVector>
+
+namespace Explorer {
+
+/// What has happened, in the order in which it happened. Bounded: the oldest entries are dropped.
+class LogModel : public QAbstractTableModel
+{
+    Q_OBJECT
+public:
+    enum Kind {
+        Event,   ///< the state of a sensor has changed
+        Problem, ///< an error
+        Answer,  ///< a command and its answer
+        Call,    ///< a message of the library
+    };
+    Q_ENUM(Kind)
+
+    enum Column { TimeColumn, SourceColumn, TextColumn, ColumnCount };
+    enum Role { KindRole = Qt::UserRole };
+
+    static constexpr int mostEntries = 20000;
+
+    using QAbstractTableModel::QAbstractTableModel;
+
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex &parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+    /// Adds an entry with the present time. \a source is the sensor or the category.
+    void add(Kind kind, const QString &source, const QString &text);
+    void clear();
+
+    /// The entries \a rows as lines of text, for the clipboard.
+    QString text(const QList<int> &rows) const;
+
+private:
+    struct Entry
+    {
+        QDateTime time;
+        Kind kind = Event;
+        QString source;
+        QString text;
+    };
+    QVector<Entry> m_entries;
+};
+
+} // namespace Explorer
