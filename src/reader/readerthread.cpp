@@ -411,12 +411,15 @@ void ReaderThread::runCommand()
         replaceEarlier(task.settings, command);
     }
     queue->push(CommandAnswer{command.number, answer});
-    if (!isQuery(command.command) || isSpecial())
+    const bool onlyReads = command.work ? command.workEffect == SensorReader::OnlyReads : isQuery(command.command);
+    if (!onlyReads || isSpecial())
         followCommand();
 }
 
 CommandResult ReaderThread::send(const ReaderCommand &command)
 {
+    if (command.work)
+        return command.work(*instance);
     CommandResult result;
     result.code =
         instance->sendCommandGetAll(command.command, command.parameters, result.answer, &result.errorText);

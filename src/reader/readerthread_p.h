@@ -24,6 +24,8 @@ struct ReaderCommand
     QString command;
     QMap<QString, QVariant> parameters;
     bool isSetting = false;
+    SensorReader::Work work; ///< instead of a command
+    SensorReader::WorkEffect workEffect = SensorReader::MayChange;
 
     bool operator==(const ReaderCommand &other) const { return number == other.number; }
 };

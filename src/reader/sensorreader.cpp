@@ -273,14 +273,23 @@ void SensorReader::post(const QString &command, const QMap<QString, QVariant> &p
                         const Callback &callback)
 {
     Q_D(SensorReader);
-    d->post({0, command, parameters, false}, context, callback);
+    d->post({0, command, parameters, false, {}, {}}, context, callback);
+}
+
+void SensorReader::call(const Work &work, WorkEffect effect, QObject *context, const Callback &callback)
+{
+    Q_D(SensorReader);
+    ReaderCommand command;
+    command.work = work;
+    command.workEffect = effect;
+    d->post(command, context, callback);
 }
 
 void SensorReader::addSetting(const QString &command, const QMap<QString, QVariant> &parameters, QObject *context,
                               const Callback &callback)
 {
     Q_D(SensorReader);
-    ReaderCommand setting{0, command, parameters, true};
+    ReaderCommand setting{0, command, parameters, true, {}, {}};
     d->post(setting, context, callback);
     setting.number = d->lastNumber;
     d->task.settings.append(setting); // replaces an earlier one unless the sensor refuses it

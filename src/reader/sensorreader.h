@@ -127,6 +127,17 @@ public:
     /// if it is refused after an opening, the reader fails.
     void addSetting(const QString &command, const QMap<QString, QVariant> &parameters, QObject *context = nullptr,
                     const Callback &callback = {});
+    /// Whether a work of call() may change what the sensor sends.
+    enum WorkEffect {
+        OnlyReads, ///< reads something that does not change the frames
+        MayChange, ///< the description of the frames is read again afterwards
+    };
+    using Work = std::function<CommandResult(SensorInstance &instance)>;
+
+    /// Calls \a work with the open sensor, for all that post() cannot do: answers in bytes, video signals, several
+    /// commands in a row. It is called in the thread of the reader between two transfers, must not open, close or transfer,
+    /// and delays reading while it runs. \a callback receives its result as that of a command.
+    void call(const Work &work, WorkEffect effect, QObject *context = nullptr, const Callback &callback = {});
     /// Forgets all settings. The sensor keeps what it has been set to.
     void clearSettings();
     /// \}

@@ -40,7 +40,76 @@ private Q_SLOTS:
     void manyCommandsDoNotDelayDelivery();
     void aFailedReaderCanBeStartedInASlot();
     void manyReadersReadAtOnce();
+    void workIsDoneInTheThreadThatReads();
+    void workThatOnlyReadsAsksNothingElse();
+    void workOfAStoppedReaderIsNotDone();
 };
+
+void ReaderCommandsTest::workIsDoneInTheThreadThatReads()
+{
+    SensorReader reader(readerAddress());
+    Recording recording(reader);
+    reader.start();
+    QTRY_COMPARE(reader.state(), State::Reading);
+    std::atomic<QThread *> worker{nullptr};
+    CommandResult result;
+    QThread *receiver = nullptr;
+    reader.call(
+        [&worker](SensorInstance &instance) {
+            worker = QThread::currentThread();
+            CommandResult answer;
+            answer.code = instance.sendCommand("Set_Samplerate", "SP_Measrate", 0.5);
+            answer.answer.insert("bytes", QByteArray("\0\1", 2));
+            return answer;
+        },
+        SensorReader::MayChange, this,
+        [&](const CommandResult &answer) {
+            result = answer;
+            receiver = QThread::currentThread();
+        });
+    QTRY_VERIFY(receiver != nullptr);
+    QCOMPARE(receiver, QThread::currentThread());
+    QVERIFY(worker.load() != receiver);
+    QCOMPARE(result.code, NoError);
+    QCOMPARE(result.answer.value("bytes").toByteArray(), QByteArray("\0\1", 2));
+    // The reader has noticed the new rate.
+    QTRY_COMPARE(reader.frame().datarate, 500.0);
+}
+
+void ReaderCommandsTest::workThatOnlyReadsAsksNothingElse()
+{
+    SensorReader reader(readerAddress());
+    reader.start();
+    QTRY_COMPARE(reader.state(), State::Reading);
+    CallRecorder recorder;
+    int answers = 0;
+    for (int i = 0; i < 3; ++i)
+        reader.call(
+            [](SensorInstance &instance) {
+                CommandResult result;
+                result.code = instance.sendCommand("Get_Averaging");
+                return result;
+            },
+            SensorReader::OnlyReads, this, [&answers](const CommandResult &) { ++answers; });
+    QTRY_COMPARE(answers, 3);
+    const QStringList calls = recorder.take();
+    QCOMPARE(calls.filter("SensorCommand()").size(), 3);
+}
+
+void ReaderCommandsTest::workOfAStoppedReaderIsNotDone()
+{
+    SensorReader reader(readerAddress());
+    bool isDone = false;
+    CommandResult result;
+    reader.call(
+        [&isDone](SensorInstance &) {
+            isDone = true;
+            return CommandResult();
+        },
+        SensorReader::OnlyReads, this, [&result](const CommandResult &answer) { result = answer; });
+    QTRY_COMPARE(result.code, StoppedError);
+    QVERIFY(!isDone);
+}
 
 void ReaderCommandsTest::commandsAnswerInTheThreadOfTheReader()
 {
