@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+#include "plotmarks.h"
+
+#include <QLocale>
+#include <QPainter>
+
+#include <qwt_scale_map.h>
+
+#include <algorithm>
+#include <array>
+
+namespace Explorer {
+
+GapItem::GapItem()
+{
+    setZ(5.0);
+    setItemAttribute(QwtPlotItem::Legend, false);
+}
+
+QString GapItem::brief(const SondixQt::DataGap &gap)
+{
+    return gap.frames ? tr("%1 lost").arg(QLocale().toString(*gap.frames)) : tr("gap");
+}
+
+QString GapItem::sentence(const SondixQt::DataGap &gap)
+{
+    const QString reason = SondixQt::gapReasonText(gap.reason);
+    if (!gap.frames)
+        return tr("An unknown number of frames is missing: %1").arg(reason);
+    return tr("%n frame(s) missing: %1", nullptr, static_cast<int>(std::min<qint64>(*gap.frames, 1 << 30)))
+        .arg(reason);
+}
+
+void GapItem::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &, const QRectF &canvasRect) const
+{
+    QColor band = m_palette.color(QPalette::Text);
+    band.setAlpha(36);
+    QColor textColour = m_palette.color(QPalette::Text);
+    textColour.setAlpha(190);
+    painter->setPen(textColour);
+    const QFontMetrics metrics(painter->font());
+    double textEnd = canvasRect.left();
+    for (const GapMark &mark : m_gaps) {
+        const double left = std::max(xMap.transform(mark.begin), canvasRect.left());
+        const double right = std::min(xMap.transform(mark.end), canvasRect.right());
+        // A gap is always seen, however short it is.
+        const QRectF rect(left, canvasRect.top(), std::max(1.0, right - left), canvasRect.height());
+        painter->fillRect(rect, band);
+        const QString text = brief(mark.gap);
+        const int width = metrics.horizontalAdvance(text);
+        const double begin = std::clamp(rect.center().x() - width / 2.0, canvasRect.left(),
+                                        std::max(canvasRect.left(), canvasRect.right() - width));
+        if (begin < textEnd)
+            continue;
+        painter->drawText(QPointF(begin, canvasRect.top() + metrics.ascent() + 2.0), text);
+        textEnd = begin + width + metrics.averageCharWidth();
+    }
+}
+
+ErrorItem::ErrorItem()
+{
+    setZ(30.0);
+    setItemAttribute(QwtPlotItem::Legend, false);
+}
+
+void ErrorItem::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &,
+                     const QRectF &canvasRect) const
+{
+    painter->setPen(Qt::NoPen);
+    painter->setRenderHint(QPainter::Antialiasing, false);
+    const double bottom = canvasRect.bottom();
+    double lastX = 0.0;
+    int lastSignal = -1;
+    for (const ErrorMark &mark : m_marks) {
+        const double x = xMap.transform(mark.position);
+        // Signals side by side would hide each other: the triangles of each are a little higher.
+        const double base = bottom - (mark.signal % 4) * (size + 1);
+        if (mark.signal == lastSignal && x - lastX < size)
+            continue;
+        if (mark.signal != lastSignal)
+            painter->setBrush(m_colours ? m_colours(mark.signal) : QColor(Qt::red));
+        lastX = x;
+        lastSignal = mark.signal;
+        const std::array<QPointF, 3> corners = {QPointF(x - size, base), QPointF(x + size, base),
+                                                QPointF(x, base - 2.0 * size)};
+        painter->drawPolygon(corners.data(), static_cast<int>(corners.size()));
+    }
+}
+
+} // namespace Explorer

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "timewindow.h"
+
+#include <QElapsedTimer>
+#include <QList>
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QAction;
+class QLabel;
+class QSplitter;
+class QTimer;
+
+namespace Explorer {
+
+class CurvesPlot;
+class PlotCrosshair;
+class PlotCursors;
+class PlotNavigator;
+class SignalHistory;
+class SignalLegend;
+class StatisticsPanel;
+class TimePlot;
+
+/// What a sensor has measured, over the time: curves, statistics, histogram and spectrum.
+///
+/// The view draws what is new by itself, up to 30 times a second while it is visible. It follows the newest values until
+/// another part is chosen with the mouse (see PlotNavigator) or with the keys:
+///
+/// | Key | What it does |
+/// |---|---|
+/// | + and - | zoom the time |
+/// | Left, Right | move the window |
+/// | Up, Down | move the values; with Ctrl zoom them |
+/// | Home, End | to the first values; to the newest ones, which are followed |
+/// | 0 | show everything |
+/// | Space | pause, or go on |
+/// | Ctrl+Left, Ctrl+Right | move the active cursor; Tab chooses the other one while the plot has the focus |
+class PlotView : public QWidget
+{
+    Q_OBJECT
+public:
+    /// How the window on the time axis changes when values arrive.
+    enum Mode {
+        Follow,     ///< it moves with the newest values
+        Everything, ///< it grows with them
+        Fixed,      ///< it stays
+    };
+    enum class ExportRange { Visible, Everything };
+
+    explicit PlotView(QWidget *parent = nullptr);
+    ~PlotView() override;
+
+    /// The history to show; null: none. It must outlive the view, or another one must be set before.
+    void setHistory(SignalHistory *history);
+    /// Returns the text of a value that is an error value.
+    void setErrorText(std::function<QString(double)> text);
+    /// What to add to a position on the time axis for the seconds since 1970-01-01 00:00 UTC. Empty: as the blocks tell
+    /// it, see TimeLine::wallClockOffset().
+    void setWallClockOffset(std::optional<double> seconds);
+
+    /// Draws what the history has now, unless the view is paused: then what it had.
+    void refresh();
+
+    Mode mode() const { return m_mode; }
+    bool isPaused() const;
+    /// The part of the time axis that is shown.
+    TimeWindow window() const;
+    /// Shows a part of the time axis, which no longer follows.
+    void setWindow(const TimeWindow &window);
+    /// The seconds that are shown while the newest values are followed; frames on an axis in frames.
+    void setSpan(double span);
+    void showEverything();
+
+    /// All actions, in the order in which a tool bar should have them.
+    QList<QAction *> plotActions() const { return m_actions; }
+    QAction *plotAction(const QString &name) const;
+    TimePlot &plot() const { return *m_plot; }
+    PlotCursors &cursors() const { return *m_cursors; }
+    SignalLegend &legend() const { return *m_legend; }
+    StatisticsPanel &statistics() const { return *m_statistics; }
+    CurvesPlot &histogramPlot() const { return *m_histogram; }
+    CurvesPlot &spectrumPlot() const { return *m_spectrum; }
+
+Q_SIGNALS:
+    void modeChanged();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
+    void changeEvent(QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+
+private:
+    static constexpr double zoomFactor = 0.5;
+
+    void arrange();
+    void arrangePanels();
+    void makeActions();
+    QAction *addPlotAction(const char *name, const QString &text, const QString &toolTip, bool isCheckable);
+    void connectNavigator();
+    void tick();
+    void setMode(Mode mode);
+    void updateWindow();
+    void updateClock();
+    void updateHint();
+    void updatePanels();
+    void updateStatistics();
+    void updateHistogram();
+    void updateSpectrum();
+    void redraw();
+    TimeWindow limits() const;
+    double narrowest() const;
+    double centre() const;
+    void zoomTime(double position, double factor);
+    void zoomValues(int pixel, double factor);
+    void moveTime(double distance);
+    void moveValues(double share);
+    void select(const QRect &rect, bool isRectangle);
+    void moveCursor(int cursor, double position);
+    bool pressCursorKey(const QKeyEvent &event);
+
+    SignalHistory *m_history = nullptr;
+    std::optional<double> m_wallClockOffset;
+    std::optional<double> m_shownOffset;
+    Mode m_mode = Follow;
+    std::optional<double> m_span; // empty: from the rate
+    qint64 m_revision = -1;
+    QTimer *m_timer;
+    QElapsedTimer m_sincePanels;
+    QList<QAction *> m_actions;
+
+    TimePlot *m_plot;
+    SignalLegend *m_legend;
+    StatisticsPanel *m_statistics;
+    CurvesPlot *m_histogram;
+    CurvesPlot *m_spectrum;
+    QSplitter *m_analysis;
+    QLabel *m_cursorText;
+    QLabel *m_hint;
+    PlotCrosshair *m_crosshair;
+    std::unique_ptr<PlotCursors> m_cursors;
+    PlotNavigator *m_navigator;
+};
+
+} // namespace Explorer

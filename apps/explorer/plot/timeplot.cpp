@@ -1,0 +1,341 @@
+// SPDX-License-Identifier: MIT
+#include "timeplot.h"
+
+#include "plotlayout.h"
+#include "plotmarks.h"
+#include "signalcolours.h"
+
+#include <QEvent>
+#include <QLocale>
+
+#include <qwt_plot_canvas.h>
+#include <qwt_plot_grid.h>
+#include <qwt_plot_legenditem.h>
+#include <qwt_scale_map.h>
+#include <qwt_scale_widget.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+using namespace SondixQt;
+
+namespace Explorer {
+
+namespace {
+
+constexpr int valueAxes[] = {QwtPlot::yLeft, QwtPlot::yRight};
+
+// The values fill at least this part of their axis; it is not scaled again before.
+constexpr double leastFill = 0.6;
+constexpr double margin = 0.05;
+
+QwtInterval widened(const QwtInterval &values)
+{
+    const double least = std::max(std::abs(values.maxValue()) * 1.0e-3, 1.0e-9);
+    const double centre = values.minValue() / 2.0 + values.maxValue() / 2.0;
+    const double half = std::max(least, values.width() * (0.5 + margin));
+    return {centre - half, centre + half};
+}
+
+// Ranges of the size of 1e-3 and 2e-3 are more similar than 1e-3 and 1.
+double sizeOf(const SignalInfo &info)
+{
+    const double width = info.scaledRangeMax - info.scaledRangeMin;
+    return std::isfinite(width) && width > 0.0 ? std::log10(width) : 0.0;
+}
+
+} // namespace
+
+TimePlot::TimePlot(QWidget *parent)
+    : QwtPlot(parent)
+    , m_valueRanges(QwtPlot::axisCnt)
+    , m_grid(std::make_unique<QwtPlotGrid>())
+    , m_gaps(std::make_unique<GapItem>())
+    , m_errors(std::make_unique<ErrorItem>())
+    , m_timeDraw(new TimeScaleDraw)
+    , m_timeEngine(new TimeScaleEngine)
+{
+    setObjectName(QStringLiteral("timePlot"));
+    setAccessibleName(tr("Measured values over time"));
+    setAutoReplot(false);
+    setAutoDelete(false); // the items are members
+    auto *area = qobject_cast<QwtPlotCanvas *>(canvas());
+    area->setFrameStyle(QFrame::NoFrame);
+    area->setAccessibleName(tr("Plot"));
+    alignCanvas(*this);
+    setAxisScaleEngine(QwtPlot::xBottom, m_timeEngine);
+    setAxisScaleDraw(QwtPlot::xBottom, m_timeDraw);
+    for (const int axis : {int(QwtPlot::xBottom), int(QwtPlot::yLeft), int(QwtPlot::yRight)}) {
+        axisWidget(axis)->setMargin(0);
+        QwtText title;
+        title.setFont(font());
+        setAxisTitle(axis, title);
+        setAxisFont(axis, font());
+    }
+    constexpr int edge = 4;
+    setContentsMargins(edge, edge, edge, 0);
+    m_grid->enableXMin(false);
+    m_grid->attach(this);
+    m_gaps->attach(this);
+    m_errors->attach(this);
+    m_errors->setColours([this](int signal) { return colourOf(signal); });
+    setColours();
+    describe();
+}
+
+TimePlot::~TimePlot() = default;
+
+QSize TimePlot::minimumSizeHint() const
+{
+    return QSize(160, 120);
+}
+
+void TimePlot::setHistory(const SignalHistory *history)
+{
+    m_history = history;
+    describe();
+}
+
+void TimePlot::describe()
+{
+    m_frame = m_history ? m_history->frame() : TransmittedDataInfo();
+    m_curves.clear();
+    const int count = std::min(m_frame.signals.size(), mostSignals);
+    const bool hasMajor = std::any_of(m_frame.signals.begin(), m_frame.signals.end(),
+                                      [](const SignalInfo &info) { return info.majorSignal; });
+    int shown = 0;
+    for (int signal = 0; signal < count; ++signal) {
+        auto curve = std::make_unique<HistoryCurve>(nameOf(signal));
+        const bool isWanted = count <= mostShownAtFirst || !hasMajor || m_frame.signals.at(signal).majorSignal;
+        const bool isShownAtFirst = isWanted && shown < mostShownAtFirst;
+        shown += isShownAtFirst ? 1 : 0;
+        curve->setVisible(isShownAtFirst);
+        curve->setZ(20.0 - 0.01 * signal);
+        curve->attach(this);
+        m_curves.push_back(std::move(curve));
+    }
+    m_shownFrames = {};
+    clearValueRanges();
+    assignAxes();
+    setColours();
+    Q_EMIT signalsChanged();
+}
+
+void TimePlot::assignAxes()
+{
+    QStringList units[2];
+    double sizes[2] = {0.0, 0.0};
+    for (int signal = 0; signal < signalCount(); ++signal) {
+        const SignalInfo &info = m_frame.signals.at(signal);
+        std::size_t side = 0;
+        if (units[0].isEmpty() || units[0].contains(info.scaledUnit))
+            side = 0;
+        else if (units[1].isEmpty() || units[1].contains(info.scaledUnit))
+            side = 1;
+        else
+            side = std::abs(sizeOf(info) - sizes[1]) < std::abs(sizeOf(info) - sizes[0]) ? 1 : 0;
+        if (units[side].isEmpty())
+            sizes[side] = sizeOf(info);
+        if (!units[side].contains(info.scaledUnit))
+            units[side].append(info.scaledUnit);
+        m_curves[static_cast<std::size_t>(signal)]->setYAxis(valueAxes[side]);
+    }
+    for (const std::size_t side : {0U, 1U}) {
+        QwtText title = axisTitle(valueAxes[side]);
+        title.setText(units[side].join(QStringLiteral(", ")));
+        setAxisTitle(valueAxes[side], title);
+    }
+    enableAxis(QwtPlot::yRight, !units[1].isEmpty());
+}
+
+void TimePlot::changeEvent(QEvent *event)
+{
+    QwtPlot::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && m_grid)
+        setColours();
+}
+
+void TimePlot::setColours()
+{
+    setCanvasBackground(palette().brush(QPalette::Base));
+    QColor grid = palette().color(QPalette::Text);
+    grid.setAlpha(isDark(palette()) ? 40 : 28);
+    m_grid->setPen(grid, 1.0);
+    m_gaps->setPalette(palette());
+    for (int signal = 0; signal < signalCount(); ++signal)
+        m_curves[static_cast<std::size_t>(signal)]->setColour(colourOf(signal));
+    replot();
+}
+
+void TimePlot::setClockOffset(std::optional<double> offset)
+{
+    m_clockOffset = offset;
+}
+
+TimeFormat TimePlot::timeFormat() const
+{
+    TimeFormat format;
+    format.isInFrames = m_history && !m_history->isEmpty() && m_history->timeLine().kind() == TimeLine::Frames;
+    format.clockOffset = m_clockOffset;
+    return format;
+}
+
+void TimePlot::setValueRange(int axis, std::optional<QwtInterval> range)
+{
+    m_valueRanges[static_cast<std::size_t>(axis)] = range;
+}
+
+bool TimePlot::hasValueRange() const
+{
+    return std::any_of(m_valueRanges.begin(), m_valueRanges.end(),
+                       [](const auto &range) { return range.has_value(); });
+}
+
+void TimePlot::clearValueRanges()
+{
+    std::fill(m_valueRanges.begin(), m_valueRanges.end(), std::nullopt);
+}
+
+void TimePlot::load()
+{
+    load(std::max(1, canvas()->width()));
+}
+
+void TimePlot::load(int columns)
+{
+    if (m_history && m_history->frame() != m_frame)
+        describe();
+    std::vector<ErrorMark> errors;
+    if (m_history && signalCount() > 0) {
+        const PlotColumns grid = PlotColumns::of(*m_history, m_window.from, m_window.to, columns);
+        m_shownFrames = grid.range();
+        constexpr int pixelsPerMark = 8;
+        const bool isMarked = grid.range().count() * pixelsPerMark < columns;
+        for (int signal = 0; signal < signalCount(); ++signal) {
+            HistoryCurve &curve = *m_curves[static_cast<std::size_t>(signal)];
+            if (!curve.isVisible())
+                continue;
+            curve.series().load(*m_history, signal, grid, errors);
+            curve.setMarked(isMarked);
+        }
+    }
+    addMarks(std::move(errors));
+    const TimeFormat format = timeFormat();
+    m_timeDraw->setFormat(format);
+    m_timeEngine->setFormat(format);
+    QwtText title = axisTitle(QwtPlot::xBottom);
+    const QString text = format.isInFrames    ? tr("Frame")
+                         : format.clockOffset ? tr("Time of day")
+                                              : tr("Time in s");
+    if (title.text() != text) {
+        title.setText(text);
+        setAxisTitle(QwtPlot::xBottom, title);
+    }
+    setAxisScale(QwtPlot::xBottom, m_window.from, m_window.to);
+    for (const int axis : valueAxes)
+        scaleValues(axis);
+    replot();
+}
+
+void TimePlot::addMarks(std::vector<ErrorMark> errors)
+{
+    m_errors->setMarks(std::move(errors));
+    std::vector<GapMark> gaps;
+    if (m_history)
+        for (const GapMark &mark : m_history->timeLine().gaps())
+            if (mark.end >= m_window.from && mark.begin <= m_window.to)
+                gaps.push_back(mark);
+    m_gaps->setGaps(std::move(gaps));
+}
+
+QwtInterval TimePlot::valuesOn(int axis) const
+{
+    QwtInterval values;
+    for (const auto &curve : m_curves)
+        if (curve->isVisible() && curve->yAxis() == axis && curve->series().minimum() <= curve->series().maximum())
+            values |= QwtInterval(curve->series().minimum(), curve->series().maximum());
+    return values;
+}
+
+// The present scale stays as long as it fits, so that the curves do not jump with every value.
+void TimePlot::scaleValues(int axis)
+{
+    if (const auto &fixed = m_valueRanges[static_cast<std::size_t>(axis)]) {
+        setAxisScale(axis, fixed->minValue(), fixed->maxValue());
+        return;
+    }
+    const QwtInterval values = valuesOn(axis);
+    if (!values.isValid())
+        return;
+    const QwtInterval present = axisInterval(axis).normalized();
+    const QwtInterval wanted = widened(values);
+    const bool fits = present.minValue() <= values.minValue() && present.maxValue() >= values.maxValue() &&
+                      wanted.width() >= leastFill * present.width();
+    if (!fits)
+        setAxisScale(axis, wanted.minValue(), wanted.maxValue());
+}
+
+bool TimePlot::isShown(int signal) const
+{
+    return signal >= 0 && signal < signalCount() && curve(signal).isVisible();
+}
+
+void TimePlot::setShown(int signal, bool shown)
+{
+    if (signal < 0 || signal >= signalCount() || isShown(signal) == shown)
+        return;
+    m_curves[static_cast<std::size_t>(signal)]->setVisible(shown);
+    load();
+    Q_EMIT shownChanged(signal, shown);
+}
+
+int TimePlot::axisOf(int signal) const
+{
+    return curve(signal).yAxis();
+}
+
+QColor TimePlot::colourOf(int signal) const
+{
+    return signalColour(signal, palette());
+}
+
+QString TimePlot::nameOf(int signal) const
+{
+    const SignalInfo &info = m_frame.signals.at(signal);
+    if (!info.scaledName.isEmpty())
+        return info.scaledName;
+    return info.rawName.isEmpty() ? tr("Signal %1").arg(signal + 1) : info.rawName;
+}
+
+QString TimePlot::unitOf(int signal) const
+{
+    return m_frame.signals.at(signal).scaledUnit;
+}
+
+FrameRange TimePlot::shownFrames() const
+{
+    return m_shownFrames;
+}
+
+const std::vector<ErrorMark> &TimePlot::errorMarks() const
+{
+    return m_errors->marks();
+}
+
+const std::vector<GapMark> &TimePlot::gapMarks() const
+{
+    return m_gaps->gaps();
+}
+
+double TimePlot::positionAt(double pixel) const
+{
+    return canvasMap(QwtPlot::xBottom).invTransform(pixel);
+}
+
+double TimePlot::pixelWidth() const
+{
+    return m_window.width() / std::max(1, canvas()->width());
+}
+
+} // namespace Explorer
