@@ -83,7 +83,7 @@ void LibraryMessages::deliver()
     for (const LibraryMessage &message : qAsConst(messages))
         Q_EMIT messageReceived(message.category, message.text, message.isWarning);
     if (dropped > 0)
-        Q_EMIT messageReceived(QStringLiteral("SondixQt"), tr("%n message(s) dropped", nullptr, dropped), true);
+        Q_EMIT messageReceived(QStringLiteral("SondixQt"), tr("dropped messages: %1").arg(dropped), true);
 }
 
 } // namespace Explorer

@@ -172,8 +172,6 @@ void SensorSession::takeBlock(const DataBlock &block)
     m_framesRead += block.frameCount();
     if (block.frameInterval())
         m_interval = block.frameInterval();
-    if (const std::optional<qint64> wall = block.wallClockMicroseconds(); wall && block.time())
-        m_wallClockOffset = static_cast<double>(*wall) / 1.0e6 - *block.time();
     m_history.append(block);
     m_values.add(block);
     Q_EMIT dataArrived();
@@ -184,8 +182,8 @@ void SensorSession::takeGap(const DataGap &gap)
     m_losses.add(gap);
     m_history.append(gap);
     const QString text = gapReasonText(gap.reason);
-    Q_EMIT happened(gap.frames ? tr("%n frame(s) missing: %1", nullptr, static_cast<int>(*gap.frames)).arg(text)
-                               : tr("an unknown number of frames is missing: %1").arg(text),
+    Q_EMIT happened(gap.frames ? tr("missing frames: %1 (%2)").arg(*gap.frames).arg(text)
+                               : tr("an unknown number of frames is missing (%1)").arg(text),
                     gap.reason != DataGap::Restarted);
     Q_EMIT dataArrived();
     Q_EMIT changed();

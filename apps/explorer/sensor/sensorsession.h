@@ -74,8 +74,6 @@ public:
     qint64 framesRead() const { return m_framesRead; }
     /// Seconds since open() was called last.
     double secondsOpen() const;
-    /// The wall clock minus the clock of the values in seconds; empty while it is not known.
-    std::optional<double> wallClockOffset() const { return m_wallClockOffset; }
 
     /// Sends a command, see SensorReader::post().
     void post(const QString &command, const QMap<QString, QVariant> &parameters = {}, QObject *context = nullptr,
@@ -109,7 +107,6 @@ private:
     SondixApp::LossAccount m_losses;
     qint64 m_framesRead = 0;
     std::optional<double> m_interval;
-    std::optional<double> m_wallClockOffset;
     QElapsedTimer m_sinceOpen;
     bool m_isClosing = false;
     SondixQt::SensorReader m_reader; // last: it ends before the others
