@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <SondixQt/sensorreader.h>
+
+#include <QColor>
+#include <QPalette>
+#include <QString>
+
+namespace Explorer {
+
+/// The colours of the windows.
+enum class Theme { System, Light, Dark };
+
+/// Gives all windows the colours of \a theme.
+void applyTheme(Theme theme);
+
+/// Colours of meaning, readable on the ground of \a palette and told apart by people who confuse red and green. They
+/// never stand alone: a symbol or a word says the same.
+enum class Meaning { Good, Waiting, Problem };
+QColor colourOf(Meaning meaning, const QPalette &palette);
+
+/// The symbol and the colour of a state of reading.
+QString symbolOf(SondixQt::SensorReader::State state);
+QColor colourOf(SondixQt::SensorReader::State state, const QPalette &palette);
+
+/// \a seconds as "00:12:31".
+QString shownDuration(double seconds);
+/// A rate in Hz such as "2 kHz".
+QString shownRate(double hertz);
+
+} // namespace Explorer

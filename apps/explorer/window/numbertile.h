@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "explorer/sensor/signalvalues.h"
+
+#include <SondixQt/transmitteddatainfo.h>
+
+#include <QFrame>
+
+class QLineEdit;
+class QMenu;
+class QToolButton;
+
+namespace Explorer {
+
+/// One signal of the NumbersView.
+class NumberTile : public QFrame
+{
+    Q_OBJECT
+public:
+    explicit NumberTile(const SondixQt::SignalInfo &info, QWidget *parent = nullptr);
+
+    const SondixQt::SignalInfo &info() const { return m_info; }
+    const DisplayLimits &limits() const { return m_limits; }
+    void setLimits(const DisplayLimits &limits);
+
+    /// Shows \a value; \a errorText is the text of the present value if that is an error value.
+    void setValue(const SignalValue &value, const QString &errorText);
+
+    /// The present value on the screen, exact; empty if there is none.
+    QString exactText() const;
+    /// The present value as it is shown.
+    QString shownText() const { return m_text; }
+    /// What the limits say: a symbol with words, or nothing.
+    QString limitText() const { return m_limitText; }
+    /// Makes the present value the zero of the screen; does nothing if it is an error value.
+    void setZero();
+
+    QSize minimumSizeHint() const override;
+    QSize sizeHint() const override;
+
+Q_SIGNALS:
+    void limitsChanged();
+    void resetRequested();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    void makeMenu();
+    void showMenu();
+    void fillMenu();
+    void takeMenu();
+    void showAgain();
+    QString numberText(double value) const;
+    QString extremesText() const;
+    QFont valueFont(const QString &text, const QRect &area) const;
+
+    const SondixQt::SignalInfo m_info;
+    const int m_decimals;
+    DisplayLimits m_limits;
+    SignalValue m_value;
+    QString m_errorText;
+    QString m_text;
+    QString m_limitText;
+    QToolButton *m_button;
+    QMenu *m_menu = nullptr;
+    QLineEdit *m_lower = nullptr;
+    QLineEdit *m_upper = nullptr;
+    QLineEdit *m_offset = nullptr;
+};
+
+} // namespace Explorer

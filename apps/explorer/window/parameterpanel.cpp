@@ -1,0 +1,367 @@
+// SPDX-License-Identifier: MIT
+#include "parameterpanel.h"
+
+#include "commandcompleter.h"
+#include "look.h"
+#include "parameterdelegate.h"
+
+#include "explorer/sensor/parametermodel.h"
+#include "explorer/sensor/sensorsession.h"
+#include "shared/commandparameters.h"
+
+#include <QAction>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QSortFilterProxyModel>
+#include <QToolButton>
+#include <QTreeView>
+#include <QUndoGroup>
+#include <QVBoxLayout>
+
+using namespace SondixQt;
+
+namespace Explorer {
+
+namespace {
+
+QString answerText(const QMap<QString, QVariant> &answer)
+{
+    QStringList parts;
+    for (auto it = answer.cbegin(); it != answer.cend(); ++it) {
+        if (it.key() != QLatin1String("S_Command"))
+            parts += QStringLiteral("%1=%2").arg(it.key(), it->userType() == QMetaType::Double
+                                                               ? exactNumber(it->toDouble())
+                                                               : it->toString().simplified());
+    }
+    return parts.join(QStringLiteral(", "));
+}
+
+// Long lines would make the dock as wide as they are.
+QLabel *wrappedLabel(const char *objectName)
+{
+    auto *label = new QLabel;
+    label->setObjectName(QLatin1String(objectName));
+    label->setTextFormat(Qt::PlainText);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setWordWrap(true);
+    return label;
+}
+
+} // namespace
+
+ParameterPanel::ParameterPanel(QUndoGroup &undoGroup, QWidget *parent)
+    : QWidget(parent)
+    , m_undoGroup(undoGroup)
+    , m_filter(new QLineEdit)
+    , m_view(new QTreeView)
+    , m_message(wrappedLabel("parameterMessage"))
+    , m_empty(wrappedLabel("parametersEmpty"))
+    , m_ask(new QPushButton(tr("Ask the sensor for known settings")))
+    , m_command(new QLineEdit)
+    , m_content(new QWidget)
+{
+    setObjectName(QStringLiteral("parameterPanel"));
+    m_view->setObjectName(QStringLiteral("parameterView"));
+    m_view->setAccessibleName(tr("Settings of the sensor"));
+    m_view->setItemDelegate(new ParameterDelegate(m_view));
+    m_view->setAlternatingRowColors(true);
+    m_view->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::SelectedClicked |
+                            QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed);
+    m_view->setTabKeyNavigation(false);
+    m_message->hide();
+    makeFileActions();
+    auto *content = new QVBoxLayout(m_content);
+    content->setContentsMargins(0, 0, 0, 0);
+    content->addWidget(makeBar());
+    content->addWidget(m_view, 1);
+    content->addWidget(m_ask);
+    content->addWidget(m_message);
+    content->addWidget(makeCommandLine());
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_content);
+    layout->addWidget(m_empty, 0, Qt::AlignTop);
+    connect(m_ask, &QPushButton::clicked, this, [this] {
+        if (m_model)
+            m_model->askForKnownGroups();
+    });
+    setSession(nullptr, nullptr);
+}
+
+QWidget *ParameterPanel::makeBar()
+{
+    auto *refresh = new QToolButton;
+    refresh->setText(QStringLiteral("\u21bb"));
+    refresh->setToolTip(tr("Read all settings from the sensor again"));
+    refresh->setAccessibleName(refresh->toolTip());
+    refresh->setObjectName(QStringLiteral("refreshParameters"));
+    connect(refresh, &QToolButton::clicked, this, [this] {
+        if (m_model)
+            m_model->refresh();
+    });
+    QAction *const undo = m_undoGroup.createUndoAction(this, tr("Undo"));
+    QAction *const redo = m_undoGroup.createRedoAction(this, tr("Redo"));
+    auto *undoButton = new QToolButton;
+    auto *redoButton = new QToolButton;
+    undoButton->setDefaultAction(undo);
+    redoButton->setDefaultAction(redo);
+    undo->setIconText(QStringLiteral("\u21b6"));
+    redo->setIconText(QStringLiteral("\u21b7"));
+    undoButton->setAccessibleName(tr("Undo the last change of a setting"));
+    redoButton->setAccessibleName(tr("Repeat the change that was undone"));
+    undoButton->setObjectName(QStringLiteral("undoParameter"));
+    redoButton->setObjectName(QStringLiteral("redoParameter"));
+    auto *menuButton = new QToolButton;
+    auto *menu = new QMenu(menuButton);
+    menu->addActions(m_fileActions);
+    menuButton->setText(tr("File"));
+    menuButton->setMenu(menu);
+    menuButton->setPopupMode(QToolButton::InstantPopup);
+    menuButton->setAccessibleName(tr("Save, load and compare settings"));
+    m_filter->setPlaceholderText(tr("Filter"));
+    m_filter->setAccessibleName(tr("Show only settings with this text"));
+    m_filter->setClearButtonEnabled(true);
+    m_filter->setObjectName(QStringLiteral("parameterFilter"));
+    auto *bar = new QWidget;
+    auto *layout = new QHBoxLayout(bar);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_filter, 1);
+    for (QToolButton *button : {refresh, undoButton, redoButton, menuButton})
+        layout->addWidget(button);
+    return bar;
+}
+
+QWidget *ParameterPanel::makeCommandLine()
+{
+    m_command->setObjectName(QStringLiteral("commandLine"));
+    m_command->setPlaceholderText(QStringLiteral("Get_Info"));
+    m_command->setAccessibleName(tr("Command to send to the sensor"));
+    m_command->setToolTip(tr("Any command, with its parameters as NAME=VALUE. The answer appears in the log."));
+    m_command->setCompleter(new CommandCompleter(m_command));
+    connect(m_command, &QLineEdit::returnPressed, this, [this] {
+        if (sendLine(m_command->text()))
+            m_command->clear();
+    });
+    auto *label = new QLabel(tr("&Command"));
+    label->setBuddy(m_command);
+    auto *line = new QWidget;
+    auto *layout = new QHBoxLayout(line);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(label);
+    layout->addWidget(m_command, 1);
+    return line;
+}
+
+void ParameterPanel::makeFileActions()
+{
+    m_fileActions = {
+        fileAction(tr("Save settings ..."), "saveSettings", true, &ParameterPanel::saveTo),
+        fileAction(tr("Load settings ..."), "loadSettings", false, &ParameterPanel::loadFrom),
+        fileAction(tr("Compare with file ..."), "compareSettings", false, &ParameterPanel::compareWith),
+    };
+    auto *asFound = new QAction(tr("Compare with the settings as found"), this);
+    connect(asFound, &QAction::triggered, this, [this] {
+        if (m_model)
+            m_model->resetReference();
+    });
+    m_fileActions += asFound;
+}
+
+QAction *ParameterPanel::fileAction(const QString &text, const char *name, bool forSaving,
+                                    bool (ParameterPanel::*function)(const QString &))
+{
+    auto *action = new QAction(text, this);
+    action->setObjectName(QLatin1String(name));
+    connect(action, &QAction::triggered, this, [this, forSaving, function] {
+        const QString path = chosenFile(forSaving);
+        if (!path.isEmpty())
+            (this->*function)(path);
+    });
+    return action;
+}
+
+QString ParameterPanel::chosenFile(bool forSaving)
+{
+    if (!m_session)
+        return {};
+    const QString filter = tr("Settings (*.json);;All files (*)");
+    const QString proposal = QDir(m_folder).filePath(
+        m_session->title().replace(QLatin1Char(' '), QLatin1Char('_')) + QStringLiteral(".json"));
+    QString path = forSaving ? QFileDialog::getSaveFileName(this, tr("Save settings"), proposal, filter)
+                             : QFileDialog::getOpenFileName(this, tr("Open settings"), m_folder, filter);
+    if (!path.isEmpty())
+        m_folder = QFileInfo(path).absolutePath();
+    return path;
+}
+
+void ParameterPanel::setSession(SensorSession *session, ParameterModel *model)
+{
+    if (m_model)
+        m_model->disconnect(this);
+    if (m_session)
+        m_session->disconnect(this);
+    m_session = session;
+    m_model = model;
+    m_content->setVisible(session);
+    m_empty->setText(tr("No sensor is open."));
+    m_empty->setVisible(!session);
+    m_message->hide();
+    auto *old = m_view->model();
+    QSortFilterProxyModel *proxy = nullptr;
+    if (model) {
+        proxy = new QSortFilterProxyModel(m_view);
+        proxy->setRecursiveFilteringEnabled(true);
+        proxy->setFilterCaseSensitivity(Qt::CaseInsensitive);
+        proxy->setFilterKeyColumn(-1);
+        proxy->setFilterFixedString(m_filter->text());
+        proxy->setSourceModel(model);
+        connect(m_filter, &QLineEdit::textChanged, proxy, [this, proxy](const QString &text) {
+            proxy->setFilterFixedString(text);
+            m_view->expandAll();
+        });
+    }
+    m_view->setModel(proxy);
+    delete old;
+    m_undoGroup.setActiveStack(model ? model->undoStack() : nullptr);
+    if (model)
+        connectModel();
+}
+
+void ParameterPanel::connectModel()
+{
+    m_undoGroup.addStack(m_model->undoStack());
+    m_undoGroup.setActiveStack(m_model->undoStack());
+    connect(m_model, &ParameterModel::refused, this, [this](const QModelIndex &index, const QString &sentence) {
+        const QString name = index.siblingAtColumn(ParameterModel::NameColumn).data().toString();
+        showMessage(tr("%1 refused: %2").arg(name, sentence), true);
+        if (m_session)
+            Q_EMIT answered(m_session->title(), tr("%1 refused: %2").arg(name, sentence), true);
+    });
+    connect(m_model, &ParameterModel::accepted, this, [this](const QString &title) {
+        showMessage(tr("Set: %1").arg(title), false);
+        if (m_session)
+            Q_EMIT answered(m_session->title(), tr("set %1").arg(title), false);
+    });
+    connect(m_model, &QAbstractItemModel::modelReset, this, &ParameterPanel::showSize);
+    connect(m_model, &QAbstractItemModel::rowsInserted, this, &ParameterPanel::showSize);
+    showSize();
+}
+
+void ParameterPanel::showSize()
+{
+    m_ask->setVisible(m_model->rowCount() == 0);
+    m_view->expandAll();
+    QHeaderView *const header = m_view->header();
+    const int character = fontMetrics().averageCharWidth();
+    header->setStretchLastSection(true);
+    header->setMinimumSectionSize(6 * character);
+    m_view->resizeColumnToContents(ParameterModel::NameColumn);
+    header->resizeSection(ParameterModel::NameColumn,
+                          qMin(header->sectionSize(ParameterModel::NameColumn), 26 * character));
+    header->resizeSection(ParameterModel::ValueColumn, 11 * character);
+    static_cast<CommandCompleter *>(m_command->completer())->setModelOfSensor(m_model);
+}
+
+void ParameterPanel::showMessage(const QString &text, bool isProblem)
+{
+    QPalette colours = palette();
+    if (isProblem)
+        colours.setColor(QPalette::WindowText, colourOf(Meaning::Problem, palette()));
+    m_message->setPalette(colours);
+    m_message->setText(isProblem ? QStringLiteral("\u26a0 %1").arg(text) : text);
+    m_message->show();
+}
+
+bool ParameterPanel::saveTo(const QString &path)
+{
+    if (!m_model || !m_session)
+        return false;
+    const ParameterFile file{sensorName(m_session->model(), true), m_session->serialNumber(), m_model->settings()};
+    QString problem;
+    const bool isSaved = file.save(path, &problem);
+    showMessage(isSaved ? tr("Saved as '%1'.").arg(QDir::toNativeSeparators(path)) : problem, !isSaved);
+    return isSaved;
+}
+
+bool ParameterPanel::loadFrom(const QString &path)
+{
+    if (!m_model || !m_session)
+        return false;
+    QString problem;
+    const std::optional<ParameterFile> file = ParameterFile::load(path, &problem);
+    const QString model = sensorName(m_session->model(), true);
+    const QString name = QFileInfo(path).fileName();
+    if (!file) {
+        showMessage(problem, true);
+        return false;
+    }
+    if (file->model != model) {
+        showMessage(tr("'%1' has the settings of a %2, this sensor is a %3. Nothing was changed.")
+                        .arg(name, file->model, model),
+                    true);
+        return false;
+    }
+    if (m_model->apply(file->settings, tr("settings of '%1'").arg(name), &problem))
+        return true;
+    showMessage(tr("'%1' does not fit: %2. Nothing was changed.").arg(name, problem), true);
+    return false;
+}
+
+bool ParameterPanel::compareWith(const QString &path)
+{
+    if (!m_model)
+        return false;
+    QString problem;
+    const std::optional<ParameterFile> file = ParameterFile::load(path, &problem);
+    if (!file) {
+        showMessage(problem, true);
+        return false;
+    }
+    m_model->setReference(file->settings, QFileInfo(path).completeBaseName());
+    showMessage(m_model->differsFromReference() ? tr("The settings that differ are bold.")
+                                                : tr("All settings are those of the file."),
+                false);
+    return true;
+}
+
+bool ParameterPanel::sendLine(const QString &line)
+{
+    QStringList words = CommandCompleter::wordsOf(line);
+    if (!m_session || words.isEmpty())
+        return false;
+    const QString command = words.takeFirst();
+    QString problem;
+    if (!SondixApp::isCommandWord(command))
+        problem = tr("'%1' is not a command, such as Get_Info").arg(command);
+    const auto parameters = problem.isEmpty() ? SondixApp::commandParameters(words, problem) : std::nullopt;
+    if (!parameters) {
+        showMessage(problem, true);
+        return false;
+    }
+    m_message->hide();
+    const QString source = m_session->title();
+    m_session->post(command, *parameters, this, [this, command, source](const CommandResult &result) {
+        const QString answer = answerText(result.answer);
+        if (result.code == NoError)
+            Q_EMIT answered(source, QStringLiteral("%1: %2").arg(command, answer.isEmpty() ? tr("done") : answer),
+                            false);
+        else
+            Q_EMIT answered(source,
+                            tr("%1: error %2: %3").arg(command).arg(int(result.code)).arg(result.errorText), true);
+        if (result.code != NoError)
+            showMessage(QStringLiteral("%1: %2").arg(command, result.errorText), true);
+        else
+            showMessage(QStringLiteral("%1: %2").arg(command, answer.isEmpty() ? tr("done") : answer), false);
+        if (m_model && !command.startsWith(QLatin1String("Get_")))
+            m_model->refresh();
+    });
+    return true;
+}
+
+} // namespace Explorer

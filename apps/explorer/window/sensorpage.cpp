@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: MIT
+#include "sensorpage.h"
+
+#include "look.h"
+
+#include "explorer/sensor/parameternames.h"
+#include "explorer/sensor/sensorsession.h"
+
+#include <SondixQt/parameterpresentation.h>
+#include <SondixQt/sensorinfo.h>
+
+#include <QFormLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLocale>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+using namespace SondixQt;
+
+namespace Explorer {
+
+namespace {
+
+QLabel *valueLabel(const QString &text)
+{
+    auto *label = new QLabel(text);
+    label->setTextFormat(Qt::PlainText); // the text comes from the sensor
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    label->setWordWrap(true);
+    return label;
+}
+
+QString shownRange(const SignalInfo &info)
+{
+    const auto number = [](double value) { return QLocale().toString(value, 'g', 8); };
+    return QStringLiteral("%1 \u2026 %2").arg(number(info.scaledRangeMin), number(info.scaledRangeMax));
+}
+
+QTableWidgetItem *cell(const QString &text)
+{
+    auto *item = new QTableWidgetItem(text);
+    item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
+    return item;
+}
+
+} // namespace
+
+SensorPage::SensorPage(QWidget *parent)
+    : QWidget(parent)
+    , m_picture(new QLabel)
+    , m_title(valueLabel({}))
+    , m_state(new QLabel)
+    , m_problem(valueLabel({}))
+    , m_reopen(new QPushButton(tr("Open again")))
+    , m_identityLayout(new QFormLayout)
+    , m_signals(new QTableWidget)
+    , m_rate(new QLabel)
+    , m_empty(new QLabel(tr("No sensor is open.")))
+    , m_content(new QWidget)
+{
+    setObjectName(QStringLiteral("sensorPage"));
+    m_state->setObjectName(QStringLiteral("sensorState"));
+    m_problem->setObjectName(QStringLiteral("sensorProblem"));
+    m_reopen->setObjectName(QStringLiteral("reopenButton"));
+    QFont bold = font();
+    bold.setBold(true);
+    bold.setPointSizeF(bold.pointSizeF() * 1.25);
+    m_title->setFont(bold);
+    m_picture->setFixedSize(96, 96);
+    auto *heading = new QGridLayout;
+    heading->addWidget(m_picture, 0, 0, 3, 1);
+    heading->addWidget(m_title, 0, 1);
+    heading->addWidget(m_state, 1, 1);
+    heading->setRowStretch(2, 1);
+    heading->setColumnStretch(1, 1);
+
+    m_signals->setColumnCount(3);
+    m_signals->setHorizontalHeaderLabels({tr("Signal"), tr("Unit"), tr("Range")});
+    m_signals->verticalHeader()->hide();
+    m_signals->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_signals->horizontalHeader()->setStretchLastSection(true);
+    m_signals->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
+    m_signals->setAccessibleName(tr("Signals of the sensor"));
+    m_signals->setAlternatingRowColors(true);
+    m_signals->setMinimumHeight(90);
+
+    auto *content = new QVBoxLayout(m_content);
+    content->addLayout(heading);
+    content->addWidget(m_problem);
+    content->addWidget(m_reopen, 0, Qt::AlignLeft);
+    content->addLayout(m_identityLayout);
+    content->addWidget(m_rate);
+    content->addWidget(m_signals, 1);
+    auto *area = new QScrollArea;
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // long values are wrapped
+    area->setWidget(m_content);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(area);
+    layout->addWidget(m_empty, 0, Qt::AlignCenter);
+    connect(m_reopen, &QPushButton::clicked, this, [this] {
+        if (m_session)
+            m_session->reopen();
+    });
+    setSession(nullptr);
+}
+
+void SensorPage::setSession(SensorSession *session)
+{
+    if (m_session)
+        m_session->disconnect(this);
+    m_session = session;
+    m_content->setVisible(session);
+    m_empty->setVisible(!session);
+    if (!session)
+        return;
+    connect(session, &SensorSession::changed, this, &SensorPage::showState);
+    connect(session, &SensorSession::changed, this, &SensorPage::showIdentity);
+    connect(session, &SensorSession::frameChanged, this, &SensorPage::showFrame);
+    connect(session, &QObject::destroyed, this, [this, session] {
+        if (m_session == session)
+            setSession(nullptr);
+    });
+    showState();
+    showIdentity();
+    showFrame();
+}
+
+void SensorPage::showState()
+{
+    const SensorReader::State state = m_session->state();
+    QPalette colours = palette();
+    colours.setColor(QPalette::WindowText, colourOf(state, palette()));
+    m_state->setPalette(colours);
+    m_state->setText(QStringLiteral("%1 %2").arg(symbolOf(state), m_session->stateText()));
+    const QString problem = m_session->problem();
+    m_problem->setText(problem);
+    m_problem->setVisible(!problem.isEmpty());
+    m_reopen->setVisible(state == SensorReader::Failed || state == SensorReader::Stopped);
+}
+
+void SensorPage::showIdentity()
+{
+    const QString title = m_session->title();
+    QMap<QString, QVariant> parameters = m_session->information();
+    const QString key = title + QString::number(parameters.size());
+    if (m_title->text() == title && m_identityLayout->property("shown").toString() == key)
+        return;
+    m_identityLayout->setProperty("shown", key);
+    m_title->setText(title);
+    m_picture->setPixmap(getSensorImage(m_session->model()));
+    m_picture->setScaledContents(true);
+    while (m_identityLayout->rowCount() > 0)
+        m_identityLayout->removeRow(0);
+    const auto add = [this](const QString &name, const QString &value) {
+        if (!value.isEmpty())
+            m_identityLayout->addRow(name, valueLabel(value));
+    };
+    const SensorAddress &address = m_session->address();
+    add(tr("Model"), sensorName(m_session->model()));
+    for (const auto &[name, answer] : {std::pair(tr("Name"), QStringLiteral("SA_Sensor")),
+                                       std::pair(tr("Serial number"), QStringLiteral("SA_SerialNumber")),
+                                       std::pair(tr("Article number"), QStringLiteral("SA_ArticleNumber")),
+                                       std::pair(tr("Firmware"), QStringLiteral("SA_Softwareversion"))})
+        add(name, parameters.value(answer).toString());
+    add(tr("Connected"), interfaceName(address.interfaceType()));
+    // How it is connected, with the names of the library.
+    for (auto it = address.parameters.cbegin(); it != address.parameters.cend(); ++it)
+        parameters.insert(it.key(), it.value());
+    const QMap<QString, QVariant> basic = extractBasicParameters(SensorInfo(parameters, m_session->model()));
+    for (auto it = basic.cbegin(); it != basic.cend(); ++it) {
+        const bool isShown =
+            it.key().startsWith(QLatin1String("SA_")) || it.key() == InterfaceParameter::Interface;
+        if (const QString name = friendlyName(it.key()); !isShown && !name.isEmpty())
+            add(name, it->toString());
+    }
+    add(tr("Address"), address.toString());
+}
+
+void SensorPage::showFrame()
+{
+    const TransmittedDataInfo &frame = m_session->frame();
+    m_signals->setRowCount(frame.signalList().size());
+    for (int i = 0; i < frame.signalList().size(); ++i) {
+        const SignalInfo &info = frame.signalList().at(i);
+        m_signals->setItem(i, 0, cell(info.scaledName));
+        m_signals->setItem(i, 1, cell(info.scaledUnit));
+        m_signals->setItem(i, 2, cell(shownRange(info)));
+    }
+    const std::optional<double> rate = m_session->rate();
+    m_rate->setText(frame.valuesPerFrame < 1 ? tr("The sensor has not described its values yet.")
+                                             : tr("Values per frame: %1. Frames: %2.")
+                                                   .arg(frame.valuesPerFrame)
+                                                   .arg(rate ? shownRate(*rate) : tr("rate not reported")));
+    m_rate->setWordWrap(true);
+}
+
+} // namespace Explorer

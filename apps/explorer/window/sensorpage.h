@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QWidget>
+
+class QFormLayout;
+class QLabel;
+class QPushButton;
+class QTableWidget;
+
+namespace Explorer {
+
+class SensorSession;
+
+/// What is known about a sensor: picture, identity, connection, state and the signals of its frames.
+class SensorPage : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit SensorPage(QWidget *parent = nullptr);
+
+    /// Shows \a session; null: nothing.
+    void setSession(SensorSession *session);
+
+private:
+    void showState();
+    void showIdentity();
+    void showFrame();
+
+    SensorSession *m_session = nullptr;
+    QLabel *m_picture;
+    QLabel *m_title;
+    QLabel *m_state;
+    QLabel *m_problem;
+    QPushButton *m_reopen;
+    QWidget *m_identity = nullptr;
+    QFormLayout *m_identityLayout;
+    QTableWidget *m_signals;
+    QLabel *m_rate;
+    QLabel *m_empty;
+    QWidget *m_content;
+};
+
+} // namespace Explorer

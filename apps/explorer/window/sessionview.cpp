@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: MIT
+#include "sessionview.h"
+
+#include "look.h"
+#include "numbersview.h"
+
+#include "explorer/plot/flowlayout.h"
+#include "explorer/plot/plotview.h"
+
+#include <QAction>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLocale>
+#include <QMenu>
+#include <QPushButton>
+#include <QSettings>
+#include <QSplitter>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+using State = SondixQt::SensorReader::State;
+
+namespace Explorer {
+
+namespace {
+
+constexpr int countsInterval = 250;
+
+} // namespace
+
+SessionView::SessionView(SensorSession *session, QWidget *parent)
+    : QWidget(parent)
+    , m_session(session)
+    , m_history(&session->history())
+    , m_parameters(new ParameterModel(session->reader(), this))
+{
+    m_session->setParent(this);
+    build();
+    connectSession();
+}
+
+SessionView::SessionView(SignalHistory *history, const QString &title, QWidget *parent)
+    : QWidget(parent)
+    , m_history(history)
+    , m_title(title)
+{
+    build();
+}
+
+QString SessionView::title() const
+{
+    return m_session ? m_session->title() : m_title;
+}
+
+void SessionView::build()
+{
+    m_problem = new QWidget;
+    m_problemText = new QLabel;
+    m_reopen = new QPushButton(tr("Open again"));
+    m_plot = new PlotView;
+    m_views = new QTabWidget;
+    m_splitter = new QSplitter(Qt::Vertical);
+    m_state = new QLabel;
+    m_counts = new QLabel;
+    m_problemText->setWordWrap(true);
+    m_problemText->setTextFormat(Qt::PlainText);
+    m_problemText->setObjectName(QStringLiteral("sessionProblem"));
+    auto *problemLayout = new QHBoxLayout(m_problem);
+    problemLayout->addWidget(m_problemText, 1);
+    problemLayout->addWidget(m_reopen);
+    m_problem->hide();
+    m_views->setDocumentMode(true);
+    m_views->addTab(m_plot, tr("Plot"));
+    m_views->tabBar()->setVisible(false); // until there is another view
+    m_plot->setHistory(m_history);
+    if (m_session) {
+        m_numbers =
+            new NumbersView(m_session->values(), [this](double value) { return m_session->errorText(value); });
+        m_splitter->addWidget(m_numbers);
+    }
+    m_splitter->addWidget(m_views);
+    m_splitter->setCollapsible(m_splitter->indexOf(m_views), false);
+    m_splitter->setStretchFactor(m_splitter->indexOf(m_views), 1);
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_problem);
+    layout->addWidget(m_splitter, 1);
+    layout->addWidget(makeStatusLine());
+    connect(&m_timer, &QTimer::timeout, this, [this] {
+        if (isVisible())
+            showCounts();
+    });
+    m_timer.start(countsInterval);
+}
+
+QWidget *SessionView::makeStatusLine()
+{
+    m_state->setObjectName(QStringLiteral("sessionState"));
+    m_counts->setObjectName(QStringLiteral("sessionCounts"));
+    m_counts->setAccessibleName(tr("Time and losses"));
+    auto *line = new QWidget;
+    auto *layout = new FlowLayout(line); // pages that stand side by side are narrow
+    m_extensions = new QWidget;
+    auto *extensionLayout = new QHBoxLayout(m_extensions);
+    extensionLayout->setContentsMargins(0, 0, 0, 0);
+    m_extensions->hide();
+    layout->addWidget(makePlotButtons());
+    layout->addWidget(m_extensions);
+    layout->addWidget(m_state);
+    layout->addWidget(m_counts);
+    for (QLabel *label : {m_state, m_counts})
+        label->setMargin(4);
+    return line;
+}
+
+// The actions that are used most have a button, the others are in a menu.
+QWidget *SessionView::makePlotButtons()
+{
+    static const QStringList inLine{QStringLiteral("followAction"), QStringLiteral("pauseAction"),
+                                    QStringLiteral("cursorsAction"), QStringLiteral("showAllAction")};
+    auto *buttons = new QWidget;
+    auto *layout = new QHBoxLayout(buttons);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(2);
+    auto *more = new QToolButton;
+    auto *menu = new QMenu(more);
+    const QList<QAction *> actions = m_plot->plotActions();
+    for (QAction *action : actions) {
+        if (!inLine.contains(action->objectName())) {
+            menu->addAction(action);
+            continue;
+        }
+        auto *button = new QToolButton;
+        button->setDefaultAction(action);
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        layout->addWidget(button);
+    }
+    more->setText(tr("View"));
+    more->setMenu(menu);
+    more->setPopupMode(QToolButton::InstantPopup);
+    more->setAccessibleName(tr("Further actions of the plot"));
+    more->setVisible(!menu->isEmpty());
+    layout->addWidget(more);
+    return buttons;
+}
+
+void SessionView::connectSession()
+{
+    connect(m_session, &SensorSession::changed, this, &SessionView::showState);
+    connect(m_session, &SensorSession::frameChanged, this, &SessionView::showFrame);
+    connect(m_session, &SensorSession::dataArrived, m_numbers, &NumbersView::refresh);
+    connect(m_numbers, &NumbersView::resetRequested, m_session, &SensorSession::resetValues);
+    connect(m_reopen, &QPushButton::clicked, m_session, &SensorSession::reopen);
+    m_plot->setErrorText([this](double value) { return m_session->errorText(value); });
+    showState();
+}
+
+void SessionView::showFrame()
+{
+    m_numbers->setFrame(m_session->frame());
+    showCounts();
+}
+
+void SessionView::showState()
+{
+    const State state = m_session->state();
+    QPalette colours = palette();
+    colours.setColor(QPalette::WindowText, colourOf(state, palette()));
+    m_state->setPalette(colours);
+    m_state->setText(QStringLiteral("%1 %2").arg(symbolOf(state), m_session->stateText()));
+    const QString problem = m_session->problem();
+    m_problem->setVisible(!problem.isEmpty());
+    m_problemText->setPalette(colours);
+    m_problemText->setText(QStringLiteral("%1 %2").arg(symbolOf(state), problem));
+    m_reopen->setVisible(state == State::Failed);
+    showCounts();
+}
+
+void SessionView::showCounts()
+{
+    if (!m_session)
+        return;
+    QStringList parts;
+    if (const std::optional<double> rate = m_session->rate())
+        parts += shownRate(*rate);
+    parts += shownDuration(m_session->secondsOpen());
+    const QLocale locale;
+    const SondixApp::LossAccount &losses = m_session->losses();
+    parts += tr("%1 lost").arg(locale.toString(losses.frames()));
+    m_counts->setText(parts.join(QStringLiteral("   ")));
+    m_counts->setToolTip(losses.isEmpty() ? tr("No frame is missing.") : losses.sentence());
+}
+
+void SessionView::addView(const QString &title, QWidget *view)
+{
+    m_views->addTab(view, title);
+    m_views->tabBar()->setVisible(m_views->count() > 1);
+}
+
+void SessionView::addStatusWidget(QWidget *widget)
+{
+    m_extensions->layout()->addWidget(widget);
+    m_extensions->show();
+}
+
+void SessionView::setNumbersVisible(bool visible)
+{
+    if (m_numbers)
+        m_numbers->setVisible(visible);
+}
+
+void SessionView::setStatus(const QString &text)
+{
+    m_counts->setText(text);
+}
+
+void SessionView::save(QSettings &settings) const
+{
+    settings.setValue(QStringLiteral("splitter"), m_splitter->saveState());
+    if (m_numbers)
+        m_numbers->save(settings);
+}
+
+void SessionView::restore(QSettings &settings)
+{
+    m_splitter->restoreState(settings.value(QStringLiteral("splitter")).toByteArray());
+    if (m_numbers)
+        m_numbers->restore(settings);
+}
+
+} // namespace Explorer

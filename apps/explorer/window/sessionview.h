@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "explorer/sensor/parametermodel.h"
+#include "explorer/sensor/sensorsession.h"
+
+#include <QTimer>
+#include <QWidget>
+
+class QLabel;
+class QPushButton;
+class QSettings;
+class QSplitter;
+class QTabWidget;
+
+namespace Explorer {
+
+class NumbersView;
+class PlotView;
+
+/// The page of an open sensor, or of values without a sensor: numbers, plot, further views, and a line with what can be
+/// done and what has happened.
+class SessionView : public QWidget
+{
+    Q_OBJECT
+public:
+    /// Owns \a session.
+    explicit SessionView(SensorSession *session, QWidget *parent = nullptr);
+    /// The values of a file, which are in \a history; it must outlive the view.
+    SessionView(SignalHistory *history, const QString &title, QWidget *parent = nullptr);
+
+    /// Null for values without a sensor.
+    SensorSession *session() const { return m_session; }
+    ParameterModel *parameters() const { return m_parameters; }
+    PlotView *plot() const { return m_plot; }
+    NumbersView *numbers() const { return m_numbers; }
+    QString title() const;
+
+    /// Adds a view beside the plot, such as the video line. The page owns it.
+    void addView(const QString &title, QWidget *view);
+    /// Adds a widget to the line below the plot. The page owns it.
+    void addStatusWidget(QWidget *widget);
+    void setNumbersVisible(bool visible);
+    /// Shows \a text in the line below the plot.
+    void setStatus(const QString &text);
+
+    void save(QSettings &settings) const;
+    void restore(QSettings &settings);
+
+private:
+    void build();
+    QWidget *makeStatusLine();
+    QWidget *makePlotButtons();
+    void connectSession();
+    void showState();
+    void showFrame();
+    void showCounts();
+
+    SensorSession *m_session = nullptr;
+    SignalHistory *m_history;
+    ParameterModel *m_parameters = nullptr;
+    QString m_title;
+    QWidget *m_problem;
+    QLabel *m_problemText;
+    QPushButton *m_reopen;
+    NumbersView *m_numbers = nullptr;
+    PlotView *m_plot;
+    QTabWidget *m_views;
+    QSplitter *m_splitter;
+    QLabel *m_state;
+    QLabel *m_counts;
+    QWidget *m_extensions = nullptr; // of the line below the plot
+    QTimer m_timer;
+};
+
+} // namespace Explorer
