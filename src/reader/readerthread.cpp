@@ -302,7 +302,7 @@ void ReaderThread::report()
 void ReaderThread::resumeAccount()
 {
     int available = 0;
-    if (task.settings.isEmpty() || (instance->dataAvail(available) == NoError && available == 0)) {
+    if (task.settings.empty() || (instance->dataAvail(available) == NoError && available == 0)) {
         account.resume(timing());
         unsettled = 0;
         return;
@@ -407,7 +407,7 @@ void ReaderThread::runCommand()
     const ReaderCommand command = takeCommand();
     const CommandResult answer = send(command);
     if (command.isSetting && answer.code == NoError) {
-        task.settings.append(command);
+        task.settings.push_back(command);
         replaceEarlier(task.settings, command);
     }
     queue->push(CommandAnswer{command.number, answer});

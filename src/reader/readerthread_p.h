@@ -12,6 +12,7 @@
 #include <climits>
 #include <condition_variable>
 #include <memory>
+#include <vector>
 
 namespace SondixQt {
 
@@ -30,7 +31,8 @@ struct ReaderCommand
     bool operator==(const ReaderCommand &other) const { return number == other.number; }
 };
 
-using ReaderCommands = QVector<ReaderCommand>;
+/// Not a QVector: the object and the thread change their copies, which must not share memory.
+using ReaderCommands = std::vector<ReaderCommand>;
 
 /// Removes the settings of the same kind that stand before \a setting.
 void replaceEarlier(ReaderCommands &settings, const ReaderCommand &setting);

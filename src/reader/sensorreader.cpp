@@ -97,7 +97,7 @@ void SensorReaderPrivate::post(ReaderCommand command, QObject *context, const Se
     if (thread && !stopRequested) {
         thread->post(command);
     } else if (restarts) {
-        heldCommands.append(command);
+        heldCommands.push_back(command);
     } else {
         answerNotSent(command.number);
     }
@@ -180,7 +180,8 @@ void SensorReaderPrivate::handle(const CommandAnswer &commandAnswer)
     if (receiver.command.isSetting && (code == NoError || code == StoppedError))
         replaceEarlier(task.settings, receiver.command);
     else if (receiver.command.isSetting)
-        task.settings.removeAll(receiver.command);
+        task.settings.erase(std::remove(task.settings.begin(), task.settings.end(), receiver.command),
+                            task.settings.end());
     answer(receiver, commandAnswer.result);
 }
 
@@ -292,7 +293,7 @@ void SensorReader::addSetting(const QString &command, const QMap<QString, QVaria
     ReaderCommand setting{0, command, parameters, true, {}, {}};
     d->post(setting, context, callback);
     setting.number = d->lastNumber;
-    d->task.settings.append(setting); // replaces an earlier one unless the sensor refuses it
+    d->task.settings.push_back(setting); // replaces an earlier one unless the sensor refuses it
     if (!d->thread || d->stopRequested)
         replaceEarlier(d->task.settings, setting);
 }
