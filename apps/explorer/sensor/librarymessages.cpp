@@ -3,7 +3,9 @@
 
 #include <QLoggingCategory>
 
+#include <atomic>
 #include <mutex>
+#include <utility>
 
 namespace Explorer {
 
@@ -23,19 +25,20 @@ QVector<LibraryMessage> waitingMessages;
 int droppedMessages = 0;
 QObject *messageReceiver = nullptr;
 QtMessageHandler previousHandler = nullptr;
+std::atomic<bool> showsDetails{false};
 
 void collectMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
-    if (qstrncmp(context.category, "SondixQt", 8) == 0) {
+    const bool isDetail = type == QtDebugMsg || type == QtInfoMsg;
+    if (qstrncmp(context.category, "SondixQt", 8) == 0 && (!isDetail || showsDetails)) {
         const std::lock_guard<std::mutex> lock(messageMutex);
         if (waitingMessages.size() >= mostWaiting)
             ++droppedMessages;
         else
-            waitingMessages.append(
-                {QString::fromLatin1(context.category), text, type != QtDebugMsg && type != QtInfoMsg});
+            waitingMessages.append({QString::fromLatin1(context.category), text, !isDetail});
         if (messageReceiver && waitingMessages.size() == 1)
             QMetaObject::invokeMethod(messageReceiver, "deliver", Qt::QueuedConnection);
-        if (type == QtDebugMsg || type == QtInfoMsg)
+        if (isDetail)
             return; // shown in the window; nobody has asked for them on the terminal
     }
     if (previousHandler)
@@ -68,6 +71,7 @@ void LibraryMessages::setDetailed(bool detailed)
     if (m_isDetailed == detailed)
         return;
     m_isDetailed = detailed;
+    showsDetails = detailed;
     QLoggingCategory::setFilterRules(detailed ? QStringLiteral("SondixQt.*=true") : QString());
 }
 

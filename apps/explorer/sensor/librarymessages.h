@@ -19,7 +19,8 @@ public:
     explicit LibraryMessages(QObject *parent = nullptr);
     ~LibraryMessages() override;
 
-    /// Whether every call is reported; otherwise only warnings are.
+    /// Whether every call is reported; otherwise only warnings are, and the other messages are left to the handler
+    /// that was installed before.
     void setDetailed(bool detailed);
     bool isDetailed() const { return m_isDetailed; }
 

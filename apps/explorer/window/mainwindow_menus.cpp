@@ -170,6 +170,12 @@ void MainWindow::makeSensorMenu()
     };
     add(tr("Open &again"), {}, "reopenAction", [](SessionView &view) { view.session()->reopen(); });
     m_sensorMenu->addSeparator();
+    QAction *const undo = m_undoGroup.createUndoAction(this, tr("&Undo setting:"));
+    QAction *const redo = m_undoGroup.createRedoAction(this, tr("R&epeat setting:"));
+    undo->setShortcut(QKeySequence::Undo);
+    redo->setShortcut(QKeySequence::Redo);
+    m_sensorMenu->addActions({undo, redo});
+    m_sensorMenu->addSeparator();
     add(tr("&Copy values"), Qt::CTRL + Qt::SHIFT + Qt::Key_C, "copyValuesAction",
         [](SessionView &view) { view.numbers()->copy(); });
     add(tr("&Zero here"), Qt::CTRL + Qt::Key_0, "zeroAction",

@@ -12,6 +12,7 @@
 #include <QFormLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
 #include <QScrollArea>
@@ -30,7 +31,19 @@ QLabel *valueLabel(const QString &text)
     label->setTextFormat(Qt::PlainText); // the text comes from the sensor
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     label->setWordWrap(true);
+    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // it is as wide as the page
     return label;
+}
+
+// An address has no places to break it.
+QLineEdit *addressField(const QString &text)
+{
+    auto *field = new QLineEdit(text);
+    field->setReadOnly(true);
+    field->setFrame(false);
+    field->setAccessibleName(text);
+    field->setCursorPosition(0);
+    return field;
 }
 
 QString shownRange(const SignalInfo &info)
@@ -70,6 +83,8 @@ SensorPage::SensorPage(QWidget *parent)
     bold.setPointSizeF(bold.pointSizeF() * 1.25);
     m_title->setFont(bold);
     m_picture->setFixedSize(96, 96);
+    m_rate->setWordWrap(true);
+    m_identityLayout->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     auto *heading = new QGridLayout;
     heading->addWidget(m_picture, 0, 0, 3, 1);
     heading->addWidget(m_title, 0, 1);
@@ -179,7 +194,7 @@ void SensorPage::showIdentity()
         if (const QString name = friendlyName(it.key()); !isShown && !name.isEmpty())
             add(name, it->toString());
     }
-    add(tr("Address"), address.toString());
+    m_identityLayout->addRow(tr("Address"), addressField(address.toString()));
 }
 
 void SensorPage::showFrame()
@@ -197,7 +212,6 @@ void SensorPage::showFrame()
                                              : tr("Values per frame: %1. Frames: %2.")
                                                    .arg(frame.valuesPerFrame)
                                                    .arg(rate ? shownRate(*rate) : tr("rate not reported")));
-    m_rate->setWordWrap(true);
 }
 
 } // namespace Explorer

@@ -101,6 +101,7 @@ QWidget *SessionView::makeStatusLine()
     m_counts->setAccessibleName(tr("Time and losses"));
     auto *line = new QWidget;
     auto *layout = new FlowLayout(line); // pages that stand side by side are narrow
+    layout->setContentsMargins(0, 0, 0, 0);
     m_extensions = new QWidget;
     auto *extensionLayout = new QHBoxLayout(m_extensions);
     extensionLayout->setContentsMargins(0, 0, 0, 0);
