@@ -159,7 +159,7 @@ void MainWindow::makeDocks()
     tabifyDockWidget(parameters, page);
     parameters->raise();
     const int character = fontMetrics().averageCharWidth();
-    resizeDocks({find, parameters}, {36 * character, 50 * character}, Qt::Horizontal);
+    resizeDocks({find, parameters}, {34 * character, 42 * character}, Qt::Horizontal);
     resizeDocks({log}, {fontMetrics().height() * 9}, Qt::Vertical);
 }
 

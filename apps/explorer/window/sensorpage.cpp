@@ -25,24 +25,27 @@ namespace Explorer {
 
 namespace {
 
-QLabel *valueLabel(const QString &text)
+QLabel *wrappedText()
 {
-    auto *label = new QLabel(text);
+    auto *label = new QLabel;
     label->setTextFormat(Qt::PlainText); // the text comes from the sensor
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setWordWrap(true);
-    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // it is as wide as the page
     return label;
 }
 
-// An address has no places to break it.
-QLineEdit *addressField(const QString &text)
+// A field can be narrower than its text, and be read and copied with the keyboard.
+QLineEdit *valueField(const QString &name, const QString &text)
 {
     auto *field = new QLineEdit(text);
     field->setReadOnly(true);
     field->setFrame(false);
-    field->setAccessibleName(text);
+    field->setAccessibleName(name);
+    field->setToolTip(text.toHtmlEscaped());
     field->setCursorPosition(0);
+    QPalette colours = field->palette();
+    colours.setColor(QPalette::Base, Qt::transparent);
+    field->setPalette(colours);
     return field;
 }
 
@@ -64,9 +67,9 @@ QTableWidgetItem *cell(const QString &text)
 SensorPage::SensorPage(QWidget *parent)
     : QWidget(parent)
     , m_picture(new QLabel)
-    , m_title(valueLabel({}))
+    , m_title(wrappedText())
     , m_state(new QLabel)
-    , m_problem(valueLabel({}))
+    , m_problem(wrappedText())
     , m_reopen(new QPushButton(tr("Open again")))
     , m_identityLayout(new QFormLayout)
     , m_signals(new QTableWidget)
@@ -122,6 +125,7 @@ SensorPage::SensorPage(QWidget *parent)
         if (m_session)
             m_session->reopen();
     });
+    setMinimumWidth(34 * fontMetrics().averageCharWidth());
     setSession(nullptr);
 }
 
@@ -174,7 +178,7 @@ void SensorPage::showIdentity()
         m_identityLayout->removeRow(0);
     const auto add = [this](const QString &name, const QString &value) {
         if (!value.isEmpty())
-            m_identityLayout->addRow(name, valueLabel(value));
+            m_identityLayout->addRow(name, valueField(name, value));
     };
     const SensorAddress &address = m_session->address();
     add(tr("Model"), sensorName(m_session->model()));
@@ -194,7 +198,7 @@ void SensorPage::showIdentity()
         if (const QString name = friendlyName(it.key()); !isShown && !name.isEmpty())
             add(name, it->toString());
     }
-    m_identityLayout->addRow(tr("Address"), addressField(address.toString()));
+    add(tr("Address"), address.toString());
 }
 
 void SensorPage::showFrame()

@@ -106,7 +106,7 @@ QWidget *SessionView::makeStatusLine()
     auto *extensionLayout = new QHBoxLayout(m_extensions);
     extensionLayout->setContentsMargins(0, 0, 0, 0);
     m_extensions->hide();
-    layout->addWidget(makePlotButtons());
+    addPlotButtons(*layout);
     layout->addWidget(m_extensions);
     layout->addWidget(m_state);
     layout->addWidget(m_counts);
@@ -116,14 +116,10 @@ QWidget *SessionView::makeStatusLine()
 }
 
 // The actions that are used most have a button, the others are in a menu.
-QWidget *SessionView::makePlotButtons()
+void SessionView::addPlotButtons(QLayout &layout)
 {
     static const QStringList inLine{QStringLiteral("followAction"), QStringLiteral("pauseAction"),
                                     QStringLiteral("cursorsAction"), QStringLiteral("showAllAction")};
-    auto *buttons = new QWidget;
-    auto *layout = new QHBoxLayout(buttons);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(2);
     auto *more = new QToolButton;
     auto *menu = new QMenu(more);
     const QList<QAction *> actions = m_plot->plotActions();
@@ -135,15 +131,14 @@ QWidget *SessionView::makePlotButtons()
         auto *button = new QToolButton;
         button->setDefaultAction(action);
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-        layout->addWidget(button);
+        layout.addWidget(button);
     }
     more->setText(tr("View"));
     more->setMenu(menu);
     more->setPopupMode(QToolButton::InstantPopup);
     more->setAccessibleName(tr("Further actions of the plot"));
     more->setVisible(!menu->isEmpty());
-    layout->addWidget(more);
-    return buttons;
+    layout.addWidget(more);
 }
 
 void SessionView::connectSession()

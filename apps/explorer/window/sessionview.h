@@ -50,7 +50,7 @@ public:
 private:
     void build();
     QWidget *makeStatusLine();
-    QWidget *makePlotButtons();
+    void addPlotButtons(QLayout &layout);
     void connectSession();
     void showState();
     void showFrame();
