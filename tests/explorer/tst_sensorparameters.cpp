@@ -43,6 +43,7 @@ private Q_SLOTS:
     void namesAreMadeOfWords();
     void showsTheReportedSettingsWithoutACommand();
     void showsValuesAsPeopleReadThem();
+    void namesTheMeasuringModesOfTheModel();
     void aChangeIsSentWithItsGroup();
     void showsWhatTheSensorHasMadeOfAChange();
     void aRefusedChangeLeavesTheOldValue();
@@ -149,6 +150,20 @@ void SensorParametersTest::showsValuesAsPeopleReadThem()
     QVERIFY(set("SA_Measrate", "2,5"));
     QTRY_COMPARE(edit("SA_Measrate"), QVariant(2.5));
     QCOMPARE(rate.data().toString(), QString("2,5 kHz"));
+}
+
+void SensorParametersTest::namesTheMeasuringModesOfTheModel()
+{
+    SensorSession other(secondAddress());
+    ParameterModel shown(other.reader());
+    other.open();
+    QTRY_COMPARE(shown.valueIndex("SA_MeasureMode").data().toString(), QString("Distance"));
+    const QModelIndex mode = shown.valueIndex("SA_MeasureMode");
+    QCOMPARE(mode.data(ParameterModel::NamesRole).toStringList(),
+             QStringList({"Distance", "Thickness", "VideoStream"}));
+    QVERIFY(mode.data(ParameterModel::IsCompleteRole).toBool());
+    QVERIFY(shown.setData(mode, "Thickness", Qt::EditRole));
+    QTRY_COMPARE(mode.data(Qt::EditRole), QVariant(1));
 }
 
 void SensorParametersTest::aChangeIsSentWithItsGroup()

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "parametermodel.h"
 
+#include <SondixQt/sensorinstance.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -12,6 +14,8 @@ namespace {
 
 /// The internal id of the index of a group; the id of a setting is the row of its group.
 constexpr quintptr groupId = ~quintptr(0);
+
+const QLatin1String measuringMode("SA_MeasureMode");
 
 QString keyOf(const QString &command, int sensor)
 {
@@ -71,6 +75,32 @@ void ParameterModel::takeSettings()
     if (m_reference.isEmpty())
         m_reference = m_found;
     endResetModel();
+    nameMeasuringModes();
+}
+
+// The instance knows the modes of its model; no command is sent.
+void ParameterModel::nameMeasuringModes()
+{
+    if (!valueIndex(measuringMode).isValid())
+        return;
+    const auto work = [](SensorInstance &instance) {
+        CommandResult result;
+        for (const QPair<QString, int> &mode : instance.getAvailableMeasModi())
+            result.answer.insert(mode.first, mode.second);
+        return result;
+    };
+    m_reader.call(work, SensorReader::OnlyReads, this, [this](const CommandResult &result) {
+        const QModelIndex index = valueIndex(measuringMode);
+        if (result.answer.isEmpty() || !index.isValid())
+            return;
+        QVector<NamedValue> names;
+        for (auto mode = result.answer.cbegin(); mode != result.answer.cend(); ++mode)
+            names.append({mode->toInt(), mode.key()});
+        std::sort(names.begin(), names.end(),
+                  [](const NamedValue &a, const NamedValue &b) { return a.value < b.value; });
+        entryAt(index)->shown.values = names;
+        announce(index.parent().row());
+    });
 }
 
 void ParameterModel::addGroup(const Group &group)

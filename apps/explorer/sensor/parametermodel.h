@@ -116,6 +116,7 @@ private:
 
     void takeState(SondixQt::SensorReader::State state);
     void takeSettings();
+    void nameMeasuringModes();
     static QVector<Group> reportedGroups(const SondixQt::SensorReader &reader);
     static Group groupOf(const QString &command, int sensor, const QMap<QString, QVariant> &values);
     void addGroup(const Group &group);
