@@ -51,6 +51,7 @@ private Q_SLOTS:
     void sendsACommandLine();
     void savesAndLoadsSettings();
     void showsThatASensorIsGone();
+    void showsThatASensorIsSilent();
     void opensAgainAfterAFailure();
     void sensorsAreShownSideBySide();
     void closingAPageEndsItsSensor();
@@ -375,6 +376,17 @@ void WindowMainTest::showsThatASensorIsGone()
     const QString log = logText();
     QVERIFY(log.contains("reconnecting"));
     QVERIFY(log.contains("The connection to the sensor is lost"));
+}
+
+void WindowMainTest::showsThatASensorIsSilent()
+{
+    SessionView *const view = openFirst(); // the virtual clock stands still: it sends nothing
+    QVERIFY(view);
+    auto *state = view->findChild<QLabel *>("sessionState");
+    QVERIFY(state->text().contains("reading"));
+    QTRY_VERIFY_WITH_TIMEOUT(state->text().contains("no values for"), 8000);
+    sondixsim::advance(0.1);
+    QTRY_VERIFY(state->text().contains("reading"));
 }
 
 void WindowMainTest::opensAgainAfterAFailure()

@@ -156,6 +156,12 @@ QString SensorSession::errorText(double value) const
     return text.isEmpty() ? tr("error %1").arg(errorValueKey(value)) : text;
 }
 
+double SensorSession::secondsSilent() const
+{
+    const bool isSilent = m_reader.state() == State::Reading && m_sinceData.isValid();
+    return isSilent ? static_cast<double>(m_sinceData.elapsed()) / 1000.0 : 0.0;
+}
+
 double SensorSession::secondsOpen() const
 {
     return m_sinceOpen.isValid() ? static_cast<double>(m_sinceOpen.elapsed()) / 1000.0 : 0.0;
@@ -169,6 +175,7 @@ void SensorSession::post(const QString &command, const QMap<QString, QVariant> &
 
 void SensorSession::takeBlock(const DataBlock &block)
 {
+    m_sinceData.start();
     m_framesRead += block.frameCount();
     if (block.frameInterval())
         m_interval = block.frameInterval();
@@ -208,6 +215,7 @@ void SensorSession::takeState(State state)
         m_framesRead = 0;
         m_losses = {};
     }
+    m_sinceData.start();
     Q_EMIT happened(stateText(), false);
     Q_EMIT changed();
     if (m_isClosing && (state == State::Stopped || state == State::Failed))

@@ -72,6 +72,8 @@ public:
 
     const SondixApp::LossAccount &losses() const { return m_losses; }
     qint64 framesRead() const { return m_framesRead; }
+    /// Seconds without a value while the sensor is being read and should send some; 0 otherwise.
+    double secondsSilent() const;
     /// Seconds since open() was called last.
     double secondsOpen() const;
 
@@ -108,6 +110,7 @@ private:
     qint64 m_framesRead = 0;
     std::optional<double> m_interval;
     QElapsedTimer m_sinceOpen;
+    QElapsedTimer m_sinceData;
     bool m_isClosing = false;
     SondixQt::SensorReader m_reader; // last: it ends before the others
 };

@@ -15,13 +15,16 @@
 #include <QBoxLayout>
 #include <QCloseEvent>
 #include <QDockWidget>
+#include <QDragEnterEvent>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLocale>
 #include <QMenu>
+#include <QMimeData>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTimer>
+#include <QUrl>
 
 #include <algorithm>
 #include <memory>
@@ -47,6 +50,7 @@ MainWindow::MainWindow(QWidget *parent)
 {
     setWindowTitle(QApplication::applicationName());
     setDockNestingEnabled(true);
+    setAcceptDrops(true); // recordings
     makeCentre();
     makeDocks();
     makeToolBar();
@@ -237,6 +241,15 @@ void MainWindow::connectSession(SessionView *view)
     connect(session, &SensorSession::happened, this, [this, session](const QString &text, bool isProblem) {
         m_log->model().add(isProblem ? LogModel::Problem : LogModel::Event, session->title(), text);
     });
+    const ParameterModel *const parameters = view->parameters();
+    connect(parameters, &ParameterModel::refused, this,
+            [this, session](const QModelIndex &index, const QString &sentence) {
+                const QString name = index.siblingAtColumn(ParameterModel::NameColumn).data().toString();
+                m_log->model().add(LogModel::Problem, session->title(), tr("%1 refused: %2").arg(name, sentence));
+            });
+    connect(parameters, &ParameterModel::accepted, this, [this, session](const QString &title) {
+        m_log->model().add(LogModel::Answer, session->title(), tr("set %1").arg(title));
+    });
 }
 
 void MainWindow::takeIdentity(SensorSession *session)
@@ -407,6 +420,22 @@ void MainWindow::closeEvent(QCloseEvent *event)
     waiting->start(checkInterval);
     limit->setSingleShot(true);
     limit->start(longestQuitting);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent *event)
+{
+    const QList<QUrl> urls = event->mimeData()->urls();
+    for (const QUrl &url : urls) {
+        if (url.isLocalFile())
+            openFile(url.toLocalFile());
+    }
+    event->acceptProposedAction();
 }
 
 void MainWindow::changeEvent(QEvent *event)

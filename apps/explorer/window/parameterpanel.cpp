@@ -240,14 +240,9 @@ void ParameterPanel::connectModel()
     connect(m_model, &ParameterModel::refused, this, [this](const QModelIndex &index, const QString &sentence) {
         const QString name = index.siblingAtColumn(ParameterModel::NameColumn).data().toString();
         showMessage(tr("%1 refused: %2").arg(name, sentence), true);
-        if (m_session)
-            Q_EMIT answered(m_session->title(), tr("%1 refused: %2").arg(name, sentence), true);
     });
-    connect(m_model, &ParameterModel::accepted, this, [this](const QString &title) {
-        showMessage(tr("Set: %1").arg(title), false);
-        if (m_session)
-            Q_EMIT answered(m_session->title(), tr("set %1").arg(title), false);
-    });
+    connect(m_model, &ParameterModel::accepted, this,
+            [this](const QString &title) { showMessage(tr("Set: %1").arg(title), false); });
     connect(m_model, &QAbstractItemModel::modelReset, this, &ParameterPanel::showSize);
     connect(m_model, &QAbstractItemModel::rowsInserted, this, &ParameterPanel::showSize);
     showSize();

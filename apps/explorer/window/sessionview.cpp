@@ -49,6 +49,11 @@ SessionView::SessionView(SignalHistory *history, const QString &title, QWidget *
     build();
 }
 
+SessionView::~SessionView()
+{
+    m_plot->setHistory(nullptr); // the session with the history is destroyed before the plot
+}
+
 QString SessionView::title() const
 {
     return m_session ? m_session->title() : m_title;
@@ -164,7 +169,6 @@ void SessionView::showState()
     QPalette colours = palette();
     colours.setColor(QPalette::WindowText, colourOf(state, palette()));
     m_state->setPalette(colours);
-    m_state->setText(QStringLiteral("%1 %2").arg(symbolOf(state), m_session->stateText()));
     const QString problem = m_session->problem();
     m_problem->setVisible(!problem.isEmpty());
     m_problemText->setPalette(colours);
@@ -177,6 +181,12 @@ void SessionView::showCounts()
 {
     if (!m_session)
         return;
+    constexpr double longSilence = 3.0;
+    const double silence = m_session->secondsSilent();
+    const bool isSilent = silence > longSilence && silence * m_session->rate().value_or(0.0) > 2.0;
+    m_state->setText(QStringLiteral("%1 %2").arg(symbolOf(m_session->state()),
+                                                 isSilent ? tr("no values for %1 s").arg(static_cast<int>(silence))
+                                                          : m_session->stateText()));
     QStringList parts;
     if (const std::optional<double> rate = m_session->rate())
         parts += shownRate(*rate);

@@ -28,6 +28,7 @@ public:
     explicit SessionView(SensorSession *session, QWidget *parent = nullptr);
     /// The values of a file, which are in \a history; it must outlive the view.
     SessionView(SignalHistory *history, const QString &title, QWidget *parent = nullptr);
+    ~SessionView() override;
 
     /// Null for values without a sensor.
     SensorSession *session() const { return m_session; }
