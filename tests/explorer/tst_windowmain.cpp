@@ -60,6 +60,7 @@ private Q_SLOTS:
     void refusesFilesThatAreNoRecordings();
     void remembersSensorsAndChoices();
     void tellsWhichLibraryIsLoaded();
+    void aSlowSensorDoesNotBlockTheWindow();
     void closingIsQuickWhileTheSensorHangs();
 
 private:
@@ -535,6 +536,43 @@ void WindowMainTest::tellsWhichLibraryIsLoaded()
     QVERIFY2(box->informativeText().contains("Sondix"), qPrintable(box->informativeText()));
     QVERIFY(!box->informativeText().contains("not known"));
     box->close();
+}
+
+void WindowMainTest::aSlowSensorDoesNotBlockTheWindow()
+{
+    // The longest time between two steps of the event loop.
+    qint64 longest = 0;
+    QElapsedTimer sinceStep;
+    QTimer steps;
+    connect(&steps, &QTimer::timeout, this, [&] { longest = qMax(longest, sinceStep.restart()); });
+    sinceStep.start();
+    steps.start(5);
+
+    constexpr qint64 sensorDelay = 1500;
+    sondixsim::Fault slow;
+    slow.delay = sensorDelay / 1000.0;
+    slow.function = "OpenSensor";
+    sondixsim::inject(slow);
+    slow.function.clear();
+    slow.command = "Set_Samplerate";
+    sondixsim::inject(slow);
+    slow.command = "Start_FindSensor";
+    sondixsim::inject(slow);
+    QElapsedTimer total;
+    total.start();
+    SessionView *const view = openFirst();
+    QVERIFY(view);
+    QVERIFY(total.elapsed() >= sensorDelay);
+    type(shownValue("SA_Measrate"), "2.5");
+    QTRY_VERIFY(view->parameters()->isBusy());
+    QTRY_VERIFY(!view->parameters()->isBusy());
+    QVERIFY(total.elapsed() >= 2 * sensorDelay);
+    QTest::mouseClick(window->child<QPushButton>("searchButton"), Qt::LeftButton);
+    QTest::mouseClick(window->child<QPushButton>("searchButton"), Qt::LeftButton); // cancelled
+    QTRY_VERIFY_WITH_TIMEOUT(!(*window)->findPanel()->search().isRunning(), 20000);
+    window->action("closePageAction")->trigger();
+    QVERIFY(total.elapsed() >= 3 * sensorDelay);
+    QVERIFY2(longest < sensorDelay / 3, qPrintable(QString::number(longest)));
 }
 
 void WindowMainTest::closingIsQuickWhileTheSensorHangs()

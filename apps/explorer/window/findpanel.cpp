@@ -125,7 +125,7 @@ QWidget *FindPanel::makeAddressField()
     m_address->setPlaceholderText(QStringLiteral("TX270@RS232,port=COM3"));
     m_address->setClearButtonEnabled(true);
     m_address->setToolTip(tr("<model>@<interface>,<name>=<value>,... such as TX270@RS232,port=COM3 or "
-                             "CC430@TCP/IP,ip=169.254.168.150")
+                             "CC430@TCP/IP,address=169.254.168.150")
                               .toHtmlEscaped());
     m_addressProblem->setWordWrap(true);
     m_addressProblem->hide();

@@ -197,12 +197,24 @@ void MainWindow::makeHelpMenu()
 void MainWindow::showShortcuts()
 {
     QString rows;
+    const auto add = [&rows](const QString &keys, const QString &effect) {
+        rows += QStringLiteral("<tr><td>%1</td><td>&nbsp;&nbsp;</td><td>%2</td></tr>")
+                    .arg(keys.toHtmlEscaped(), effect.toHtmlEscaped());
+    };
+    QMap<QString, QString> actions;
     for (const QAction *action : findChildren<QAction *>()) {
         if (!action->shortcut().isEmpty() && !action->text().isEmpty())
-            rows += QStringLiteral("<tr><td>%1</td><td>&nbsp;&nbsp;</td><td>%2</td></tr>")
-                        .arg(action->shortcut().toString(QKeySequence::NativeText).toHtmlEscaped(),
-                             action->text().remove(QLatin1Char('&')).toHtmlEscaped());
+            actions.insert(action->text().remove(QLatin1Char('&')),
+                           action->shortcut().toString(QKeySequence::NativeText));
     }
+    for (auto it = actions.cbegin(); it != actions.cend(); ++it)
+        add(it.value(), it.key());
+    add(QStringLiteral("+ -"), tr("In the plot: zoom the time"));
+    add(tr("Left, Right"), tr("In the plot: move the window"));
+    add(tr("Up, Down"), tr("In the plot: move the values, with Ctrl zoom them"));
+    add(tr("Home, End"), tr("In the plot: the first values, the newest values"));
+    add(QStringLiteral("0"), tr("In the plot: show everything"));
+    add(tr("Space"), tr("In the plot: pause; on a number: its limits"));
     auto *box = new QMessageBox(QMessageBox::NoIcon, tr("Keyboard"), QStringLiteral("<table>%1</table>").arg(rows),
                                 QMessageBox::Ok, this);
     box->setAttribute(Qt::WA_DeleteOnClose);

@@ -79,7 +79,8 @@ void ParameterDelegate::initStyleOption(QStyleOptionViewItem *option, const QMod
 {
     QStyledItemDelegate::initStyleOption(option, index);
     const bool isGroup = !index.parent().isValid();
-    option->font.setBold(isGroup || index.data(ParameterModel::DiffersRole).toBool());
+    const bool isNote = index.column() == ParameterModel::NoteColumn;
+    option->font.setBold(isGroup || (!isNote && index.data(ParameterModel::DiffersRole).toBool()));
     if (!index.data(ParameterModel::ProblemRole).toString().isEmpty() &&
         index.column() != ParameterModel::NameColumn)
         option->palette.setColor(QPalette::Text, colourOf(Meaning::Problem, option->palette));

@@ -75,6 +75,7 @@ ParameterPanel::ParameterPanel(QUndoGroup &undoGroup, QWidget *parent)
     m_view->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::SelectedClicked |
                             QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed);
     m_view->setTabKeyNavigation(false);
+    m_view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // the note is cut, and complete in its tool tip
     m_message->hide();
     makeFileActions();
     auto *content = new QVBoxLayout(m_content);
@@ -258,8 +259,8 @@ void ParameterPanel::showSize()
     header->setMinimumSectionSize(6 * character);
     m_view->resizeColumnToContents(ParameterModel::NameColumn);
     header->resizeSection(ParameterModel::NameColumn,
-                          qMin(header->sectionSize(ParameterModel::NameColumn), 26 * character));
-    header->resizeSection(ParameterModel::ValueColumn, 11 * character);
+                          qMin(header->sectionSize(ParameterModel::NameColumn), 20 * character));
+    header->resizeSection(ParameterModel::ValueColumn, 10 * character);
     static_cast<CommandCompleter *>(m_command->completer())->setModelOfSensor(m_model);
 }
 

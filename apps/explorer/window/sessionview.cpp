@@ -193,7 +193,8 @@ void SessionView::showCounts()
     parts += shownDuration(m_session->secondsOpen());
     const QLocale locale;
     const SondixApp::LossAccount &losses = m_session->losses();
-    parts += tr("%1 lost").arg(locale.toString(losses.frames()));
+    const QString lost = locale.toString(losses.frames());
+    parts += m_session->reader().hasUnknownGaps() ? tr("at least %1 lost").arg(lost) : tr("%1 lost").arg(lost);
     m_counts->setText(parts.join(QStringLiteral("   ")));
     m_counts->setToolTip(losses.isEmpty() ? tr("No frame is missing.") : losses.sentence());
 }
