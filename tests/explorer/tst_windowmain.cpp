@@ -56,6 +56,7 @@ private Q_SLOTS:
     void sensorsAreShownSideBySide();
     void closingAPageEndsItsSensor();
     void theLogIsFilteredAndCopied();
+    void tellsTheMemoryOfTheValuesKept();
     void showsARecording();
     void refusesFilesThatAreNoRecordings();
     void remembersSensorsAndChoices();
@@ -463,6 +464,28 @@ void WindowMainTest::theLogIsFilteredAndCopied()
     QVERIFY(openFirst());
     QTRY_VERIFY(logText().contains("TX270 open -> 0"));
     (*window)->logPanel()->setDetailed(false);
+}
+
+void WindowMainTest::tellsTheMemoryOfTheValuesKept()
+{
+    SessionView *const view = openFirst();
+    QVERIFY(view);
+    auto *keep = window->child<QComboBox>("keepValues");
+    auto *memory = window->child<QLabel>("keptMemory");
+    QCOMPARE(view->session()->history().keepSeconds(), 600.0);
+    QCOMPARE(keep->currentText(), QString("10 minutes"));
+    const auto shown = [](double seconds) {
+        return "at most " + QLocale().formattedDataSize(SignalHistory::bytesFor(seconds, 1000.0, 2));
+    };
+    QCOMPARE(memory->text(), shown(600.0));
+    keep->setFocus();
+    keep->setCurrentIndex(keep->findText("1 hour"));
+    Q_EMIT keep->activated(keep->currentIndex());
+    QCOMPARE(view->session()->history().keepSeconds(), 3600.0);
+    QCOMPARE(memory->text(), shown(3600.0));
+    window->action("closePageAction")->trigger();
+    SessionView *const next = (*window)->openSensor(secondAddress());
+    QCOMPARE(next->session()->history().keepSeconds(), 3600.0);
 }
 
 void WindowMainTest::showsARecording()

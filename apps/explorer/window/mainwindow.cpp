@@ -213,6 +213,7 @@ SessionView *MainWindow::openSensor(const SensorAddress &address, const QString 
     auto *const view = new SessionView(new SensorSession(address, title));
     connectSession(view);
     restoreView(*view);
+    view->session()->history().setKeepSeconds(SensorPage::chosenKeepSeconds());
     m_find->sensors().addOpened(address, {}, {});
     m_find->sensors().setOpen(address, true);
     addPage(view);

@@ -9,6 +9,7 @@
 #include <SondixQt/parameterpresentation.h>
 #include <SondixQt/sensorinfo.h>
 
+#include <QComboBox>
 #include <QFormLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -16,6 +17,7 @@
 #include <QLocale>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QSettings>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -24,6 +26,9 @@ using namespace SondixQt;
 namespace Explorer {
 
 namespace {
+
+const QLatin1String keepKey("history/keepSeconds");
+constexpr double defaultKeep = 600.0;
 
 QLabel *wrappedText()
 {
@@ -74,6 +79,8 @@ SensorPage::SensorPage(QWidget *parent)
     , m_identityLayout(new QFormLayout)
     , m_signals(new QTableWidget)
     , m_rate(new QLabel)
+    , m_keep(new QComboBox)
+    , m_memory(new QLabel)
     , m_empty(new QLabel(tr("No sensor is open.")))
     , m_content(new QWidget)
 {
@@ -111,6 +118,7 @@ SensorPage::SensorPage(QWidget *parent)
     content->addWidget(m_reopen, 0, Qt::AlignLeft);
     content->addLayout(m_identityLayout);
     content->addWidget(m_rate);
+    content->addWidget(makeKeptField());
     content->addWidget(m_signals, 1);
     auto *area = new QScrollArea;
     area->setWidgetResizable(true);
@@ -127,6 +135,53 @@ SensorPage::SensorPage(QWidget *parent)
     });
     setMinimumWidth(34 * fontMetrics().averageCharWidth());
     setSession(nullptr);
+}
+
+double SensorPage::chosenKeepSeconds()
+{
+    const double seconds = QSettings().value(keepKey, defaultKeep).toDouble();
+    return seconds >= 1.0 ? seconds : defaultKeep;
+}
+
+QWidget *SensorPage::makeKeptField()
+{
+    m_keep->setObjectName(QStringLiteral("keepValues"));
+    m_keep->setAccessibleName(tr("For how long values are kept"));
+    m_memory->setObjectName(QStringLiteral("keptMemory"));
+    m_memory->setToolTip(tr("The memory that the values of this sensor need at most. Older values are dropped."));
+    for (const auto &[text, seconds] :
+         {std::pair(tr("1 minute"), 60.0), std::pair(tr("10 minutes"), 600.0), std::pair(tr("1 hour"), 3600.0),
+          std::pair(tr("8 hours"), 28800.0), std::pair(tr("1 day"), 86400.0)})
+        m_keep->addItem(text, seconds);
+    connect(m_keep, QOverload<int>::of(&QComboBox::activated), this,
+            [this] { keepFor(m_keep->currentData().toDouble()); });
+    auto *field = new QWidget;
+    auto *layout = new QHBoxLayout(field);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(new QLabel(tr("Values kept")));
+    layout->addWidget(m_keep);
+    layout->addWidget(m_memory, 1);
+    return field;
+}
+
+void SensorPage::keepFor(double seconds)
+{
+    QSettings().setValue(keepKey, seconds);
+    m_session->history().setKeepSeconds(seconds);
+    showKept();
+}
+
+void SensorPage::showKept()
+{
+    const SignalHistory &history = m_session->history();
+    m_keep->setCurrentIndex(m_keep->findData(history.keepSeconds()));
+    const std::optional<double> rate = m_session->rate();
+    if (!rate || m_session->frame().valuesPerFrame < 1) {
+        m_memory->clear();
+        return;
+    }
+    const qint64 needed = SignalHistory::bytesFor(history.keepSeconds(), *rate, m_session->frame().valuesPerFrame);
+    m_memory->setText(tr("at most %1").arg(QLocale().formattedDataSize(qMin(needed, history.maximumBytes()))));
 }
 
 void SensorPage::setSession(SensorSession *session)
@@ -187,6 +242,11 @@ void SensorPage::showIdentity()
                                        std::pair(tr("Article number"), QStringLiteral("SA_ArticleNumber")),
                                        std::pair(tr("Firmware"), QStringLiteral("SA_Softwareversion"))})
         add(name, parameters.value(answer).toString());
+    const auto sensors = m_session->reader().sensorInformation();
+    for (int i = 1; i < sensors.size(); ++i)
+        add(tr("Sensor %1").arg(i + 1),
+            QStringLiteral("%1 %2").arg(sensors.at(i).value(QStringLiteral("SA_Sensor")).toString(),
+                                        sensors.at(i).value(QStringLiteral("SA_SerialNumber")).toString()));
     add(tr("Connected"), interfaceName(address.interfaceType()));
     // How it is connected, with the names of the library.
     for (auto it = address.parameters.cbegin(); it != address.parameters.cend(); ++it)
@@ -216,6 +276,7 @@ void SensorPage::showFrame()
                                              : tr("Values per frame: %1. Frames: %2.")
                                                    .arg(frame.valuesPerFrame)
                                                    .arg(rate ? shownRate(*rate) : tr("rate not reported")));
+    showKept();
 }
 
 } // namespace Explorer

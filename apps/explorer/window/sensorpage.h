@@ -3,6 +3,7 @@
 
 #include <QWidget>
 
+class QComboBox;
 class QFormLayout;
 class QLabel;
 class QPushButton;
@@ -22,7 +23,13 @@ public:
     /// Shows \a session; null: nothing.
     void setSession(SensorSession *session);
 
+    /// For how long values are kept, as the user has chosen it last: 10 minutes at first.
+    static double chosenKeepSeconds();
+
 private:
+    QWidget *makeKeptField();
+    void keepFor(double seconds);
+    void showKept();
     void showState();
     void showIdentity();
     void showFrame();
@@ -37,6 +44,8 @@ private:
     QFormLayout *m_identityLayout;
     QTableWidget *m_signals;
     QLabel *m_rate;
+    QComboBox *m_keep;
+    QLabel *m_memory;
     QLabel *m_empty;
     QWidget *m_content;
 };
