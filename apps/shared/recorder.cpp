@@ -267,6 +267,13 @@ bool Recorder::keep()
     return kept;
 }
 
+void Recorder::discard()
+{
+    for (Part *part : {m_data.get(), m_notes.get()})
+        if (part)
+            part->file.discard();
+}
+
 QString Recorder::place() const
 {
     return m_data ? m_data->file.currentName() : QString();

@@ -55,6 +55,8 @@ public:
     bool write(const SondixQt::DataGap &gap) override;
     bool finish() override;
     bool keep() override;
+    /// Removes what has been written to the present file.
+    void discard();
     qint64 framesWritten() const override { return m_frames; }
     QString place() const override;
     QString problem() const override { return m_problem; }

@@ -28,6 +28,7 @@ void SignalHistory::begin(const TransmittedDataInfo &frame)
     m_signals.resize(static_cast<std::size_t>(frame.signals.size()));
     m_timeLine.clear();
     ++m_revision;
+    ++m_generation;
 }
 
 void SignalHistory::clear()
@@ -36,6 +37,7 @@ void SignalHistory::clear()
         signal.clear();
     m_timeLine.clear();
     ++m_revision;
+    ++m_generation;
 }
 
 // Where the sensor reports no interval with its blocks the rate of the description is the best guess.

@@ -70,6 +70,8 @@ public:
     bool isEmpty() const { return firstFrame() == endFrame(); }
     /// Changes whenever frames or gaps are appended or forgotten.
     qint64 revision() const { return m_revision; }
+    /// Changes whenever everything is forgotten: indices of frames are then others.
+    int generation() const { return m_generation; }
 
     double keepSeconds() const { return m_keepSeconds; }
     void setKeepSeconds(double seconds);
@@ -129,6 +131,7 @@ private:
     double m_keepSeconds;
     qint64 m_maximumBytes = defaultMaximumBytes;
     qint64 m_revision = 0;
+    int m_generation = 0;
 };
 
 } // namespace Explorer

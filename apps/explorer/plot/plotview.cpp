@@ -2,6 +2,8 @@
 #include "plotview.h"
 
 #include "curvesplot.h"
+#include "exportbar.h"
+#include "frameexport.h"
 #include "plotcrosshair.h"
 #include "plotcursors.h"
 #include "plotnavigator.h"
@@ -47,6 +49,8 @@ PlotView::PlotView(QWidget *parent)
     , m_crosshair(new PlotCrosshair(m_plot))
     , m_cursors(std::make_unique<PlotCursors>(m_plot))
     , m_navigator(new PlotNavigator(m_plot, m_cursors.get()))
+    , m_recordHead(std::make_unique<SondixApp::RecordHead>())
+    , m_exportBar(new ExportBar)
 {
     setObjectName(QStringLiteral("plotView"));
     setAccessibleName(tr("Plot of the measured values"));
@@ -100,6 +104,7 @@ void PlotView::arrange()
     layout->addWidget(m_cursorText);
     layout->addWidget(splitter, 1);
     layout->addWidget(m_statistics);
+    layout->addWidget(m_exportBar);
     for (QWidget *panel : {static_cast<QWidget *>(m_histogram), static_cast<QWidget *>(m_spectrum),
                            static_cast<QWidget *>(m_analysis), static_cast<QWidget *>(m_statistics)})
         panel->setVisible(false);
@@ -107,6 +112,8 @@ void PlotView::arrange()
 
 void PlotView::setHistory(SignalHistory *history)
 {
+    if (m_export)
+        endExport(tr("The export has ended: other values are shown."));
     m_history = history;
     m_span.reset();
     m_revision = -1;
@@ -117,6 +124,7 @@ void PlotView::setHistory(SignalHistory *history)
 
 void PlotView::setErrorText(std::function<QString(double)> text)
 {
+    m_errorText = text;
     m_plot->setErrorText(std::move(text));
 }
 

@@ -16,9 +16,15 @@ class QLabel;
 class QSplitter;
 class QTimer;
 
+namespace SondixApp {
+struct RecordHead;
+}
+
 namespace Explorer {
 
 class CurvesPlot;
+class ExportBar;
+class FrameExport;
 class PlotCrosshair;
 class PlotCursors;
 class PlotNavigator;
@@ -26,6 +32,7 @@ class SignalHistory;
 class SignalLegend;
 class StatisticsPanel;
 class TimePlot;
+struct FrameRange;
 
 /// What a sensor has measured, over the time: curves, statistics, histogram and spectrum.
 ///
@@ -77,6 +84,15 @@ public:
     void setSpan(double span);
     void showEverything();
 
+    /// What is written into the head of exported files about the sensor.
+    void setRecordHead(const SondixApp::RecordHead &head);
+    /// Writes the frames of \a range as a table, or the plot as a picture. The format follows from the suffix of \a path:
+    /// csv, npy or jsonl as <tt>sondixqt record</tt> writes them, see FrameExport; png, pdf or svg, see PlotPicture.
+    /// Returns when the file is complete. False and the reason in \a problem otherwise; then there is no new file.
+    bool exportTo(const QString &path, ExportRange range, QString *problem = nullptr);
+    /// The same while the event loop runs, with a progress bar; exportFinished() tells the end.
+    void startExport(const QString &path, ExportRange range);
+
     /// All actions, in the order in which a tool bar should have them.
     QList<QAction *> plotActions() const { return m_actions; }
     QAction *plotAction(const QString &name) const;
@@ -89,6 +105,8 @@ public:
 
 Q_SIGNALS:
     void modeChanged();
+    /// An export of startExport() has ended; \a problem is empty if the file is complete.
+    void exportFinished(const QString &path, const QString &problem);
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
@@ -102,6 +120,13 @@ private:
     void arrange();
     void arrangePanels();
     void makeActions();
+    void makeExportAction();
+    void chooseExport(ExportRange range);
+    FrameRange exportRange(ExportRange range) const;
+    std::unique_ptr<FrameExport> makeExport(const QString &path, ExportRange range, QString *problem);
+    bool exportPicture(const QString &path, ExportRange range, QString *problem);
+    void continueExport();
+    void endExport(const QString &problem);
     QAction *addPlotAction(const char *name, const QString &text, const QString &toolTip, bool isCheckable);
     void connectNavigator();
     void tick();
@@ -146,6 +171,13 @@ private:
     PlotCrosshair *m_crosshair;
     std::unique_ptr<PlotCursors> m_cursors;
     PlotNavigator *m_navigator;
+
+    std::function<QString(double)> m_errorText;
+    std::unique_ptr<SondixApp::RecordHead> m_recordHead;
+    ExportBar *m_exportBar;
+    QTimer *m_exportTimer = nullptr;
+    std::unique_ptr<FrameExport> m_export;
+    QString m_exportPath;
 };
 
 } // namespace Explorer

@@ -69,6 +69,7 @@ void PlotView::makeActions()
     for (const auto &[name, texts] : panels)
         connect(addPlotAction(name, texts.first, texts.second, true), &QAction::toggled, this,
                 &PlotView::arrangePanels);
+    makeExportAction();
 }
 
 void PlotView::arrangePanels()
