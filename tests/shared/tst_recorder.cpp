@@ -27,6 +27,7 @@ private Q_SLOTS:
     void leavesAnOlderFileAloneUntilTheEnd();
     void keepsAPart();
     void keepsNothingOfNothing();
+    void discardsWhatIsNotFinished();
     void givesTheTimeOfTheComputer();
     void inventsNoTimeOfTheComputer();
     void sensorsShareOneClock();
@@ -102,6 +103,20 @@ void TestRecorder::keepsNothingOfNothing()
     QVERIFY(recorder.write(gap(0, 10, DataGap::Unknown)));
     QVERIFY(recorder.keep());
     QCOMPARE(files(), QStringList());
+}
+
+void TestRecorder::discardsWhatIsNotFinished()
+{
+    writeFile(path("values.npy"), "older");
+    Recorder::Plan withNotes = plan("values.npy", RecordFormat::Npy);
+    withNotes.withHead = true;
+    Recorder recorder(withNotes, {}, m_errors);
+    QVERIFY2(recorder.open(), qPrintable(recorder.problem()));
+    QVERIFY(recorder.write(block(0, 10)));
+    QCOMPARE(files().size(), 3);
+    recorder.discard();
+    QCOMPARE(files(), QStringList{"values.npy"});
+    QCOMPARE(content("values.npy"), QByteArray("older"));
 }
 
 void TestRecorder::givesTheTimeOfTheComputer()
