@@ -129,8 +129,8 @@ InterruptWatcher::~InterruptWatcher()
 {
     std::signal(SIGINT, SIG_DFL);
     std::signal(SIGTERM, SIG_DFL);
-    if (!isIgnored(SIGHUP))
-        std::signal(SIGHUP, SIG_DFL);
+    // The program ends now: a late one must not change its exit code.
+    std::signal(SIGHUP, SIG_IGN);
     ::close(wakeUp[0]);
     ::close(wakeUp[1]);
 }

@@ -55,6 +55,9 @@ class TestToolInterrupt : public QObject
 private Q_SLOTS:
     void endsASearch_data();
     void endsASearch();
+#ifdef Q_OS_UNIX
+    void hangUpsDuringItsEndChangeNothing();
+#endif
     void leavesAWholeFile_data();
     void leavesAWholeFile();
     void aKilledReadLeavesWhatItHasWritten();
@@ -114,6 +117,26 @@ void TestToolInterrupt::endsASearch()
     QCOMPARE(result.code, 130);
     QVERIFY2(result.err.contains("sondixqt: interrupted"), result.err.constData());
 }
+
+#ifdef Q_OS_UNIX
+void TestToolInterrupt::hangUpsDuringItsEndChangeNothing()
+{
+    const ToolRunner runner(Benches::of(Benches::laser(100), R"("RS232": 0.01, "XA200_ETH": 3600)"));
+    for (int i = 0; i < 20; ++i) {
+        InterruptibleProcess process;
+        runner.start(process, {"--verbose", "find", "--type", "TX270"});
+        process.setReadChannel(QProcess::StandardError);
+        QByteArray log;
+        QTRY_VERIFY_WITH_TIMEOUT((log += process.readAllStandardError()).contains("searching: "), 10000);
+        QElapsedTimer timer;
+        timer.start();
+        while (!process.waitForFinished(1) && timer.elapsed() < 60000)
+            ::kill(static_cast<pid_t>(process.processId()), SIGHUP);
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 130);
+    }
+}
+#endif
 
 void TestToolInterrupt::leavesAWholeFile_data()
 {
