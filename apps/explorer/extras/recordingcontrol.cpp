@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: MIT
+#include "recordingcontrol.h"
+
+#include "explorer/sensor/sensorsession.h"
+#include "recordingwriter.h"
+
+#include <SondixQt/errorvalue.h>
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QThread>
+
+using namespace SondixQt;
+using namespace SondixApp;
+
+namespace Explorer {
+
+namespace {
+
+constexpr qint64 maxWaitingValues = 32'000'000; // 256 MB
+constexpr unsigned long lastWaitMs = 5000;
+
+std::optional<RecordFormat> formatOf(const QString &path)
+{
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (suffix == QLatin1String("csv"))
+        return RecordFormat::Csv;
+    if (suffix == QLatin1String("jsonl"))
+        return RecordFormat::JsonLines;
+    if (suffix == QLatin1String("npy"))
+        return RecordFormat::Npy;
+    return std::nullopt;
+}
+
+} // namespace
+
+RecordingControl::RecordingControl(SensorSession &session, QObject *parent)
+    : QObject(parent)
+    , m_session(session)
+    , m_thread(new QThread)
+{
+    SensorReader &reader = session.reader();
+    connect(&reader, &SensorReader::blockReady, this, [this](const DataBlock &block) { take(block); });
+    connect(&reader, &SensorReader::gapDetected, this, [this](const DataGap &gap) { take(gap); });
+    connect(&reader, &SensorReader::frameChanged, this, &RecordingControl::checkFrame);
+    m_thread->start();
+}
+
+RecordingControl::~RecordingControl()
+{
+    if (m_writer) {
+        // In this order behind what waits to be written.
+        QMetaObject::invokeMethod(m_writer, [writer = m_writer, thread = m_thread] {
+            delete writer; // finishes the file
+            thread->quit();
+        });
+    } else {
+        m_thread->quit();
+    }
+    if (m_thread->wait(lastWaitMs)) {
+        delete m_thread;
+        return;
+    }
+    // The disk hangs. Deleting a running QThread would terminate the program.
+    connect(m_thread, &QThread::finished, m_thread, &QObject::deleteLater);
+    if (m_thread->isFinished())
+        m_thread->deleteLater();
+}
+
+QStringList RecordingControl::suffixes()
+{
+    return {QStringLiteral("csv"), QStringLiteral("npy"), QStringLiteral("jsonl")};
+}
+
+QString RecordingControl::proposedPath(const QString &folder, const QString &suffix) const
+{
+    QString name =
+        m_session.title() + QDateTime::currentDateTime().toString(QStringLiteral(" yyyy-MM-dd HH-mm-ss"));
+    static const QRegularExpression forbidden(QStringLiteral("[\\x00-\\x1f/\\\\:*?\"<>|]"));
+    name.replace(forbidden, QStringLiteral("_"));
+    const QDir dir(folder);
+    QString path = dir.filePath(name + QLatin1Char('.') + suffix);
+    for (int number = 2; QFileInfo::exists(path) || QFileInfo::exists(path + QStringLiteral(".partial")); ++number)
+        path = dir.filePath(QStringLiteral("%1 (%2).%3").arg(name).arg(number).arg(suffix));
+    return path;
+}
+
+bool RecordingControl::start(const QString &path, QString *problem)
+{
+    const auto refuse = [problem](const QString &text) {
+        if (problem)
+            *problem = text;
+        return false;
+    };
+    if (m_writer)
+        return refuse(tr("The sensor is being recorded already."));
+    const std::optional<RecordFormat> format = formatOf(path);
+    if (!format)
+        return refuse(tr("The suffix of '%1' is no format; the formats are .csv, .jsonl and .npy.").arg(path));
+    m_frame = m_session.frame();
+    if (m_frame.valuesPerFrame < 1)
+        return refuse(tr("The sensor has not yet described its values."));
+    Recorder::Plan plan;
+    plan.path = path;
+    plan.format = *format;
+    plan.columns.frame = m_frame;
+    plan.columns.number = true;
+    RecordHead head;
+    head.program = QCoreApplication::applicationName() + QLatin1Char(' ') + QCoreApplication::applicationVersion();
+    head.address = m_session.address().toString();
+    head.sensors = m_session.reader().sensorInformation();
+    head.rate = m_session.rate();
+    m_progress = std::make_shared<RecordingProgress>();
+    m_writer = new RecordingWriter(plan, head, m_progress);
+    m_writer->moveToThread(m_thread);
+    connect(m_writer, &RecordingWriter::opened, this, [this](const QString &place) {
+        m_place = place;
+        Q_EMIT changed();
+    });
+    connect(m_writer, &RecordingWriter::finished, this, &RecordingControl::takeEnd);
+    QMetaObject::invokeMethod(m_writer, &RecordingWriter::open);
+    m_path = m_place = path;
+    m_knownErrors.clear();
+    m_losses = {};
+    m_problem.clear();
+    m_isStopping = false;
+    m_sinceStart.start();
+    Q_EMIT changed();
+    return true;
+}
+
+void RecordingControl::stop()
+{
+    if (!m_writer || m_isStopping)
+        return;
+    m_isStopping = true;
+    QMetaObject::invokeMethod(m_writer, &RecordingWriter::finish);
+}
+
+double RecordingControl::seconds() const
+{
+    return m_writer ? static_cast<double>(m_sinceStart.elapsed()) / 1000.0 : 0.0;
+}
+
+qint64 RecordingControl::frames() const
+{
+    return m_progress ? m_progress->frames.load() : 0;
+}
+
+qint64 RecordingControl::bytes() const
+{
+    return m_progress ? m_progress->bytes.load() : 0;
+}
+
+/// The texts of the error values in \a block that have not occurred before.
+QHash<int, QString> RecordingControl::newErrorTexts(const DataBlock &block)
+{
+    QHash<int, QString> texts;
+    for (const double value : block.scaledData()) {
+        if (!isErrorValue(value))
+            continue;
+        const int key = errorValueKey(value);
+        if (m_knownErrors.contains(key))
+            continue;
+        m_knownErrors.insert(key);
+        texts.insert(key, m_session.reader().errorValueText(value));
+    }
+    return texts;
+}
+
+void RecordingControl::take(const DataBlock &block)
+{
+    if (!m_writer || m_isStopping)
+        return;
+    if (block.valuesPerFrame() != m_frame.valuesPerFrame) {
+        checkFrame();
+        return;
+    }
+    m_progress->waitingValues += block.scaledData().size();
+    if (m_progress->waitingValues > maxWaitingValues) {
+        endBy(tr("The disk is too slow for the values of the sensor."));
+        return;
+    }
+    QMetaObject::invokeMethod(
+        m_writer, [writer = m_writer, block, texts = newErrorTexts(block)] { writer->write(block, texts); });
+}
+
+void RecordingControl::take(const DataGap &gap)
+{
+    if (!m_writer || m_isStopping)
+        return;
+    m_losses.add(gap);
+    QMetaObject::invokeMethod(m_writer, [writer = m_writer, gap] { writer->write(gap); });
+    Q_EMIT changed();
+}
+
+void RecordingControl::checkFrame()
+{
+    const QVector<SignalInfo> &recorded = m_frame.signalList();
+    const QVector<SignalInfo> &now = m_session.reader().frame().signalList();
+    const bool isSame =
+        recorded.size() == now.size() &&
+        std::equal(recorded.cbegin(), recorded.cend(), now.cbegin(), [](const SignalInfo &a, const SignalInfo &b) {
+            return a.scaledName == b.scaledName && a.scaledUnit == b.scaledUnit;
+        });
+    if (m_writer && !isSame)
+        endBy(tr("The sensor sends other values now."));
+}
+
+void RecordingControl::endBy(const QString &problem)
+{
+    m_problem = problem;
+    stop();
+}
+
+void RecordingControl::takeEnd(const QString &place, const QString &problem)
+{
+    if (!m_writer)
+        return;
+    m_writer->deleteLater();
+    m_writer = nullptr;
+    m_place = place;
+    Q_EMIT changed();
+    Q_EMIT ended(place, m_problem.isEmpty() ? problem : m_problem);
+}
+
+} // namespace Explorer
