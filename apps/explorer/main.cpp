@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "explorer/application/extensions.h"
+#include "explorer/application/translations.h"
 #include "explorer/window/mainwindow.h"
 #include "shared/simulatedbench.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QLocale>
 
 namespace {
 
@@ -25,6 +26,8 @@ int main(int argc, char *argv[])
     QApplication::setOrganizationName(QStringLiteral("SondixQt"));
     QApplication::setApplicationVersion(QStringLiteral(SONDIXQT_VERSION));
 
+    Explorer::installTranslations(application, Explorer::languageOption(QApplication::arguments()));
+
     QCommandLineParser parser;
     parser.setApplicationDescription(
         MainTexts::tr("Finds measuring sensors, shows what they send and sets them up."));
@@ -43,10 +46,9 @@ int main(int argc, char *argv[])
     parser.process(application);
     if (parser.isSet(bench))
         SondixApp::useBench(parser.value(bench));
-    if (parser.isSet(language))
-        QLocale::setDefault(QLocale(parser.value(language)));
 
     Explorer::MainWindow window;
+    new Explorer::Extensions(window);
     window.show();
     // After the first drawing.
     const QStringList arguments = parser.positionalArguments();

@@ -67,7 +67,6 @@ RecordingWidget::RecordingWidget(SensorSession &session, QWidget *parent)
 {
     m_record->setObjectName(QStringLiteral("recordAction"));
     m_record->setCheckable(true);
-    m_record->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
     m_record->setToolTip(tr("Record the values of the sensor into a file"));
     m_recordTo->setObjectName(QStringLiteral("recordToAction"));
     auto *button = new QToolButton(this);
