@@ -288,10 +288,6 @@
         <translation>Was an der Adresse falsch ist</translation>
     </message>
     <message>
-        <source>&lt;model&gt;@&lt;interface&gt;,&lt;name&gt;=&lt;value&gt;,... such as TX270@RS232,port=COM3 or CC430@TCP/IP,ip=169.254.168.150</source>
-        <translation>&lt;Modell&gt;@&lt;Schnittstelle&gt;,&lt;Name&gt;=&lt;Wert&gt;,... wie TX270@RS232,port=COM3 oder CC430@TCP/IP,ip=169.254.168.150</translation>
-    </message>
-    <message>
         <source>Open by &amp;address</source>
         <translation>Über &amp;Adresse öffnen</translation>
     </message>
@@ -350,6 +346,10 @@
     <message>
         <source>Remembered sensors: %1.</source>
         <translation>Gemerkte Sensoren: %1.</translation>
+    </message>
+    <message>
+        <source>&lt;model&gt;@&lt;interface&gt;,&lt;name&gt;=&lt;value&gt;,... such as TX270@RS232,port=COM3 or CC430@TCP/IP,address=169.254.168.150</source>
+        <translation>&lt;Modell&gt;@&lt;Schnittstelle&gt;,&lt;Name&gt;=&lt;Wert&gt;,... wie TX270@RS232,port=COM3 oder CC430@TCP/IP,address=169.254.168.150</translation>
     </message>
 </context>
 <context>
@@ -672,6 +672,54 @@ Qt %3</source>
 %2
 Qt %3</translation>
     </message>
+    <message>
+        <source>%1 refused: %2</source>
+        <translation>%1 abgelehnt: %2</translation>
+    </message>
+    <message>
+        <source>set %1</source>
+        <translation>%1 setzen</translation>
+    </message>
+    <message>
+        <source>In the plot: zoom the time</source>
+        <translation>Im Diagramm: Zeit vergrößern und verkleinern</translation>
+    </message>
+    <message>
+        <source>Left, Right</source>
+        <translation>Links, Rechts</translation>
+    </message>
+    <message>
+        <source>In the plot: move the window</source>
+        <translation>Im Diagramm: Ausschnitt verschieben</translation>
+    </message>
+    <message>
+        <source>Up, Down</source>
+        <translation>Auf, Ab</translation>
+    </message>
+    <message>
+        <source>In the plot: move the values, with Ctrl zoom them</source>
+        <translation>Im Diagramm: Werte verschieben, mit Strg vergrößern</translation>
+    </message>
+    <message>
+        <source>Home, End</source>
+        <translation>Pos1, Ende</translation>
+    </message>
+    <message>
+        <source>In the plot: the first values, the newest values</source>
+        <translation>Im Diagramm: die ersten Werte, die neuesten Werte</translation>
+    </message>
+    <message>
+        <source>In the plot: show everything</source>
+        <translation>Im Diagramm: alles zeigen</translation>
+    </message>
+    <message>
+        <source>Space</source>
+        <translation>Leertaste</translation>
+    </message>
+    <message>
+        <source>In the plot: pause; on a number: its limits</source>
+        <translation>Im Diagramm: Pause; auf einer Zahl: ihre Grenzen</translation>
+    </message>
 </context>
 <context>
     <name>Explorer::NumberTile</name>
@@ -946,10 +994,6 @@ Qt %3</translation>
     <message>
         <source>Set: %1</source>
         <translation>Gesetzt: %1</translation>
-    </message>
-    <message>
-        <source>set %1</source>
-        <translation>%1 setzen</translation>
     </message>
     <message>
         <source>Saved as &apos;%1&apos;.</source>
@@ -1592,6 +1636,14 @@ Qt %3</translation>
     <message>
         <source>No frame is missing.</source>
         <translation>Kein Datensatz fehlt.</translation>
+    </message>
+    <message>
+        <source>no values for %1 s</source>
+        <translation>seit %1 s keine Werte</translation>
+    </message>
+    <message>
+        <source>at least %1 lost</source>
+        <translation>mindestens %1 verloren</translation>
     </message>
 </context>
 <context>
