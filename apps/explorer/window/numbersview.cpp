@@ -69,22 +69,21 @@ void NumbersView::setFrame(const TransmittedDataInfo &frame)
     draw();
 }
 
-// As many columns as give the tiles the most similar width and height.
+// As many columns as give the largest digits.
 void NumbersView::arrange()
 {
-    constexpr double bestRatio = 3.5;
+    constexpr double widthOfValue = 6.5; // of a value with its unit, in heights of its digits
     const int count = m_tiles.size();
+    const int lines = 3 * fontMetrics().height(); // above and below the digits
     int best = 1;
-    double bestDistance = HUGE_VAL;
+    double bestSize = -HUGE_VAL;
     for (int columns = 1; columns <= count; ++columns) {
         const int rows = (count + columns - 1) / columns;
-        const double ratio =
-            (static_cast<double>(width()) / columns) / std::max(1.0, static_cast<double>(height()) / rows);
-        const double distance =
-            std::abs(std::log(std::max(ratio, 0.01) / bestRatio)) + 0.1 * (rows * columns - count);
-        if (distance < bestDistance) {
+        const double byHeight = static_cast<double>(height()) / rows - lines;
+        const double byWidth = static_cast<double>(width()) / columns / widthOfValue;
+        if (const double size = std::min(byHeight, byWidth); size >= bestSize) {
             best = columns;
-            bestDistance = distance;
+            bestSize = size;
         }
     }
     for (int i = 0; i < count; ++i) {

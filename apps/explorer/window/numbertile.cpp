@@ -229,7 +229,12 @@ void NumberTile::paintEvent(QPaintEvent *event)
     // Name and limits above, extremes below, the value between.
     painter.setPen(weak);
     const int titleWidth = area.width() - m_button->width();
-    const int limitWidth = metrics.horizontalAdvance(m_limitText);
+    // Where there is no room for its words, the symbol of the limits stands alone.
+    const int nameWidth = metrics.horizontalAdvance(m_info.scaledName);
+    QString limits = m_limitText;
+    if (nameWidth + tilePadding + metrics.horizontalAdvance(limits) > titleWidth)
+        limits = limits.left(1);
+    const int limitWidth = metrics.horizontalAdvance(limits);
     painter.drawText(QRect(area.left(), area.top(), titleWidth, line), Qt::AlignLeft | Qt::AlignVCenter,
                      metrics.elidedText(m_info.scaledName, Qt::ElideRight, titleWidth - limitWidth - tilePadding));
     const bool isOutside = m_limits.check(m_value.present.value_or(0.0)) != DisplayLimits::Within;
@@ -237,7 +242,7 @@ void NumberTile::paintEvent(QPaintEvent *event)
     if (!m_limitText.isEmpty()) {
         painter.setPen(colourOf(isOutside ? Meaning::Problem : Meaning::Good, palette()));
         painter.drawText(QRect(area.left(), area.top(), titleWidth, line), Qt::AlignRight | Qt::AlignVCenter,
-                         m_limitText);
+                         limits);
     }
     painter.setPen(weak);
     painter.drawText(QRect(area.left(), area.bottom() - line + 1, area.width(), line),

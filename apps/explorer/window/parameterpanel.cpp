@@ -253,13 +253,15 @@ void ParameterPanel::showSize()
 {
     m_ask->setVisible(m_model->rowCount() == 0);
     m_view->expandAll();
+    for (int group = 0; group < m_view->model()->rowCount(); ++group)
+        m_view->setFirstColumnSpanned(group, {}, true);
     QHeaderView *const header = m_view->header();
     const int character = fontMetrics().averageCharWidth();
     header->setStretchLastSection(true);
     header->setMinimumSectionSize(6 * character);
     m_view->resizeColumnToContents(ParameterModel::NameColumn);
     header->resizeSection(ParameterModel::NameColumn,
-                          qMin(header->sectionSize(ParameterModel::NameColumn), 20 * character));
+                          qMin(header->sectionSize(ParameterModel::NameColumn), 25 * character));
     header->resizeSection(ParameterModel::ValueColumn, 10 * character);
     static_cast<CommandCompleter *>(m_command->completer())->setModelOfSensor(m_model);
 }

@@ -156,11 +156,12 @@ QWidget *SensorPage::makeKeptField()
     connect(m_keep, QOverload<int>::of(&QComboBox::activated), this,
             [this] { keepFor(m_keep->currentData().toDouble()); });
     auto *field = new QWidget;
-    auto *layout = new QHBoxLayout(field);
+    auto *layout = new QGridLayout(field);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new QLabel(tr("Values kept")));
-    layout->addWidget(m_keep);
-    layout->addWidget(m_memory, 1);
+    layout->addWidget(new QLabel(tr("Values kept")), 0, 0);
+    layout->addWidget(m_keep, 0, 1);
+    layout->addWidget(m_memory, 1, 1);
+    layout->setColumnStretch(2, 1);
     return field;
 }
 
