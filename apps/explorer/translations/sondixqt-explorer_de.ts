@@ -1544,6 +1544,46 @@ Qt %3</translation>
         <source>rate not reported</source>
         <translation>Rate nicht gemeldet</translation>
     </message>
+    <message>
+        <source>For how long values are kept</source>
+        <translation>Wie lange Werte behalten werden</translation>
+    </message>
+    <message>
+        <source>The memory that the values of this sensor need at most. Older values are dropped.</source>
+        <translation>Der Speicher, den die Werte dieses Sensors höchstens brauchen. Ältere Werte werden verworfen.</translation>
+    </message>
+    <message>
+        <source>1 minute</source>
+        <translation>1 Minute</translation>
+    </message>
+    <message>
+        <source>10 minutes</source>
+        <translation>10 Minuten</translation>
+    </message>
+    <message>
+        <source>1 hour</source>
+        <translation>1 Stunde</translation>
+    </message>
+    <message>
+        <source>8 hours</source>
+        <translation>8 Stunden</translation>
+    </message>
+    <message>
+        <source>1 day</source>
+        <translation>1 Tag</translation>
+    </message>
+    <message>
+        <source>Values kept</source>
+        <translation>Werte behalten</translation>
+    </message>
+    <message>
+        <source>at most %1</source>
+        <translation>höchstens %1</translation>
+    </message>
+    <message>
+        <source>Sensor %1</source>
+        <translation>Sensor %1</translation>
+    </message>
 </context>
 <context>
     <name>Explorer::SensorSession</name>
