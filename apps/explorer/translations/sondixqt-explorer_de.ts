@@ -1194,6 +1194,70 @@ Qt %3</translation>
         <source>Sensor type</source>
         <translation>Sensortyp</translation>
     </message>
+    <message>
+        <source>Laser power</source>
+        <translation>Laserleistung</translation>
+    </message>
+    <message>
+        <source>Sensor name</source>
+        <translation>Name des Sensors</translation>
+    </message>
+    <message>
+        <source>Trigger source</source>
+        <translation>Triggerquelle</translation>
+    </message>
+    <message>
+        <source>Speed</source>
+        <translation>Geschwindigkeit</translation>
+    </message>
+    <message>
+        <source>Output mode</source>
+        <translation>Ausgabemodus</translation>
+    </message>
+    <message>
+        <source>Start of measuring</source>
+        <translation>Beginn der Messung</translation>
+    </message>
+    <message>
+        <source>Measuring time</source>
+        <translation>Messzeit</translation>
+    </message>
+    <message>
+        <source>Termination of the synchronisation line</source>
+        <translation>Abschluss der Synchronisationsleitung</translation>
+    </message>
+    <message>
+        <source>Raw video line</source>
+        <translation>Videozeile, roh</translation>
+    </message>
+    <message>
+        <source>Corrected video line</source>
+        <translation>Videozeile, korrigiert</translation>
+    </message>
+    <message>
+        <source>Dark reference line</source>
+        <translation>Dunkelreferenz</translation>
+    </message>
+    <message>
+        <source>Light reference line</source>
+        <translation>Hellreferenz</translation>
+    </message>
+    <message>
+        <source>Dark reference table</source>
+        <translation>Tabelle der Dunkelreferenz</translation>
+    </message>
+    <message>
+        <source>Light reference table</source>
+        <translation>Tabelle der Hellreferenz</translation>
+    </message>
+    <message>
+        <source>Averaging</source>
+        <translation>Mittelung</translation>
+    </message>
+    <message>
+        <source>Settings</source>
+        <translation>Einstellungen</translation>
+    </message>
 </context>
 <context>
     <name>Explorer::PlotCursors</name>
