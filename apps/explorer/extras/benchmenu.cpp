@@ -34,7 +34,7 @@ BenchMenu::BenchMenu(BenchControl &control, QWidget *parent)
     , m_control(control)
 {
     setObjectName(QStringLiteral("benchMenu"));
-    addAction(tr("&Load a bench file..."), this, &BenchMenu::askForBench);
+    addAction(tr("&Load a bench file ..."), this, &BenchMenu::askForBench);
     addAction(tr("Load the b&uilt-in bench"), this, [this] { load({}); });
     addSeparator();
     m_cables = named(addMenu(tr("&Plugged in")), "cablesMenu");
@@ -42,7 +42,7 @@ BenchMenu::BenchMenu(BenchControl &control, QWidget *parent)
     m_triggers = named(addMenu(tr("&Trigger")), "triggersMenu");
     addSeparator();
     m_inject = named(addMenu(tr("&Inject a fault")), "injectMenu");
-    addAction(tr("Inject another fault..."), this, &BenchMenu::askForFault)
+    addAction(tr("Inject another fault ..."), this, &BenchMenu::askForFault)
         ->setObjectName(QStringLiteral("faultAction"));
     m_faults = named(addMenu(tr("&Remove a fault")), "faultsMenu");
     addAction(tr("Remove &all faults"), this, [this] {

@@ -62,7 +62,7 @@ RecordingWidget::RecordingWidget(SensorSession &session, QWidget *parent)
     : QWidget(parent)
     , m_control(session)
     , m_record(new QAction(tr("Record"), this))
-    , m_recordTo(new QAction(tr("Record to..."), this))
+    , m_recordTo(new QAction(tr("Record to ..."), this))
     , m_text(new QLabel(this))
 {
     m_record->setObjectName(QStringLiteral("recordAction"));

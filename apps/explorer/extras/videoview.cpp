@@ -80,8 +80,14 @@ VideoView::VideoView(SensorReader &reader, QWidget *parent)
     m_plot->setAccessibleName(tr("Video line"));
     m_plot->setAutoDelete(false);
     m_plot->setMinimumSize(160, 100);
-    m_plot->setAxisTitle(QwtPlot::xBottom, tr("Pixel"));
-    m_plot->setAxisTitle(QwtPlot::yLeft, tr("Intensity"));
+    const auto nameAxis = [this](int axis, const QString &text) {
+        QwtText title(text);
+        title.setFont(font());
+        m_plot->setAxisTitle(axis, title);
+        m_plot->setAxisFont(axis, font());
+    };
+    nameAxis(QwtPlot::xBottom, tr("Pixel"));
+    nameAxis(QwtPlot::yLeft, tr("Intensity"));
     if (auto *canvas = qobject_cast<QwtPlotCanvas *>(m_plot->canvas()))
         canvas->setFrameStyle(QFrame::NoFrame);
     m_threshold->setLineStyle(QwtPlotMarker::HLine);

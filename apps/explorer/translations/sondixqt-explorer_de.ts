@@ -15,10 +15,6 @@
         <translation>&amp;Prüfstand</translation>
     </message>
     <message>
-        <source>&amp;Load a bench file...</source>
-        <translation>Prüfstandsdatei &amp;laden...</translation>
-    </message>
-    <message>
         <source>Load the b&amp;uilt-in bench</source>
         <translation>&amp;Eingebauten Prüfstand laden</translation>
     </message>
@@ -37,10 +33,6 @@
     <message>
         <source>&amp;Inject a fault</source>
         <translation>&amp;Fehler einspielen</translation>
-    </message>
-    <message>
-        <source>Inject another fault...</source>
-        <translation>Anderen Fehler einspielen...</translation>
     </message>
     <message>
         <source>&amp;Remove a fault</source>
@@ -166,6 +158,14 @@
         <source>The bench refuses: %1</source>
         <translation>Der Prüfstand lehnt ab: %1</translation>
     </message>
+    <message>
+        <source>&amp;Load a bench file ...</source>
+        <translation>Prüfstandsdatei &amp;laden ...</translation>
+    </message>
+    <message>
+        <source>Inject another fault ...</source>
+        <translation>Anderen Fehler einspielen ...</translation>
+    </message>
 </context>
 <context>
     <name>Explorer::CurvesPlot</name>
@@ -176,6 +176,21 @@
     <message>
         <source>All shown signals</source>
         <translation>Alle gezeigten Signale</translation>
+    </message>
+</context>
+<context>
+    <name>Explorer::ExportBar</name>
+    <message>
+        <source>Progress of the export</source>
+        <translation>Fortschritt des Exports</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
     </message>
 </context>
 <context>
@@ -350,6 +365,13 @@
     <message>
         <source>&lt;model&gt;@&lt;interface&gt;,&lt;name&gt;=&lt;value&gt;,... such as TX270@RS232,port=COM3 or CC430@TCP/IP,address=169.254.168.150</source>
         <translation>&lt;Modell&gt;@&lt;Schnittstelle&gt;,&lt;Name&gt;=&lt;Wert&gt;,... wie TX270@RS232,port=COM3 oder CC430@TCP/IP,address=169.254.168.150</translation>
+    </message>
+</context>
+<context>
+    <name>Explorer::FrameExport</name>
+    <message>
+        <source>the values were forgotten before they were written</source>
+        <translation>die Werte wurden verworfen, bevor sie geschrieben waren</translation>
     </message>
 </context>
 <context>
@@ -1279,6 +1301,17 @@ Qt %3</translation>
     </message>
 </context>
 <context>
+    <name>Explorer::PlotPicture</name>
+    <message>
+        <source>cannot write &apos;%1&apos;: %2</source>
+        <translation>„%1“ kann nicht geschrieben werden: %2</translation>
+    </message>
+    <message>
+        <source>the picture is too large</source>
+        <translation>das Bild ist zu groß</translation>
+    </message>
+</context>
+<context>
     <name>Explorer::PlotView</name>
     <message>
         <source>Histogram</source>
@@ -1440,6 +1473,66 @@ Qt %3</translation>
         <source>The frequencies in the visible values</source>
         <translation>Die Frequenzen in den sichtbaren Werten</translation>
     </message>
+    <message>
+        <source>The export has ended: other values are shown.</source>
+        <translation>Der Export ist beendet: Es werden andere Werte gezeigt.</translation>
+    </message>
+    <message>
+        <source>Export</source>
+        <translation>Exportieren</translation>
+    </message>
+    <message>
+        <source>Save the visible range as a table or a picture</source>
+        <translation>Den sichtbaren Bereich als Tabelle oder Bild speichern</translation>
+    </message>
+    <message>
+        <source>Visible range...</source>
+        <translation>Sichtbarer Bereich...</translation>
+    </message>
+    <message>
+        <source>Everything that is kept...</source>
+        <translation>Alles, was aufbewahrt ist...</translation>
+    </message>
+    <message>
+        <source>The export was cancelled.</source>
+        <translation>Der Export wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>Table (*.csv)</source>
+        <translation>Tabelle (*.csv)</translation>
+    </message>
+    <message>
+        <source>NumPy array (*.npy)</source>
+        <translation>NumPy-Array (*.npy)</translation>
+    </message>
+    <message>
+        <source>Table in JSON lines (*.jsonl)</source>
+        <translation>Tabelle in JSON-Zeilen (*.jsonl)</translation>
+    </message>
+    <message>
+        <source>Picture (*.%1)</source>
+        <translation>Bild (*.%1)</translation>
+    </message>
+    <message>
+        <source>there are no values to export</source>
+        <translation>es gibt keine Werte zu exportieren</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; has none of the endings csv, npy, jsonl, %2</source>
+        <translation>„%1“ hat keine der Endungen csv, npy, jsonl, %2</translation>
+    </message>
+    <message>
+        <source>Exporting to %1</source>
+        <translation>Export nach %1 läuft</translation>
+    </message>
+    <message>
+        <source>Exported to %1</source>
+        <translation>Exportiert nach %1</translation>
+    </message>
+    <message>
+        <source>%1 of the oldest frames had been dropped before they were written.</source>
+        <translation>%1 der ältesten Datensätze waren verworfen, bevor sie geschrieben wurden.</translation>
+    </message>
 </context>
 <context>
     <name>Explorer::RecordingControl</name>
@@ -1469,10 +1562,6 @@ Qt %3</translation>
     <message>
         <source>Record</source>
         <translation>Aufzeichnen</translation>
-    </message>
-    <message>
-        <source>Record to...</source>
-        <translation>Aufzeichnen nach...</translation>
     </message>
     <message>
         <source>Record the values of the sensor into a file</source>
@@ -1521,6 +1610,10 @@ Qt %3</translation>
     <message>
         <source>recording ended: see the log</source>
         <translation>Aufzeichnung beendet: siehe Protokoll</translation>
+    </message>
+    <message>
+        <source>Record to ...</source>
+        <translation>Aufzeichnen nach ...</translation>
     </message>
 </context>
 <context>
