@@ -11,6 +11,10 @@ namespace Explorer {
 
 namespace {
 
+constexpr int factorShift = 4;
+constexpr int chunkShift = 2 * factorShift;
+static_assert(SignalPyramid::factor == 1 << factorShift && SignalPyramid::chunkSize == 1 << chunkShift);
+
 // What the allocator and the list of chunks add to each chunk.
 constexpr qint64 chunkOverhead = 16 + 8;
 
@@ -137,27 +141,35 @@ void SignalPyramid::closeChunk(const Chunk &chunk)
         node.mean = reference + mean;
         node.squares = std::max(0.0, squares - sum * mean);
     }
-    addNode(0, node);
+    appendNode(0, node);
 }
 
-void SignalPyramid::addNode(std::size_t level, const Node &node)
+void SignalPyramid::Level::append(const Node &node)
+{
+    if (groups.empty())
+        firstGroup = end / factor;
+    if (groups.empty() || end % factor == 0)
+        groups.push_back(std::make_unique<Group>());
+    (*groups.back())[static_cast<std::size_t>(end % factor)] = node;
+    ++end;
+}
+
+void SignalPyramid::appendNode(std::size_t level, const Node &node)
 {
     if (level == m_levels.size()) {
         Level added;
-        added.size = level == 0 ? chunkSize : m_levels.back().size * factor;
-        added.first = m_end / added.size - 1;
+        added.shift = level == 0 ? chunkShift : m_levels.back().shift + factorShift;
+        added.end = m_end / added.size() - 1;
         m_levels.push_back(std::move(added));
     }
-    m_levels[level].nodes.push_back(node);
+    m_levels[level].append(node);
     const Level &children = m_levels[level];
-    const qint64 end = children.first + static_cast<qint64>(children.nodes.size());
-    if (end % factor != 0)
+    if (children.end % factor != 0)
         return;
     // A node whose first children are gone covers values that are gone: it is never used, but takes its place.
     Moments sum;
-    for (qint64 child = std::max(end - factor, children.first); child < end; ++child)
-        addSummary(sum,
-                   summaryOf(children.nodes[static_cast<std::size_t>(child - children.first)], children.size));
+    for (const Node &child : *children.groups.back())
+        addNode(sum, child, children.size());
     Node parent;
     parent.minimum = sum.minimum;
     parent.maximum = sum.maximum;
@@ -165,7 +177,7 @@ void SignalPyramid::addNode(std::size_t level, const Node &node)
     parent.squares = sum.squares;
     parent.errors = static_cast<quint32>(sum.errors);
     parent.errorKey = sum.errorKey;
-    addNode(level + 1, parent);
+    appendNode(level + 1, parent);
 }
 
 void SignalPyramid::dropBefore(qint64 index)
@@ -178,9 +190,9 @@ void SignalPyramid::dropBefore(qint64 index)
         ++m_firstChunk;
     }
     for (Level &level : m_levels)
-        while (!level.nodes.empty() && level.first * level.size < first()) {
-            level.nodes.pop_front();
-            ++level.first;
+        while (!level.groups.empty() && ((level.firstGroup + 1) * factor << level.shift) <= first()) {
+            level.groups.pop_front();
+            ++level.firstGroup;
         }
 }
 
@@ -200,17 +212,26 @@ void SignalPyramid::copy(qint64 index, qint64 count, double *to) const
     }
 }
 
-Moments SignalPyramid::summaryOf(const Node &node, qint64 size)
+void SignalPyramid::addNode(Extremes &sum, const Node &node, qint64)
 {
-    Moments sum;
-    sum.minimum = node.minimum;
-    sum.maximum = node.maximum;
-    sum.errors = node.errors;
-    sum.errorKey = node.errorKey;
-    sum.count = size - sum.errors;
-    sum.mean = node.mean;
-    sum.squares = node.squares;
-    return sum;
+    sum.minimum = std::min(sum.minimum, node.minimum);
+    sum.maximum = std::max(sum.maximum, node.maximum);
+    if (sum.errors == 0)
+        sum.errorKey = node.errorKey;
+    sum.errors += node.errors;
+}
+
+void SignalPyramid::addNode(Moments &sum, const Node &node, qint64 size)
+{
+    Moments part;
+    part.minimum = node.minimum;
+    part.maximum = node.maximum;
+    part.errors = node.errors;
+    part.errorKey = node.errorKey;
+    part.count = size - part.errors;
+    part.mean = node.mean;
+    part.squares = node.squares;
+    addSummary(sum, part);
 }
 
 void SignalPyramid::addBlock(Extremes &sum, qint64 position) const
@@ -228,35 +249,22 @@ void SignalPyramid::addBlock(Extremes &sum, qint64 position) const
     sum.errors += chunk.errors[block];
 }
 
-// Adds the largest node that begins at \a position and ends before \a end. Returns where it ends.
-template<typename Summary>
-qint64 SignalPyramid::addNodes(Summary &sum, qint64 position, qint64 end) const
-{
-    std::size_t level = 0;
-    while (level + 1 < m_levels.size() && position % m_levels[level + 1].size == 0 &&
-           position + m_levels[level + 1].size <= end)
-        ++level;
-    const Node &node = m_levels[level].at(position);
-    if constexpr (std::is_same_v<Summary, Moments>) {
-        addSummary(sum, summaryOf(node, m_levels[level].size));
-    } else {
-        sum.minimum = std::min(sum.minimum, node.minimum);
-        sum.maximum = std::max(sum.maximum, node.maximum);
-        if (sum.errors == 0)
-            sum.errorKey = node.errorKey;
-        sum.errors += node.errors;
-    }
-    return position + m_levels[level].size;
-}
-
+// From the largest node that begins at a position and ends within the range to the next.
 template<typename Summary>
 Summary SignalPyramid::summary(qint64 begin, qint64 end) const
 {
     Summary sum;
     end = std::min(end, m_end);
+    std::size_t level = 0;
     for (qint64 position = std::max(begin, first()); position < end;) {
         if (position % chunkSize == 0 && position + chunkSize <= end) {
-            position = addNodes(sum, position, end);
+            while (level + 1 < m_levels.size() && m_levels[level + 1].fits(position, end))
+                ++level;
+            while (!m_levels[level].fits(position, end))
+                --level;
+            const Level &nodes = m_levels[level];
+            addNode(sum, nodes.at(position >> nodes.shift), nodes.size());
+            position += nodes.size();
         } else if (std::is_same_v<Summary, Extremes> && position % factor == 0 && position + factor <= end) {
             addBlock(sum, position);
             position += factor;
@@ -281,18 +289,21 @@ Moments SignalPyramid::moments(qint64 begin, qint64 end) const
 qint64 SignalPyramid::bytesFor(qint64 count)
 {
     const qint64 chunks = count / chunkSize + 2;
-    // All levels together have less than 16/15 as many nodes as there are chunks, and each may have one more.
-    constexpr qint64 levels = 8;
+    // All levels together have less than 16/15 as many nodes as there are chunks. Each may have a group more at both ends.
+    qint64 levels = 1;
+    for (qint64 nodes = chunks; nodes > 1; nodes /= factor)
+        ++levels;
     constexpr qint64 listOverhead = 1024;
+    const qint64 groups = chunks / (factor - 1) + 2 * levels;
     return (chunks + spareChunks) * static_cast<qint64>(sizeof(Chunk) + chunkOverhead) +
-           (chunks * factor / (factor - 1) + levels) * static_cast<qint64>(sizeof(Node)) + levels * listOverhead;
+           groups * static_cast<qint64>(sizeof(Level::Group) + chunkOverhead) + levels * listOverhead;
 }
 
 qint64 SignalPyramid::bytes() const
 {
     qint64 sum = static_cast<qint64>((m_chunks.size() + m_spare.size()) * (sizeof(Chunk) + chunkOverhead));
     for (const Level &level : m_levels)
-        sum += static_cast<qint64>(level.nodes.size() * sizeof(Node));
+        sum += static_cast<qint64>(level.groups.size() * (sizeof(Level::Group) + chunkOverhead));
     return sum;
 }
 

@@ -93,13 +93,31 @@ private:
         quint32 errors = 0;
         qint32 errorKey = 0;
     };
+    /// The nodes of one level, in groups that have one parent.
     struct Level
     {
-        qint64 size = 0; // values per node
-        qint64 first = 0;
-        std::deque<Node> nodes;
+        using Group = std::array<Node, factor>;
 
-        const Node &at(qint64 index) const { return nodes[static_cast<std::size_t>(index / size - first)]; }
+        int shift = 0; // a node has 2^shift values
+        qint64 firstGroup = 0;
+        qint64 end = 0; // the index after that of the last node
+        std::deque<std::unique_ptr<Group>> groups;
+
+        Level() = default;
+        Level(Level &&) = default;
+        Level &operator=(Level &&) = default;
+
+        qint64 size() const { return qint64(1) << shift; }
+        bool fits(qint64 position, qint64 limit) const
+        {
+            return (position & (size() - 1)) == 0 && position + size() <= limit;
+        }
+        const Node &at(qint64 node) const
+        {
+            return (*groups[static_cast<std::size_t>(node / factor - firstGroup)])[static_cast<std::size_t>(
+                node % factor)];
+        }
+        void append(const Node &node);
     };
 
     static constexpr int spareChunks = 4;
@@ -111,12 +129,12 @@ private:
     Chunk &openChunk();
     static void closeBlock(Chunk &chunk, int block);
     void closeChunk(const Chunk &chunk);
-    void addNode(std::size_t level, const Node &node);
+    void appendNode(std::size_t level, const Node &node);
     static Moments summaryOf(const Node &node, qint64 size);
     template<typename Summary>
     Summary summary(qint64 begin, qint64 end) const;
-    template<typename Summary>
-    qint64 addNodes(Summary &sum, qint64 position, qint64 end) const;
+    static void addNode(Extremes &sum, const Node &node, qint64 size);
+    static void addNode(Moments &sum, const Node &node, qint64 size);
     void addBlock(Extremes &sum, qint64 position) const;
 
     std::deque<std::unique_ptr<Chunk>> m_chunks;
