@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "report.h"
 
-#include <QGuiApplication>
+#ifdef BENCH_WITH_WIDGETS
+#    include <QApplication>
+using BenchApplication = QApplication;
+#else
+#    include <QGuiApplication>
+using BenchApplication = QGuiApplication;
+#endif
 
 #include <vector>
 
@@ -26,7 +32,7 @@ public:
 int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication application(argc, argv);
+    BenchApplication application(argc, argv);
 
     // Random interleaving, so that a change of the CPU frequency affects both sides of a comparison. Options of the
     // user come later in the list and take precedence.
