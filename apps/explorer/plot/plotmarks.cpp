@@ -5,6 +5,7 @@
 #include <QPainter>
 
 #include <qwt_scale_map.h>
+#include <qwt_text.h>
 
 #include <algorithm>
 #include <array>
@@ -37,8 +38,6 @@ void GapItem::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap
     band.setAlpha(36);
     QColor textColour = m_palette.color(QPalette::Text);
     textColour.setAlpha(190);
-    painter->setPen(textColour);
-    const QFontMetrics metrics(painter->font());
     double textEnd = canvasRect.left();
     for (const GapMark &mark : m_gaps) {
         const double left = std::max(xMap.transform(mark.begin), canvasRect.left());
@@ -46,14 +45,16 @@ void GapItem::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap
         // A gap is always seen, however short it is.
         const QRectF rect(left, canvasRect.top(), std::max(1.0, right - left), canvasRect.height());
         painter->fillRect(rect, band);
-        const QString text = brief(mark.gap);
-        const int width = metrics.horizontalAdvance(text);
-        const double begin = std::clamp(rect.center().x() - width / 2.0, canvasRect.left(),
-                                        std::max(canvasRect.left(), canvasRect.right() - width));
+        // Qwt measures and draws texts so that they have their size on any device.
+        QwtText text(brief(mark.gap), QwtText::PlainText);
+        text.setColor(textColour);
+        const QSizeF size = text.textSize(painter->font());
+        const double begin = std::clamp(rect.center().x() - size.width() / 2.0, canvasRect.left(),
+                                        std::max(canvasRect.left(), canvasRect.right() - size.width()));
         if (begin < textEnd)
             continue;
-        painter->drawText(QPointF(begin, canvasRect.top() + metrics.ascent() + 2.0), text);
-        textEnd = begin + width + metrics.averageCharWidth();
+        text.draw(painter, QRectF(QPointF(begin, canvasRect.top() + 2.0), size));
+        textEnd = begin + size.width() + size.height() / 2.0;
     }
 }
 

@@ -111,7 +111,7 @@ void TimePlot::describe()
         const bool isShownAtFirst = isWanted && shown < mostShownAtFirst;
         shown += isShownAtFirst ? 1 : 0;
         curve->setVisible(isShownAtFirst);
-        curve->setZ(20.0 - 0.01 * signal);
+        curve->setZ(10.0 + 0.01 * signal); // the order of the legend
         curve->attach(this);
         m_curves.push_back(std::move(curve));
     }
