@@ -28,6 +28,7 @@ private Q_SLOTS:
     void gapsAreInTheFile();
     void anotherFormatIsRefused();
     void aFolderThatCannotBeWrittenEndsOnlyTheRecording();
+    void reportsAFullDisk();
     void otherValuesEndTheRecording();
     void destructionFinishesTheFile();
     void namesTellSensorAndDate();
@@ -175,6 +176,24 @@ void ExtrasRecordingTest::aFolderThatCannotBeWrittenEndsOnlyTheRecording()
     measure(100);
     QCOMPARE(m_session->state(), SensorReader::Reading);
     QVERIFY(control.start(path("values.csv"), nullptr));
+}
+
+void ExtrasRecordingTest::reportsAFullDisk()
+{
+#ifdef Q_OS_WIN
+    QSKIP("there is no device that is always full");
+#endif
+    QVERIFY(QFile::link("/dev/full", path("full.csv")));
+    RecordingControl control(*m_session);
+    QSignalSpy ended(&control, &RecordingControl::ended);
+    QVERIFY(control.start(path("full.csv"), nullptr));
+    sondixsim::advance(0.1);
+    QTRY_COMPARE(ended.size(), 1);
+    QVERIFY2(ended[0][1].toString().contains("full.csv") || ended[0][1].toString().contains("/dev/full"),
+             qPrintable(ended[0][1].toString()));
+    QVERIFY(!control.isRecording());
+    measure(100);
+    QCOMPARE(m_session->state(), SensorReader::Reading);
 }
 
 void ExtrasRecordingTest::otherValuesEndTheRecording()

@@ -200,7 +200,8 @@ void RecordingControl::take(const DataGap &gap)
 void RecordingControl::checkFrame()
 {
     const QVector<SignalInfo> &recorded = m_frame.signalList();
-    const QVector<SignalInfo> &now = m_session.reader().frame().signalList();
+    const TransmittedDataInfo present = m_session.reader().frame();
+    const QVector<SignalInfo> &now = present.signalList();
     const bool isSame =
         recorded.size() == now.size() &&
         std::equal(recorded.cbegin(), recorded.cend(), now.cbegin(), [](const SignalInfo &a, const SignalInfo &b) {

@@ -33,18 +33,18 @@ bool DisplayLimits::operator==(const DisplayLimits &other) const
 
 void SignalValues::begin(int count)
 {
-    m_values.fill(SignalValue(), std::max(count, 0));
+    m_values.assign(static_cast<size_t>(std::max(count, 0)), SignalValue());
 }
 
 void SignalValues::add(const DataBlock &block)
 {
     const int width = block.valuesPerFrame();
-    if (block.isEmpty() || width != m_values.size())
+    if (block.isEmpty() || width != count())
         return;
     const QVector<double> &data = block.scaledData();
     const double *const end = data.constData() + data.size();
     for (int signal = 0; signal < width; ++signal) {
-        SignalValue &value = m_values[signal];
+        SignalValue &value = m_values[static_cast<size_t>(signal)];
         double least = value.minimum.value_or(std::numeric_limits<double>::infinity());
         double greatest = value.maximum.value_or(-std::numeric_limits<double>::infinity());
         qint64 errors = 0;

@@ -5,9 +5,9 @@
 #include <SondixQt/transmitteddatainfo.h>
 
 #include <QString>
-#include <QVector>
 
 #include <optional>
+#include <vector>
 
 namespace Explorer {
 
@@ -46,11 +46,11 @@ public:
     /// Forgets minimum, maximum and the number of errors.
     void reset();
 
-    int count() const { return m_values.size(); }
-    const SignalValue &at(int signal) const { return m_values.at(signal); }
+    int count() const { return static_cast<int>(m_values.size()); }
+    const SignalValue &at(int signal) const { return m_values.at(static_cast<size_t>(signal)); }
 
 private:
-    QVector<SignalValue> m_values;
+    std::vector<SignalValue> m_values;
 };
 
 /// The number of decimal places with which a value of \a info is shown: a hundred-thousandth of its range is visible.
