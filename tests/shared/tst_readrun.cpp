@@ -146,15 +146,16 @@ void TestReadRun::isNotHeldUpByACallThatHangs()
 {
     load(laser());
     Memory memory;
-    sondixsim::Fault hang;
-    hang.function = "TransferDataTS";
-    hang.from = 5;
-    hang.times = 1;
-    hang.hang = true;
-    sondixsim::inject(hang);
     ReadRun run(*m_reader, memory, m_frame, {});
     run.start();
     QTRY_VERIFY_WITH_TIMEOUT(memory.frames > 0, 10000);
+    sondixsim::Fault hang;
+    hang.function = "TransferDataTS";
+    hang.times = 1;
+    hang.hang = true;
+    sondixsim::inject(hang);
+    // From now on any transfer hangs, the last one after stop() as well.
+    QTRY_VERIFY(sondixsim::frameCounts("1001").waiting > 0);
     run.stop();
     waitFor(run);
     QCOMPARE(run.end(), ReadRun::Stopped);
