@@ -22,10 +22,10 @@ namespace {
 
 void installFile(QCoreApplication &application, const QLocale &locale, const QString &name, const QString &folder)
 {
-    auto translator = std::make_unique<QTranslator>(&application);
-    if (translator->load(locale, name, QStringLiteral("_"), folder) &&
-        QCoreApplication::installTranslator(translator.get()))
-        translator.release(); // owned by the application
+    auto *translator = new QTranslator(&application);
+    if (!translator->load(locale, name, QStringLiteral("_"), folder) ||
+        !QCoreApplication::installTranslator(translator))
+        delete translator;
 }
 
 } // namespace

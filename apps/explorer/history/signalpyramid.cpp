@@ -82,7 +82,8 @@ void SignalPyramid::append(const double *values, qint64 stride, qint64 count)
         const auto begin = static_cast<int>(m_end % chunkSize);
         const auto number = static_cast<int>(std::min<qint64>(chunkSize - begin, count - done));
         for (int i = 0; i < number; ++i)
-            chunk.values[static_cast<std::size_t>(begin + i)] = values[(done + i) * stride];
+            chunk.values[static_cast<std::size_t>(begin) + static_cast<std::size_t>(i)] =
+                values[(done + i) * stride];
         for (int block = begin / factor; block < (begin + number) / factor; ++block)
             closeBlock(chunk, block);
         done += number;
@@ -107,9 +108,9 @@ SignalPyramid::Chunk &SignalPyramid::openChunk()
 void SignalPyramid::closeBlock(Chunk &chunk, int block)
 {
     Extremes sum;
-    for (int i = 0; i < factor; ++i)
-        addValue(sum, chunk.values[static_cast<std::size_t>(block * factor + i)]);
     const auto index = static_cast<std::size_t>(block);
+    for (std::size_t i = 0; i < factor; ++i)
+        addValue(sum, chunk.values[index * factor + i]);
     chunk.minimum[index] = sum.minimum;
     chunk.maximum[index] = sum.maximum;
     chunk.errors[index] = static_cast<quint8>(sum.errors);

@@ -239,8 +239,10 @@ std::vector<qint64> TimeLine::breaks(qint64 begin, qint64 end) const
 
 qint64 TimeLine::bytes() const
 {
-    return static_cast<qint64>(m_stretches.size() * sizeof(Stretch) + m_gaps.size() * sizeof(GapMark) +
-                               m_breaks.size() * sizeof(qint64));
+    const auto sizeOf = [](const auto &list) {
+        return static_cast<qint64>(list.size()) * qint64(sizeof(list[0]));
+    };
+    return sizeOf(m_stretches) + sizeOf(m_gaps) + sizeOf(m_breaks);
 }
 
 } // namespace Explorer

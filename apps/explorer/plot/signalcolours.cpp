@@ -26,7 +26,7 @@ QColor signalColour(int signal, const QPalette &palette)
     const bool dark = isDark(palette);
     const auto &colours = dark ? onDark : onLight;
     const auto count = static_cast<int>(colours.size());
-    const QColor colour(colours[static_cast<std::size_t>(signal % count)]);
+    QColor colour(colours[static_cast<std::size_t>(signal % count)]);
     const bool isFurther = signal / count % 2 != 0;
     if (!isFurther)
         return colour;

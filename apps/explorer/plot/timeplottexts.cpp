@@ -21,7 +21,7 @@ namespace Explorer {
 QString TimePlot::errorText(int key) const
 {
     const double value = key == 0 ? std::numeric_limits<double>::quiet_NaN() : -1.0e10 + key;
-    const QString text = m_errorText ? m_errorText(value) : QString();
+    QString text = m_errorText ? m_errorText(value) : QString();
     if (!text.isEmpty())
         return text;
     return key == 0 ? tr("no value") : tr("error %1").arg(key);

@@ -25,7 +25,7 @@ QString accessLibraryFile()
     const QList<QByteArray> lines = maps.readAll().split('\n');
     for (const QByteArray &line : lines) {
         const int slash = line.indexOf('/');
-        const QString path = slash < 0 ? QString() : QFile::decodeName(line.mid(slash));
+        QString path = slash < 0 ? QString() : QFile::decodeName(line.mid(slash));
         if (QFileInfo(path).fileName().startsWith(QLatin1String("libSondix.so")))
             return path;
     }

@@ -115,13 +115,13 @@ std::optional<QVariant> settingValue(const QVariant &wanted, const QVariant &lik
     case QMetaType::Int:
         if (wanted.userType() == QMetaType::Int)
             return wanted;
-        if (const auto number = numberOf(text, true); number && wanted.userType() == QMetaType::QString)
+        if (auto number = numberOf(text, true); number && wanted.userType() == QMetaType::QString)
             return number;
         *problem = ValueTexts::tr("'%1' is not a whole number").arg(text);
         return std::nullopt;
     case QMetaType::Double: {
         const bool isNumber = wanted.userType() == QMetaType::Int || wanted.userType() == QMetaType::Double;
-        const auto number = isNumber ? std::optional<QVariant>(wanted.toDouble()) : numberOf(text, false);
+        auto number = isNumber ? std::optional<QVariant>(wanted.toDouble()) : numberOf(text, false);
         if (number && std::isfinite(number->toDouble()))
             return number;
         *problem = ValueTexts::tr("'%1' is not a number").arg(text);

@@ -43,8 +43,8 @@ void SignalValues::add(const DataBlock &block)
         return;
     const QVector<double> &data = block.scaledData();
     const double *const end = data.constData() + data.size();
-    for (int signal = 0; signal < width; ++signal) {
-        SignalValue &value = m_values[static_cast<size_t>(signal)];
+    int signal = 0;
+    for (SignalValue &value : m_values) {
         double least = value.minimum.value_or(std::numeric_limits<double>::infinity());
         double greatest = value.maximum.value_or(-std::numeric_limits<double>::infinity());
         qint64 errors = 0;
@@ -57,7 +57,7 @@ void SignalValues::add(const DataBlock &block)
             greatest = std::max(greatest, *next);
         }
         value.errors += errors;
-        value.present = block.scaled(block.frameCount() - 1, signal);
+        value.present = block.scaled(block.frameCount() - 1, signal++);
         if (least <= greatest) {
             value.minimum = least;
             value.maximum = greatest;
