@@ -259,14 +259,12 @@ const bool areClaimed = [] {
         return nanoseconds ? std::optional(*nanoseconds * 1.0e-9 / drawInterval * 100.0) : std::nullopt;
     });
     claim("Draw all that is kept, median", "ms", 40.0, counter("live", "median"));
-    claim("Draw all that is kept, 99 of 100, worst repetition", "ms", 40.0,
-          largest("live", "slowest"));
+    claim("Draw all that is kept, 99 of 100, worst repetition", "ms", 40.0, largest("live", "slowest"));
     claim("Append and draw 30 times a second, part of a core", "%", 100.0, counter("live", "share"));
     claim("Zoom from all to a millisecond, median", "ms", 50.0, counter("zoom", "median"));
     claim("Zoom from all to a millisecond, worst", "ms", 50.0, largest("zoom", "slowest"));
     claim("Draw 10 s", "ms", std::nullopt, counter("plain", "ours"));
-    claim("Draw 10 s with plain curves that filter their points", "ms", std::nullopt,
-          counter("plain", "plain"));
+    claim("Draw 10 s with plain curves that filter their points", "ms", std::nullopt, counter("plain", "plain"));
     claim("Ratio to the plain curves", "", std::nullopt, counter("plain", "ratio"));
     return true;
 }();

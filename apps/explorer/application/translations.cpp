@@ -6,8 +6,6 @@
 #include <QLocale>
 #include <QTranslator>
 
-#include <memory>
-
 // Resources of a static library must be named in the program.
 static void initTranslationResources()
 {
