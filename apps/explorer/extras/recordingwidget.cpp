@@ -23,7 +23,7 @@ const QLatin1String suffixKey("recording/suffix");
 
 QString recordingFolder()
 {
-    const QString folder = QSettings().value(folderKey).toString();
+    QString folder = QSettings().value(folderKey).toString();
     if (!folder.isEmpty() && QFileInfo(folder).isDir())
         return folder;
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
