@@ -24,7 +24,7 @@ public:
     void discard(double now);        ///< all values that were not fetched
     void track(std::size_t command, double now);
     void stopTracking(double now);
-    void trigger(double now);                      ///< one frame, if the sensor waits for a trigger
+    void trigger(double now); ///< one frame, if the sensor waits for a trigger
     bool isSilent() const { return m_silent; }
     void setSilent(bool silent, double now);       ///< it goes on measuring in both cases,
     void setConnected(bool connected, double now); ///< but what it measures meanwhile is not sent

@@ -75,8 +75,7 @@ void ExtrasPicturesTest::views()
     auto *extensions = new Extensions(*window);
     applyTheme(dark ? Theme::Dark : Theme::Light);
     if (view != "welcome") {
-        const QString address =
-            view == "video" ? "CC430@TCP/IP,address=169.254.168.150" : "TX270@RS232,port=COM3";
+        const QString address = view == "video" ? "CC430@TCP/IP,address=169.254.168.150" : "TX270@RS232,port=COM3";
         const auto parsed = SensorAddress::parse(address);
         QVERIFY(parsed);
         SessionView *page = window->openSensor(*parsed);
