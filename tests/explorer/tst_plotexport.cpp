@@ -166,6 +166,9 @@ void TestPlotExport::timesAreOnTheClock()
 
 void TestPlotExport::npyIsReadByNumPy()
 {
+#ifdef Q_OS_WIN
+    QSKIP("NumPy is installed for Linux only");
+#endif
     append(5000);
     QVERIFY(m_view->exportTo(path("all.npy"), PlotView::ExportRange::Everything));
     QProcess python;
@@ -173,8 +176,6 @@ void TestPlotExport::npyIsReadByNumPy()
                                       "import numpy, sys; a = numpy.load(sys.argv[1])\n"
                                       "print(len(a), a['frame'][4999], a['Signal 2 [mm]'][4999])",
                                       path("all.npy")});
-    if (!python.waitForStarted())
-        QSKIP("there is no Python");
     QVERIFY(python.waitForFinished(60000));
     QCOMPARE(python.readAllStandardOutput().trimmed(), QByteArray("5000 4999 2499.5"));
     QVERIFY(QFileInfo::exists(path("all.npy.jsonl")));

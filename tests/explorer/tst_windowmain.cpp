@@ -536,11 +536,11 @@ void WindowMainTest::remembersSensorsAndChoices()
     const QString group = window->child<QComboBox>("groups")->currentText();
     window->child<QWidget>("logDock")->hide();
     window->action("numbersAction")->trigger();
-    (*window)->resize(1111, 777);
+    (*window)->resize(1444, 777);
     window->close();
 
     window->open();
-    QCOMPARE((*window)->size(), QSize(1111, 777));
+    QCOMPARE((*window)->size(), QSize(1444, 777));
     QVERIFY(!window->child<QWidget>("logDock")->isVisible());
     QCOMPARE(window->child<QComboBox>("groups")->currentText(), group);
     QVERIFY(!window->action("numbersAction")->isChecked());
