@@ -279,7 +279,7 @@ void VideoView::showMarks()
 void VideoView::setColours()
 {
     const QPalette colours = palette();
-    QColor line = colours.color(QPalette::Text);
+    const QColor &line = colours.color(QPalette::Text);
     m_plot->setCanvasBackground(colours.color(QPalette::Base));
     constexpr qreal faint = 0.15;
     QColor grid = line;
