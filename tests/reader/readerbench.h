@@ -9,6 +9,7 @@
 
 #include <QtTest>
 
+#include <algorithm>
 #include <map>
 
 using namespace std::chrono_literals;
@@ -41,6 +42,16 @@ inline void loadReaderBench(const QByteArray &moreKeys = {}, int ring = 100000, 
 inline SondixQt::SensorAddress readerAddress()
 {
     return {SondixQt::TX270, {{"IP_Interface", "RS232"}, {"IP_Port", 3}}};
+}
+
+/// Whether a reader is about to send \a command, or waits for its answer. The calls must be recorded.
+inline bool isCommandStaged(const char *command)
+{
+    const QString staging =
+        QStringLiteral("SetParameterString(\"S_Command\", \"%1\")").arg(QLatin1String(command));
+    const auto calls = sondixsim::calls();
+    return std::any_of(calls.begin(), calls.end(),
+                       [&](const sondixsim::Call &call) { return call.text() == staging.toStdString(); });
 }
 
 /// Records what a reader delivers and checks that the numbers of frames have no unreported hole.

@@ -189,13 +189,7 @@ void ReaderReconnectTest::aSensorThatIsGoneAtTheEndLeavesAGap()
     sondixsim::inject(stuck);
     sondixsim::recordCalls(true);
     reader.post("Get_Info", {});
-    const auto isStaged = [] {
-        const auto calls = sondixsim::calls();
-        return std::any_of(calls.begin(), calls.end(), [](const sondixsim::Call &call) {
-            return call.text() == R"(SetParameterString("S_Command", "Get_Info"))";
-        });
-    };
-    QTRY_VERIFY(isStaged());
+    QTRY_VERIFY(isCommandStaged("Get_Info"));
     reader.stop();
     sondixsim::advance(0.1);
     sondixsim::unplug(serialNumber);

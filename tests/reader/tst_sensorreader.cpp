@@ -500,13 +500,7 @@ void SensorReaderTest::framesFromBeforeTheSettingsAreNoGap()
     reader.addSetting("Set_Samplerate", {{"SP_Measrate", 2.5}});
     Recording recording(reader);
     reader.start();
-    const auto isStaged = [] {
-        const auto calls = sondixsim::calls();
-        return std::any_of(calls.begin(), calls.end(), [](const sondixsim::Call &call) {
-            return call.text() == R"(SetParameterString("S_Command", "Set_Samplerate"))";
-        });
-    };
-    QTRY_VERIFY(isStaged());
+    QTRY_VERIFY(isCommandStaged("Set_Samplerate"));
     sondixsim::advance(0.5); // measured at the rate that the sensor had before
     QTRY_VERIFY((sondixsim::releaseHangs(), reader.state() == SensorReader::Reading));
     sondixsim::advance(0.4002);
@@ -562,13 +556,7 @@ void SensorReaderTest::framesFromBeforeTheEndOfTriggeringAreNoGap()
     QTRY_COMPARE(reader.state(), SensorReader::WaitingForTrigger);
     sondixsim::recordCalls(true);
     reader.post("Set_TriggerMode", {{"SP_TriggerMode", 0}});
-    const auto isStaged = [] {
-        const auto calls = sondixsim::calls();
-        return std::any_of(calls.begin(), calls.end(), [](const sondixsim::Call &call) {
-            return call.text() == R"(SetParameterString("S_Command", "Set_TriggerMode"))";
-        });
-    };
-    QTRY_VERIFY(isStaged());
+    QTRY_VERIFY(isCommandStaged("Set_TriggerMode"));
     for (int i = 0; i < 5; ++i) {
         sondixsim::advance(0.1234);
         sondixsim::trigger(serialNumber);

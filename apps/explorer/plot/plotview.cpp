@@ -305,9 +305,9 @@ void PlotView::updateStatistics()
     m_statistics->setSummary(summary);
 }
 
-void PlotView::updateHistogram()
+/// Lets the user choose among the signals that are shown, and returns them.
+QVector<int> PlotView::offerShownSignals(CurvesPlot &plot) const
 {
-    constexpr int classes = 100;
     QVector<int> numbers;
     QStringList names;
     for (int signal = 0; signal < m_plot->signalCount(); ++signal)
@@ -315,7 +315,14 @@ void PlotView::updateHistogram()
             numbers << signal;
             names << m_plot->nameOf(signal);
         }
-    m_histogram->setSignals(numbers, names);
+    plot.setSignals(numbers, names);
+    return numbers;
+}
+
+void PlotView::updateHistogram()
+{
+    constexpr int classes = 100;
+    offerShownSignals(*m_histogram);
     const int signal = m_histogram->chosen();
     const FrameRange range = m_plot->shownFrames();
     if (!m_history || signal < 0 || range.isEmpty()) {
@@ -357,14 +364,7 @@ void PlotView::updateSpectrum()
         }
         return QString();
     };
-    QVector<int> numbers;
-    QStringList names;
-    for (int signal = 0; signal < m_plot->signalCount(); ++signal)
-        if (m_plot->isShown(signal)) {
-            numbers << signal;
-            names << m_plot->nameOf(signal);
-        }
-    m_spectrum->setSignals(numbers, names);
+    const QVector<int> numbers = offerShownSignals(*m_spectrum);
     const int chosen = m_spectrum->chosen();
     QVector<CurvesPlot::Curve> curves;
     QString note;

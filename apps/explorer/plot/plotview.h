@@ -136,6 +136,7 @@ private:
     void updateHint();
     void updatePanels();
     void updateStatistics();
+    QVector<int> offerShownSignals(CurvesPlot &plot) const;
     void updateHistogram();
     void updateSpectrum();
     void redraw();
