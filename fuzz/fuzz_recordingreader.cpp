@@ -63,8 +63,8 @@ Reading readAll(const QByteArray &data, const QByteArray &notes)
 
 } // namespace
 
-/// The first byte tells how much of the rest are the notes beside an array. A file whose end is cut off must give the
-/// beginning of what the whole file gives.
+/// The first byte divides the rest into the recording and the second file that a .npy recording has. A recording that is
+/// cut off must give the first frames and gaps of the whole one.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));

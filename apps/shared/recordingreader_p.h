@@ -33,8 +33,8 @@ public:
 
     virtual ~RecordingParser() = default;
 
-    /// Reads what precedes the first frame: sets columns and, if the file has it, head. False and problem if the file is
-    /// none of this format.
+    /// Reads what precedes the first frame: sets columns and, if the file has it, head. Returns false and sets problem if
+    /// the file does not have this format.
     virtual bool open() = 0;
     /// Reads the next frame or gap.
     virtual Step next(RecordedFrame &frame, SondixQt::DataGap &gap) = 0;

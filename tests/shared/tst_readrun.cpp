@@ -154,7 +154,7 @@ void TestReadRun::isNotHeldUpByACallThatHangs()
     hang.times = 1;
     hang.hang = true;
     sondixsim::inject(hang);
-    // From now on any transfer hangs, the last one after stop() as well.
+    // With values to transfer, the next transfer hangs, even if it is the last one, after stop().
     QTRY_VERIFY(sondixsim::frameCounts("1001").waiting > 0);
     run.stop();
     waitFor(run);

@@ -180,7 +180,8 @@ bool sameNumber(double a, double b)
     return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
 }
 
-/// The first difference between what was written in a \a way and what was read; empty: none.
+/// The first difference between the content that was written with the options \a way and what was read; empty if they
+/// are equal.
 QString difference(const Content &expected, const Content &read, const Way &way, const RecordingReader &reader)
 {
     const auto at = [](int i, const char *what) { return QStringLiteral("frame %1: %2").arg(i).arg(what); };

@@ -93,7 +93,7 @@ void ReaderStand::settle()
 void ReaderStand::finish()
 {
     settle();
-    // Two more blocks without a loss: the first frame of the second one tells how many frames there were before.
+    // A loss within a block is noticed by the time of the next one, so two more blocks are read.
     for (int i = 0; i < 2 && !failed(); ++i) {
         advanceFrames(3.0);
         settle();

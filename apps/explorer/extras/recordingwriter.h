@@ -30,7 +30,7 @@ public:
     ~RecordingWriter() override;
 
     void open();
-    /// \a errorTexts are those of error values that have not been told before.
+    /// \a errorTexts are the texts of error values that occur for the first time, by key.
     void write(const SondixQt::DataBlock &block, const QHash<int, QString> &errorTexts);
     void write(const SondixQt::DataGap &gap);
     /// Ends the recording: the file gets its name.

@@ -42,7 +42,7 @@ struct Histogram
 /// The cost of a query does not depend on the length of its range: a summary of any range takes microseconds.
 ///
 /// \par Memory
-/// bytesFor() tells the memory beforehand. The oldest frames are dropped when they are older than the time to keep, or
+/// bytesFor() returns the memory that a history will need. The oldest frames are dropped when they are older than the time to keep, or
 /// when the memory exceeds maximumBytes(). They are dropped in chunks, so that a few hundred frames more may be kept.
 ///
 /// \par Threads

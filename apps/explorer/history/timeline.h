@@ -70,9 +70,9 @@ public:
 
     const std::deque<GapMark> &gaps() const { return m_gaps; }
     /// The frames in the range from \a begin to \a end, both included, before which frames are missing or another run
-    /// begins. The very first frame is none of them.
+    /// begins. The first frame of all is never one of them.
     std::vector<qint64> breaks(qint64 begin, qint64 end) const;
-    /// What to add to a position for the seconds since 1970-01-01 00:00 UTC; empty while that is not known.
+    /// The time since 1970-01-01 00:00 UTC of the position 0, in seconds; empty while it is not known.
     std::optional<double> wallClockOffset() const { return m_wallClockOffset; }
 
     qint64 bytes() const;

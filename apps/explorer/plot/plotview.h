@@ -67,8 +67,8 @@ public:
     void setHistory(SignalHistory *history);
     /// Returns the text of a value that is an error value.
     void setErrorText(std::function<QString(double)> text);
-    /// What to add to a position on the time axis for the seconds since 1970-01-01 00:00 UTC. Empty: as the blocks tell
-    /// it, see TimeLine::wallClockOffset().
+    /// Sets the time since 1970-01-01 00:00 UTC of the position 0 on the time axis, in seconds. Empty: the time from the
+    /// blocks is used, see TimeLine::wallClockOffset().
     void setWallClockOffset(std::optional<double> seconds);
 
     /// Draws what the history has now, unless the view is paused: then what it had.

@@ -48,7 +48,7 @@ public:
     QVariant data(const QModelIndex &index, int role) const override;
 
     const ListedSensor &at(int row) const { return m_sensors.at(row); }
-    /// The row of the sensor at \a address; -1 if there is none.
+    /// The row of the sensor at \a address; -1 if the list has no such sensor.
     int rowOf(const SondixQt::SensorAddress &address) const;
 
     /// A search has found a sensor. It replaces the one at the same address.

@@ -46,7 +46,7 @@ Q_SIGNALS:
     void statusChanged(const QString &text);
     /// A part of the search has failed; \a text is for users.
     void problemOccurred(const QString &text);
-    /// The search has ended, in whatever way.
+    /// The search is complete, was cancelled or has failed.
     void finished();
 
 private:

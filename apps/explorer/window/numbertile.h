@@ -27,7 +27,7 @@ public:
     /// Shows \a value; \a errorText is the text of the present value if that is an error value.
     void setValue(const SignalValue &value, const QString &errorText);
 
-    /// The present value on the screen, exact; empty if there is none.
+    /// The present value minus the offset, with all its digits; empty if there is no value.
     QString exactText() const;
     /// The present value as it is shown.
     QString shownText() const { return m_text; }
