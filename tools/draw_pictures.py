@@ -49,7 +49,8 @@ def family_of(*names):
     return {"draw": member, "models": names}
 
 
-# File name, family (its colour), label, drawing function, parameters.
+# File name, family (its colour), label, drawing function, parameters. A picture that several models share has a label
+# that is right for each of them.
 PICTURES = (
     ("genericSensor", "plain", "SENSOR", electronics.any_sensor, {}),
     ("All-groups", "plain", "ALL", groups.all_families, {"accents": ACCENTS}),
@@ -61,7 +62,7 @@ PICTURES = (
     ("TX240", "tavrin", "TX240", optical.triangulation, {"w": 52, "h": 32, "beam": 12, "lens": 38, "cable": "side"}),
     ("TX250", "tavrin", "TX250", optical.triangulation, {"w": 56, "h": 36, "beam": 44, "lens": 14}),
     ("TX260", "tavrin", "TX260", optical.triangulation, {"w": 66, "h": 34, "beam": 12, "lens": 50, "screen": True}),
-    ("TX270", "tavrin", "TX270", optical.triangulation, {"w": 44, "h": 32, "beam": 10, "lens": 35, "nose": 12}),
+    ("TX270", "tavrin", "TX270/300", optical.triangulation, {"w": 44, "h": 32, "beam": 10, "lens": 35, "nose": 12}),
     ("TX280", "tavrin", "TX280", optical.triangulation,
      {"w": 58, "h": 30, "beam": 14, "lens": 49, "nose": 12, "cable": "side"}),
     ("TX290", "tavrin", "TX290", optical.triangulation, {"w": 52, "h": 42, "beam": 12, "lens": 40, "nose": 18}),
@@ -71,7 +72,7 @@ PICTURES = (
     ("RG-group", "range", "RG", groups.members, family_of("RG4xx", "RG52x", "RG531", "RG540")),
     ("RG4xx", "range", "RG4xx", optical.range_finder, {"w": 32, "h": 40}),
     ("RG52x", "range", "RG52x", optical.range_finder, {"w": 44, "h": 44, "screen": True}),
-    ("RG531", "range", "RG531", optical.range_finder, {"w": 38, "h": 34, "hood": 10, "lenses": 1}),
+    ("RG531", "range", "RG53x", optical.range_finder, {"w": 38, "h": 34, "hood": 10, "lenses": 1}),
     ("RG540", "range", "RG540", optical.range_finder, {"w": 42, "h": 36, "bracket": True}),
     # Confocal
     ("CC410", "oscura", "CC410", optical.confocal, {"d": 36, "length": 32}),
@@ -83,7 +84,7 @@ PICTURES = (
     ("CC470", "oscura", "CC470", optical.confocal, {"d": 20, "length": 34}),
     ("CC480", "oscura", "CC480", optical.confocal, {"d": 40, "length": 36, "side_exit": True, "rings": 2}),
     ("CC49x", "oscura", "CC49x", optical.confocal, {"d": 54, "length": 34, "tip": 16, "side_exit": True, "rings": 3}),
-    ("WI610", "wavlen", "WI610", optical.interferometer, {}),
+    ("WI610", "wavlen", "WI610/620", optical.interferometer, {}),
     # Light curtain micrometers
     ("MC-group", "silvant", "MC", groups.members, family_of("MC310", "MC320", "MC330", "MC340")),
     ("MC310", "silvant", "MC310", optical.micrometer, {"block": 22, "h": 48, "gap": 40}),
@@ -95,10 +96,10 @@ PICTURES = (
     ("EC810", "korrin", "EC810", probes.eddy_current, {"d": 18, "length": 42, "coil": 22}),
     ("EC82x", "korrin", "EC82x", probes.eddy_current,
      {"d": 14, "length": 40, "coil": 22, "controller": True, "x": 66}),
-    ("EC830", "korrin", "EC830", probes.eddy_current, {"d": 32, "length": 34, "coil": 44, "threaded": False}),
+    ("EC830", "korrin", "EC830-850", probes.eddy_current, {"d": 32, "length": 34, "coil": 44, "threaded": False}),
     # Capacitive
     ("delmar-group", "delmar", "DELMAR", groups.members, family_of("CP710", "CP720", "CP740", "CB910")),
-    ("CP710", "delmar", "CP710", probes.capacitive, {"d": 40, "h": 26, "guard": 8}),
+    ("CP710", "delmar", "CP710/750", probes.capacitive, {"d": 40, "h": 26, "guard": 8}),
     ("CP720", "delmar", "CP720", probes.capacitive, {"d": 60, "h": 18, "guard": 10, "stem": 6}),
     ("CP730", "delmar", "CP730", probes.capacitive, {"d": 28, "h": 32, "guard": 6}),
     ("CP740", "delmar", "CP740", probes.capacitive, {"d": 50, "h": 22, "guard": 14, "angled": True}),
@@ -109,11 +110,11 @@ PICTURES = (
     ("PG110", "color", "PG110", optical.colour_head, {"w": 40, "h": 28, "optic": 26, "fibre": True}),
     ("PG120", "color", "PG120", optical.colour_head, {"w": 56, "h": 28, "optic": 26, "screen": True}),
     ("HV210", "color", "HV210", optical.colour_head, {"w": 28, "h": 32, "optic": 18}),
-    ("HV220", "color", "HV220", optical.colour_head, {"w": 64, "h": 24, "optic": 44}),
+    ("HV220", "color", "HV2/HV220", optical.colour_head, {"w": 64, "h": 24, "optic": 44}),
     # Inclination and rotation, displacement, profile, thickness
     ("KV-BUS_Gyrant", "gyrant", "KV-BUS", probes.inertial, {"mode": "axes"}),
     ("GY32x", "gyrant", "GY32x", probes.inertial, {"mode": "rotation"}),
-    ("MV410", "morvik", "MV410", probes.plunger, {"d": 16, "length": 30, "tip": 4}),
+    ("MV410", "morvik", "MV4xx", probes.plunger, {"d": 16, "length": 30, "tip": 4}),
     ("MV420", "morvik", "MV420", probes.plunger, {"d": 26, "length": 34, "tip": 5}),
     ("MV430", "morvik", "MV430", probes.plunger, {"d": 20, "length": 24, "tip": 4, "bellows": True}),
     ("DVxxx", "morvik", "DVxxx", probes.draw_wire, {}),
