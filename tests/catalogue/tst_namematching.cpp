@@ -148,9 +148,9 @@ private Q_SLOTS:
     void exactNamesMayBeShorterThanThreeCharacters();
     void candidatesNeedNoOrder();
     void noCandidatesMatchNothing();
-    void catalogueTextsAgreeWithTheDescription_data();
-    void catalogueTextsAgreeWithTheDescription();
-    void anyCandidatesAgreeWithTheDescription();
+    void catalogueTextsAgreeWithMatchingStepByStep_data();
+    void catalogueTextsAgreeWithMatchingStepByStep();
+    void anyCandidatesAgreeWithMatchingStepByStep();
     void everyCharacterFoldsAsInAQtSearch();
     void modelIsConfirmed_data();
     void modelIsConfirmed();
@@ -257,7 +257,7 @@ void TestNameMatching::noCandidatesMatchNothing()
     QCOMPARE(matcher.match("TX270"), NoSensor);
 }
 
-void TestNameMatching::catalogueTextsAgreeWithTheDescription_data()
+void TestNameMatching::catalogueTextsAgreeWithMatchingStepByStep_data()
 {
     QTest::addColumn<int>("texts");
     QTest::addColumn<int>("pieces");
@@ -267,7 +267,7 @@ void TestNameMatching::catalogueTextsAgreeWithTheDescription_data()
     QTest::newRow("thousands of characters") << 30 << 800;
 }
 
-void TestNameMatching::catalogueTextsAgreeWithTheDescription()
+void TestNameMatching::catalogueTextsAgreeWithMatchingStepByStep()
 {
     QFETCH(int, texts);
     QFETCH(int, pieces);
@@ -279,7 +279,7 @@ void TestNameMatching::catalogueTextsAgreeWithTheDescription()
     }
 }
 
-void TestNameMatching::anyCandidatesAgreeWithTheDescription()
+void TestNameMatching::anyCandidatesAgreeWithMatchingStepByStep()
 {
     // A small alphabet produces names of equal length, duplicate names and names within names.
     std::mt19937 random(99);
@@ -337,6 +337,8 @@ void TestNameMatching::modelIsConfirmed_data()
     row("removals add up", "MV/410x", "M_V-4 1", true);
     row("another model", "MV410", "EC830", false);
     row("nothing reported", "MV410", "", false);
+    row("model without a name", "", "EC830", true);
+    row("neither has a name", "", "", true);
 }
 
 void TestNameMatching::modelIsConfirmed()

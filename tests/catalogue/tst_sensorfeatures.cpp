@@ -15,8 +15,8 @@ class TestSensorFeatures : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void modelIsAsDescribed_data();
-    void modelIsAsDescribed();
+    void featuresOfEachModel_data();
+    void featuresOfEachModel();
     void holdsExactlyTheKnownModels();
     void leavesOutNumbersThatAreNotUsed_data();
     void leavesOutNumbersThatAreNotUsed();
@@ -44,12 +44,12 @@ void addModelRows()
 
 } // namespace
 
-void TestSensorFeatures::modelIsAsDescribed_data()
+void TestSensorFeatures::featuresOfEachModel_data()
 {
     addModelRows();
 }
 
-void TestSensorFeatures::modelIsAsDescribed()
+void TestSensorFeatures::featuresOfEachModel()
 {
     QFETCH(expected::Model, model);
     QCOMPARE(static_cast<int>(model.type), model.value);

@@ -39,3 +39,9 @@ inline QStringList commandCalls(const QString &command)
 {
     return {QStringLiteral("SetParameterString(\"S_Command\", \"%1\")").arg(command), "SensorCommand()"};
 }
+
+inline QStringList withoutErrorTexts(QStringList calls)
+{
+    calls.removeAll("GetError(4096)");
+    return calls;
+}

@@ -1,6 +1,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QtTest/qtestcase.h>
+
+// Qt Test gives up after five seconds, which is not enough on a busy machine or under Wine. A wait ends as soon as its
+// condition holds, so the longer limit takes no time when a test passes.
+constexpr int longestTestWait = 30000; // milliseconds
+#undef QTRY_VERIFY
+#undef QTRY_COMPARE
+#define QTRY_VERIFY(...) QTRY_VERIFY_WITH_TIMEOUT((__VA_ARGS__), longestTestWait)
+#define QTRY_COMPARE(actual, ...) QTRY_COMPARE_WITH_TIMEOUT((actual), (__VA_ARGS__), longestTestWait)
+
 /// Registers the main() of a test unit. The units of a folder are one program, which takes the name of the unit to
 /// run as its first argument. This header is precompiled into every unit.
 class TestUnit

@@ -177,7 +177,12 @@ void TestRequestSplits::oneCutChangesNothing()
     QFETCH(RequestSequence, sequence);
     const Outcome whole = fedAtOnce(sequence);
     constexpr int longSize = 4096;
-    for (int position = 0; position <= sequence.bytes.size(); ++position) {
+#ifdef __SANITIZE_ADDRESS__
+    constexpr int step = 5; // what the cuts change is checked without sanitizers
+#else
+    constexpr int step = 1;
+#endif
+    for (int position = 0; position <= sequence.bytes.size(); position += step) {
         // To save time, long sequences are split at every 17th position only, except near their ends.
         const bool isFarFromEnds = position > longSize / 8 && sequence.bytes.size() - position > longSize / 8;
         if (sequence.bytes.size() >= longSize && isFarFromEnds && position % 17 != 0)

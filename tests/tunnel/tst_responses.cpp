@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tunnel/responses_p.h"
 
+#include "tunnelclient.h"
+
 #include <QtTest>
 
 using namespace SondixQt;
@@ -12,11 +14,6 @@ const QByteArray blankLine = QByteArrayLiteral("\r\n\r\n");
 QByteArray headOf(const QByteArray &response)
 {
     return response.left(response.indexOf(blankLine) + blankLine.size());
-}
-
-QByteArray bodyOf(const QByteArray &response)
-{
-    return response.mid(response.indexOf(blankLine) + blankLine.size());
 }
 
 } // namespace

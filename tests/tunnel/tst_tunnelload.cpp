@@ -103,7 +103,7 @@ void TunnelLoadTest::placesOfClientsThatLeftAreFree()
             client.send(getRequest("/"));
             return statusOf(client.response()) == 200;
         };
-        QTRY_VERIFY(isServed());
+        QVERIFY(QTest::qWaitFor(isServed, longestTestWait)); // evaluates it once more only if it was false
     }
 }
 
@@ -167,11 +167,14 @@ void TunnelLoadTest::aClientThatNeverReadsStopsTheWorkForIt()
     greedy.send(getRequest("/greedy").repeated(asked));
     // The tunnel stops serving it long before all its requests are done; other clients are served.
     int served = 0;
+    QElapsedTimer unchanged;
     const auto hasStopped = [&] {
         const int before = std::exchange(served, timesSent("Get_HTTP"));
-        return served > 0 && served == before;
+        if (served != before)
+            unchanged.start();
+        return served > 0 && unchanged.elapsed() >= 500;
     };
-    QTRY_VERIFY_WITH_TIMEOUT(hasStopped(), TunnelClient::timeLimitMs);
+    QVERIFY(QTest::qWaitFor(hasStopped, TunnelClient::timeLimitMs));
     QVERIFY2(served < asked / 2, qPrintable(QString::number(served)));
     TunnelClient honest(url);
     honest.send(getRequest("/"));

@@ -99,7 +99,6 @@ void TunnelLogTest::logGoesWhereTheSettingsSay()
     const QTemporaryDir folder;
     QSettings().setValue(QString("logFileDir"), folder.path());
     Q_EMIT tunnel->enableLogging(true);
-    scriptFailure("Get_HTTP", -1);
     QCOMPARE(tunnel->openTunnel(url), NoError);
     QVERIFY(logName(recorder->take()).startsWith(folder.path() + QString("/WebInterface_TX270_")));
     QCOMPARE(QDir(folder.path()).entryList({QString("WebInterface_TX270_*.log")}).size(), 1);

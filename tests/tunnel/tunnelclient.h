@@ -76,7 +76,7 @@ public:
 #endif
     }
 
-    static constexpr int timeLimitMs = 20000;
+    static constexpr int timeLimitMs = 60000;
 
 private:
     bool receive(int timeLimit)
