@@ -32,7 +32,8 @@ enum ErrorCode : qint32 {
     /// As PartialFailure26.
     PartialFailure27 = -27,
 
-    // Failures of this library itself, which the sensor-access library does not know.
+    // Failures that SensorFinder and SensorReader report themselves. SensorInstance never returns them: its results are
+    // those of the sensor-access library, which is assumed not to use these numbers.
     StoppedError = -32768,     ///< SensorReader: the command was not sent, because the reader has stopped
     TimeLimitError = -32767,   ///< SensorFinder: the time limit of the search has passed
     SkippedError = -32766,     ///< SensorFinder: the sensor-access library cannot search for one of the types

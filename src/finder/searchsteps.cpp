@@ -341,6 +341,7 @@ void SensorFinderPrivate::stopSearch()
     progressTimer->stop();
     processedResultCount = 0;
     QTimer::singleShot(statusLineLifetime, q, [q] { Q_EMIT q->updateSensorFinderStatus(QStringLiteral(" ")); });
+    // Last, because a slot may start the next search here.
     Q_EMIT q->searchFinished();
 }
 

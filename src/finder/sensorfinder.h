@@ -166,7 +166,9 @@ Q_SIGNALS:
     /// Searching, except at the time limit.
     void errorOccurred(SondixQt::ErrorCode code, const QString &text);
     /// Emitted for each sensor that is not on the blacklist, once per search. Its type is NoSensor if similar
-    /// sensors are searched and the answer contains no type.
+    /// sensors are searched and the answer contains no type. A sensor whose description cannot be read is left
+    /// out; if similar sensors are searched and the search is not a full one, it is emitted once, empty. At most 10,000
+    /// results are read for each type that is searched.
     void sensorFound(const SondixQt::SensorInfo &resultInfo);
     /// Emitted at every tick of the search with the \a progress over all types, in percent (0 to 100, rounded
     /// down). Skipped types do not count, so that 100 may never be reached: use searchFinished() to detect the

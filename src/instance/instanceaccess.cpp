@@ -28,4 +28,11 @@ void readTriggerState(SensorInstance *instance)
         d->checkIfTriggerIsEnabled(nullptr);
 }
 
+void forgetSensorInformation(SensorInstance *instance)
+{
+    SensorInstancePrivate *const d = SensorInstancePrivate::get(instance);
+    d->infoParameters.clear();
+    d->infoSettings.clear();
+}
+
 } // namespace SondixQt

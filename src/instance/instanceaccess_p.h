@@ -38,4 +38,7 @@ QHash<int, QString> errorValueTexts(SensorInstance *instance);
 /// trigger.
 void readTriggerState(SensorInstance *instance);
 
+/// Forgets what the sensor has reported about itself; open() alone keeps what the sensor does not report again.
+void forgetSensorInformation(SensorInstance *instance);
+
 } // namespace SondixQt

@@ -182,8 +182,8 @@ public:
     /// Opens the sensor with the interface parameters \a parameters (see SensorInfo::getInterfaceParameters()) and
     /// reads its information. \a parameters are stored as by storeInterfaceParameters(), unless they are empty. If
     /// the sensor cannot be opened, an info map with the number of the sensor as "ST_Empty" is added for each
-    /// sensor ("IP_SensorCount", default 1). Afterwards the model-dependent state is initialised. For an MC340
-    /// this requires "Get_Info": if it fails, its error is returned although the sensor is open. Finally the state
+    /// sensor ("IP_SensorCount", default 1, at most 10000). Afterwards the model-dependent state is initialised. For an
+    /// MC340 this requires "Get_Info": if it fails, its error is returned although the sensor is open. Finally the state
     /// of trigger and synchronisation is read; a failure of this is not returned. \a errorText is that of the last
     /// query; errorMessage() reports all failures.
     ErrorCode open(const QMap<QString, QVariant> &parameters, QString *errorText = nullptr);
@@ -286,8 +286,8 @@ public:
     /// Reads the description of the data frames. \a info is not changed on failure. Not locked as a whole: use it
     /// from one thread at a time.
     ErrorCode transmittedDataInfo(TransmittedDataInfo &info, QString *errorText = nullptr);
-    /// Reads the frame rate in kHz; 0.0 if it is unknown, which is not a failure. \a rate may be null; it is set
-    /// to 0.0 on failure. It can be infinite or NaN if the sensor returns invalid settings. The rate of an RG52x
+    /// Reads the frame rate in kHz (TransmittedDataInfo::datarate is in Hz); 0.0 if it is unknown, which is not a
+    /// failure. \a rate may be null; it is set to 0.0 on failure. It can be infinite or NaN if the sensor returns invalid settings. The rate of an RG52x
     /// or RG53x is computed without a query, from the info parameters of open(), which later settings do not
     /// change, and from the tracking mode, which is known after a command or setTrackingMode(). Until then the
     /// rate is 0.0 for an RG52x and 25 times too high for an RG53x that tracks speed.
@@ -384,10 +384,11 @@ public:
     /// \name Error values
     /// \{
 
-    /// The text of the error that the scaled value \a value encodes, see isErrorValue() and errorValueKey(). For a measured value, for NaN and for an error without a text it is the text of
-    /// error 0, which may be empty. The texts are read at the first call, for all sensors of a multi-sensor or a
-    /// recording, and are then kept. Sensors that cannot be queried have no texts. The reference is valid for the
-    /// lifetime of the instance. Not locked: use it in one thread.
+    /// The text of the error that the scaled value \a value encodes, see isErrorValue() and errorValueKey(). For a
+    /// measured value, for NaN and for an error without a text it is the text of error 0, which may be empty. The
+    /// texts are read at the first call, for all sensors of a multi-sensor or a recording, and are then kept. Sensors
+    /// that cannot be queried have no texts. The reference is valid for the lifetime of the instance. Not locked: use
+    /// it in one thread.
     const QString &getErrorValueText(double value);
     /// \}
 

@@ -14,9 +14,9 @@ class SpecialSensorInstanceRG531Private;
 /// A sensor instance that runs an action before and after every command.
 ///
 /// Some models measure continuously in a tracking mode that a command interrupts. Their subclasses reimplement the
-/// two action functions. SensorInstance::create() chooses the subclass. The command functions are used like those of SensorInstance; the overloads with an
-/// ExecSpecialAction select the actions. Threads: as for SensorInstance, but only one thread at a time may execute
-/// a command sequence.
+/// two action functions. SensorInstance::create() chooses the subclass. The command functions are used like those of
+/// SensorInstance; the overloads with an ExecSpecialAction select the actions. Threads: as for SensorInstance, but only
+/// one thread at a time may execute a command sequence.
 class SONDIXQT_EXPORT SpecialSensorInstance : public SensorInstance
 {
     Q_OBJECT

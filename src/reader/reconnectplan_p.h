@@ -43,4 +43,32 @@ private:
     Milliseconds pause;
 };
 
+/// Whether the sensor that was opened again is the same.
+enum class Identity {
+    Same,
+    Unknown, ///< it does not report a serial number that it has reported before
+    Other,
+};
+
+/// Compares the serial numbers of the sensors of an instance \a before and \a now; an empty one is not known.
+inline Identity compareIdentity(const QStringList &before, const QStringList &now)
+{
+    const auto isUnknown = [](const QString &number) { return number.isEmpty(); };
+    if (std::all_of(before.begin(), before.end(), isUnknown))
+        return Identity::Same;
+    if (std::all_of(now.begin(), now.end(), isUnknown))
+        return Identity::Unknown;
+    if (before.size() != now.size())
+        return Identity::Other;
+    Identity result = Identity::Same;
+    for (int i = 0; i < now.size(); ++i) {
+        if (isUnknown(before[i]) || before[i] == now[i])
+            continue;
+        if (!isUnknown(now[i]))
+            return Identity::Other;
+        result = Identity::Unknown;
+    }
+    return result;
+}
+
 } // namespace SondixQt

@@ -19,8 +19,9 @@ class SensorInfo;
 /// How to reach one sensor: its model and the interface parameters that open it. It can be kept as a text.
 ///
 /// The text form is "<model>@<interface>,<name>=<value>,...", such as "TX270@RS232,port=COM3,baudrate=115200". It needs
-/// no quotes in a shell. The names are those of keys(); any other parameter has the sensor-access library's name, such
-/// as "IP_Timeout". Characters other than letters, digits and "-._~:/+" are percent-encoded.
+/// no quotes in a shell. The names are those of keys(): port, baudrate, stopbits, bytesize, parity, sensor-address,
+/// address, remote-port, data-port, address-family, card, device, channel and serial-number. Any other parameter has the
+/// sensor-access library's name, such as "IP_Timeout". Characters other than letters, digits and "-._~:/+" are percent-encoded.
 ///
 /// \par Threads
 /// A value type: different objects may be used in different threads.

@@ -14,7 +14,7 @@
 namespace scriptedsearch {
 
 constexpr int refused = -5;
-constexpr int waitLimit = 10000;
+constexpr int waitLimit = 60000;
 
 /// The answers that the finder gets in one tick.
 struct Tick

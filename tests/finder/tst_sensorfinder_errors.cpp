@@ -232,13 +232,13 @@ void TestSensorFinderErrors::aSearchEndsAtItsTimeLimit()
     answerResults({"IP_SensorType=41 SA_SerialNumber=\"1\"", "IP_SensorType=41 SA_SerialNumber=\"2\""});
     SensorFinder finder;
     Recorder recorder(finder, Recorder::WithErrors);
-    finder.setTimeLimit(700ms);
-    QCOMPARE(finder.timeLimit(), 700ms);
+    finder.setTimeLimit(2700ms); // both results come with the second tick, after 500 ms
+    QCOMPARE(finder.timeLimit(), 2700ms);
     QElapsedTimer timer;
     timer.start();
     finder.startSearch(TX270);
     QVERIFY(recorder.waitForEnd());
-    QVERIFY2(timer.elapsed() >= 700, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY2(timer.elapsed() >= 2700, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(recorder.linesOf("found"), QStringList({"found 1", "found 2"}));
     const QStringList expected = {
         "error -32767", "status 0", "status 0", "text Scan finished, devices found: 2", "finished",
@@ -246,7 +246,7 @@ void TestSensorFinderErrors::aSearchEndsAtItsTimeLimit()
     QCOMPARE(recorder.lines.mid(recorder.lines.indexOf(expected.first())), expected);
     QCOMPARE(finder.status(), SensorFinder::Ready);
     QCOMPARE(finder.error(), TimeLimitError);
-    QCOMPARE(finder.errorString(), "the search did not end within 0.7 s");
+    QCOMPARE(finder.errorString(), "the search did not end within 2.7 s");
     QCOMPARE(sentCommands().count("Abort_FindSensor"), 1);
     QVERIFY(isQuiet());
 }
@@ -277,10 +277,11 @@ void TestSensorFinderErrors::aSearchThatFindsNothingEndsAtItsTimeLimit()
 
 void TestSensorFinderErrors::theTimeLimitIsForAllTypes()
 {
-    answerProgress({{"50.0"}, {"100.0"}});
+    for (const SensorType type : {TX270, CC480})
+        answerProgress({{"20.0"}, {"40.0"}, {"60.0"}, {"80.0"}, {"90.0"}, {"100.0"}}, type);
     SensorFinder finder;
     Recorder recorder(finder, Recorder::WithErrors);
-    finder.setTimeLimit(600ms); // the first type takes two ticks of 250 ms
+    finder.setTimeLimit(2250ms); // each type takes six ticks of 250 ms
     finder.startSearch({TX270, CC480, MC320}, true);
     QVERIFY(recorder.waitForEnd());
     QCOMPARE(recorder.linesOf("error"), QStringList("error -32767"));
@@ -302,15 +303,14 @@ void TestSensorFinderErrors::aSearchThatIsCompleteHasNotReachedItsLimit()
 
 void TestSensorFinderErrors::theLimitOfEachSearchIsItsOwn()
 {
-    answerProgress({{"50.0"}, {"50.0"}, {"50.0"}, {"100.0"}});
     SensorFinder finder;
-    finder.setTimeLimit(1500ms);
+    finder.setTimeLimit(3000ms);
     Recorder recorder(finder, Recorder::WithErrors);
-    for (int searches = 1; searches <= 2; ++searches) { // each takes a second
+    for (int searches = 1; searches <= 2; ++searches) { // each takes two seconds
+        sondixsim::clearFaults();
+        answerProgress({{"20.0"}, {"30.0"}, {"40.0"}, {"50.0"}, {"60.0"}, {"70.0"}, {"80.0"}, {"100.0"}});
         finder.startSearch(TX270);
         QVERIFY(recorder.waitForEnd(searches));
-        sondixsim::clearFaults();
-        answerProgress({{"50.0"}, {"50.0"}, {"50.0"}, {"100.0"}});
     }
     QCOMPARE(recorder.linesOf("error"), QStringList());
 }

@@ -154,10 +154,4 @@ inline QStringList writeInt(const char *command, const char *parameter, int valu
     return QStringList(setInt(parameter, value)) + commandCalls(command);
 }
 
-inline QStringList withoutErrorTexts(QStringList calls)
-{
-    calls.removeAll("GetError(4096)");
-    return calls;
-}
-
 } // namespace modesbench

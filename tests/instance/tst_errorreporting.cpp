@@ -13,10 +13,6 @@
 
 using namespace SondixQt;
 
-namespace {
-
-} // namespace
-
 /// How results of the C interface are reported: by texts, debug output and the signal.
 class ErrorReportingTest : public QObject
 {

@@ -9,10 +9,6 @@
 
 using namespace SondixQt;
 
-namespace {
-
-} // namespace
-
 /// Enabling, disabling and writing the log of the sensor-access library.
 class InstanceLoggingTest : public QObject
 {

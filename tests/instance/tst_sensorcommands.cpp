@@ -11,10 +11,6 @@
 using namespace SondixQt;
 using Parameters = QMap<QString, QVariant>;
 
-namespace {
-
-} // namespace
-
 /// The command layer: staging, sending and reading, also after a failure.
 class SensorCommandsTest : public QObject
 {
@@ -28,6 +24,7 @@ private Q_SLOTS:
     void stagingStopsAtTheFirstFailure();
     void oneParameterForms_data();
     void oneParameterForms();
+    void textsAreSentInLatin1();
     void failedStagingOfTheParameterPreventsTheCommand();
     void resultsAreReadIntoTheirTargets();
     void variantTargetsAreReadByTheirType();
@@ -164,6 +161,18 @@ void SensorCommandsTest::oneParameterForms()
     }
     QCOMPARE(result, NoError);
     QCOMPARE(recorder.take(), QStringList(call) + commandCalls("Set_X"));
+}
+
+void SensorCommandsTest::textsAreSentInLatin1()
+{
+    OpenSensorInstance sensor(TX270);
+    scriptAnswer("Set_X", "");
+    CallRecorder recorder;
+    QCOMPARE(sensor->sendCommand("Set_X", "SP_X", QStringLiteral("\u00b5m")), NoError);
+    const std::vector<sondixsim::Call> calls = sondixsim::calls();
+    QVERIFY(!calls.empty());
+    QCOMPARE(QByteArray::fromStdString(calls.front().text()),
+             QByteArray("SetParameterString(\"SP_X\", \"\xb5m\")"));
 }
 
 void SensorCommandsTest::failedStagingOfTheParameterPreventsTheCommand()

@@ -11,16 +11,6 @@
 using namespace SondixQt;
 using Parameters = QMap<QString, QVariant>;
 
-namespace {
-
-QStringList withoutErrorTexts(QStringList calls)
-{
-    calls.removeAll("GetError(4096)");
-    return calls;
-}
-
-} // namespace
-
 /// Creation, opening, closing and release.
 class SensorInstanceTest : public QObject
 {
@@ -47,6 +37,7 @@ private Q_SLOTS:
     void failedOpenLeavesOneEntryForEachExpectedSensor_data();
     void failedOpenLeavesOneEntryForEachExpectedSensor();
     void openReadsTheInformationOfEverySensorOfASetup();
+    void informationOfTheNextSensorTakesThePlaceOfUnreadableOne();
     void plainSensorIsNotAskedForASetup();
     void unreadableInformationDoesNotFailTheOpen();
     void openKeepsTheInterfaceParameters();
@@ -317,6 +308,23 @@ void SensorInstanceTest::openReadsTheInformationOfEverySensorOfASetup()
                                  "GetParameterString(\"SA_SensorInformation\", null)"}));
     QCOMPARE(sensor.getInfoParameters().size(), 2);
     QVERIFY(sensor.getInfoParameter("SA_SerialNumber", 1) != sensor.getInfoParameter("SA_SerialNumber", 2));
+}
+
+void SensorInstanceTest::informationOfTheNextSensorTakesThePlaceOfUnreadableOne()
+{
+    const Parameters parameters = testBenchParameters(MultiSensor);
+    QVariant serialNumber;
+    {
+        SensorInstance sensor(MultiSensor);
+        QCOMPARE(sensor.open(parameters), NoError);
+        serialNumber = sensor.getInfoParameter("SA_SerialNumber", 2);
+        QVERIFY(!serialNumber.toString().isEmpty());
+    }
+    scriptParameterFailure("SA_SensorInformation#S1", -7);
+    scriptParameterFailure("SA_SensorInformation", -7);
+    SensorInstance sensor(MultiSensor);
+    QCOMPARE(sensor.open(parameters), NoError);
+    QCOMPARE(sensor.getInfoParameter("SA_SerialNumber", 1), serialNumber);
 }
 
 void SensorInstanceTest::plainSensorIsNotAskedForASetup()

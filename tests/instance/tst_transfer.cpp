@@ -29,10 +29,6 @@ private Q_SLOTS:
     void successClearsTheText();
 };
 
-namespace {
-
-} // namespace
-
 void TestTransfer::availableValues()
 {
     TransferSensor sensor;

@@ -38,6 +38,7 @@ private Q_SLOTS:
     void unansweredRangeLeavesTheSignalsUnset();
     void unansweredRangeKeepsTheSignalsOfTheLastSensor();
 
+    void networkIsRecognizedInCapitalLetters();
     void modelWithoutVideoLeavesTheListAndTheNames();
     void unchangedThresholdNames_data();
     void unchangedThresholdNames();
@@ -209,6 +210,18 @@ void VideoSetupTest::unansweredRangeKeepsTheSignalsOfTheLastSensor()
     QCOMPARE(int(sensor->open(parameters(MC340, Ethernet))), -51);
     QCOMPARE(sensor->getAvailableVideoSignalCount(), 5);
     QCOMPARE(sensor->getVideoResolution(), 16384);
+}
+
+void VideoSetupTest::networkIsRecognizedInCapitalLetters()
+{
+    load({CC430});
+    Sensor sensor(CC430);
+    sensor->storeInterfaceParameters({{"IP_Interface", "tcp/ip"}});
+    QVERIFY(!sensor->isVideoSupported());
+    sensor->storeInterfaceParameters({{"IP_Interface", "fast TCP/IP"}});
+    QVERIFY(sensor->isVideoSupported());
+    sensor->storeInterfaceParameters({});
+    QVERIFY(!sensor->isVideoSupported());
 }
 
 void VideoSetupTest::modelWithoutVideoLeavesTheListAndTheNames()
