@@ -58,7 +58,7 @@ public:
     /// The number of the first frame within the run.
     qint64 firstFrame() const;
 
-    /// A value in the unit SignalInfo::scaledUnit. Values of -1.0e10 and below are errors, see isErrorValue().
+    /// A value in the unit SignalInfo::scaledUnit. NaN and values of -1.0e10 and below are errors, see isErrorValue().
     double scaled(int frame, int signal) const;
     /// A value as the sensor sends it.
     qint32 raw(int frame, int signal) const;
@@ -66,7 +66,7 @@ public:
     QVector<double> scaledValues(int signal) const;
     /// All values, frame by frame.
     const QVector<double> &scaledData() const;
-    /// \copydoc scaledData
+    /// All values as the sensor sends them, frame by frame.
     const QVector<qint32> &rawData() const;
 
     /// The time of the first frame, as the sensor-access library reports it; empty if it reports none.
@@ -78,7 +78,7 @@ public:
     std::optional<double> frameTime(int frame) const;
 
     /// The time of the first frame on the clock of the computer, in UTC; invalid if time() is empty, or while the
-    /// clocks could not yet be related. They are related once a run and followed.
+    /// clocks could not yet be related. Every transfer relates them more exactly, and drift between them is followed.
     QDateTime wallClockTime() const;
     /// The same in microseconds since 1970-01-01 00:00 UTC.
     std::optional<qint64> wallClockMicroseconds() const;
@@ -86,7 +86,7 @@ public:
     /// been measured.
     double wallClockUncertainty() const;
 
-    /// The frames from \a first on, at most \a count.
+    /// The frames from \a first on, at most \a count; all of them if \a count is -1.
     DataBlock mid(int first, int count = -1) const;
 
 private:
@@ -95,12 +95,17 @@ private:
 };
 
 /// Values that are missing between two blocks.
+///
+/// Missing frames are counted by the times of the frames around them and the distance of frames. The number is exact, or it
+/// is not known: without a distance or a time, if a command may have interrupted the measurement, and if so many frames are
+/// missing that the error of the distance, at first 0.1 % and after some blocks much less, makes half a frame. On a line
+/// that is too slow for the sensor one gap stands for all frames that are missing during a transfer.
 struct SONDIXQT_EXPORT DataGap
 {
     enum Reason {
         LibraryOverrun,  ///< the buffer of the sensor-access library was full: the reader did not read in time
         ConsumerOverrun, ///< the queue of the reader was full: its signals were not delivered in time
-        Disconnected,    ///< the sensor was gone
+        Disconnected,    ///< the sensor was disconnected
         Restarted,       ///< a command or setting has interrupted the measurement
         Unknown,         ///< the times of the blocks do not fit, for example because they jump back
     };

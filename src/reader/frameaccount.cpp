@@ -25,12 +25,16 @@ constexpr double tolerance = 0.5;
 /// The same while the period is expected to change, and while a new one is to be confirmed.
 constexpr double pendingTolerance = 0.05;
 constexpr double confirmingTolerance = 0.25;
+/// Times are no more precise than this, in frames.
+constexpr double smallestImprecision = 1.0e-3;
 /// The imprecision of early times is forgotten by this factor per transfer.
 constexpr double slackDecay = 63.0 / 64.0;
+/// The same for the stretch: one loss does not keep transfers small for long.
+constexpr double stretchDecay = 0.5;
+constexpr double maxStretch = 1.0e6;
 constexpr double maxCountedFrames = 1.0e15;
 /// Times that are early by no more than this are imprecise; otherwise the clock has been set back.
 constexpr double maxEarlySeconds = 0.1;
-constexpr int minTransferFrames = 16;
 constexpr int maxTransferFrames = 8192;
 
 double periodOf(double rateHz)
@@ -45,6 +49,7 @@ void FramePeriod::reset(double seconds)
     reported = value = seconds;
     relativeError = reportedRateError;
     jitter = 0.0;
+    measuredOnce = false;
     origin.reset();
 }
 
@@ -73,6 +78,7 @@ void FramePeriod::observe(qint64 frame, double time)
     const double measured = span > 0.0 ? (time - origin->time) / span : 0.0;
     if (!(measured > 0.0))
         return;
+    measuredOnce = true;
     const double deviation = std::fabs(measured - value) / value * span;
     jitter = std::max(jitter / 2.0, deviation);
     const double weight = span * span / (span * span + reportedSpan * reportedSpan);
@@ -105,6 +111,15 @@ void FrameAccount::resume(const Timing &newTiming)
 {
     timing = newTiming;
     forgetTimes();
+}
+
+void FrameAccount::resumeWith(int values, bool restarted, const Timing &newTiming)
+{
+    resume(newTiming);
+    hasEarlier = values > 0;
+    earlier = values;
+    isRestarted = restarted;
+    hasRhythm = false;
 }
 
 void FrameAccount::commandSent(const Timing &newTiming)
@@ -142,6 +157,8 @@ void FrameAccount::forgetTimes()
     pending = unconfirmed = false;
     nextPeriod = 0.0;
     slack = 0.0;
+    stretch = 1.0;
+    probes = maxProbes;
     hasLast = false;
 }
 
@@ -176,9 +193,11 @@ FrameAccount::Fit FrameAccount::fit(double time) const
         const double newExcess = std::fabs(frameExcess(time, expected));
         if (newExcess <= tolerance && newExcess < std::fabs(excess))
             return Fit::NewPeriod;
-        // The command was carried out after the last frame and has restarted the measurement.
+        // The command was carried out after the last frame and has restarted the measurement. If it has instead discarded
+        // a frame, the times follow the same rhythm.
         const double afterLast = time - lastTime - static_cast<double>(next - 1 - lastFrame) * period.seconds();
-        if (afterLast >= expected * (1.0 - tolerance) &&
+        const bool sameRhythm = nextPeriod == 0.0 && std::fabs(excess - 1.0) <= imprecision();
+        if (!sameRhythm && afterLast >= expected * (1.0 - tolerance) &&
             afterLast <= (period.seconds() + expected) * (1.0 + reportedRateError))
             return Fit::NewPeriod;
     }
@@ -196,6 +215,13 @@ double FrameAccount::toleratedExcess() const
     return std::max(tolerance, 2.0 * slack);
 }
 
+/// How much the time of the next frame may deviate from its rhythm, in frames.
+double FrameAccount::imprecision() const
+{
+    const double drift = static_cast<double>(next - lastFrame) * period.uncertainty();
+    return std::min(smallestImprecision + jitterFactor * period.recentJitter() + drift, tolerance);
+}
+
 void FrameAccount::followImprecision(double excess)
 {
     slack *= slackDecay;
@@ -203,8 +229,36 @@ void FrameAccount::followImprecision(double excess)
         slack = std::max(slack, -excess);
 }
 
+/// \a periods have passed during the last transfer.
+void FrameAccount::followStretch(double periods)
+{
+    const auto frames = static_cast<double>(next - lastFrame);
+    const double latest = frames > 0.0 ? std::min(periods / frames, maxStretch) : 1.0;
+    stretch = std::max(latest, 1.0 + (stretch - 1.0) * stretchDecay);
+}
+
+/// Follows the values of resumeWith() and the first transfer after them.
+/// \return whether the transfer continues the rhythm of those before
+bool FrameAccount::followEarlier(int values, double time)
+{
+    const bool isKnown = hasLast && period.isKnown();
+    const double excess = isKnown ? frameExcess(time, period.seconds()) : 0.0;
+    // A measurement that has begun again has another phase, too. Whole periods are frames that were lost.
+    const bool isInPhase = isKnown && std::fabs(excess - std::nearbyint(excess)) <= pendingTolerance;
+    const bool isNext = isInPhase && std::fabs(excess) < tolerance;
+    const bool follows = isNext || (isInPhase && hasRhythm && !isRestarted);
+    if (!follows)
+        forgetTimes();
+    hasRhythm = follows;
+    hasEarlier = earlier > 0;
+    earlier -= values;
+    return follows;
+}
+
 bool FrameAccount::fits(double time) const
 {
+    if (hasEarlier)
+        return true;
     const Fit result = fit(time);
     return result != Fit::Ahead && result != Fit::Behind && result != Fit::Early;
 }
@@ -244,12 +298,15 @@ FrameAccount::Frames FrameAccount::add(int values, double time)
     // Such a transfer begins in a frame whose beginning is lost, and its time is that of this frame.
     if (toSkip > 0)
         time = period.isKnown() ? time + period.seconds() : std::numeric_limits<double>::quiet_NaN();
+    if (hasEarlier)
+        result.continues = followEarlier(values, time);
     const Fit kind = fit(time);
     std::optional<double> firstTime;
     if (kind != Fit::Standing)
         firstTime = time;
 
     const double excess = hasLast && firstTime && period.isKnown() ? frameExcess(time, period.seconds()) : 0.0;
+    followStretch(static_cast<double>(next - lastFrame) + (kind == Fit::Ahead ? excess : 0.0));
     if (kind == Fit::NewPeriod) {
         beginPeriod();
         result.continues = false;
@@ -282,10 +339,12 @@ FrameAccount::Frames FrameAccount::add(int values, double time)
                 reason = DataGap::LibraryOverrun;
             result.gap = missing(std::nullopt, reason, firstTime);
             const bool wasPending = pending;
-            if (reason == DataGap::LibraryOverrun) // the estimated period still holds
+            if (reason == DataGap::LibraryOverrun) { // the estimated period still holds
                 period.restart();
-            else
+                probes = maxProbes;
+            } else {
                 forgetTimes();
+            }
             if (wasPending) { // frames of the period before may still follow
                 period.reset(0.0);
                 commandSent(timing);
@@ -303,6 +362,7 @@ FrameAccount::Frames FrameAccount::add(int values, double time)
     result.count = total / perFrame;
     incomplete = total % perFrame;
     result.time = firstTime;
+    probes = std::max(probes - 1, 0);
     if (firstTime) {
         period.observe(next, *firstTime);
         hasLast = true;
@@ -319,12 +379,15 @@ FrameAccount::Frames FrameAccount::add(int values, double time)
 
 int FrameAccount::maxFrames() const
 {
-    if (!timing.regular || pending)
+    if (!timing.regular || pending || hasEarlier)
         return 1; // each frame has a time of its own
     if (!period.isKnown())
         return maxTransferFrames;
-    return std::clamp(static_cast<int>(transferError / period.uncertainty()), minTransferFrames,
-                      maxTransferFrames);
+    if (!period.isMeasured() && probes > 0)
+        return 1;
+    // Where frames are missing all the time, as on a line that is too slow, a transfer takes longer.
+    const auto frames = static_cast<int>(transferError / (period.uncertainty() * stretch));
+    return std::clamp(frames, 1, maxTransferFrames);
 }
 
 } // namespace SondixQt

@@ -22,9 +22,13 @@ public:
     void shift(double seconds);
 
     bool isKnown() const { return value > 0.0; }
+    /// Whether the reported distance has been compared with the times of two blocks.
+    bool isMeasured() const { return measuredOnce; }
     double seconds() const { return value; }
     /// The relative error that the estimate may have.
     double uncertainty() const { return relativeError; }
+    /// By how much times have recently deviated from the prediction, in frames.
+    double recentJitter() const { return jitter; }
 
 private:
     struct Point
@@ -36,7 +40,8 @@ private:
     double reported = 0.0;
     double value = 0.0;
     double relativeError = 0.0;
-    double jitter = 0.0; ///< recent deviation of a block from the prediction, in frames
+    double jitter = 0.0;
+    bool measuredOnce = false;
     std::optional<Point> origin;
     Point checkpoint; ///< becomes the origin, so that a drift of the sensor's clock is followed
 };
@@ -78,6 +83,10 @@ public:
     DataGap breakOff(DataGap::Reason reason);
     /// The stream goes on after breakOff().
     void resume(const Timing &timing);
+    /// The stream goes on with \a values values that were measured before. A command may have changed the rate or restarted
+    /// the measurement since then; \a isRestarted: it has restarted it. Between these values and up to the first one after
+    /// them, only whole periods that are missing in the present rhythm are a gap.
+    void resumeWith(int values, bool isRestarted, const Timing &timing);
     /// A command has been sent that may have changed the rate or interrupted the measurement. Values that were
     /// measured before it may still arrive.
     void commandSent(const Timing &timing);
@@ -103,13 +112,18 @@ public:
 
 private:
     enum class Fit { Continues, NewPeriod, Ahead, Early, Behind, Standing };
+    static constexpr int maxProbes = 8;
+
     Fit fit(double time) const;
     double frameExcess(double time, double seconds) const;
     double toleratedExcess() const;
+    double imprecision() const;
     void followImprecision(double excess);
+    void followStretch(double periods);
     void beginPeriod();
     DataGap missing(std::optional<qint64> frames, DataGap::Reason reason, std::optional<double> endTime);
     void forgetTimes();
+    bool followEarlier(int values, double time);
 
     Timing timing;
     FramePeriod period;
@@ -117,6 +131,12 @@ private:
     double nextPeriod = 0.0;  ///< the period that it may have set; 0: none
     bool unconfirmed = false; ///< the last transfer has begun a new period: the next one must confirm it
     double slack = 0.0;       ///< frames by which times have recently been too early: they are that imprecise
+    double stretch = 1.0;     ///< periods per frame that have recently passed: more than 1 if frames are missing
+    bool hasEarlier = false;  ///< resumeWith(): until the first transfer after them
+    int earlier = 0;          ///< values of them that have not been transferred
+    bool isRestarted = false; ///< another measurement has begun after them
+    bool hasRhythm = false;   ///< the last of them had the present period
+    int probes = maxProbes;   ///< transfers of single frames that are still wanted to measure the period
     int incomplete = 0;       ///< values of an incomplete frame
     int toSkip = 0;           ///< values of a frame whose beginning is lost
     int run = 0;

@@ -64,6 +64,13 @@ bool hasSameValues(const TransmittedDataInfo &a, const TransmittedDataInfo &b)
            std::equal(a.signals.begin(), a.signals.end(), b.signals.begin(), b.signals.end(), isSame);
 }
 
+/// Unlike operator==, which compares nothing but the signals.
+bool isSameDescription(const TransmittedDataInfo &a, const TransmittedDataInfo &b)
+{
+    return a == b && a.datarate == b.datarate && a.maxValuesPerFrame == b.maxValuesPerFrame &&
+           a.videoSignals == b.videoSignals;
+}
+
 /// Commands with this prefix change nothing.
 bool isQuery(const QString &command)
 {
@@ -181,6 +188,8 @@ bool ReaderThread::read()
             if (isStopping())
                 break;
             deliver();
+            if (result == Result::Failed) // reopen() reports the gap of a loss
+                queue->push(account.breakOff(DataGap::Disconnected));
             fail(error);
             return false;
         }
@@ -248,24 +257,32 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
             error.text = QStringLiteral("the sensor-access library does not support this model");
         return Result::Failed;
     }
-    if (!instance->isOpen()) {
+    const bool wasOpen = instance->isOpen();
+    if (!wasOpen) {
         error.text.clear();
+        if (state == SensorReader::Reconnecting)
+            forgetSensorInformation(instance); // it may be another sensor
         error.code = instance->open(parameters, &error.text);
-        if (error.code != NoError)
+        if (error.code != NoError) {
+            error.text = failureText(error.code, error.text);
             return Result::Lost;
+        }
         if (state == SensorReader::Opening)
             closes = true;
     }
-    if (!checkIdentity(error))
-        return Result::Failed;
-    const Result result = applySettings(error);
+    Result result = checkIdentity(error);
+    if (result != Result::Done)
+        return result;
+    result = applySettings(error);
     if (result != Result::Done)
         return result;
 
     const TransmittedDataInfo before = frame;
     error.code = describe(&error.text);
-    if (error.code != NoError)
+    if (error.code != NoError) {
+        error.text = failureText(error.code, error.text);
         return Result::Lost;
+    }
     if (frame.valuesPerFrame < 1 || frame.signals.size() != frame.valuesPerFrame) {
         error = {FrameError, QStringLiteral("the sensor reports %1 values per frame").arg(frame.valuesPerFrame)};
         frame = before;
@@ -275,9 +292,9 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
     polled = instance->isGetMeasureNeeded();
     updateTriggerState();
     report();
-    if (before != frame || state == SensorReader::Opening)
+    if (!isSameDescription(before, frame) || state == SensorReader::Opening)
         queue->push(frame);
-    resumeAccount();
+    resumeAccount(wasOpen);
     lastFrame = Clock::now();
     drainedAt = 0.0;
     wallClock = {};
@@ -298,36 +315,46 @@ void ReaderThread::report()
     queue->push(report);
 }
 
-/// The first values may have been measured before the settings were applied.
-void ReaderThread::resumeAccount()
+/// The first values may have been measured before the settings were applied, before others have changed the sensor, or before
+/// a command that has stopped a tracking sensor. \a wasOpen: others may have sent commands.
+void ReaderThread::resumeAccount(bool wasOpen)
 {
+    const bool mayHaveChanged = wasOpen || isSpecial() || !task.settings.empty();
     int available = 0;
-    if (task.settings.empty() || (instance->dataAvail(available) == NoError && available == 0)) {
+    const bool mayWait = mayHaveChanged && (instance->dataAvail(available) != NoError || available > 0);
+    unsettled = 0;
+    if (!mayWait) {
         account.resume(timing());
-        unsettled = 0;
-        return;
+    } else if (!task.settings.empty()) {
+        FrameAccount::Timing unknown = timing();
+        unknown.rateHz = 0.0;
+        account.resume(unknown);
+        account.commandSent(timing());
+        unsettled = 2;
+    } else {
+        account.resumeWith(available, isSpecial(), timing());
     }
-    FrameAccount::Timing unknown = timing();
-    unknown.rateHz = 0.0;
-    account.resume(unknown);
-    account.commandSent(timing());
-    unsettled = 2;
 }
 
-/// False if another sensor has answered than before.
-bool ReaderThread::checkIdentity(ReaderError &error)
+/// Failed if another sensor has answered than before, Lost if it does not report which one it is.
+ReaderThread::Result ReaderThread::checkIdentity(ReaderError &error)
 {
     const QStringList numbers = serialNumbers(*instance);
-    const auto isUnknown = [](const QString &number) { return number.isEmpty(); };
-    if (state == SensorReader::Opening || std::all_of(identity.begin(), identity.end(), isUnknown)) {
+    const Identity found = state == SensorReader::Opening ? Identity::Same : compareIdentity(identity, numbers);
+    switch (found) {
+    case Identity::Same:
         identity = numbers;
-        return true;
+        return Result::Done;
+    case Identity::Unknown:
+        error = {OtherSensorError, QStringLiteral("the sensor does not report its serial number, which was %1")
+                                       .arg(identity.join(QStringLiteral(", ")))};
+        return Result::Lost;
+    case Identity::Other:
+        break;
     }
-    if (numbers == identity)
-        return true;
     error = {OtherSensorError, QStringLiteral("another sensor answers: serial number %1 instead of %2")
                                    .arg(numbers.join(QStringLiteral(", ")), identity.join(QStringLiteral(", ")))};
-    return false;
+    return Result::Failed;
 }
 
 ReaderThread::Result ReaderThread::applySettings(ReaderError &error)
@@ -337,7 +364,8 @@ ReaderThread::Result ReaderThread::applySettings(ReaderError &error)
         const CommandResult result = send(setting);
         if (result.code == NoError)
             continue;
-        error = {result.code, QStringLiteral("the sensor refuses %1: %2").arg(setting.command, result.errorText)};
+        error = {result.code, QStringLiteral("the sensor refuses %1: %2")
+                                  .arg(setting.command, failureText(result.code, result.errorText))};
         int unused = 0;
         // Refused, or gone meanwhile?
         return instance->dataAvail(unused) == NoError ? Result::Failed : Result::Lost;
@@ -405,15 +433,19 @@ void ReaderThread::runCommand()
 {
     forgetSettingsIfRequested();
     const ReaderCommand command = takeCommand();
+    const Clock::duration silence = Clock::now() - lastFrame;
     const CommandResult answer = send(command);
+    const bool onlyReads = command.work ? command.workEffect == SensorReader::OnlyReads : isQuery(command.command);
+    const bool mayChange = !onlyReads || isSpecial();
+    const int waiting = mayChange ? waitingValues() : 0;
     if (command.isSetting && answer.code == NoError) {
         task.settings.push_back(command);
         replaceEarlier(task.settings, command);
     }
     queue->push(CommandAnswer{command.number, answer});
-    const bool onlyReads = command.work ? command.workEffect == SensorReader::OnlyReads : isQuery(command.command);
-    if (!onlyReads || isSpecial())
-        followCommand();
+    if (mayChange)
+        followCommand(waiting);
+    lastFrame = std::max(lastFrame, Clock::now() - silence); // no values were fetched meanwhile
 }
 
 CommandResult ReaderThread::send(const ReaderCommand &command)
@@ -426,8 +458,8 @@ CommandResult ReaderThread::send(const ReaderCommand &command)
     return result;
 }
 
-/// Reads again what a command may have changed.
-void ReaderThread::followCommand()
+/// Reads again what a command may have changed. \a waiting values were there when it had been carried out.
+void ReaderThread::followCommand(int waiting)
 {
     const TransmittedDataInfo before = frame;
     QString text;
@@ -444,11 +476,12 @@ void ReaderThread::followCommand()
         deliver();
         collector.clear();
         queue->push(account.breakOff(DataGap::Restarted));
+        discard(waiting);
         account.resume(timing());
     } else {
         account.commandSent(timing());
     }
-    if (before != frame) {
+    if (!isSameDescription(before, frame)) {
         deliver();
         queue->push(frame);
     }

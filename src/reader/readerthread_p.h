@@ -37,6 +37,9 @@ using ReaderCommands = std::vector<ReaderCommand>;
 /// Removes the settings of the same kind that stand before \a setting.
 void replaceEarlier(ReaderCommands &settings, const ReaderCommand &setting);
 
+/// \a text; if it is empty, because the sensor-access library has no text for \a code, a text with the number.
+QString failureText(ErrorCode code, const QString &text);
+
 /// What a thread reads and how.
 struct ReaderTask
 {
@@ -84,18 +87,20 @@ private:
     bool reopen(ReaderError &loss);
     void closeSensor();
     void report();
-    void resumeAccount();
-    bool checkIdentity(ReaderError &error);
+    void resumeAccount(bool wasOpen);
+    Result checkIdentity(ReaderError &error);
 
     Result poll(ReaderError &error);
     Result transfer(bool &drained, ReaderError &error);
     Result lossOf(ErrorCode code, ReaderError &error) const;
     void collect(int count, double time);
+    int waitingValues();
+    void discard(int values);
     void queryRate();
     bool isSilent(ReaderError &error) const;
     void runCommand();
     CommandResult send(const ReaderCommand &command);
-    void followCommand();
+    void followCommand(int waiting);
 
     void deliver();
     void setState(SensorReader::State state);

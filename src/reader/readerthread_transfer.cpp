@@ -9,7 +9,7 @@ namespace SondixQt {
 
 namespace {
 
-constexpr int maxBlockValues = 1 << 20;
+constexpr int maxBatchValues = 1 << 20;
 /// A sensor that always has values must not keep the thread from commands and deliveries.
 constexpr int maxTransfersPerPoll = 1 << 14;
 /// Frames of one answer of a sensor that measures when it is polled.
@@ -24,6 +24,11 @@ double computerTime()
 }
 
 } // namespace
+
+QString failureText(ErrorCode code, const QString &text)
+{
+    return text.isEmpty() ? QStringLiteral("the sensor reports error %1").arg(int(code)) : text;
+}
 
 /// Transfers everything that is there.
 ReaderThread::Result ReaderThread::poll(ReaderError &error)
@@ -92,7 +97,7 @@ void ReaderThread::collect(int count, double time)
         queryRate();
     const FrameAccount::Frames frames = account.add(count, time);
     collector.accept(frames.discardedEarlier, frames.discardedNow, count);
-    if (frames.gap || !collector.isContinuedBy(frames) || collector.valueCount() >= maxBlockValues)
+    if (frames.gap || !collector.isContinuedBy(frames) || collector.valueCount() >= maxBatchValues)
         deliver();
     if (frames.gap)
         queue->push(*frames.gap);
@@ -101,6 +106,29 @@ void ReaderThread::collect(int count, double time)
     if (frames.time && frames.count > 0 && drainedAt > 0.0) {
         const double last = *frames.time + (frames.count - 1) * frames.interval.value_or(0.0);
         wallClock.observe(*frames.time, last, drainedAt, computerTime());
+    }
+}
+
+int ReaderThread::waitingValues()
+{
+    int count = 0;
+    if (polled || instance->dataAvail(count) != NoError)
+        return 0; // the next poll reports the error
+    return std::max(count, 0);
+}
+
+/// After a change of the frame it is not known which of the waiting values were measured before it. They may not even be
+/// whole frames of the new one.
+void ReaderThread::discard(int values)
+{
+    while (values > 0) {
+        int count = std::min(values, maxBatchValues);
+        double time = 0.0;
+        collector.reserve(count);
+        if (instance->transferData(collector.scaledRoom(), collector.rawRoom(), &time, count) != NoError ||
+            count <= 0)
+            return;
+        values -= count;
     }
 }
 
@@ -135,8 +163,7 @@ bool ReaderThread::isSilent(ReaderError &error) const
 ReaderThread::Result ReaderThread::lossOf(ErrorCode code, ReaderError &error) const
 {
     error.code = code;
-    if (error.text.isEmpty())
-        error.text = QStringLiteral("the sensor reports error %1").arg(int(code));
+    error.text = failureText(code, error.text);
     const bool isLoss =
         !task.reconnect || task.reconnect->errors.isEmpty() || task.reconnect->errors.contains(code);
     return isLoss && task.reconnect ? Result::Lost : Result::Failed;

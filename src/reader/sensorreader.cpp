@@ -5,6 +5,8 @@
 #include "sensorinfo/sensorinfo.h"
 #include "sondix/errorvalue.h"
 
+#include <QDeadlineTimer>
+
 #include <algorithm>
 
 namespace SondixQt {
@@ -12,6 +14,7 @@ namespace SondixQt {
 namespace {
 
 constexpr unsigned long stopTimeoutMs = 2000;
+constexpr std::chrono::milliseconds deliveryTime{20};
 constexpr std::chrono::milliseconds minInterval{1};
 constexpr std::chrono::milliseconds maxInterval = std::chrono::hours(1);
 
@@ -73,8 +76,16 @@ void SensorReaderPrivate::start()
     unknownGaps = false;
     stopRequested = restarts = false;
     queue = std::make_shared<ReaderQueue>(q, queueLimit);
-    thread = new ReaderThread(task, queue);
-    for (const ReaderCommand &command : std::exchange(heldCommands, {}))
+    const ReaderCommands held = std::exchange(heldCommands, {});
+    // A held setting is sent as a command, which the sensor may refuse, and then belongs to the settings of the thread.
+    ReaderTask threadTask = task;
+    const auto isHeld = [&held](const ReaderCommand &setting) {
+        return std::find(held.begin(), held.end(), setting) != held.end();
+    };
+    threadTask.settings.erase(std::remove_if(threadTask.settings.begin(), threadTask.settings.end(), isHeld),
+                              threadTask.settings.end());
+    thread = new ReaderThread(threadTask, queue);
+    for (const ReaderCommand &command : held)
         thread->post(command);
     thread->start();
 }
@@ -113,8 +124,9 @@ void SensorReaderPrivate::answerNotSent(quint64 number)
         Qt::QueuedConnection);
 }
 
-/// Delivers the events that are there now. Later ones wait for the next call, so that a slow consumer does not keep the
-/// event loop from its other work.
+/// Delivers the events that are there now, for deliveryTime at most. The others wait for the next call, so that a slow
+/// consumer does not keep the event loop from its other work: the more events arrive meanwhile, the longer the next call
+/// would take.
 void SensorReaderPrivate::deliver()
 {
     const QPointer<SensorReader> guard(q);
@@ -122,10 +134,13 @@ void SensorReaderPrivate::deliver()
     if (!source)
         return;
     ReaderEvent event;
+    const QDeadlineTimer deadline(deliveryTime);
     for (int left = source->size(); left > 0 && source->take(event); --left) {
         std::visit([this](const auto &content) { handle(content); }, event);
         if (!guard || queue != source) // a slot has deleted or restarted the reader
             return;
+        if (deadline.hasExpired())
+            break;
     }
     source->announceRest();
 }
@@ -294,7 +309,7 @@ void SensorReader::addSetting(const QString &command, const QMap<QString, QVaria
     d->post(setting, context, callback);
     setting.number = d->lastNumber;
     d->task.settings.push_back(setting); // replaces an earlier one unless the sensor refuses it
-    if (!d->thread || d->stopRequested)
+    if (!d->thread || (d->stopRequested && !d->restarts))
         replaceEarlier(d->task.settings, setting);
 }
 
@@ -302,6 +317,8 @@ void SensorReader::clearSettings()
 {
     Q_D(SensorReader);
     d->task.settings.clear();
+    for (ReaderCommand &command : d->heldCommands)
+        command.isSetting = false;
     if (d->thread)
         d->thread->forgetSettings();
 }

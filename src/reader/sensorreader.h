@@ -33,13 +33,14 @@ struct SONDIXQT_EXPORT CommandResult
 /// How a SensorReader opens its sensor again.
 struct SONDIXQT_EXPORT Reconnect
 {
-    std::chrono::milliseconds first{500};                 ///< the pause before the first attempt
-    std::chrono::milliseconds longest{10000};             ///< each pause is twice the previous one, up to this
-    std::optional<std::chrono::milliseconds> giveUpAfter; ///< the reader fails after this time; empty: never
-    /// The errors of a transfer that mean that the sensor is gone; empty: every error.
+    std::chrono::milliseconds first{500};     ///< the pause before the first attempt
+    std::chrono::milliseconds longest{10000}; ///< each pause is twice the previous one, up to this
+    /// The reader fails this long after the loss; empty: never.
+    std::optional<std::chrono::milliseconds> giveUpAfter;
+    /// The errors of a transfer that mean that the sensor is disconnected; empty: every error.
     QVector<ErrorCode> errors;
-    /// The sensor is also taken for gone if it sends no frame for this long, unless it waits for a trigger; empty: it
-    /// may be silent for any time.
+    /// The sensor also counts as disconnected if it sends no frame for this long, unless it waits for a trigger; empty: it
+    /// may be silent for any time. The time of commands that are sent through the reader does not count.
     std::optional<std::chrono::milliseconds> silence;
 };
 
@@ -55,11 +56,16 @@ struct SONDIXQT_EXPORT Reconnect
 /// \par Losses
 /// Whatever is missing is reported by gapDetected(), in its place between the blocks: the frames delivered and the
 /// frames of the gaps are together all that the sensor has generated, as far as its sample rate and the times of the
-/// blocks tell. For sensors that measure when they are triggered or polled, and for those without a sample rate,
+/// blocks show it. For sensors that measure when they are triggered or polled, and for those without a sample rate,
 /// missing frames cannot be noticed unless the times jump back. Nor can they be noticed between the first transfers after a
 /// command that changes the rate or ends triggering, or after an opening with settings, while values from before may still
-/// arrive. A loss is noticed by the time of the next transfer: if frames were lost between values that the library
-/// transfers together, the gap follows these values.
+/// arrive. Between values that waited before the start, only a jump of their times by whole periods is reported: any other
+/// jump is a changed rate or a restarted measurement. A loss is noticed by the time of the next transfer: if frames were
+/// lost between values that the library transfers together, the gap follows these values.
+/// If a command changes the values of a frame, those that wait in the sensor-access library are discarded and are a part of
+/// the gap: they may belong to the frame before.
+/// If reading ends by an error of the sensor, a gap of unknown length stands at the end: it is not known what the
+/// sensor has measured after the last transfer.
 ///
 /// \par Threads
 /// A reader and all its functions belong to the thread in which it lives, which needs an event loop. Its signals are
@@ -68,7 +74,7 @@ struct SONDIXQT_EXPORT Reconnect
 ///
 /// \par Destruction
 /// The destructor stops reading and waits at most two seconds. If a call is still hanging in the sensor-access library
-/// then, the thread ends when the call returns; an instance of the caller's must live until then.
+/// then, the thread ends when the call returns; an instance that was passed to the constructor must exist until then.
 class SONDIXQT_EXPORT SensorReader : public QObject
 {
     Q_OBJECT
@@ -79,7 +85,7 @@ public:
         Opening,           ///< opens the sensor, applies the settings and reads the description of its frames
         Reading,           ///< measured values arrive, or may arrive at any time
         WaitingForTrigger, ///< the sensor measures when it is triggered, and no trigger has come for a while
-        Reconnecting,      ///< the sensor is gone; the reader tries to open it again
+        Reconnecting,      ///< the sensor is disconnected; the reader tries to open it again
         Failed,            ///< reading has ended by an error; start() may be called again
     };
     Q_ENUM(State)
@@ -102,7 +108,7 @@ public:
     /// values.
     void setDeliveryInterval(std::chrono::milliseconds interval);
     std::chrono::milliseconds deliveryInterval() const;
-    /// Opens the sensor again when it is gone. Without a value, which is the default, the reader fails.
+    /// Opens the sensor again after a disconnection. Without a value, which is the default, the reader fails.
     void setReconnect(const std::optional<Reconnect> &reconnect);
     std::optional<Reconnect> reconnect() const;
     /// The number of values that may wait for delivery. If there are more, the oldest blocks are discarded, which
@@ -135,8 +141,8 @@ public:
     using Work = std::function<CommandResult(SensorInstance &instance)>;
 
     /// Calls \a work with the open sensor, for all that post() cannot do: answers in bytes, video signals, several
-    /// commands in a row. It is called in the thread of the reader between two transfers, must not open, close or transfer,
-    /// and delays reading while it runs. \a callback receives its result as that of a command.
+    /// commands in a row. It is called in the thread of the reader between two transfers, must not open, close, transfer
+    /// or throw, and delays reading while it runs. \a callback receives its result as that of a command.
     void call(const Work &work, WorkEffect effect, QObject *context = nullptr, const Callback &callback = {});
     /// Forgets all settings. The sensor keeps what it has been set to.
     void clearSettings();
@@ -172,8 +178,11 @@ public Q_SLOTS:
     void stop();
 
 Q_SIGNALS:
+    /// Delivers whole frames in order, at least once per deliveryInterval() while frames arrive.
     void blockReady(const SondixQt::DataBlock &block);
+    /// Missing frames; emitted between the blocks before and after them.
     void gapDetected(const SondixQt::DataGap &gap);
+    /// state() has this value already.
     void stateChanged(SondixQt::SensorReader::State state);
     /// An error that ends reading (the state becomes Failed) or begins Reconnecting. \a text is for users.
     void errorOccurred(SondixQt::ErrorCode code, const QString &text);

@@ -30,7 +30,7 @@ inline QByteArray readerSignals()
 /// opened, and the same number plus 7. The clock is virtual.
 inline void loadReaderBench(const QByteArray &moreKeys = {}, int ring = 100000, const char *model = "TX270")
 {
-    const QByteArray text = R"({ "sensors": [ {
+    const QByteArray text = R"({ "lineSpeed": false, "sensors": [ {
         "serialNumber": "1001", "rate": 1000, "model": ")" +
                             QByteArray(model) + R"(", "ring": )" + QByteArray::number(ring) + moreKeys + R"(,
         "place": { "interface": "RS232", "port": "3" }, )" +
@@ -42,6 +42,55 @@ inline void loadReaderBench(const QByteArray &moreKeys = {}, int ring = 100000, 
 inline SondixQt::SensorAddress readerAddress()
 {
     return {SondixQt::TX270, {{"IP_Interface", "RS232"}, {"IP_Port", 3}}};
+}
+
+/// Opens the sensor again at once.
+inline SondixQt::Reconnect quickly()
+{
+    SondixQt::Reconnect reconnect;
+    reconnect.first = 1ms;
+    reconnect.longest = 20ms;
+    return reconnect;
+}
+
+/// What a test may have left behind.
+inline void clearReaderBench()
+{
+    sondixsim::releaseHangs();
+    sondixsim::clearFaults();
+}
+
+/// False, with a message, if \a reader does not reach the state in time.
+inline bool waitForState(const SondixQt::SensorReader &reader, SondixQt::SensorReader::State state)
+{
+    if (QTest::qWaitFor([&] { return reader.state() == state; }))
+        return true;
+    qWarning() << "waited for the state" << state << "in the state" << reader.state() << reader.errorString();
+    return false;
+}
+
+inline bool startReading(SondixQt::SensorReader &reader)
+{
+    reader.start();
+    return waitForState(reader, SondixQt::SensorReader::Reading);
+}
+
+inline bool stopReading(SondixQt::SensorReader &reader)
+{
+    reader.stop();
+    return waitForState(reader, SondixQt::SensorReader::Stopped);
+}
+
+inline bool unplugSensor(const SondixQt::SensorReader &reader)
+{
+    sondixsim::unplug(serialNumber);
+    return waitForState(reader, SondixQt::SensorReader::Reconnecting);
+}
+
+inline bool plugSensor(const SondixQt::SensorReader &reader)
+{
+    sondixsim::plug(serialNumber);
+    return waitForState(reader, SondixQt::SensorReader::Reading);
 }
 
 /// Whether a reader is about to send \a command, or waits for its answer. The calls must be recorded.

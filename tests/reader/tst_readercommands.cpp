@@ -17,11 +17,7 @@ class ReaderCommandsTest : public QObject
 
 private Q_SLOTS:
     void init() { loadReaderBench(); }
-    void cleanup()
-    {
-        sondixsim::releaseHangs();
-        sondixsim::clearFaults();
-    }
+    void cleanup() { clearReaderBench(); }
 
     void commandsAnswerInTheThreadOfTheReader();
     void failuresAreAnswered();
@@ -38,12 +34,48 @@ private Q_SLOTS:
     void aHangingCallDelaysDestructionByTwoSecondsAtMost();
     void manyCommandsDoNotDelayReading();
     void manyCommandsDoNotDelayDelivery();
+    void aSlowConsumerLeavesTheEventLoopItsOtherWork();
     void aFailedReaderCanBeStartedInASlot();
     void manyReadersReadAtOnce();
     void workIsDoneInTheThreadThatReads();
     void workThatOnlyReadsAsksNothingElse();
     void workOfAStoppedReaderIsNotDone();
 };
+
+void ReaderCommandsTest::aSlowConsumerLeavesTheEventLoopItsOtherWork()
+{
+    constexpr int count = 200;
+    constexpr int slowness = 5; // milliseconds
+    SensorReader reader(readerAddress());
+    reader.start();
+    QTRY_COMPARE(reader.state(), State::Reading);
+    int answered = 0;
+    for (int i = 0; i < count; ++i)
+        reader.post("Get_Info", {}, this, [&answered](const CommandResult &) {
+            ++answered;
+            QThread::msleep(slowness);
+        });
+    // Behind the others: when it is answered, all answers are in the queue.
+    std::atomic<bool> isDone{false};
+    reader.call(
+        [&isDone](SensorInstance &) {
+            isDone = true;
+            return CommandResult();
+        },
+        SensorReader::OnlyReads, this, {});
+    QElapsedTimer limit;
+    limit.start();
+    while (!isDone && limit.elapsed() < 10000)
+        QThread::msleep(1);
+    QVERIFY(isDone);
+    int turns = 0; // of the event loop
+    QTimer other;
+    connect(&other, &QTimer::timeout, this, [&turns] { ++turns; });
+    other.start(0);
+    QTRY_COMPARE(answered, count);
+    // One turn after 20 of 200 answers would do.
+    QVERIFY2(turns >= 10, qPrintable(QString::number(turns)));
+}
 
 void ReaderCommandsTest::workIsDoneInTheThreadThatReads()
 {
@@ -182,8 +214,7 @@ void ReaderCommandsTest::commandsThatWaitAtTheEndAreNotSent()
     stuck.from = 2; // the first one is the reader's own
     SensorReader reader(readerAddress());
     sondixsim::inject(stuck);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     QVector<ErrorCode> codes;
     for (int i = 0; i < 3; ++i)
         reader.post("Get_Samplerate", {}, this, [&](const CommandResult &result) { codes.append(result.code); });
@@ -197,8 +228,7 @@ void ReaderCommandsTest::commandsThatWaitAtTheEndAreNotSent()
 void ReaderCommandsTest::commandsAfterARestartAreSent()
 {
     SensorReader reader(readerAddress());
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     reader.stop();
     reader.start();
     ErrorCode code = ErrorCode(1);
@@ -223,8 +253,7 @@ void ReaderCommandsTest::aStopInTheSlotOfTheEndKeepsTheReaderStopped()
         if (state == SensorReader::Stopped)
             reader.stop();
     });
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     reader.stop();
     reader.start();
     reader.post("Get_Samplerate", {}, this, [&](const CommandResult &result) { code = result.code; });
@@ -306,8 +335,7 @@ void ReaderCommandsTest::noLockIsHeldInASlot()
         other.join();
         reader.stop();
     });
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     sondixsim::advance(0.1);
     QTRY_COMPARE(reader.state(), SensorReader::Stopped);
     QVERIFY(sent);
@@ -339,8 +367,7 @@ void ReaderCommandsTest::manyCommandsDoNotDelayReading()
 {
     SensorReader reader(readerAddress());
     Recording recording(reader);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     int left = 300;
     SensorReader::Callback next = [&](const CommandResult &) {
         if (--left > 0)
@@ -361,8 +388,7 @@ void ReaderCommandsTest::manyCommandsDoNotDelayDelivery()
         if (answeredBefore < 0)
             answeredBefore = answered;
     });
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     sondixsim::Fault slow;
     slow.command = "Get_Samplerate";
     slow.delay = 0.02;
@@ -384,8 +410,7 @@ void ReaderCommandsTest::aFailedReaderCanBeStartedInASlot()
         sondixsim::plug(serialNumber);
         reader.start();
     });
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     QCOMPARE(recording.states, QVector<State>({SensorReader::Opening, SensorReader::Failed, SensorReader::Opening,
                                                SensorReader::Reading}));
 }

@@ -8,29 +8,13 @@
 using namespace SondixQt;
 using State = SensorReader::State;
 
-namespace {
-
-Reconnect quickly()
-{
-    Reconnect reconnect;
-    reconnect.first = 1ms;
-    reconnect.longest = 20ms;
-    return reconnect;
-}
-
-} // namespace
-
 class ReaderReconnectTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void init() { loadReaderBench(); }
-    void cleanup()
-    {
-        sondixsim::releaseHangs();
-        sondixsim::clearFaults();
-    }
+    void cleanup() { clearReaderBench(); }
 
     void pausesGrowUntilTheTimeIsOver();
     void absurdPausesAreLimited();
@@ -38,18 +22,17 @@ private Q_SLOTS:
     void readsOnAfterACableWasPulled();
     void takesASilentSensorForGone();
     void aSensorThatNeedsNoTriggerAnyMoreIsNotSilentAtOnce();
+    void aLongCommandIsNoSilence();
     void aSensorThatIsGoneAtTheEndLeavesAGap();
     void otherErrorsEndReading();
     void givesUpAfterTheTime();
     void aGarbledDescriptionIsReadAgain();
+    void identifiesSensorsByTheirNumbers_data();
+    void identifiesSensorsByTheirNumbers();
     void anotherSensorIsAnError();
     void theSerialNumberMayBeUnknownAtFirst();
-    void settingsAreAppliedAgainInOrder();
-    void aSettingReplacesAnEarlierOneOfItsKind();
-    void aRefusedSettingIsForgotten();
-    void aRefusedSettingDoesNotReplaceTheEarlierOne();
-    void forgottenSettingsAreNotApplied();
-    void settingsForgottenMeanwhileAreNotApplied();
+    void aSensorThatDoesNotTellItsNumberIsOpenedAgain();
+    void anInstanceOfTheCallerForgetsTheOldNumber();
     void aChangedFrameIsReported();
     void anInstanceOfTheCallerIsOpenedAgain();
     void canBeStoppedWhileReconnecting();
@@ -103,14 +86,12 @@ void ReaderReconnectTest::unlimitedTimesAreAllowed()
     reader.setDeliveryInterval(endless);
     QCOMPARE(reader.deliveryInterval(), std::chrono::milliseconds(1h));
     Recording recording(reader);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     sondixsim::advance(0.1);
     bool answered = false;
     reader.post("Get_Samplerate", {}, this, [&](const CommandResult &) { answered = true; });
     QTRY_VERIFY(answered);
-    reader.stop();
-    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
+    QVERIFY(stopReading(reader));
     QCOMPARE(recording.delivered, 100);
     QVERIFY(recording.errors.isEmpty());
 }
@@ -120,16 +101,13 @@ void ReaderReconnectTest::readsOnAfterACableWasPulled()
     SensorReader reader(readerAddress());
     reader.setReconnect(quickly());
     Recording recording(reader);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     for (int i = 1; i <= 10; ++i) {
         sondixsim::advance(0.1);
         QTRY_COMPARE(recording.delivered, 100 * i);
-        sondixsim::unplug(serialNumber);
-        QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
+        QVERIFY(unplugSensor(reader));
         sondixsim::advance(60.0);
-        sondixsim::plug(serialNumber);
-        QTRY_COMPARE(reader.state(), SensorReader::Reading);
+        QVERIFY(plugSensor(reader));
         QCOMPARE(recording.gaps.size(), i);
         QCOMPARE(recording.errors.size(), i);
     }
@@ -172,17 +150,42 @@ void ReaderReconnectTest::aSensorThatNeedsNoTriggerAnyMoreIsNotSilentAtOnce()
     reader.addSetting("Set_TriggerMode", {{"SP_TriggerMode", 0}}, this,
                       [](const CommandResult &) { sondixsim::advance(0.1); });
     QTRY_COMPARE(recording.delivered, 100);
-    reader.stop();
-    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
+    QVERIFY(stopReading(reader));
     QCOMPARE(recording.states.count(SensorReader::Reconnecting), 0);
+}
+
+void ReaderReconnectTest::aLongCommandIsNoSilence()
+{
+    SensorReader reader(readerAddress());
+    Reconnect reconnect = quickly();
+    reconnect.silence = 500ms;
+    reader.setReconnect(reconnect);
+    Recording recording(reader);
+    QVERIFY(startReading(reader));
+    bool answered = false;
+    const auto takesLong = [](SensorInstance &) {
+        QThread::msleep(700); // longer than the sensor may be silent; it measures nothing meanwhile
+        return CommandResult();
+    };
+    reader.call(takesLong, SensorReader::OnlyReads, this, [&](const CommandResult &) { answered = true; });
+    QTRY_VERIFY(answered);
+    // The reader has looked for values again when it answers the next command.
+    answered = false;
+    reader.post("Get_Samplerate", {}, this, [&](const CommandResult &) {
+        answered = true;
+        sondixsim::advance(0.1);
+    });
+    QTRY_VERIFY(answered);
+    QTRY_COMPARE(recording.delivered, 100);
+    QVERIFY(stopReading(reader));
+    QCOMPARE(recording.errors, QVector<ErrorCode>());
 }
 
 void ReaderReconnectTest::aSensorThatIsGoneAtTheEndLeavesAGap()
 {
     SensorReader reader(readerAddress());
     Recording recording(reader);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     sondixsim::Fault stuck;
     stuck.command = "Get_Info";
     stuck.hang = true;
@@ -206,8 +209,7 @@ void ReaderReconnectTest::otherErrorsEndReading()
     reconnect.errors = {ErrorCode(-99)};
     reader.setReconnect(reconnect);
     Recording recording(reader);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     const int fault = scriptFailure("DataAvail", -99, "gone");
     QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
     QCOMPARE(reader.errorString(), QString("gone"));
@@ -216,6 +218,10 @@ void ReaderReconnectTest::otherErrorsEndReading()
     scriptFailure("DataAvail", -98, "broken");
     QTRY_COMPARE(reader.state(), SensorReader::Failed);
     QCOMPARE(reader.error(), ErrorCode(-98));
+    QCOMPARE(recording.gaps.size(), recording.errors.size());
+    QCOMPARE(recording.gaps.last().reason, DataGap::Disconnected);
+    QVERIFY(!recording.gaps.last().frames);
+    QCOMPARE(recording.holes, 0);
 }
 
 void ReaderReconnectTest::givesUpAfterTheTime()
@@ -225,13 +231,13 @@ void ReaderReconnectTest::givesUpAfterTheTime()
     reconnect.giveUpAfter = 100ms;
     reader.setReconnect(reconnect);
     Recording recording(reader);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     sondixsim::unplug(serialNumber);
     QTRY_COMPARE(reader.state(), SensorReader::Failed);
     QCOMPARE(recording.states, QVector<State>({SensorReader::Opening, SensorReader::Reading,
                                                SensorReader::Reconnecting, SensorReader::Failed}));
     QCOMPARE(recording.errors.size(), 2);
+    QCOMPARE(recording.gaps.size(), 1);
 }
 
 void ReaderReconnectTest::aGarbledDescriptionIsReadAgain()
@@ -239,19 +245,43 @@ void ReaderReconnectTest::aGarbledDescriptionIsReadAgain()
     SensorReader reader(readerAddress());
     reader.setReconnect(quickly());
     Recording recording(reader);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    sondixsim::unplug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
+    QVERIFY(startReading(reader));
+    QVERIFY(unplugSensor(reader));
     sondixsim::Fault garbled;
     garbled.command = "Get_TransmittedDataInfo";
     garbled.answer = "nonsense";
     garbled.times = 1;
     sondixsim::inject(garbled);
-    sondixsim::plug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(plugSensor(reader));
     QCOMPARE(reader.frame().valuesPerFrame, 2);
     QCOMPARE(recording.frames.size(), 1);
+}
+
+void ReaderReconnectTest::identifiesSensorsByTheirNumbers_data()
+{
+    QTest::addColumn<QStringList>("before");
+    QTest::addColumn<QStringList>("now");
+    QTest::addColumn<int>("expected");
+    const auto row = [](const char *name, const QStringList &before, const QStringList &now, Identity expected) {
+        QTest::newRow(name) << before << now << int(expected);
+    };
+    row("same", {"1", "2"}, {"1", "2"}, Identity::Same);
+    row("never known", {""}, {"1"}, Identity::Same);
+    row("one of two known later", {"1", ""}, {"1", "2"}, Identity::Same);
+    row("other", {"1"}, {"2"}, Identity::Other);
+    row("one of two is another", {"1", "2"}, {"", "3"}, Identity::Other);
+    row("one more", {"1"}, {"1", "2"}, Identity::Other);
+    row("nothing reported", {"1", "2"}, {}, Identity::Unknown);
+    row("not reported", {"1"}, {""}, Identity::Unknown);
+    row("one of two not reported", {"1", "2"}, {"1", ""}, Identity::Unknown);
+}
+
+void ReaderReconnectTest::identifiesSensorsByTheirNumbers()
+{
+    QFETCH(QStringList, before);
+    QFETCH(QStringList, now);
+    QFETCH(int, expected);
+    QCOMPARE(int(compareIdentity(before, now)), expected);
 }
 
 void ReaderReconnectTest::anotherSensorIsAnError()
@@ -259,10 +289,8 @@ void ReaderReconnectTest::anotherSensorIsAnError()
     SensorReader reader(readerAddress());
     reader.setReconnect(quickly());
     Recording recording(reader);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    sondixsim::unplug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
+    QVERIFY(startReading(reader));
+    QVERIFY(unplugSensor(reader));
     sondixsim::loadBench(R"({ "sensors": [ { "model": "TX270", "serialNumber": "2002",
         "place": { "interface": "RS232", "port": "3" } } ] })");
     QTRY_COMPARE(reader.state(), SensorReader::Failed);
@@ -283,130 +311,49 @@ void ReaderReconnectTest::theSerialNumberMayBeUnknownAtFirst()
     SensorReader reader(instance);
     reader.setReconnect(quickly());
     Recording recording(reader);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
+    QVERIFY(startReading(reader));
     for (int i = 0; i < 2; ++i) {
-        sondixsim::unplug(serialNumber);
-        QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
+        QVERIFY(unplugSensor(reader));
         sondixsim::plug(serialNumber);
         QTRY_VERIFY(reader.state() != SensorReader::Reconnecting);
         QCOMPARE(reader.state(), SensorReader::Reading);
     }
 }
 
-void ReaderReconnectTest::settingsAreAppliedAgainInOrder()
+void ReaderReconnectTest::aSensorThatDoesNotTellItsNumberIsOpenedAgain()
 {
     SensorReader reader(readerAddress());
     reader.setReconnect(quickly());
     Recording recording(reader);
-    reader.addSetting("Set_Samplerate", {{"SP_Measrate", 2.0}});
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    bool answered = false;
-    reader.addSetting("Set_TriggerMode", {{"SP_TriggerMode", 0}}, this,
-                      [&](const CommandResult &result) { answered = result.code == NoError; });
-    reader.post("Get_Samplerate", {});
-    QTRY_VERIFY(answered);
-    CallRecorder recorder;
-    sondixsim::unplug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
-    sondixsim::plug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    QStringList commands;
-    const auto calls = sondixsim::calls();
-    for (const sondixsim::Call &call : calls) {
-        const QString text = QString::fromStdString(call.text());
-        if (text.startsWith("SetParameterString(\"S_Command\", \"Set_"))
-            commands.append(text.section('"', 3, 3));
-    }
-    QCOMPARE(commands, QStringList({"Set_Samplerate", "Set_TriggerMode"}));
-    sondixsim::advance(0.1);
-    QTRY_VERIFY(!recording.blocks.isEmpty());
-    QVERIFY(qAbs(recording.blocks.last().frameInterval().value_or(0.0) - 0.0005) < 1e-9);
-}
-
-void ReaderReconnectTest::aSettingReplacesAnEarlierOneOfItsKind()
-{
-    SensorReader reader(readerAddress());
-    reader.addSetting("Set_Samplerate", {{"SP_Measrate", 4.0}});
-    reader.addSetting("Set_Samplerate", {{"SP_Measrate", 2.0}});
-    sondixsim::recordCalls(true);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    int sent = 0;
-    const auto calls = sondixsim::calls();
-    for (const sondixsim::Call &call : calls)
-        sent += QString::fromStdString(call.text()).contains("\"Set_Samplerate\"") ? 1 : 0;
-    QCOMPARE(sent, 1);
-}
-
-void ReaderReconnectTest::aRefusedSettingIsForgotten()
-{
-    SensorReader reader(readerAddress());
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    ErrorCode code = NoError;
-    reader.addSetting("Set_Samplerate", {{"SP_Measrate", 1e9}}, this,
-                      [&](const CommandResult &result) { code = result.code; });
-    QTRY_VERIFY(code != NoError);
-    reader.stop();
-    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-}
-
-void ReaderReconnectTest::aRefusedSettingDoesNotReplaceTheEarlierOne()
-{
-    SensorReader reader(readerAddress());
-    Recording recording(reader);
-    reader.addSetting("Set_Samplerate", {{"SP_Measrate", 2.0}});
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    ErrorCode code = NoError;
-    reader.addSetting("Set_Samplerate", {{"SP_Measrate", 1e9}}, this,
-                      [&](const CommandResult &result) { code = result.code; });
-    QTRY_VERIFY(code != NoError);
-    reader.stop();
-    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
-    SensorInstance other(TX270);
-    QCOMPARE(other.open(readerAddress().parameters), NoError);
-    QCOMPARE(other.sendCommand("Set_Samplerate", {{"SP_Measrate", 1.0}}), NoError);
-    other.close();
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    sondixsim::advance(1.0);
-    QTRY_COMPARE(recording.delivered, 2000);
-}
-
-void ReaderReconnectTest::forgottenSettingsAreNotApplied()
-{
-    SensorReader reader(readerAddress());
-    reader.setReconnect(quickly());
-    reader.addSetting("Set_Samplerate", {{"SP_Measrate", 2.0}});
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    reader.clearSettings();
-    scriptCommandFailure("Set_Samplerate", -33);
-    sondixsim::unplug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
-    sondixsim::plug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-}
-
-void ReaderReconnectTest::settingsForgottenMeanwhileAreNotApplied()
-{
-    SensorReader reader(readerAddress());
-    reader.setReconnect(quickly());
-    reader.addSetting("Set_Samplerate", {{"SP_Measrate", 2.0}});
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    sondixsim::unplug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
-    reader.clearSettings();
-    scriptCommandFailure("Set_Samplerate", -33);
+    QVERIFY(startReading(reader));
+    QVERIFY(unplugSensor(reader));
+    sondixsim::Fault unreadable;
+    unreadable.parameter = "SA_SensorInformation";
+    unreadable.code = -33;
+    unreadable.times = 2;
+    sondixsim::inject(unreadable);
     sondixsim::plug(serialNumber);
     QTRY_VERIFY(reader.state() != SensorReader::Reconnecting);
     QCOMPARE(reader.state(), SensorReader::Reading);
+    QCOMPARE(reader.sensorInformation().value(0).value("SA_SerialNumber").toString(), QString(serialNumber));
+}
+
+void ReaderReconnectTest::anInstanceOfTheCallerForgetsTheOldNumber()
+{
+    SensorInstance instance(TX270);
+    QCOMPARE(instance.open(readerAddress().parameters), NoError);
+    SensorReader reader(instance);
+    Reconnect reconnect = quickly();
+    reconnect.giveUpAfter = 300ms;
+    reader.setReconnect(reconnect);
+    QVERIFY(startReading(reader));
+    scriptParameterFailure("SA_SensorInformation", -33);
+    QVERIFY(unplugSensor(reader));
+    sondixsim::plug(serialNumber);
+    QTRY_VERIFY(reader.state() != SensorReader::Reconnecting);
+    QCOMPARE(reader.state(), SensorReader::Failed); // nobody knows which sensor it is
+    QCOMPARE(reader.error(), OtherSensorError);
+    QVERIFY(instance.getInfoParameter("SA_SerialNumber", 1).toString().isEmpty());
 }
 
 void ReaderReconnectTest::aChangedFrameIsReported()
@@ -414,10 +361,8 @@ void ReaderReconnectTest::aChangedFrameIsReported()
     SensorReader reader(readerAddress());
     reader.setReconnect(quickly());
     Recording recording(reader);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    sondixsim::unplug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
+    QVERIFY(startReading(reader));
+    QVERIFY(unplugSensor(reader));
     sondixsim::loadBench(R"({ "sensors": [ { "model": "TX270", "serialNumber": "1001", "rate": 1000,
         "place": { "interface": "RS232", "port": "3" }, "signals": [ { "name": "Only" } ] } ] })");
     QTRY_COMPARE(reader.state(), SensorReader::Reading);
@@ -434,14 +379,10 @@ void ReaderReconnectTest::anInstanceOfTheCallerIsOpenedAgain()
     QCOMPARE(instance.open(readerAddress().parameters), NoError);
     SensorReader reader(instance);
     reader.setReconnect(quickly());
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    sondixsim::unplug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
-    sondixsim::plug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    reader.stop();
-    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
+    QVERIFY(startReading(reader));
+    QVERIFY(unplugSensor(reader));
+    QVERIFY(plugSensor(reader));
+    QVERIFY(stopReading(reader));
     QVERIFY(instance.isOpen()); // as before
 }
 
@@ -453,12 +394,9 @@ void ReaderReconnectTest::canBeStoppedWhileReconnecting()
     reconnect.longest = 1h;
     reader.setReconnect(reconnect);
     Recording recording(reader);
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    sondixsim::unplug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
-    reader.stop();
-    QTRY_COMPARE(reader.state(), SensorReader::Stopped);
+    QVERIFY(startReading(reader));
+    QVERIFY(unplugSensor(reader));
+    QVERIFY(stopReading(reader));
     QCOMPARE(recording.errors.size(), 1);
 }
 
@@ -466,10 +404,8 @@ void ReaderReconnectTest::commandsWaitForTheSensor()
 {
     SensorReader reader(readerAddress());
     reader.setReconnect(quickly());
-    reader.start();
-    QTRY_COMPARE(reader.state(), SensorReader::Reading);
-    sondixsim::unplug(serialNumber);
-    QTRY_COMPARE(reader.state(), SensorReader::Reconnecting);
+    QVERIFY(startReading(reader));
+    QVERIFY(unplugSensor(reader));
     ErrorCode code = ErrorCode(1);
     reader.post("Get_Samplerate", {}, this, [&](const CommandResult &result) { code = result.code; });
     QTest::qWait(50); // time for a mistake: it must still wait

@@ -107,7 +107,8 @@ void ReaderStand::finish()
         problem(QStringLiteral("%1 commands were not answered").arg(m_pendingCommands));
 }
 
-void ReaderStand::set(const QString &command, const QString &parameter, const QVariant &value)
+void ReaderStand::set(const QString &command, const QString &parameter, const QVariant &value,
+                      const std::function<void()> &meanwhile)
 {
     const auto answered = std::make_shared<bool>(false);
     const auto callback = [this, answered, command](const CommandResult &result) {
@@ -115,8 +116,12 @@ void ReaderStand::set(const QString &command, const QString &parameter, const QV
         if (result.code < 0)
             problem(QStringLiteral("%1 failed: %2").arg(command, result.errorText));
     };
+    m_watch->expectChange();
     m_reader->addSetting(command, {{parameter, value}}, m_reader.get(), callback);
+    if (meanwhile)
+        meanwhile();
     waitFor("the answer of a setting", [answered] { return *answered; });
+    m_watch->expectChange(); // blocks from before it have been delivered meanwhile
 }
 
 void ReaderStand::setRate(double hertz)
@@ -128,7 +133,12 @@ void ReaderStand::setRate(double hertz)
 void ReaderStand::post(const QString &command)
 {
     ++m_pendingCommands;
-    m_reader->post(command, {}, m_reader.get(), [this](const CommandResult &) { --m_pendingCommands; });
+    const bool onlyReads = command.startsWith(QLatin1String("Get_"));
+    m_reader->post(command, {}, m_reader.get(), [this, onlyReads](const CommandResult &) {
+        --m_pendingCommands;
+        if (!onlyReads)
+            m_watch->expectChange();
+    });
 }
 
 void ReaderStand::pullCable(double seconds, End end)

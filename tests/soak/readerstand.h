@@ -31,7 +31,9 @@ public:
 
     void settle(); ///< until every frame that the sensor has sent was delivered or reported
     void finish(); ///< settles, compares the accounts, and stops
-    void set(const QString &command, const QString &parameter, const QVariant &value); ///< waits for the answer
+    /// Waits for the answer. \a meanwhile is called when the setting may already be on its way to the sensor.
+    void set(const QString &command, const QString &parameter, const QVariant &value,
+             const std::function<void()> &meanwhile = {});
     void setRate(double hertz);
     void post(const QString &command); ///< an answer must come until finish(), but is not waited for
     bool hasPendingCommands() const { return m_pendingCommands != 0; }

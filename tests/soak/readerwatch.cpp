@@ -79,6 +79,7 @@ void ReaderWatch::beginOpening()
 {
     m_opened = true;
     m_skipped = m_toldHere = 0;
+    expectChange();
 }
 
 void ReaderWatch::followState(State state)
@@ -122,6 +123,10 @@ void ReaderWatch::followGap(const DataGap &gap)
         problem(QStringLiteral("a gap ends before it begins"));
     m_gapSinceFrame = true;
     if (!gap.frames) {
+        if (gap.reason != DataGap::Disconnected && isSteady())
+            problem(QStringLiteral("a loss that can be counted was reported as not known: %1")
+                        .arg(gapReasonText(gap.reason)));
+        expectChange();
         ++m_unknown[gap.reason];
         m_startUnknown = true;
         ++m_run;
@@ -168,6 +173,7 @@ void ReaderWatch::followBlock(const DataBlock &block)
     checkTime(block, last / 2);
     checkTime(block, last);
     ++m_blocks;
+    ++m_steadyBlocks;
     m_run = block.run();
     m_nextFrame = block.firstFrame() + block.frameCount();
     m_delivered += block.frameCount();
@@ -230,6 +236,13 @@ void ReaderWatch::checkTime(const DataBlock &block, int frame)
                     .arg(measured, 0, 'f', 6)
                     .arg(*time, 0, 'f', 6));
     }
+}
+
+/// Whether the reader knows rate and times, so that it can count what is missing.
+bool ReaderWatch::isSteady() const
+{
+    constexpr int blocks = 4;
+    return m_accuracy == Exact && m_setup.rateError == 0.0 && m_steadyBlocks >= blocks;
 }
 
 /// The reader has to find out first that the reported rate is not exact.

@@ -34,6 +34,8 @@ public:
     int starts() const { return m_starts; }
     int openings() const { return m_openings; } ///< attempts and successes
     qint64 blocks() const { return m_blocks; }
+    /// A command was sent that may change the rate or interrupt the measurement: the next losses cannot always be counted.
+    void expectChange() { m_steadyBlocks = 0; }
     /// Prints every event of readers that are watched from now on.
     static void trace(bool on);
     static void note(const QString &text); ///< what the test does, among the events
@@ -52,6 +54,7 @@ private:
     void followNumbers(const SondixQt::DataBlock &block);
     void checkTime(const SondixQt::DataBlock &block, int frame);
     double inexactness(const SondixQt::DataBlock &block) const;
+    bool isSteady() const;
     void beginOpening();
     void problem(const QString &text);
 
@@ -81,6 +84,7 @@ private:
     // Frames as the sensor counts them, since it was opened.
     bool m_opened = false; ///< a new opening, and no frame of it yet
     bool m_gapSinceFrame = false;
+    int m_steadyBlocks = 0; ///< since the sensor was opened or got a command
     qint64 m_lastNumber = -1;
     qint64 m_skipped = 0; ///< frames that the numbers show to be missing
     qint64 m_toldHere = 0;

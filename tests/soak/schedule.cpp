@@ -26,6 +26,7 @@ const QVector<Schedule::Action> &Schedule::actions()
         {"a call hangs", &Schedule::hang, true},
         {"the rate is changed", &Schedule::changeRate, true},
         {"the values get other names", &Schedule::changeFrame, true},
+        {"the values get other names while some wait", &Schedule::changeFrameOfWaitingValues, true},
         {"an answer is garbled", &Schedule::garbleAnswer, true},
         {"it fails for good", &Schedule::failForGood, true},
         {"the buffers are cleared", &Schedule::clearBuffers, true},
@@ -193,8 +194,28 @@ void Schedule::changeRate()
 
 void Schedule::changeFrame()
 {
+    m_stand.settle(); // values of the frame before would be discarded
     m_stand.set(QStringLiteral("Set_MeasureMode"), QStringLiteral("SP_MeasureMode"),
                 random(0, 1) * soakbench::otherMode);
+    letFramesArrive();
+}
+
+/// The sensor-access library discards the values that wait when the command is carried out. No frame is measured between
+/// this and the look of the reader for values of the frame before, which it would fetch and discard.
+void Schedule::changeFrameOfWaitingValues()
+{
+    const QString command = QStringLiteral("Set_MeasureMode");
+    Fault fault;
+    fault.command = command.toStdString();
+    fault.hang = true;
+    fault.times = 1;
+    const int number = sondixsim::inject(fault);
+    m_stand.set(command, QStringLiteral("SP_MeasureMode"), random(0, 1) * soakbench::otherMode, [this] {
+        letSomeTimePass();
+        QThread::msleep(static_cast<unsigned long>(random(0, 3)));
+        letSomeTimePass();
+    });
+    sondixsim::removeFault(number);
     letFramesArrive();
 }
 
@@ -211,6 +232,7 @@ void Schedule::garbleAnswer()
     fault.command = "Get_TransmittedDataInfo";
     fault.answer = answers[random(0, int(std::size(answers)) - 1)];
     fault.times = 1;
+    m_stand.settle(); // as before another frame
     const int number = sondixsim::inject(fault);
     if (random(0, 1) == 0) {
         m_stand.set(QStringLiteral("Set_SyncMode"), QStringLiteral("SP_SyncMode"), random(0, 1));
@@ -220,6 +242,9 @@ void Schedule::garbleAnswer()
             m_stand.start();
     }
     sondixsim::removeFault(number);
+    letFramesArrive();
+    m_stand.settle();
+    m_stand.set(QStringLiteral("Set_SyncMode"), QStringLiteral("SP_SyncMode"), random(0, 1)); // reads it again
     letFramesArrive();
 }
 

@@ -34,6 +34,7 @@ private:
     void hang();
     void changeRate();
     void changeFrame();
+    void changeFrameOfWaitingValues();
     void garbleAnswer();
     void failForGood();
     void clearBuffers();
