@@ -16,6 +16,7 @@ struct ClockSetting
 {
     bool isVirtual = false;
     double speed = 1.0;
+    double step = 0.0; ///< by which a virtual clock steps itself; 0 if it does not
 };
 
 struct Bench
@@ -25,10 +26,13 @@ struct Bench
     std::optional<ClockSetting> clock;
     SearchTimes searchTimes;
     bool lineSpeed = true;
+    std::vector<Fault> faults;                 ///< of calls to any sensor, or to none
+    std::vector<SpecExpectation> expectations; ///< likewise
     std::vector<std::shared_ptr<Sensor>> sensors;
 
     std::shared_ptr<Sensor> find(const std::string &serialNumber) const; ///< null when there is none
     void setPlugged(Sensor &sensor, bool plugged, double now) const;
+    void setLineSpeed(bool on, double now) const; ///< whether lines take time
 };
 
 /// Throws ParseError. File names in the text are relative to \a folder.

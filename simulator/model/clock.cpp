@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 
 namespace sondixsim::model {
 
@@ -24,6 +25,8 @@ Clock::Clock()
 
 double Clock::time() const
 {
+    if (m_shared != nullptr)
+        return static_cast<double>(m_shared->load()) * 1e-9;
     if (m_virtual)
         return m_base;
     return m_base + static_cast<double>(steadyNanoseconds() - m_start) * 1e-9 * m_speed;
@@ -31,6 +34,7 @@ double Clock::time() const
 
 void Clock::setTime(double time)
 {
+    m_shared = nullptr;
     m_base = time;
     m_start = steadyNanoseconds();
     m_changed.notify_all();
@@ -53,20 +57,25 @@ void Clock::useReal(double speed)
     const std::lock_guard<std::mutex> lock(m_mutex);
     setTime(time());
     m_virtual = false;
+    m_step.store(0.0);
     m_speed = speed;
 }
 
-void Clock::useVirtual()
+void Clock::useVirtual(double step)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     setTime(time());
     m_virtual = true;
+    m_step.store(step);
 }
 
 void Clock::advance(double seconds)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_base += seconds;
+    if (m_shared != nullptr)
+        m_shared->fetch_add(std::llround(seconds * 1e9));
+    else
+        m_base += seconds;
     m_changed.notify_all();
 }
 
@@ -74,6 +83,41 @@ void Clock::reset()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     setTime(0.0);
+    m_askedAt.reset();
+    m_toldOfStandstill = false;
+}
+
+bool Clock::isAskedInVain()
+{
+    constexpr std::int64_t patience = 5'000'000'000;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_virtual || m_toldOfStandstill)
+        return false;
+    const std::int64_t now = steadyNanoseconds();
+    if (m_askedAt != time()) { // it was stepped, perhaps by another process
+        m_askedAt = time();
+        m_askedSince = now;
+    }
+    m_toldOfStandstill = now - m_askedSince >= patience;
+    return m_toldOfStandstill;
+}
+
+void Clock::setReal(double time, double speed)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    setTime(time);
+    m_virtual = false;
+    m_step.store(0.0);
+    m_speed = speed;
+}
+
+void Clock::useShared(std::atomic<std::int64_t> &nanoseconds, double step)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_virtual = true;
+    m_step.store(step);
+    m_shared = &nanoseconds;
+    m_changed.notify_all();
 }
 
 void Clock::waitUntil(double time, double start)

@@ -61,6 +61,9 @@ struct Command
 
 /// The command of that name that a handle answers, null when there is none.
 const Command *findHandleCommand(const std::string &name, bool sensorOpen);
+/// The names of the commands that models have, in alphabetical order. Bench files may define more.
+std::vector<std::string> commandNames();
+
 /// The command of that name that this open sensor knows, null when there is none.
 const Command *findSensorCommand(const std::string &name, const SensorParts &sensor);
 

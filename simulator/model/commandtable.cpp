@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "command.h"
+#include "models.h"
 #include "sensor.h"
 
+#include <set>
 #include <string_view>
 
 namespace sondixsim::model {
@@ -81,6 +83,29 @@ bool matchesPattern(std::string_view pattern, std::string_view name)
 }
 
 } // namespace
+
+std::vector<std::string> commandNames()
+{
+    std::set<std::string> names;
+    for (const Command &command : commandTable) {
+        const std::string_view name = command.name;
+        if (name.back() != '*')
+            names.emplace(name);
+    }
+    for (const auto &[model, spec] : models()) {
+        for (const auto &[group, settings] : spec.groups) {
+            for (const char *const verb : {"Get_", "Set_", "Update_"})
+                names.insert(verb + group);
+        }
+        for (const auto &[command, answer] : spec.answers)
+            names.insert(command);
+        for (const TrackingCommand &tracking : spec.tracking)
+            names.insert(tracking.command);
+        if (!spec.stopTracking.empty())
+            names.insert(spec.stopTracking);
+    }
+    return {names.begin(), names.end()};
+}
 
 const Command *findHandleCommand(const std::string &name, bool sensorOpen)
 {

@@ -32,7 +32,26 @@ enum Code : std::int32_t {
     NoSuchResult = -19,
     LogFileUnusable = -20,
     NoVideo = -21,
-    TimedOut = -22
+    TimedOut = -22,
+    OutOfMemory = -23,
+    InternalError = -24
+};
+
+/// The results that faults usually have.
+struct CodeRow
+{
+    Code code;
+    const char *description;
+};
+constexpr CodeRow codeRows[] = {
+    {NoSensorAnswers, "no sensor answers"},
+    {SensorInUse, "the sensor is in use"},
+    {ConnectionLost, "the connection is lost"},
+    {UnknownCommand, "unknown command"},
+    {OutOfRange, "a value is out of range"},
+    {TimedOut, "timed out"},
+    {OutOfMemory, "out of memory"},
+    {InternalError, "internal error"},
 };
 
 /// The result of a call: Success, or a code with its text in UTF-8.

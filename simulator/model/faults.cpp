@@ -4,6 +4,7 @@
 #include "random.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace sondixsim::model {
 
@@ -18,17 +19,37 @@ bool matches(const Fault &fault, const CallDetails &details)
            (fault.parameter.empty() || fault.parameter == details.parameter) &&
            (fault.sensor.empty() || fault.sensor == details.sensor) &&
            (!fault.sensorType || *fault.sensorType == details.sensorType) &&
-           (!fault.handle || *fault.handle == details.handle);
+           (!fault.handle || *fault.handle == details.handle) && details.time >= fault.begin &&
+           (!fault.duration || details.time < fault.begin + *fault.duration);
 }
 
 } // namespace
 
+std::string damaged(std::string answer, Damage damage)
+{
+    if (damage == Damage::Empty)
+        return {};
+    if (damage == Damage::Cut)
+        return answer.substr(0, answer.size() / 2);
+    constexpr std::size_t distance = 7; // of the wrong characters
+    for (std::size_t i = distance / 2; damage == Damage::Garbled && i < answer.size(); i += distance)
+        answer[i] = static_cast<char>(1 + mix(i, answer.size()) % 255); // never the end of a text
+    return answer;
+}
+
 int Faults::add(const Fault &fault)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_entries.push_back({++m_lastNumber, ++m_lastStream, fault, 0, 0});
+    m_entries.push_back({++m_lastNumber, ++m_lastStream, fault, std::make_shared<FaultCounter>()});
     m_any.store(true, std::memory_order_release);
     return m_lastNumber;
+}
+
+void Faults::add(const Fault &fault, int number, std::shared_ptr<FaultCounter> counter)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_entries.push_back({number, static_cast<std::uint64_t>(number), fault, std::move(counter)});
+    m_any.store(true, std::memory_order_release);
 }
 
 void Faults::remove(int number)
@@ -64,27 +85,31 @@ void Faults::reset(std::uint64_t seed)
     m_lastStream = 0;
 }
 
-bool Faults::hits(Entry &entry)
+bool Faults::hits(const Entry &entry) const
 {
     const Fault &fault = entry.fault;
-    ++entry.seen;
-    if (entry.seen < fault.from || (fault.times >= 0 && entry.hits >= fault.times))
+    FaultCounter &counter = *entry.counter;
+    const std::int64_t seen = ++counter.seen;
+    if (seen < fault.from)
         return false;
-    const auto draw = mix(mix(m_seed, entry.stream), static_cast<std::uint64_t>(entry.seen));
-    if (uniform(draw) >= fault.probability)
+    if (uniform(mix(mix(m_seed, entry.stream), static_cast<std::uint64_t>(seen))) >= fault.probability)
         return false;
-    ++entry.hits;
-    return true;
+    // Another process may be hit at the same time.
+    if (++counter.hits <= fault.times || fault.times < 0)
+        return true;
+    --counter.hits;
+    return false;
 }
 
 FaultEffect Faults::match(const CallDetails &details)
 {
     FaultEffect hit;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    for (Entry &entry : m_entries) {
+    for (const Entry &entry : m_entries) {
         if (!matches(entry.fault, details) || !hits(entry))
             continue;
         const Fault &fault = entry.fault;
+        hit.numbers.push_back(entry.number);
         if (hit.code == 0 && fault.code != 0) {
             hit.code = fault.code;
             hit.text = fault.text;
@@ -94,17 +119,24 @@ FaultEffect Faults::match(const CallDetails &details)
         hit.hang = hit.hang || fault.hang;
         if (!hit.answer)
             hit.answer = fault.answer;
+        if (hit.damage == Damage::None)
+            hit.damage = fault.damage;
         if (!hit.count)
             hit.count = fault.count;
     }
     return hit;
 }
 
-void Faults::hang()
+void Faults::hang(const std::function<void()> &whileHanging)
 {
+    constexpr std::chrono::milliseconds pause(20);
     std::unique_lock<std::mutex> lock(m_mutex);
     const std::uint64_t before = m_releases;
-    m_released.wait(lock, [&] { return m_releases != before; });
+    while (!m_released.wait_for(lock, pause, [&] { return m_releases != before; })) {
+        lock.unlock();
+        whileHanging();
+        lock.lock();
+    }
 }
 
 void Faults::releaseHangs()

@@ -5,6 +5,8 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -21,6 +23,7 @@ struct CallDetails
     std::string command;
     std::string parameter;
     std::string sensor;
+    double time = 0.0;
 };
 
 /// The combined effect of all faults that hit a call.
@@ -32,13 +35,29 @@ struct FaultEffect
     double delay = 0.0;
     bool hang = false;
     std::optional<std::string> answer;
+    Damage damage = Damage::None;
     std::optional<std::int32_t> count;
+    std::vector<int> numbers; ///< of these faults
+};
+
+/// The texts of Damage in bench files and requests, in the order of its values.
+constexpr const char *damageNames[] = {"none", "cut", "garbled", "empty"};
+
+/// An answer after its way.
+std::string damaged(std::string answer, Damage damage);
+
+/// How often calls have matched a fault and were hit by it.
+struct FaultCounter
+{
+    std::atomic<std::int64_t> seen{0};
+    std::atomic<std::int64_t> hits{0};
 };
 
 class Faults
 {
 public:
     int add(const Fault &fault);
+    void add(const Fault &fault, int number, std::shared_ptr<FaultCounter> counter);
     void remove(int number);
     void clear();
     void reset(std::uint64_t seed); ///< removes all faults and restarts the random numbers
@@ -47,7 +66,8 @@ public:
     bool any() const { return m_any.load(std::memory_order_acquire); }
     FaultEffect match(const CallDetails &details); ///< counts the call for every fault with matching filters
 
-    void hang(); ///< returns after releaseHangs()
+    /// Returns after releaseHangs(). Calls \a whileHanging now and then, which may release it.
+    void hang(const std::function<void()> &whileHanging);
     void releaseHangs();
 
 private:
@@ -56,10 +76,9 @@ private:
         int number = 0;
         std::uint64_t stream = 0; ///< selects its random numbers; counted from reset()
         Fault fault;
-        int seen = 0;
-        int hits = 0;
+        std::shared_ptr<FaultCounter> counter;
     };
-    bool hits(Entry &entry);
+    bool hits(const Entry &entry) const;
 
     std::mutex m_mutex;
     std::condition_variable m_released;

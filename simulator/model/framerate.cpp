@@ -15,6 +15,28 @@ double numberOf(const ParameterList &settings, const std::string &name)
     return value != nullptr ? toDouble(*value).value_or(0.0) : 0.0;
 }
 
+const struct
+{
+    const char *name;
+    FrameRate::Unit unit;
+    const char *description;
+} rateUnitRows[] = {
+    {"fixed", FrameRate::Unit::Fixed, "no setting, always \"hertz\""},
+    {"kHz", FrameRate::Unit::KiloHertz, "the setting is the rate in kHz"},
+    {"Hz", FrameRate::Unit::Hertz, "the setting is the rate in Hz"},
+    {"us", FrameRate::Unit::Microseconds, "the setting is the period in microseconds"},
+    {"periods", FrameRate::Unit::Periods, "the setting is the period in units of \"factor\""},
+    {"index", FrameRate::Unit::Index, "the setting is an index of \"kHz\""},
+};
+
+std::vector<Choice> rateUnits()
+{
+    std::vector<Choice> choices;
+    for (const auto &row : rateUnitRows)
+        choices.push_back({row.name, row.description});
+    return choices;
+}
+
 bool isClose(double a, double b)
 {
     return std::fabs(a - b) <= 1e-6 * std::fabs(b);
@@ -47,11 +69,16 @@ double FrameRate::of(const ParameterList &settings) const
             rate = table[static_cast<std::size_t>(value)] * 1000.0;
         break;
     }
-    if (!divisor.empty())
-        rate /= numberOf(settings, divisor);
-    if (!averageType.empty() && numberOf(settings, averageType) == 3.0)
-        rate /= 2.0 * (numberOf(settings, averageNumber) + 1.0) + 1.0;
+    rate /= measurementsPerFrame(settings);
     return std::isfinite(rate) && rate > 0.0 ? rate : 0.0;
+}
+
+double FrameRate::measurementsPerFrame(const ParameterList &settings) const
+{
+    double count = divisor.empty() ? 1.0 : numberOf(settings, divisor);
+    if (!averageType.empty() && numberOf(settings, averageType) == 3.0)
+        count *= 2.0 * (numberOf(settings, averageNumber) + 1.0) + 1.0;
+    return count;
 }
 
 std::string FrameRate::apply(double wanted, ParameterList &settings)
@@ -90,46 +117,50 @@ std::string FrameRate::apply(double wanted, ParameterList &settings)
     return {};
 }
 
+const ObjectRules &rateRules()
+{
+    using namespace keys;
+    // clang-format off
+    static const auto &rules = *new ObjectRules{"rateRule", "a rate rule", {
+        {"unit",          optional, oneOf(rateUnits, "rate unit"),      "How the rate follows from the setting"},
+        {"parameter",     optional, plainText(),           "Setting that decides on the rate"},
+        {"divisor",       optional, plainText(),           "Setting that the rate is divided by"},
+        {"averageType",   optional, plainText(),           "Setting for the type of averaging: with the value 3 the rate is divided by 2 (n + 1) + 1"},
+        {"averageNumber", optional, plainText(),           "Setting with this n"},
+        {"hertz",         optional, number(0.0),           "With the unit \"fixed\": the rate"},
+        {"factor",        optional, number(0.0),           "\"periods\": seconds for each unit of the setting; \"Hz\": divides (1)"},
+        {"least",         optional, number(0.0),           "Lowest rate in Hz (0.001)"},
+        {"greatest",      optional, number(0.0),           "Highest rate in Hz (1000000)"},
+        {"kHz",           optional, arrayOf(number(0.0)),  "With the unit \"index\": the rate at each value of the setting"},
+    }};
+    // clang-format on
+    return rules;
+}
+
 FrameRate readFrameRate(const Node &node)
 {
     FrameRate rate;
-    ObjectReader reader(node, "a rate rule");
-    const auto text = [&reader](const char *key, std::string &target) {
-        if (const Node *value = reader.optional(key))
-            target = readPlainText(*value, '"' + std::string(key) + '"');
-    };
-    const auto number = [&reader](const char *key, double &target) {
-        if (const Node *value = reader.optional(key))
-            target = readNumber(*value, '"' + std::string(key) + '"', 0.0);
-    };
-    std::string unit = "fixed";
-    text("unit", unit);
-    text("parameter", rate.parameter);
-    text("divisor", rate.divisor);
-    text("averageType", rate.averageType);
-    text("averageNumber", rate.averageNumber);
-    number("hertz", rate.hertz);
-    number("factor", rate.factor);
-    number("least", rate.minimum);
-    number("greatest", rate.maximum);
+    ObjectReader reader(node, rateRules());
+    std::string unit = rateUnitRows[0].name;
+    reader.read("unit", unit);
+    for (const auto &row : rateUnitRows) {
+        if (unit == row.name)
+            rate.unit = row.unit;
+    }
+    reader.read("parameter", rate.parameter);
+    reader.read("divisor", rate.divisor);
+    reader.read("averageType", rate.averageType);
+    reader.read("averageNumber", rate.averageNumber);
+    reader.read("hertz", rate.hertz);
+    reader.read("factor", rate.factor);
+    reader.read("least", rate.minimum);
+    reader.read("greatest", rate.maximum);
     if (const Node *table = reader.optional("kHz")) {
         for (const Node &entry : readArray(*table, "\"kHz\""))
             rate.table.push_back(readNumber(entry, "\"kHz\"", 0.0));
     }
     reader.finish();
-
-    using Unit = FrameRate::Unit;
-    static const std::pair<const char *, Unit> units[] = {
-        {"fixed", Unit::Fixed},     {"kHz", Unit::KiloHertz},   {"Hz", Unit::Hertz},
-        {"us", Unit::Microseconds}, {"periods", Unit::Periods}, {"index", Unit::Index},
-    };
-    for (const auto &[name, value] : units) {
-        if (unit == name) {
-            rate.unit = value;
-            return rate;
-        }
-    }
-    throw ParseError(node.line, "there is no rate unit \"" + unit + '"');
+    return rate;
 }
 
 } // namespace sondixsim::model

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "json.h"
+#include "rules.h"
 #include "value.h"
 
 #include <string>
@@ -25,11 +26,14 @@ struct FrameRate
     double minimum = 0.001;     ///< Hz
     double maximum = 1000000.0; ///< Hz
 
+    /// A frame is the mean of so many measurements, and the rate of the frames is that of the measurements divided by it.
+    double measurementsPerFrame(const ParameterList &settings) const;
     double of(const ParameterList &settings) const; ///< Hz; 0 when the settings give no valid rate
     /// Changes the settings so that the rate is \a hertz; returns the reason when that is not possible.
     std::string apply(double hertz, ParameterList &settings);
 };
 
+const ObjectRules &rateRules();
 FrameRate readFrameRate(const Node &node);
 
 } // namespace sondixsim::model

@@ -3,6 +3,7 @@
 
 #include "random.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace sondixsim::model {
@@ -37,6 +38,9 @@ double Generator::at(double time, std::uint64_t frame, std::uint64_t seed) const
         const double part = partOfPeriod(time, 2.0 * period);
         return high * (part < 0.5 ? 2.0 * part : 2.0 - 2.0 * part);
     }
+    case Kind::Temperature:
+        return high * (rise * (1.0 - std::exp(-std::max(0.0, time) / period)) +
+                       swing * std::sin(twoPi * partOfPeriod(time, day)));
     case Kind::Counter:
         return static_cast<double>(frame % static_cast<std::uint64_t>(period));
     case Kind::Recorded:

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <unordered_set>
 
 namespace sondixsim::model {
 
@@ -115,11 +116,9 @@ public:
     bool end_array() { return close(); }
     bool key(string_t &value)
     {
-        std::vector<Member> &members = m_open.back()->members;
-        const auto same = [&](const Member &member) { return member.key == value; };
-        if (std::any_of(members.begin(), members.end(), same))
+        if (!m_open.back().isNew(value))
             throw ParseError(m_counter.line, "the key \"" + value + "\" is given twice in one object");
-        members.push_back({std::move(value), m_counter.line, {}});
+        m_open.back().node->members.push_back({std::move(value), m_counter.line, {}});
         return true;
     }
     bool parse_error(std::size_t /*position*/, const std::string & /*token*/, const nlohmann::detail::exception &e)
@@ -130,11 +129,34 @@ public:
     Node takeRoot() { return std::move(m_root); }
 
 private:
+    /// An array or object whose end has not come.
+    struct Open
+    {
+        Node *node;
+        std::unordered_set<std::string> keys; ///< of an object with many members
+
+        /// Most objects have few members, for which a set is slower.
+        bool isNew(const std::string &key)
+        {
+            constexpr std::size_t few = 16;
+            const std::vector<Member> &members = node->members;
+            if (members.size() < few) {
+                return std::none_of(members.begin(), members.end(),
+                                    [&key](const Member &member) { return member.key == key; });
+            }
+            if (keys.empty()) {
+                for (const Member &member : members)
+                    keys.insert(member.key);
+            }
+            return keys.insert(key).second;
+        }
+    };
+
     Node *add(Node::Kind kind)
     {
         Node *node = &m_root;
         if (!m_open.empty()) {
-            Node *parent = m_open.back();
+            Node *parent = m_open.back().node;
             if (parent->kind == Node::Kind::Array)
                 parent->elements.emplace_back();
             node = parent->kind == Node::Kind::Array ? &parent->elements.back() : &parent->members.back().value;
@@ -148,7 +170,7 @@ private:
         constexpr std::size_t maxDepth = 32;
         if (m_open.size() == maxDepth)
             throw ParseError(m_counter.line, "nested too deeply");
-        m_open.push_back(add(kind));
+        m_open.push_back({add(kind), {}});
         return true;
     }
     bool close()
@@ -159,7 +181,7 @@ private:
 
     const LineCounter &m_counter;
     Node m_root;
-    std::vector<Node *>
+    std::vector<Open>
         m_open; // elements are appended to the innermost node only: pointers to the outer ones stay valid
 };
 

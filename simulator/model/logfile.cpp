@@ -60,7 +60,11 @@ std::shared_ptr<LogFile> LogFile::open(const std::string &name, std::int32_t typ
     auto log = std::make_shared<LogFile>();
     // Binary, so that lines end in the same way on every system.
     const std::ios::openmode mode = std::ios::out | std::ios::binary | (append ? std::ios::app : std::ios::trunc);
-    log->m_file.open(pathFromNative(nextFile(name, count)), mode);
+    const std::filesystem::path path = pathFromNative(nextFile(name, count));
+    std::error_code absent;
+    if (std::filesystem::is_fifo(path, absent)) // opening a pipe waits for a reader
+        return nullptr;
+    log->m_file.open(path, mode);
     if (!log->m_file)
         return nullptr;
     log->m_type = type;

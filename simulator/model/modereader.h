@@ -6,6 +6,7 @@
 
 namespace sondixsim::model {
 
+std::vector<KeyRule> modeKeys();
 /// Reads the keys of a model or a sensor for measuring modes, trigger and video.
 void readModeKeys(ObjectReader &reader, SensorSpec &spec, const std::string &folder);
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "place.h"
 
+#include "ipaddress.h"
 #include "objectreader.h"
 
 #include <algorithm>
-#include <cctype>
 
 namespace sondixsim::model {
 
@@ -17,15 +17,6 @@ std::string bareAddress(const std::string &address)
     return address.substr(0, address.find('/'));
 }
 
-bool isIpAddress(const std::string &text)
-{
-    const std::string address = bareAddress(text);
-    const bool wellFormed = !address.empty() && std::all_of(address.begin(), address.end(), [](unsigned char c) {
-        return std::isxdigit(c) != 0 || c == '.' || c == ':';
-    });
-    return wellFormed && text.find(' ') == std::string::npos;
-}
-
 std::vector<std::string> readAddresses(const Node &node)
 {
     std::vector<std::string> addresses;
@@ -36,24 +27,20 @@ std::vector<std::string> readAddresses(const Node &node)
             addresses.push_back(readPlainText(element, "\"ip\""));
     }
     for (const std::string &address : addresses) {
-        if (!isIpAddress(address))
-            throw ParseError(node.line, "\"" + address + "\" is not an IP address");
+        if (!isDeviceAddress(address))
+            throw ParseError(node.line, "\"" + address + "\" is not the IP address of a device");
     }
     if (addresses.empty())
         throw ParseError(node.line, "\"ip\" must name at least one address");
     return addresses;
 }
 
-const InterfaceRow &readInterface(const Node &node)
+std::vector<Choice> interfaceNames()
 {
-    const std::string name = readPlainText(node, "\"interface\"");
-    std::string known;
-    for (const InterfaceRow &row : interfaceRows()) {
-        if (row.name == name)
-            return row;
-        known += (known.empty() ? "" : ", ") + std::string(row.name);
-    }
-    throw ParseError(node.line, "there is no interface \"" + name + "\"; there are: " + known);
+    std::vector<Choice> choices;
+    for (const InterfaceRow &row : interfaceRows())
+        choices.push_back({row.name, {}});
+    return choices;
 }
 
 } // namespace
@@ -61,19 +48,20 @@ const InterfaceRow &readInterface(const Node &node)
 const std::vector<InterfaceRow> &interfaceRows()
 {
     // clang-format off
-    static const PlaceKey remotePort    {"remotePort",    "IP_RemotePort",     23,           true};
-    static const PlaceKey dataPort      {"dataPort",      "IP_DataPort",       1024,         false};
-    static const PlaceKey addressFamily {"addressFamily", "IP_AddressFamily",  2,            false};
-    static const PlaceKey device        {"device",        "IP_DeviceInstance", 0,            true};
-    static const PlaceKey card          {"card",          "IP_CardInstance",   0,            true};
-    static const PlaceKey channel       {"channel",       "IP_ChannelNumber",  0,            true};
-    static const PlaceKey comPort       {"port",          "IP_Port",           requiredText, true};
-    static const PlaceKey baudrate      {"baudrate",      "IP_Baudrate",       115200,       false};
-    static const PlaceKey cardBaudrate  {"baudrate",      "IP_Baudrate",       691200,       false};
-    static const PlaceKey stopbits      {"stopbits",      "IP_Stopbits",       1,            false};
-    static const PlaceKey byteSize      {"byteSize",      "IP_ByteSize",       8,            false};
-    static const PlaceKey parity        {"parity",        "IP_Parity",         0,            false};
-    static const PlaceKey busAddress    {"busAddress",    "IP_SensorAddress",  0,            true};
+    // The largest values are far above any real one; on a computer there are not more.
+    static const PlaceKey remotePort    {"remotePort",    "IP_RemotePort",     23,           true,  1,   65535, "Port for commands"};
+    static const PlaceKey dataPort      {"dataPort",      "IP_DataPort",       1024,         false, 1,   65535, "Port for values"};
+    static const PlaceKey addressFamily {"addressFamily", "IP_AddressFamily",  2,            false, 2,   255, "Address family: 2 is IPv4"};
+    static const PlaceKey device        {"device",        "IP_DeviceInstance", 0,            true,  0,   65535, "Number of the device"};
+    static const PlaceKey card          {"card",          "IP_CardInstance",   0,            true,  0,   65535, "Number of the card"};
+    static const PlaceKey channel       {"channel",       "IP_ChannelNumber",  0,            true,  0,   65535, "Channel of the card or device"};
+    static const PlaceKey comPort       {"port",          "IP_Port",           requiredText, true,  0,   0, "Serial port, such as \"COM3\""};
+    static const PlaceKey baudrate      {"baudrate",      "IP_Baudrate",       115200,       false, 50,  20000000, "Baud rate"};
+    static const PlaceKey cardBaudrate  {"baudrate",      "IP_Baudrate",       691200,       false, 50,  20000000, "Baud rate"};
+    static const PlaceKey stopbits      {"stopbits",      "IP_Stopbits",       1,            false, 0,   2, "Stop bits"};
+    static const PlaceKey byteSize      {"byteSize",      "IP_ByteSize",       8,            false, 5,   8, "Bits of a byte"};
+    static const PlaceKey parity        {"parity",        "IP_Parity",         0,            false, 0,   4, "Parity: 0 is none"};
+    static const PlaceKey busAddress    {"busAddress",    "IP_SensorAddress",  0,            true,  0,   255, "Address on the bus; bus sensors only"};
 
     static const std::vector<InterfaceRow> rows = {
         {ScanHardware::Rs232,    "RS232",     1,  false, {comPort, baudrate, stopbits, byteSize, parity,
@@ -136,40 +124,73 @@ bool Place::agreesWith(const ParameterList &staged) const
     });
 }
 
-bool Place::isSameAs(const Place &other) const
+std::vector<std::string> Place::identities() const
 {
-    if (interface != other.interface)
-        return false;
-    const auto isShared = [&](const std::string &address) {
-        return std::any_of(other.addresses.begin(), other.addresses.end(),
-                           [&](const std::string &theirs) { return bareAddress(theirs) == bareAddress(address); });
-    };
-    if (interface->network && std::none_of(addresses.begin(), addresses.end(), isShared))
-        return false;
-    return std::all_of(interface->keys.begin(), interface->keys.end(), [&](const PlaceKey &key) {
-        return !key.identifies ||
-               toText(*parameters.find(key.parameter)) == toText(*other.parameters.find(key.parameter));
-    });
+    std::string identity = interface->name;
+    for (const PlaceKey &key : interface->keys) {
+        if (key.identifies)
+            identity += '\n' + toText(*parameters.find(key.parameter));
+    }
+    if (!interface->network)
+        return {identity};
+    std::vector<std::string> identities;
+    for (const std::string &address : addresses) {
+        std::string text = bareAddress(address) + '\n' + identity;
+        if (std::find(identities.begin(), identities.end(), text) == identities.end())
+            identities.push_back(std::move(text));
+    }
+    return identities;
+}
+
+const ObjectRules &placeRules()
+{
+    using namespace keys;
+    static const auto &rules = *[] {
+        auto *all = new ObjectRules{"place", "a place", {}, "interface"};
+        all->keys.push_back({"interface", required, oneOf(interfaceNames, "interface"), "The interface"});
+        for (const InterfaceRow &row : interfaceRows()) {
+            if (row.network)
+                all->keys.push_back({"ip", required, either(plainText(), arrayOf(plainText())),
+                                     "Address, or an array of addresses; each may end in a prefix length",
+                                     row.name});
+            for (const PlaceKey &key : row.keys) {
+                const bool isText = key.defaultValue == requiredText;
+                all->keys.push_back({key.fileKey, isText ? required : optional,
+                                     isText ? word() : whole(key.minimum, key.maximum), key.description,
+                                     row.name});
+            }
+        }
+        all->keys.push_back({"inUse", optional, boolean(), "true: another program uses the sensor (false)"});
+        return all;
+    }();
+    return rules;
 }
 
 Place readPlace(const Node &node, bool busSensor)
 {
-    ObjectReader reader(node, "a place");
+    ObjectReader reader(node, placeRules());
     Place place;
-    place.interface = &readInterface(reader.required("interface"));
+    const std::string interface = reader.readKind();
+    const auto &rows = interfaceRows();
+    place.interface = &*std::find_if(rows.begin(), rows.end(),
+                                     [&interface](const InterfaceRow &row) { return row.name == interface; });
     for (const PlaceKey &key : place.interface->keys) {
-        const std::string what = '"' + std::string(key.fileKey) + '"';
         if (key.defaultValue == requiredText) {
-            place.parameters.set(key.parameter, readText(reader.required(key.fileKey), what));
+            std::string text;
+            reader.read(key.fileKey, text);
+            place.parameters.set(key.parameter, text);
             continue;
         }
-        const Node *value = reader.optional(key.fileKey);
-        place.parameters.set(key.parameter, value != nullptr ? readInt(*value, what, 0) : key.defaultValue);
+        std::int32_t number = key.defaultValue;
+        if (reader.read(key.fileKey, number) && !busSensor && number != 0 &&
+            std::string_view(key.fileKey) == "busAddress")
+            throw ParseError(reader.required(key.fileKey).line,
+                             "a sensor that is not on a bus has no \"busAddress\"");
+        place.parameters.set(key.parameter, number);
     }
     if (place.interface->network)
         place.addresses = readAddresses(reader.required("ip"));
-    if (const Node *inUse = reader.optional("inUse"))
-        place.inUse = readBool(*inUse, "\"inUse\"");
+    reader.read("inUse", place.inUse);
     reader.finish();
     place.onBus = busSensor;
     return place;

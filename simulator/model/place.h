@@ -2,6 +2,7 @@
 #pragma once
 
 #include "json.h"
+#include "rules.h"
 #include "value.h"
 
 #include <string>
@@ -18,6 +19,9 @@ struct PlaceKey
     const char *parameter;
     int defaultValue; ///< -1: a text, which is required
     bool identifies;  ///< two sensors that have all of these in common are at the same place
+    int minimum;
+    int maximum;
+    const char *description; ///< for the schema of bench files
 };
 
 struct InterfaceRow
@@ -46,9 +50,11 @@ struct Place
     ParameterList foundParameters() const;
     /// Whether staged interface parameters fit this place. The baud rate and parameters that are not staged are ignored.
     bool agreesWith(const ParameterList &staged) const;
-    bool isSameAs(const Place &other) const;
+    /// Two sensors are at the same place if they have one of these texts in common.
+    std::vector<std::string> identities() const;
 };
 
+const ObjectRules &placeRules();
 Place readPlace(const Node &node, bool busSensor);
 
 } // namespace sondixsim::model

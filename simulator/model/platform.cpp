@@ -112,4 +112,9 @@ std::tm localTime(std::time_t seconds)
 
 #endif
 
+std::string absoluteUtf8(const std::string &name)
+{
+    return fs::absolute(name.empty() ? fs::path(".") : pathFromUtf8(name)).u8string();
+}
+
 } // namespace sondixsim::model

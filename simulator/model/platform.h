@@ -18,6 +18,10 @@ std::optional<std::string> environmentVariable(const char *name);
 /// The path of a name in UTF-8 (elsewhere than on Windows: its bytes).
 std::filesystem::path pathFromUtf8(const std::string &name);
 
+/// The name of a path in UTF-8 (elsewhere than on Windows: its bytes), from the root on; that of the present folder for
+/// an empty one.
+std::string absoluteUtf8(const std::string &name);
+
 /// The path of a name that is passed to the C interface: on Windows in the 8-bit code page of the system.
 std::filesystem::path pathFromNative(const std::string &name);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <string_view>
 
@@ -36,12 +37,12 @@ constexpr double uniform(std::uint64_t bits)
     return static_cast<double>(bits >> 11) * 0x1.0p-53;
 }
 
-/// Approximately normal with mean 0 and standard deviation 1, within +-3.5: the sum of four uniform numbers.
-constexpr double normal(std::uint64_t bits)
+/// Normal with mean 0 and standard deviation 1, with tails up to 8.5.
+inline double normal(std::uint64_t bits)
 {
-    const auto sum =
-        static_cast<double>((bits & 0xFFFF) + ((bits >> 16) & 0xFFFF) + ((bits >> 32) & 0xFFFF) + (bits >> 48));
-    return (sum / 65535.0 - 2.0) * 1.7320508075688772;
+    constexpr double twoPi = 6.283185307179586;
+    const double radius = std::sqrt(-2.0 * std::log(1.0 - uniform(bits)));
+    return radius * std::cos(twoPi * uniform(mix(bits)));
 }
 
 } // namespace sondixsim::model

@@ -2,15 +2,20 @@
 #include "ring.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace sondixsim::model {
 
 void Ring::reset(std::size_t frames, std::size_t valuesPerFrame)
 {
+    // Both buffers exist before anything changes: they must never differ in size.
+    const std::size_t perFrame = std::max<std::size_t>(1, valuesPerFrame);
+    std::vector<std::int32_t> raw(frames * perFrame, 0);
+    std::vector<double> scaled(frames * perFrame, 0.0);
     clear();
-    m_valuesPerFrame = std::max<std::size_t>(1, valuesPerFrame);
-    m_raw.assign(frames * m_valuesPerFrame, 0);
-    m_scaled.assign(frames * m_valuesPerFrame, 0.0);
+    m_valuesPerFrame = perFrame;
+    m_raw.swap(raw);
+    m_scaled.swap(scaled);
 }
 
 void Ring::clear()
@@ -84,10 +89,9 @@ void Ring::keepStartedFrame()
     const std::size_t rest = std::min<std::size_t>(taken > 0 ? m_valuesPerFrame - taken : 0, stored());
     if (rest == 0)
         return;
-    m_started.raw.resize(rest);
-    m_started.scaled.resize(rest);
-    m_started.timestamp = timestampOf(m_head);
-    copy(m_started.raw.data(), m_started.scaled.data(), rest);
+    Started started{std::vector<std::int32_t>(rest), std::vector<double>(rest), timestampOf(m_head)};
+    copy(started.raw.data(), started.scaled.data(), rest);
+    m_started = std::move(started);
     skip(rest);
 }
 

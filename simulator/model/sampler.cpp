@@ -16,6 +16,17 @@ FrameCounts sum(const FrameCounts &a, const FrameCounts &b)
             a.lost + b.lost,           a.unsent + b.unsent,   a.discarded + b.discarded};
 }
 
+/// Each byte carries six bits of a raw value; no model sends less than three for a value.
+int bytesOf(const Signal &signal)
+{
+    constexpr int least = 3;
+    constexpr int most = 6;
+    int bytes = least;
+    while (bytes < most && signal.rawMax - signal.rawMin >= std::ldexp(1.0, 6 * bytes))
+        ++bytes;
+    return bytes;
+}
+
 } // namespace
 
 Sampler::Sampler(const SensorSpec &spec, std::uint64_t seed, const Settings &settings, const SerialLine &line)
@@ -33,6 +44,7 @@ void Sampler::start(double now)
     m_formerCounts = sum(m_formerCounts, m_counts);
     m_counts = {};
     m_running = true;
+    m_losing = 0;
     m_nextFrame = m_anchorFrame = 0;
     m_ring.reset(static_cast<std::size_t>(m_spec.ringFrames), frame().size());
     restart(now);
@@ -47,11 +59,11 @@ void Sampler::stop(double now)
     if (!m_spec.polled && !hasStandingValues()) {
         const std::uint64_t due = dueFrames(now);
         m_counts.generated += due;
-        if (!isSending())
-            m_counts.unsent += due;
+        m_counts.unsent += isSending() ? due - arriving(m_nextFrame, due) : due;
     }
     m_ring.reset(0, 1); // discards what was not fetched, and what is due
     m_running = false;
+    needLine(now);
 }
 
 void Sampler::setSilent(bool silent, double now)
@@ -59,6 +71,7 @@ void Sampler::setSilent(bool silent, double now)
     catchUp(now);
     m_silent = silent;
     ++m_sequence;
+    needLine(now);
 }
 
 void Sampler::setConnected(bool connected, double now)
@@ -66,6 +79,33 @@ void Sampler::setConnected(bool connected, double now)
     catchUp(now);
     m_connected = connected;
     ++m_sequence;
+    needLine(now);
+}
+
+void Sampler::setFrozen(bool frozen, double now)
+{
+    catchUp(now);
+    m_frozen = frozen ? std::optional(Moment{now, m_nextFrame}) : std::nullopt;
+}
+
+void Sampler::addDrift(const Drift &drift, double now)
+{
+    catchUp(now);
+    m_drifts.push_back(drift);
+}
+
+void Sampler::loseNext(std::uint64_t frames, double now)
+{
+    catchUp(now);
+    if (m_running)
+        m_losing += frames;
+}
+
+void Sampler::limitByLine(bool limited, double now)
+{
+    catchUp(now);
+    m_isLimited = limited;
+    needLine(now);
 }
 
 void Sampler::followSettings(double now)
@@ -107,9 +147,34 @@ void Sampler::trackAtPowerUp(double now)
     }
 }
 
+bool Sampler::canBeTriggered() const
+{
+    return m_running && m_settings.waitsForTrigger() && sendsValues() && !frame().empty();
+}
+
+bool Sampler::isTriggeredOnly() const
+{
+    return !canBeTriggered() || (m_rate == 0.0 && sentRate() == 0.0 && !hasStandingValues());
+}
+
+void Sampler::skipTriggers(std::uint64_t count)
+{
+    if (!canBeTriggered())
+        return;
+    if (isSending()) {
+        m_ring.lose(count);
+    } else {
+        m_counts.generated += count;
+        m_counts.unsent += count;
+    }
+    m_nextFrame += count;
+    m_anchorFrame = m_nextFrame;
+    ++m_sequence;
+}
+
 void Sampler::trigger(double now)
 {
-    if (!m_running || !m_settings.waitsForTrigger() || !sendsValues() || frame().empty())
+    if (!canBeTriggered())
         return;
     catchUp(now);
     restart(now);
@@ -117,7 +182,9 @@ void Sampler::trigger(double now)
     std::vector<std::int32_t> raw(frame().size());
     std::vector<double> scaled(frame().size());
     generate(m_nextFrame, 1, raw.data(), scaled.data());
-    if (isSending()) {
+    const double seconds = secondsPerFrame();
+    if (isSending() && m_triggeredUntil <= now + seconds) { // at most one frame waits for the line
+        m_triggeredUntil = std::max(now, m_triggeredUntil) + seconds;
         m_ring.append(raw.data(), scaled.data(), raw.size(), now, {m_sequence, 0.0});
     } else {
         ++m_counts.generated;
@@ -131,7 +198,7 @@ std::int32_t Sampler::available(double now)
 {
     if (hasStandingValues())
         return isSending() ? m_spec.standing : 0;
-    catchUpUnlessPolled(now);
+    receiveUnlessPolled(now);
     return static_cast<std::int32_t>(std::min<std::size_t>(m_ring.size(), INT32_MAX));
 }
 
@@ -149,7 +216,7 @@ std::int32_t Sampler::transfer(double now, std::int32_t *raw, double *scaled, st
             std::copy_n(m_standingScaled.data(), count, scaled);
         return static_cast<std::int32_t>(count);
     }
-    catchUpUnlessPolled(now);
+    receiveUnlessPolled(now);
     return static_cast<std::int32_t>(m_ring.take(raw, scaled, wanted, timestamp));
 }
 
@@ -158,7 +225,7 @@ bool Sampler::push(double now, const std::vector<std::int32_t> &raw, const std::
 {
     if (!m_running)
         return false;
-    catchUpUnlessPolled(now);
+    receiveUnlessPolled(now);
     const std::size_t count = std::max(raw.size(), scaled.size());
     std::vector<std::int32_t> allRaw = raw;
     std::vector<double> allScaled = scaled;
@@ -177,7 +244,7 @@ bool Sampler::push(double now, const std::vector<std::int32_t> &raw, const std::
 
 FrameCounts Sampler::frameCounts(double now)
 {
-    catchUpUnlessPolled(now);
+    receiveUnlessPolled(now);
     FrameCounts counts = m_counts;
     counts.waiting = counts.generated - counts.fetched - counts.lost - counts.unsent - counts.discarded;
     return counts;
@@ -188,11 +255,15 @@ FrameCounts Sampler::totalFrameCounts(double now)
     return sum(m_formerCounts, frameCounts(now));
 }
 
+FrameCounts Sampler::accountedFrames() const
+{
+    return sum(m_formerCounts, m_counts);
+}
+
 double Sampler::frameRate() const
 {
-    if (m_spec.tracking.empty())
-        return m_spec.rate.of(m_settings.all());
-    return m_tracking ? m_spec.tracking[*m_tracking].rate.of(m_settings.all()) : 0.0;
+    const FrameRate *const rule = rateRule();
+    return rule != nullptr ? rule->of(m_settings.all()) : 0.0;
 }
 
 bool Sampler::usesSerialLine() const
@@ -202,7 +273,7 @@ bool Sampler::usesSerialLine() const
 
 Sampler::Frame Sampler::lastFrame(double now)
 {
-    catchUpUnlessPolled(now);
+    receiveUnlessPolled(now);
     Frame last;
     last.number = m_nextFrame > 0 ? m_nextFrame - 1 : 0;
     std::vector<std::int32_t> raw(frame().size());
@@ -224,9 +295,10 @@ std::vector<double> Sampler::presentValues(double now) const
         number = static_cast<std::uint64_t>(std::max(0.0, now * nominal));
         time = now;
     }
+    const Averaging averaging = this->averaging();
     std::vector<double> values(frame().size());
     for (std::size_t i = 0; i < values.size(); ++i)
-        values[i] = sampleOf(frame()[i], time, number, seedOf(i)).scaled;
+        values[i] = sample(i, time, number, averaging).scaled;
     return values;
 }
 
@@ -271,10 +343,45 @@ bool Sampler::hasStandingValues() const
     return m_spec.standing > 0 && !frame().empty();
 }
 
-void Sampler::catchUpUnlessPolled(double now)
+void Sampler::receive(double now)
+{
+    catchUp(m_isLimited ? m_line.time().carriedUpTo(now) : now);
+}
+
+void Sampler::receiveUnlessPolled(double now)
 {
     if (!m_spec.polled)
-        catchUp(now);
+        receive(now);
+}
+
+/// Seconds for which a frame occupies the line; 0 for one that takes no time.
+double Sampler::secondsPerFrame() const
+{
+    if (!m_isLimited)
+        return 0.0;
+    int bytes = 0;
+    for (const Signal &signal : frame())
+        bytes += bytesOf(signal);
+    return bytes * m_line.secondsPerByte(false);
+}
+
+/// Tells the line how much of its time the frames need from now on.
+void Sampler::needLine(double now)
+{
+    const bool needs = m_running && isSending() && !hasStandingValues();
+    const double demand = needs ? m_rate * secondsPerFrame() : 0.0;
+    m_line.time().setDemand(m_line.user(), now, demand);
+    takeLineChanges(now);
+    if (demand == 0.0)
+        m_arriving = 1.0;
+}
+
+void Sampler::takeLineChanges(double now)
+{
+    while (m_line.time().nextChange(m_line.user()) <= now) {
+        m_arriving = m_line.time().takeChange(m_line.user()).arriving;
+        m_arrivingFrom = m_nextFrame;
+    }
 }
 
 void Sampler::selectFrame()
@@ -309,6 +416,7 @@ void Sampler::restart(double now)
     m_anchorFrame = m_nextFrame;
     m_rate = sentRate();
     ++m_sequence;
+    needLine(now);
 }
 
 std::uint64_t Sampler::dueFrames(double now) const
@@ -321,6 +429,56 @@ std::uint64_t Sampler::dueFrames(double now) const
 }
 
 void Sampler::catchUp(double now)
+{
+    const LineTime &line = m_line.time();
+    while (line.nextChange(m_line.user()) <= now) {
+        const double change = line.nextChange(m_line.user());
+        produceUpTo(change);
+        takeLineChanges(change);
+    }
+    produceUpTo(now);
+}
+
+std::uint64_t Sampler::arriving(std::uint64_t first, std::uint64_t frames) const
+{
+    if (m_arriving >= 1.0)
+        return frames;
+    constexpr double tolerance = 1.0e-6; // of a frame: products are not exact
+    const auto before = [this](std::uint64_t frame) {
+        return std::floor(static_cast<double>(frame - m_arrivingFrom) * m_arriving + tolerance);
+    };
+    return static_cast<std::uint64_t>(before(first + frames) - before(first));
+}
+
+/// Appends those of the next frames that arrive; the others are counted as unsent.
+void Sampler::appendArriving(std::uint64_t frames)
+{
+    const std::size_t perFrame = frame().size();
+    const double period = this->period();
+    std::vector<std::int32_t> raw(static_cast<std::size_t>(frames) * perFrame);
+    std::vector<double> scaled(raw.size());
+    const std::uint64_t end = m_nextFrame + frames;
+    for (std::uint64_t first = m_nextFrame; first < end;) {
+        const bool arrives = m_arriving >= 1.0 || arriving(first, 1) == 1;
+        std::uint64_t next = m_arriving >= 1.0 ? end : first + 1;
+        while (next < end && (arriving(next, 1) == 1) == arrives)
+            ++next;
+        if (arrives) {
+            const auto count = static_cast<std::size_t>(next - first);
+            generate(first, count, raw.data(), scaled.data());
+            m_ring.append(raw.data(), scaled.data(), count * perFrame, timeOf(first, period),
+                          {m_sequence, period});
+        } else {
+            m_counts.generated += next - first;
+            m_counts.unsent += next - first;
+            ++m_sequence;
+        }
+        first = next;
+    }
+    m_nextFrame = end;
+}
+
+void Sampler::produceUpTo(double now)
 {
     std::uint64_t due = dueFrames(now);
     if (due == 0)
@@ -335,40 +493,103 @@ void Sampler::catchUp(double now)
         m_nextFrame += due;
         return;
     }
-    const std::size_t perFrame = frame().size();
-    const auto room = static_cast<std::uint64_t>(m_spec.ringFrames);
-    if (due > room) {
-        // Frames that would be overwritten at once are only counted.
-        m_ring.lose(due - room);
+    if (m_losing > 0) {
+        const std::uint64_t lost = std::min(due, m_losing);
+        m_counts.generated += lost;
+        m_counts.lost += lost;
+        m_losing -= lost;
+        m_nextFrame += lost;
+        due -= lost;
         ++m_sequence;
-        m_nextFrame += due - room;
-        due = room;
+        if (due == 0)
+            return;
     }
+    const Recording *const recorded = recording();
+    const auto room = static_cast<double>(m_spec.ringFrames);
+    const std::uint64_t present = recorded != nullptr ? recorded->presentFrames(m_nextFrame, due) : due;
+    // Frames that would be overwritten at once are only counted. Those that do not arrive overwrite none.
+    const double kept = m_arriving > 0.0 ? std::ceil(room / m_arriving) : static_cast<double>(present);
+    std::uint64_t losing = static_cast<double>(present) > kept ? present - static_cast<std::uint64_t>(kept) : 0;
+    if (recorded != nullptr && m_arriving < 1.0)
+        losing = 0; // what is missing in a recording changes how many arrive
     constexpr std::uint64_t block = 256;
-    std::vector<std::int32_t> raw(static_cast<std::size_t>(std::min(due, block)) * perFrame);
-    std::vector<double> scaled(raw.size());
-    const double period = this->period();
     while (due > 0) {
-        const auto frames = static_cast<std::size_t>(std::min(due, block));
-        generate(m_nextFrame, frames, raw.data(), scaled.data());
-        m_ring.append(raw.data(), scaled.data(), frames * perFrame, timeOf(m_nextFrame, period),
-                      {m_sequence, period});
-        m_nextFrame += frames;
+        const Recording::Run run =
+            recorded != nullptr ? recorded->runFrom(m_nextFrame, due) : Recording::Run{due, false};
+        std::uint64_t frames = run.frames;
+        if (run.isMissing) {
+            m_counts.generated += frames;
+            m_counts.unsent += frames;
+            m_nextFrame += frames;
+            ++m_sequence;
+        } else if (losing > 0) {
+            frames = std::min(frames, losing);
+            const std::uint64_t lost = arriving(m_nextFrame, frames);
+            m_ring.lose(lost);
+            m_counts.generated += frames - lost;
+            m_counts.unsent += frames - lost;
+            m_nextFrame += frames;
+            losing -= frames;
+            ++m_sequence;
+        } else {
+            frames = std::min(frames, block);
+            appendArriving(frames);
+        }
         due -= frames;
     }
+}
+
+const FrameRate *Sampler::rateRule() const
+{
+    if (m_spec.tracking.empty())
+        return &m_spec.rate;
+    return m_tracking ? &m_spec.tracking[*m_tracking].rate : nullptr;
+}
+
+const Recording *Sampler::recording() const
+{
+    return m_frame == &m_spec.signals ? m_spec.recording.get() : nullptr;
+}
+
+Averaging Sampler::averaging() const
+{
+    constexpr double most = 1.0e9;
+    const FrameRate *const rule = rateRule();
+    const double rate = frameRate();
+    if (rate <= 0.0)
+        return {m_settings.averagedMeasurements(), 0.0};
+    const double perFrame = std::min(rule->measurementsPerFrame(m_settings.all()), most);
+    if (perFrame > 1.0) // they follow each other faster than the frames do
+        return {static_cast<std::int32_t>(perFrame), 1.0 / (rate * perFrame)};
+    return {m_settings.averagedMeasurements(), 1.0 / rate};
+}
+
+Sample Sampler::sample(std::size_t signal, double time, std::uint64_t frame, const Averaging &averaging) const
+{
+    if (const Recording *const recorded = recording())
+        return recorded->sample(frame, signal);
+    const Signal &description = (*m_frame)[signal];
+    const Moment moment = m_frozen.value_or(Moment{time, frame});
+    const Sample value = sampleOf(description, moment.time, moment.frame, seedOf(signal), averaging);
+    double shift = 0.0;
+    for (const Drift &drift : m_drifts)
+        shift += drift.by * std::clamp((moment.time - drift.begin) / drift.duration, 0.0, 1.0);
+    if (shift == 0.0 || value.scaled <= errorValueBase)
+        return value;
+    return sampleOfValue(description, value.scaled + shift * (description.scaledMax - description.scaledMin));
 }
 
 void Sampler::generate(std::uint64_t first, std::size_t frames, std::int32_t *raw, double *scaled) const
 {
     const std::size_t perFrame = frame().size();
     const double period = this->period();
+    const Averaging averaging = this->averaging();
     for (std::size_t s = 0; s < perFrame; ++s) {
-        const std::uint64_t seed = seedOf(s);
         for (std::size_t i = 0; i < frames; ++i) {
             const std::uint64_t number = first + i;
-            const Sample sample = sampleOf(frame()[s], timeOf(number, period), number, seed);
-            raw[i * perFrame + s] = sample.raw;
-            scaled[i * perFrame + s] = sample.scaled;
+            const Sample value = sample(s, timeOf(number, period), number, averaging);
+            raw[i * perFrame + s] = value.raw;
+            scaled[i * perFrame + s] = value.scaled;
         }
     }
 }

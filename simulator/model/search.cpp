@@ -105,7 +105,7 @@ void Search::plan(ScanHardware hardware, double duration, const Request &request
     m_duration += duration;
 }
 
-bool Search::isWanted(const Sensor &sensor, const Request &request) const
+bool Search::isWanted(Sensor &sensor, const Request &request) const
 {
     const SensorSpec &spec = sensor.spec();
     const std::int32_t wantedBase = request.type % 10000;
@@ -120,7 +120,7 @@ bool Search::isWanted(const Sensor &sensor, const Request &request) const
         return false;
 
     const ScanHardware hardware = spec.place.interface->hardware;
-    const bool heldByOther = spec.place.inUse || (sensor.owner() != 0 && sensor.owner() != request.handle);
+    const bool heldByOther = sensor.isHeldByOther(request.handle, m_start);
     if (hardware == ScanHardware::Xa200Eth && heldByOther)
         return request.usedChannels;
     const bool foundWhileHeld = hardware == ScanHardware::Tcpip || hardware == ScanHardware::WinUsb;

@@ -52,7 +52,7 @@ private:
     static Request readRequest(const ParameterList &staged, std::int32_t handleType, std::uint32_t handle);
     /// Appends the sensors that the scan of one interface will find.
     void plan(ScanHardware hardware, double duration, const Request &request);
-    bool isWanted(const Sensor &sensor, const Request &request) const;
+    bool isWanted(Sensor &sensor, const Request &request) const;
 
     std::shared_ptr<const Bench> m_bench;
     std::vector<Hit> m_hits; ///< in the order of time, from the start

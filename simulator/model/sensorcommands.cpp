@@ -147,7 +147,7 @@ Outcome measure(SensorParts &sensor, const CommandCall &call)
         if (number < 1 || number > static_cast<std::int32_t>(sensor.members.size()))
             return failure(OutOfRange, "There is no sensor number " + std::to_string(number));
     }
-    sensor.sampler.catchUp(call.now);
+    sensor.sampler.receive(call.now);
     return {};
 }
 

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "expectation.h"
 #include "framerate.h"
 #include "place.h"
+#include "recording.h"
 #include "sample.h"
+#include "SondixSimulator/control.h"
+#include "timeline.h"
 #include "value.h"
 #include "video.h"
 #include "webinterface.h"
@@ -32,27 +36,21 @@ struct MeasuringMode
     std::vector<Signal> signals; ///< empty: those of the sensor
 };
 
-/// A fault of a sensor in a bench file.
+/// A fault in a bench file. Its texts are windows-1250.
 struct SpecFault
 {
-    std::string function;
-    std::string command;
-    std::string parameter;
-    std::int32_t from = 1;
-    std::int32_t times = -1;
-    double probability = 1.0;
-    std::int32_t code = 0;
-    std::string text;
-    double delay = 0.0;
+    Fault fault;
+    int line = 0;
 };
 
 /// The data that describe a model or one sensor.
 struct SensorSpec
 {
     std::int32_t type = 0;
-    std::string model;          ///< name in bench files, also "IP_SensorTypeName"
-    std::string name;           ///< "SA_Sensor"; empty: the sensor names its controller only
-    std::string controllerName; ///< "SA_ControllerName"
+    std::string model;                   ///< name in bench files, also "IP_SensorTypeName"
+    std::string name;                    ///< "SA_Sensor"; empty: the sensor names its controller only
+    std::string controllerName;          ///< "SA_ControllerName"
+    std::vector<std::string> interfaces; ///< to which it can be connected; empty: any
     bool bus = false;
     bool polled = false; ///< values become available with "Get_Measure"
     bool multi = false;  ///< stands for several sensors
@@ -73,6 +71,8 @@ struct SensorSpec
     std::map<std::string, ParameterList> answers;            ///< further commands and what they answer
     FrameRate rate;
     std::vector<Signal> signals;
+    std::shared_ptr<const Recording>
+        recording;                    ///< values of signals, instead of those of their generators; may be null
     std::string modeParameter;        ///< setting that names the measuring mode
     std::vector<MeasuringMode> modes; ///< only those that differ from the others
     std::string triggerParameter;     ///< setting that makes it wait for a trigger
@@ -80,12 +80,17 @@ struct SensorSpec
     double triggerRate = 0.0;         ///< triggers per second
     Video video;
     std::map<std::int32_t, std::string> errorTexts;
-    std::string autostart; ///< setting that names the tracking mode at power-up
+    std::int32_t outOfRangeKey = 0; ///< of the major signals, see Signal
+    std::string averagingNumber;    ///< setting: how many measurements a frame is the mean of
+    std::string averagingType;      ///< setting: 0 means that it does not average; empty: there is none
+    std::string autostart;          ///< setting that names the tracking mode at power-up
     std::string stopTracking;
     std::vector<TrackingCommand> tracking; ///< not empty: the sensor measures only while tracking
     WebInterface web;
     std::vector<SpecFault> faults;
     bool answering = true;
+    std::vector<TimelineEvent> timeline;
+    std::vector<SpecExpectation> expectations;
     std::optional<double> silentAfter; ///< seconds after each opening, also the next two
     std::optional<double> unplugAfter;
     std::optional<double> plugAfter;

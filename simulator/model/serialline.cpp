@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "serialline.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace sondixsim::model {
 
-SerialLine::SerialLine(const Place &place)
+SerialLine::SerialLine(const Place &place, std::shared_ptr<LineTime> time)
     : m_place(place)
+    , m_time(std::move(time))
+    , m_user(m_time->join())
     , m_baudrate(baudrateIn({}))
     , m_openedBaudrate(m_baudrate)
 {
@@ -72,13 +74,6 @@ double SerialLine::usedSeconds() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_used;
-}
-
-double SerialLine::reserve(double now, double seconds)
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_freeFrom = std::max(now, m_freeFrom) + seconds;
-    return m_freeFrom;
 }
 
 Outcome noAnswerAt(const std::string &model, const Place &place, std::int32_t baudrate)

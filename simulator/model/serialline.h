@@ -2,8 +2,10 @@
 #pragma once
 
 #include "errors.h"
+#include "linetime.h"
 #include "place.h"
 
+#include <memory>
 #include <mutex>
 
 namespace sondixsim::model {
@@ -16,7 +18,8 @@ namespace sondixsim::model {
 class SerialLine
 {
 public:
-    explicit SerialLine(const Place &place);
+    /// \a time is that of the line at this place, which other sensors may share.
+    SerialLine(const Place &place, std::shared_ptr<LineTime> time);
 
     std::int32_t baudrate() const; ///< at which the sensor answers now; 0 without a baud rate
     void setBaudrate(std::int32_t baudrate);
@@ -31,16 +34,17 @@ public:
     double secondsPerByte(bool sendsValues) const;
     void addUse(double seconds); ///< for usedSeconds()
     double usedSeconds() const;  ///< of pages and generic commands so far
-    /// Appends a transmission of \a seconds to those under way; returns the bench time at which it ends.
-    double reserve(double now, double seconds);
+    LineTime &time() const { return *m_time; }
+    std::size_t user() const { return m_user; } ///< the number of this sensor at LineTime
 
 private:
     const Place &m_place;
+    const std::shared_ptr<LineTime> m_time;
+    const std::size_t m_user;
     mutable std::mutex m_mutex;
     std::int32_t m_baudrate;
     std::int32_t m_openedBaudrate;
     double m_used = 0.0;
-    double m_freeFrom = 0.0; ///< bench time
 };
 
 /// The outcome of a call to a sensor at a baud rate at which it does not answer.

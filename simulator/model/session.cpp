@@ -17,14 +17,24 @@ Outcome Session::open(const Bench &bench, const ParameterList &staged, double no
         closeSensor(now);
         sensor = found;
     }
+    try {
+        openClaimed(staged, now, answers);
+    } catch (const std::exception &) { // exhausted memory: no sensor stays open in part
+        closeSensor(now);
+        throw;
+    }
+    if (log)
+        log->write(LogConnections, "opened the simulated sensor " + sensor->spec().serialNumber);
+    return {};
+}
+
+void Session::openClaimed(const ParameterList &staged, double now, ParameterList &answers)
+{
     sensor->open(now, sensor->line().baudrateIn(staged));
     const auto &members = sensor->members();
     answers.set("SA_SensorInformation", members.empty() ? sensor->information() : members.front()->information());
     for (std::size_t i = 0; i < members.size(); ++i)
         answers.set("SA_SensorInformation#S" + std::to_string(i + 1), members[i]->information());
-    if (log)
-        log->write(LogConnections, "opened the simulated sensor " + sensor->spec().serialNumber);
-    return {};
 }
 
 Outcome Session::close(double now)

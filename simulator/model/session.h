@@ -24,6 +24,9 @@ struct Session
     Outcome close(double now);
     Outcome command(const CommandCall &call);
     void closeSensor(double now); ///< does nothing while closed
+
+private:
+    void openClaimed(const ParameterList &staged, double now, ParameterList &answers);
 };
 
 /// The sensor that \a staged interface parameters lead to; null with the reason in \a failure when there is none.

@@ -31,6 +31,12 @@ bool Settings::waitsForTrigger() const
     return number(m_spec.triggerParameter, m_spec.triggerOff) != m_spec.triggerOff;
 }
 
+std::int32_t Settings::averagedMeasurements() const
+{
+    const bool isOff = !m_spec.averagingType.empty() && number(m_spec.averagingType, 0) == 0;
+    return isOff ? 1 : std::max(1, number(m_spec.averagingNumber, 1));
+}
+
 Outcome Settings::check(const std::string &key, const std::string &shownName, const Value &wanted,
                         Value &value) const
 {

@@ -21,6 +21,7 @@ public:
 
     const MeasuringMode *measuringMode() const; ///< null when the present mode has no entry of its own
     bool waitsForTrigger() const;
+    std::int32_t averagedMeasurements() const; ///< in a frame, at least 1
 
     /// Converts \a wanted to the type of the setting \a key and checks its limits. Errors call it \a shownName.
     Outcome check(const std::string &key, const std::string &shownName, const Value &wanted, Value &value) const;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "inputfile.h"
 #include "platform.h"
 #include "specreader.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <fstream>
 #include <tuple>
 
 namespace sondixsim::model {
@@ -15,22 +15,30 @@ namespace {
 constexpr double maxPeriod = 1.0e9;
 constexpr double minPeriod = 1.0e-6;
 
+std::string readRecordFile(const Node &node, const std::string &name, const std::string &folder)
+{
+    try {
+        return readInputFile(pathFromUtf8(folder) / pathFromUtf8(name));
+    } catch (const InputError &error) {
+        throw ParseError(node.line, "the recorded values in \"" + name + "\" cannot be read: " + error.what());
+    }
+}
+
 /// The numbers in one column of a text file. Lines without a number there, such as headings, are skipped.
 std::vector<double> readRecord(const Node &node, const std::string &folder, int column)
 {
     const std::string name = readPlainText(node, "\"file\"");
-    std::ifstream file(pathFromUtf8(folder) / pathFromUtf8(name));
-    if (!file)
-        throw ParseError(node.line, "the recorded values in \"" + name + "\" cannot be read");
+    const std::string content = readRecordFile(node, name, folder);
     std::vector<double> record;
-    std::string line;
-    while (std::getline(file, line)) {
+    for (std::string_view text = content; !text.empty();) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
         std::size_t start = 0;
-        for (int i = 1; i < column && start != std::string::npos; ++i) {
+        for (int i = 1; i < column && start != std::string_view::npos; ++i) {
             start = line.find_first_of(",;\t", start);
-            start = start == std::string::npos ? start : start + 1;
+            start = start == std::string_view::npos ? start : start + 1;
         }
-        if (start == std::string::npos)
+        if (start == std::string_view::npos)
             continue;
         start = std::min(line.find_first_not_of(' ', start), line.size());
         double value = 0.0;
@@ -43,58 +51,115 @@ std::vector<double> readRecord(const Node &node, const std::string &folder, int 
     return record;
 }
 
+const struct
+{
+    const char *name;
+    Generator::Kind kind;
+    const char *description;
+} generatorRows[] = {
+    {"constant", Generator::Kind::Constant, "always the same"},
+    {"sine", Generator::Kind::Sine, "a sine"},
+    {"ramp", Generator::Kind::Ramp, "rises from one value to the other, and begins again"},
+    {"step", Generator::Kind::Step, "changes between two values"},
+    {"noise", Generator::Kind::Noise, "normal noise"},
+    {"drift", Generator::Kind::Drift, "a slow change from 0, and back"},
+    {"temperature", Generator::Kind::Temperature, "follows the temperature of the sensor"},
+    {"counter", Generator::Kind::Counter, "the number of the frame since the sensor was opened"},
+    {"csv", Generator::Kind::Recorded, "a recorded column, one value for each frame, repeated from the start"},
+};
+
+std::vector<Choice> generatorKinds()
+{
+    std::vector<Choice> choices;
+    for (const auto &row : generatorRows)
+        choices.push_back({row.name, row.description});
+    return choices;
+}
+
+constexpr double quarterOfAnHour = 900.0;
+constexpr double maxKelvins = 1000.0;
+constexpr double maxModulo = 4503599627370496.0; // 2^52
+
+const ObjectRules &generatorRules()
+{
+    using namespace keys;
+    // clang-format off
+    static const auto &rules = *new ObjectRules{"generator", "a generator", {
+        {"kind",         required, oneOf(generatorKinds, "generator"),            "What it generates"},
+        {"value",        required, number(),                         "The value",                                       "constant"},
+        {"amplitude",    required, number(),                         "Amplitude",                                       "sine"},
+        {"middle",       optional, number(),                         "Mean value (0)",                                  "sine"},
+        {"phase",        optional, number(0.0, 1.0),                 "Phase in periods (0)",                            "sine"},
+        {"from",         required, number(),                         "First value",                                     "ramp step"},
+        {"to",           required, number(),                         "Last value",                                      "ramp step"},
+        {"period",       required, number(minPeriod, maxPeriod),     "Seconds",                                         "sine ramp step"},
+        {"share",        optional, number(0.0, 1.0),                 "Part of the period at the first value (0.5)",     "step"},
+        {"sigma",        required, number(0.0),                      "Standard deviation",                              "noise"},
+        {"by",           required, number(),                         "Largest change",                                  "drift"},
+        {"in",           required, number(minPeriod, maxPeriod),     "Seconds until then",                              "drift"},
+        {"perKelvin",    required, number(),                         "Change of the value per kelvin",                  "temperature"},
+        {"warmUp",       optional, number(-maxKelvins, maxKelvins),  "Kelvins by which the sensor warms up (0)",        "temperature"},
+        {"timeConstant", optional, number(minPeriod, maxPeriod),     "Seconds, of warming up (900)",                    "temperature"},
+        {"swing",        optional, number(0.0, maxKelvins),          "Amplitude of the surroundings in kelvins (0)",    "temperature"},
+        {"day",          optional, number(minPeriod, maxPeriod),     "Period of the surroundings in seconds (86400)",   "temperature"},
+        {"modulo",       required, number(1.0, maxModulo),           "The number that it does not reach",               "counter"},
+        {"file",         required, plainText(),                      "Text file, relative to the bench file",           "csv"},
+        {"column",       optional, whole(1, 1000),                   "Column of this file, from 1 (1)",                 "csv"},
+    }, "kind"};
+    // clang-format on
+    return rules;
+}
+
+const ObjectRules &errorValueRules()
+{
+    using namespace keys;
+    // clang-format off
+    static const auto &rules = *new ObjectRules{"errorValue", "an error value", {
+        {"key",         required, whole(-1000000, -1), "The scaled value is -1.0e10 plus this key"},
+        {"every",       optional, whole(1),            "Period in frames"},
+        {"length",      optional, whole(1),            "Number of error values at the end of each period (1)"},
+        {"probability", optional, number(0.0, 1.0),    "Probability of an error value in a frame"},
+    }, nullptr, {}, {{"every", "probability"}}};
+    // clang-format on
+    return rules;
+}
+
 Generator readGenerator(const Node &node, const std::string &folder)
 {
-    ObjectReader reader(node, "a generator");
+    ObjectReader reader(node, generatorRules());
     Generator generator;
-    const std::string kind = readPlainText(reader.required("kind"), "\"kind\"");
-    const auto need = [&](const char *key) {
-        return readNumber(reader.required(key), '"' + std::string(key) + '"');
-    };
-    const auto period = [&](const char *key) {
-        return readNumber(reader.required(key), '"' + std::string(key) + '"', minPeriod, maxPeriod);
-    };
-    const auto part = [&](const char *key, double defaultValue) {
-        const Node *value = reader.optional(key);
-        return value != nullptr ? readNumber(*value, '"' + std::string(key) + '"', 0.0, 1.0) : defaultValue;
-    };
-    if (kind == "constant") {
-        generator.low = need("value");
-    } else if (kind == "sine") {
-        const Node *middle = reader.optional("middle");
-        generator.kind = Generator::Kind::Sine;
-        generator.low = middle != nullptr ? readNumber(*middle, "\"middle\"") : 0.0;
-        generator.high = need("amplitude");
-        generator.period = period("period");
-        generator.share = part("phase", 0.0);
-    } else if (kind == "ramp" || kind == "step") {
-        generator.kind = kind == "ramp" ? Generator::Kind::Ramp : Generator::Kind::Step;
-        generator.low = need("from");
-        generator.high = need("to");
-        generator.period = period("period");
-        if (kind == "step")
-            generator.share = part("share", 0.5);
-    } else if (kind == "noise") {
-        generator.kind = Generator::Kind::Noise;
-        generator.high = readNumber(reader.required("sigma"), "\"sigma\"", 0.0);
-    } else if (kind == "drift") {
-        generator.kind = Generator::Kind::Drift;
-        generator.high = need("by");
-        generator.period = period("in");
-    } else if (kind == "counter") {
-        constexpr double maxModulo = 4503599627370496.0; // 2^52
-        generator.kind = Generator::Kind::Counter;
-        generator.period = std::floor(readNumber(reader.required("modulo"), "\"modulo\"", 1.0, maxModulo));
-    } else if (kind == "csv") {
-        generator.kind = Generator::Kind::Recorded;
-        const Node *column = reader.optional("column");
-        generator.record = readRecord(reader.required("file"), folder,
-                                      column != nullptr ? readInt(*column, "\"column\"", 1, 1000) : 1);
-    } else {
-        throw ParseError(reader.required("kind").line,
-                         "there is no generator \"" + kind +
-                             "\"; there are: constant, sine, ramp, step, noise, drift, counter, csv");
+    const std::string kind = reader.readKind();
+    for (const auto &row : generatorRows) {
+        if (kind == row.name)
+            generator.kind = row.kind;
     }
+    if (generator.kind == Generator::Kind::Sine)
+        generator.share = 0.0;
+    if (generator.kind == Generator::Kind::Temperature)
+        generator.period = quarterOfAnHour;
+    // Each kind has only some of these keys.
+    reader.read("value", generator.low);
+    reader.read("middle", generator.low);
+    reader.read("amplitude", generator.high);
+    reader.read("phase", generator.share);
+    reader.read("from", generator.low);
+    reader.read("to", generator.high);
+    reader.read("period", generator.period);
+    reader.read("share", generator.share);
+    reader.read("sigma", generator.high);
+    reader.read("by", generator.high);
+    reader.read("in", generator.period);
+    reader.read("perKelvin", generator.high);
+    reader.read("warmUp", generator.rise);
+    reader.read("swing", generator.swing);
+    reader.read("day", generator.day);
+    reader.read("timeConstant", generator.period);
+    if (reader.read("modulo", generator.period))
+        generator.period = std::floor(generator.period);
+    std::int32_t column = 1;
+    reader.read("column", column);
+    if (const Node *file = reader.optional("file"))
+        generator.record = readRecord(*file, folder, column);
     reader.finish();
     return generator;
 }
@@ -113,18 +178,13 @@ std::vector<Generator> readGenerators(const Node &node, const std::string &folde
 
 ErrorValues readErrorValues(const Node &node)
 {
-    ObjectReader reader(node, "an error value");
+    ObjectReader reader(node, errorValueRules());
     ErrorValues errors;
-    errors.key = readInt(reader.required("key"), "\"key\"", -1000000, -1);
-    if (const Node *every = reader.optional("every"))
-        errors.every = static_cast<std::uint64_t>(readInt(*every, "\"every\"", 1));
-    if (const Node *length = reader.optional("length"))
-        errors.length = static_cast<std::uint64_t>(readInt(*length, "\"length\"", 1));
-    if (const Node *probability = reader.optional("probability"))
-        errors.probability = readNumber(*probability, "\"probability\"", 0.0, 1.0);
+    reader.read("key", errors.key);
+    reader.read("every", errors.every);
+    reader.read("length", errors.length);
+    reader.read("probability", errors.probability);
     reader.finish();
-    if ((errors.every > 0) == (errors.probability > 0.0))
-        throw ParseError(node.line, "an error value needs either \"every\" or \"probability\"");
     if (errors.every > 0 && errors.length > errors.every)
         throw ParseError(node.line, "\"length\" must not be more than \"every\"");
     return errors;
@@ -148,32 +208,28 @@ std::vector<Generator> defaultGenerators(const Signal &signal)
 
 Signal readSignal(const Node &node, const std::string &folder)
 {
-    ObjectReader reader(node, "a signal");
+    ObjectReader reader(node, signalRules());
     Signal signal;
-    const auto text = [&reader](const char *key, std::string &target) {
-        if (const Node *value = reader.optional(key))
-            target = readText(*value, '"' + std::string(key) + '"');
-    };
-    signal.scaledName = readText(reader.required("name"), "\"name\"");
+    reader.read("name", signal.scaledName);
     signal.rawName = signal.scaledName;
     signal.rawUnit = "Digits";
-    text("rawName", signal.rawName);
-    text("unit", signal.scaledUnit);
-    text("rawUnit", signal.rawUnit);
-    text("info", signal.info);
-    if (const Node *range = reader.optional("range"))
-        std::tie(signal.scaledMin, signal.scaledMax) = readRange(*range, "\"range\"");
-    if (const Node *range = reader.optional("rawRange")) {
-        std::tie(signal.rawMin, signal.rawMax) = readRange(*range, "\"rawRange\"");
+    reader.read("rawName", signal.rawName);
+    reader.read("unit", signal.scaledUnit);
+    reader.read("rawUnit", signal.rawUnit);
+    reader.read("info", signal.info);
+    std::pair<double, double> range;
+    if (reader.read("range", range))
+        std::tie(signal.scaledMin, signal.scaledMax) = range;
+    if (reader.read("rawRange", range)) {
+        std::tie(signal.rawMin, signal.rawMax) = range;
         // Raw error values lie above the range and must fit 32 bits, too.
         constexpr double limit = 2146000000.0;
         if (signal.rawMin < -limit || signal.rawMax > limit)
-            throw ParseError(range->line, "\"rawRange\" must lie within 32 bits");
+            throw ParseError(reader.required("rawRange").line, "\"rawRange\" must lie within 32 bits");
     }
-    const Node *view = reader.optional("viewRange");
-    signal.viewRange = view != nullptr ? readNumber(*view, "\"viewRange\"") : signal.scaledMax - signal.scaledMin;
-    if (const Node *major = reader.optional("major"))
-        signal.major = readBool(*major, "\"major\"");
+    signal.viewRange = signal.scaledMax - signal.scaledMin;
+    reader.read("viewRange", signal.viewRange);
+    reader.read("major", signal.major);
     const Node *generator = reader.optional("generator");
     signal.generators = generator != nullptr ? readGenerators(*generator, folder) : defaultGenerators(signal);
     if (const Node *errors = reader.optional("errors")) {
@@ -185,6 +241,27 @@ Signal readSignal(const Node &node, const std::string &folder)
 }
 
 } // namespace
+
+const ObjectRules &signalRules()
+{
+    using namespace keys;
+    // clang-format off
+    static const auto &rules = *new ObjectRules{"signal", "a signal", {
+        {"name",      required, word(),                           "Name of the scaled value"},
+        {"rawName",   optional, name(),                           "Name of the raw value (\"name\")"},
+        {"unit",      optional, name(),                           "Unit of the scaled value"},
+        {"rawUnit",   optional, name(),                           "Unit of the raw value (\"Digits\")"},
+        {"range",     optional, range(),                          "Scaled range ([0, 10]); a value outside it is an error value or limited to it, see \"outOfRange\""},
+        {"rawRange",  optional, range(),                          "Raw range ([0, 65535]); scaled values are rounded to raw steps"},
+        {"viewRange", optional, number(),                         "\"IA_ViewRange\" (the width of \"range\")"},
+        {"major",     optional, boolean(),                        "\"IA_MajorSignal\"; the others, such as an intensity, are limited to their range (true)"},
+        {"info",      optional, name(),                           "\"IA_AdditionalInfo\""},
+        {"generator", optional, either(object(generatorRules), arrayOf(object(generatorRules))), "A generator, or an array of generators whose values are added (a slow sine with a little noise)"},
+        {"errors",    optional, arrayOf(object(errorValueRules)), "Error values, which replace measurements"},
+    }};
+    // clang-format on
+    return rules;
+}
 
 std::vector<Signal> readSignals(const Node &node, const std::string &folder)
 {

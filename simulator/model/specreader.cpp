@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "specreader.h"
 
+#include "command.h"
+#include "errors.h"
+#include "faults.h"
 #include "modereader.h"
 #include "webreader.h"
 
@@ -56,9 +59,10 @@ void readErrorTexts(const Node &node, SensorSpec &spec)
     for (const Member &member : readObject(node, "\"errorTexts\"")) {
         std::int32_t key = 0;
         const char *const end = member.key.data() + member.key.size();
-        if (std::from_chars(member.key.data(), end, key).ptr != end)
+        const auto result = std::from_chars(member.key.data(), end, key);
+        if (result.ec != std::errc() || result.ptr != end)
             throw ParseError(member.line, "\"" + member.key + "\" is not a whole number");
-        spec.errorTexts[key] = readText(member.value, "an error text");
+        spec.errorTexts[key] = readName(member.value, "an error text");
     }
 }
 
@@ -71,18 +75,55 @@ void nameErrorValues(const std::vector<Signal> &signals, std::map<std::int32_t, 
     }
 }
 
+const ObjectRules &trackingCommandRules()
+{
+    using namespace keys;
+    // clang-format off
+    static const auto &rules = *new ObjectRules{"trackingCommand", "a tracking command", {
+        {"command", required, word(),            "The command"},
+        {"mode",    required, whole(0),          "Value of the setting \"autostart\" with which it runs after opening"},
+        {"rate",    required, object(rateRules), "The rate while the sensor tracks"},
+    }};
+    // clang-format on
+    return rules;
+}
+
+const ObjectRules &trackingRules()
+{
+    using namespace keys;
+    // clang-format off
+    static const auto &rules = *new ObjectRules{"tracking", "\"tracking\"", {
+        {"autostart", required, plainText(),                            "Setting that selects the tracking command that runs after opening"},
+        {"stop",      optional, plainText(),                            "Command that stops tracking"},
+        {"commands",  required, arrayOf(object(trackingCommandRules)),  "The tracking commands"},
+    }};
+    // clang-format on
+    return rules;
+}
+
+const ObjectRules &averagingRules()
+{
+    using namespace keys;
+    // clang-format off
+    static const auto &rules = *new ObjectRules{"averaging", "\"averaging\"", {
+        {"number", required, plainText(), "Setting: how many measurements a frame is the mean of"},
+        {"type",   optional, plainText(), "Setting that switches averaging: with 0 the sensor does not average"},
+    }};
+    // clang-format on
+    return rules;
+}
+
 void readTracking(const Node &node, SensorSpec &spec)
 {
-    ObjectReader reader(node, "\"tracking\"");
-    spec.autostart = readPlainText(reader.required("autostart"), "\"autostart\"");
-    if (const Node *stop = reader.optional("stop"))
-        spec.stopTracking = readPlainText(*stop, "\"stop\"");
+    ObjectReader reader(node, trackingRules());
+    reader.read("autostart", spec.autostart);
+    reader.read("stop", spec.stopTracking);
     spec.tracking.clear();
     for (const Node &element : readArray(reader.required("commands"), "\"commands\"")) {
-        ObjectReader commandReader(element, "a tracking command");
+        ObjectReader commandReader(element, trackingCommandRules());
         TrackingCommand command;
-        command.command = readPlainText(commandReader.required("command"), "\"command\"");
-        command.mode = readInt(commandReader.required("mode"), "\"mode\"", 0);
+        commandReader.read("command", command.command);
+        commandReader.read("mode", command.mode);
         command.rate = readFrameRate(commandReader.required("rate"));
         commandReader.finish();
         spec.tracking.push_back(std::move(command));
@@ -90,22 +131,95 @@ void readTracking(const Node &node, SensorSpec &spec)
     reader.finish();
 }
 
+void readAveraging(const Node &node, SensorSpec &spec)
+{
+    spec.averagingNumber.clear();
+    spec.averagingType.clear();
+    if (node.kind == Node::Kind::Null)
+        return;
+    ObjectReader reader(node, averagingRules());
+    reader.read("number", spec.averagingNumber);
+    reader.read("type", spec.averagingType);
+    reader.finish();
+}
+
+std::vector<Choice> codeChoices()
+{
+    std::vector<Choice> choices;
+    for (const CodeRow &row : codeRows)
+        choices.push_back({std::to_string(row.code), row.description});
+    return choices;
+}
+
+std::vector<Choice> damageChoices()
+{
+    return {{damageNames[1], "its second half is missing"},
+            {damageNames[2], "some of its characters are others"},
+            {damageNames[3], "it is empty"}};
+}
+
+void setOutOfRangeKey(std::vector<Signal> &signals, std::int32_t key)
+{
+    for (Signal &signal : signals)
+        signal.outOfRangeKey = signal.major ? key : 0;
+}
+
 } // namespace
+
+std::vector<Choice> functionChoices()
+{
+    std::vector<Choice> choices;
+    for (const char *const function : functionNames)
+        choices.push_back({function, {}});
+    return choices;
+}
+
+std::vector<Choice> commandChoices()
+{
+    std::vector<Choice> choices;
+    for (const std::string &command : commandNames())
+        choices.push_back({command, {}});
+    return choices;
+}
+
+std::vector<KeyRule> commonKeys()
+{
+    using namespace keys;
+    const char *const parameterName = "^[!#-<>-~]+$";
+    const char *const settingName = "^SA_[!#-<>-~]*$";
+    // clang-format off
+    std::vector<KeyRule> rules = {
+        {"name",           optional, name(),               "\"SA_Sensor\" (the model's)"},
+        {"controllerName", optional, name(),               "\"SA_ControllerName\" (the model's)"},
+        {"articleNumber",  optional, name(),               "\"SA_ArticleNumber\" (the model's)"},
+        {"firmware",       optional, name(),               "\"SA_Softwareversion\", without \"(simulator)\" (the model's)"},
+        {"ring",           optional, whole(1, 10000000),   "Capacity of its data ring in frames. When the ring is full the oldest frames are lost and counted (32768)"},
+        {"standing",       optional, whole(0, 10000000),   "Number of values that are always available and never used up; for measuring the speed of a reader (0)"},
+        {"info",           optional, mapOf(value(), parameterName),                         "Further answers of \"Get_Info\""},
+        {"settings",       optional, mapOf(orNull(mapOf(value(), settingName)), parameterName), "Settings by command: \"Get_...\" reads a group, \"Set_...\" changes it. null removes a group of the model"},
+        {"limits",         optional, mapOf(range(), settingName),                           "Allowed values of settings"},
+        {"answers",        optional, mapOf(mapOf(value(), parameterName), parameterName),   "Further commands and their answers"},
+        {"signals",        optional, arrayOf(object(signalRules)),                          "The values of a frame (the model's)"},
+        {"errorTexts",     optional, mapOf(name(), "^-?[0-9]+$"),                           "Texts of the error values by key (the model's)"},
+        {"outOfRange",     optional, orNull(whole(-1000000, -1)),                           "Key of the error value for values outside the range; null: they are limited to the range (the model's)"},
+        {"averaging",      optional, orNull(object(averagingRules)),                        "The settings for averaging; null: none (the model's)"},
+        {"rateRule",       optional, object(rateRules),                                     "How the rate follows from settings (the model's)"},
+        {"tracking",       optional, object(trackingRules),                                 "Commands that start continuous measuring (the model's)"},
+    };
+    // clang-format on
+    for (const auto &more : {modeKeys(), webKeys()})
+        rules.insert(rules.end(), more.begin(), more.end());
+    return rules;
+}
 
 void readCommonKeys(ObjectReader &reader, SensorSpec &spec, const std::string &folder)
 {
-    const auto text = [&reader](const char *key, std::string &target) {
-        if (const Node *value = reader.optional(key))
-            target = readText(*value, '"' + std::string(key) + '"');
-    };
-    text("name", spec.name);
-    text("controllerName", spec.controllerName);
-    text("articleNumber", spec.articleNumber);
-    text("firmware", spec.firmware);
-    if (const Node *frames = reader.optional("ring"))
-        spec.ringFrames = readInt(*frames, "\"ring\"", 1, 10000000);
-    if (const Node *standing = reader.optional("standing"))
-        spec.standing = readInt(*standing, "\"standing\"", 0, 10000000);
+    reader.read("name", spec.name);
+    reader.read("controllerName", spec.controllerName);
+    reader.read("articleNumber", spec.articleNumber);
+    reader.read("firmware", spec.firmware);
+    reader.read("ring", spec.ringFrames);
+    reader.read("standing", spec.standing);
     if (const Node *info = reader.optional("info"))
         spec.info.add(readParameters(*info, "\"info\""));
     if (const Node *settings = reader.optional("settings"))
@@ -122,46 +236,80 @@ void readCommonKeys(ObjectReader &reader, SensorSpec &spec, const std::string &f
         spec.signals = readSignals(*signals, folder);
     if (const Node *errorTexts = reader.optional("errorTexts"))
         readErrorTexts(*errorTexts, spec);
+    if (const Node *key = reader.optional("outOfRange"))
+        spec.outOfRangeKey = key->kind == Node::Kind::Null ? 0 : readInt(*key, "\"outOfRange\"", -1000000, -1);
+    if (const Node *averaging = reader.optional("averaging"))
+        readAveraging(*averaging, spec);
     if (const Node *rule = reader.optional("rateRule"))
         spec.rate = readFrameRate(*rule);
     if (const Node *tracking = reader.optional("tracking"))
         readTracking(*tracking, spec);
     readModeKeys(reader, spec, folder);
     readWebKeys(reader, spec, folder);
-    for (const MeasuringMode &mode : spec.modes)
+    for (MeasuringMode &mode : spec.modes) {
         nameErrorValues(mode.signals, spec.errorTexts);
+        setOutOfRangeKey(mode.signals, spec.outOfRangeKey);
+    }
+    setOutOfRangeKey(spec.signals, spec.outOfRangeKey);
     nameErrorValues(spec.signals, spec.errorTexts);
+}
+
+const ObjectRules &faultRules()
+{
+    using namespace keys;
+    // clang-format off
+    static const auto &rules = *new ObjectRules{"fault", "a fault", {
+        {"function",    optional, oneOf(functionChoices, "function"),         "Function of the C interface whose calls it applies to"},
+        {"command",     optional, usually(word(), commandChoices), "Command whose calls it applies to; alone it means SensorCommand"},
+        {"parameter",   optional, word(),                         "Parameter that the function sets or gets"},
+        {"text",        optional, text(),                         "Error text for GetError"},
+        {"from",        optional, whole(1),                       "Number of the first matching call that can be hit (1)"},
+        {"times",       optional, whole(1),                       "Maximum number of hits (no limit)"},
+        {"probability", optional, number(0.0, 1.0),               "Probability of a hit for each of these calls (1)"},
+        {"at",          optional, number(0.0),                    "Bench time in seconds before which no call matches (0)"},
+        {"for",         optional, number(0.0),                    "Seconds after \"at\" in which calls match (without end)"},
+        {"code",        optional, usually(whole(), codeChoices),  "Result of the call, not 0 (the call is executed)"},
+        {"delay",       optional, number(0.0, 3600.0),            "Seconds of real time by which the call is delayed (0)"},
+        {"hang",        optional, boolean(),                      "true: the call returns only after it was released (false)"},
+        {"answer",      optional, text(),                         "\"key=value\" pairs that replace the answer of a command or an opening"},
+        {"damage",      optional, oneOf(damageChoices, "damage"),           "What happens to that answer on its way"},
+    }, nullptr, {{"function", "command"}, {"code", "delay", "hang", "answer", "damage"}}};
+    // clang-format on
+    return rules;
 }
 
 SpecFault readFault(const Node &node)
 {
-    ObjectReader reader(node, "a fault");
-    SpecFault fault;
-    const auto text = [&reader](const char *key, std::string &target) {
-        if (const Node *value = reader.optional(key))
-            target = readPlainText(*value, '"' + std::string(key) + '"');
-    };
-    text("function", fault.function);
-    text("command", fault.command);
-    text("parameter", fault.parameter);
-    if (const Node *words = reader.optional("text"))
-        fault.text = readText(*words, "\"text\"");
-    if (const Node *from = reader.optional("from"))
-        fault.from = readInt(*from, "\"from\"", 1);
-    if (const Node *times = reader.optional("times"))
-        fault.times = readInt(*times, "\"times\"", 1);
-    if (const Node *probability = reader.optional("probability"))
-        fault.probability = readNumber(*probability, "\"probability\"", 0.0, 1.0);
-    if (const Node *code = reader.optional("code"))
-        fault.code = readInt(*code, "\"code\"");
-    if (const Node *delay = reader.optional("delay"))
-        fault.delay = readNumber(*delay, "\"delay\"", 0.0, 3600.0);
+    ObjectReader reader(node, faultRules());
+    SpecFault spec;
+    Fault &fault = spec.fault;
+    reader.read("function", fault.function);
+    spec.line = reader.read("command", fault.command) ? reader.required("command").line : node.line;
+    reader.read("parameter", fault.parameter);
+    reader.read("text", fault.text);
+    reader.read("from", fault.from);
+    reader.read("times", fault.times);
+    reader.read("probability", fault.probability);
+    reader.read("at", fault.begin);
+    reader.read("for", fault.duration);
+    reader.read("code", fault.code);
+    reader.read("delay", fault.delay);
+    reader.read("hang", fault.hang);
+    reader.read("answer", fault.answer);
+    std::string damage;
+    if (reader.read("damage", damage)) {
+        const auto *const found = std::find(std::begin(damageNames), std::end(damageNames), damage);
+        fault.damage = static_cast<Damage>(found - std::begin(damageNames));
+    }
     reader.finish();
-    if (fault.function.empty() && fault.command.empty())
-        throw ParseError(node.line, "a fault needs a \"function\" or a \"command\"");
-    if (fault.code == 0 && fault.delay == 0.0)
-        throw ParseError(node.line, "a fault needs a \"code\" other than 0 or a \"delay\"");
-    return fault;
+    const bool isAnswered = fault.answer || fault.damage != Damage::None;
+    if (isAnswered && !fault.function.empty() && fault.function != "SensorCommand" &&
+        fault.function != "OpenSensor")
+        throw ParseError(node.line, "only SensorCommand and OpenSensor have an answer");
+    if (fault.code == 0 && fault.delay == 0.0 && !fault.hang && !isAnswered)
+        throw ParseError(node.line, "a fault needs a \"code\" other than 0, a \"delay\", \"hang\", \"answer\" or "
+                                    "\"damage\"");
+    return spec;
 }
 
 } // namespace sondixsim::model

@@ -10,7 +10,13 @@
 
 namespace sondixsim::model {
 
-using Bytes = std::vector<unsigned char>;
+/// A type of its own for the sake of Value: a variant of standard types only takes itself for one that never is without
+/// a value, and destroys what is not there when a copy runs out of memory (libstdc++ 12).
+struct Bytes : std::vector<unsigned char>
+{
+    using std::vector<unsigned char>::vector;
+};
+
 using Value = std::variant<std::int32_t, double, std::string, Bytes>;
 
 struct Parameter

@@ -53,25 +53,39 @@ std::int32_t Video::pixelsOf(const ParameterList &info) const
     return value != nullptr && toDouble(*value) == range ? pixelsAtRange : pixels;
 }
 
+namespace {
+
+const struct
+{
+    const char *name;
+    unsigned parts;
+    const char *description;
+} videoKindRows[] = {
+    {"raw", VideoLine::Floor | VideoLine::Peaks | VideoLine::Noise, "a dark floor with a peak for each value"},
+    {"corr", VideoLine::Peaks | VideoLine::Noise, "the peaks without the floor"},
+    {"dark", VideoLine::Floor | VideoLine::Noise, "the floor"},
+    {"light", VideoLine::Floor | VideoLine::Lamp | VideoLine::Noise, "the floor and the light source"},
+    {"darkTable", VideoLine::Floor, "the floor without noise"},
+    {"lightTable", VideoLine::Floor | VideoLine::Lamp, "the floor and the light source without noise"},
+    {"shadow", VideoLine::Floor | VideoLine::Lamp | VideoLine::Shadow | VideoLine::Noise,
+     "the light source with a gap in the middle whose width is the value"},
+};
+
+} // namespace
+
+std::vector<Choice> videoKinds()
+{
+    std::vector<Choice> choices;
+    for (const auto &row : videoKindRows)
+        choices.push_back({row.name, row.description});
+    return choices;
+}
+
 unsigned partsOfLine(const std::string &kind)
 {
-    struct Kind
-    {
-        const char *name;
-        unsigned parts;
-    };
-    static constexpr Kind kinds[] = {
-        {"raw", VideoLine::Floor | VideoLine::Peaks | VideoLine::Noise},
-        {"corr", VideoLine::Peaks | VideoLine::Noise},
-        {"dark", VideoLine::Floor | VideoLine::Noise},
-        {"light", VideoLine::Floor | VideoLine::Lamp | VideoLine::Noise},
-        {"darkTable", VideoLine::Floor},
-        {"lightTable", VideoLine::Floor | VideoLine::Lamp},
-        {"shadow", VideoLine::Floor | VideoLine::Lamp | VideoLine::Shadow | VideoLine::Noise},
-    };
-    const auto *const found = std::find_if(std::begin(kinds), std::end(kinds),
-                                           [&kind](const Kind &known) { return kind == known.name; });
-    return found != std::end(kinds) ? found->parts : 0;
+    const auto *const found = std::find_if(std::begin(videoKindRows), std::end(videoKindRows),
+                                           [&kind](const auto &known) { return kind == known.name; });
+    return found != std::end(videoKindRows) ? found->parts : 0;
 }
 
 Bytes drawLine(const VideoLine &line, std::int32_t pixels, std::int32_t resolution,

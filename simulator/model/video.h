@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "rules.h"
 #include "value.h"
 
 #include <cstdint>
@@ -40,6 +41,7 @@ struct Video
     std::int32_t pixelsOf(const ParameterList &info) const;
 };
 
+std::vector<Choice> videoKinds(); ///< the kinds of lines in bench files
 /// The components of a kind of line in bench files, 0 for an unknown kind.
 unsigned partsOfLine(const std::string &kind);
 

@@ -6,6 +6,7 @@
 
 namespace sondixsim::model {
 
+std::vector<KeyRule> webKeys();
 /// Reads the keys of a model or a sensor for the web interface.
 void readWebKeys(ObjectReader &reader, SensorSpec &spec, const std::string &folder);
 
