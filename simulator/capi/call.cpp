@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "call.h"
 
+#include "model/text.h"
+
+#include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <string_view>
 #include <thread>
 
@@ -21,6 +25,7 @@ model::CallDetails detailsOf(const char *function, const Observed &observed)
     Simulator &simulator = Simulator::get();
     model::CallDetails details;
     details.function = function;
+    details.time = simulator.clock.now();
     details.handle = observed.handle;
     details.parameter = observed.parameter;
     details.sensorType = observed.sensorType;
@@ -54,9 +59,22 @@ std::int32_t applyFailure(const char *function, const Observed &observed, const 
         if (const model::Value *command = taken.find("S_Command"))
             instance->lastCommand = model::toText(*command);
     }
+    simulator.noteFailure(*instance, simulator.clock.now());
     instance->errorCode = effect.silent ? 0 : effect.code;
     instance->errorText = effect.silent ? std::string() : effect.text;
     return effect.code;
+}
+
+/// Damages the answer of a command or of an open.
+void damageAnswer(const Observed &observed, Damage damage)
+{
+    const LockedInstance instance = Simulator::get().instances.lock(observed.handle);
+    if (!instance)
+        return;
+    const std::string whole =
+        instance->answerText.empty() ? model::pairsText(instance->answers, "\r\n") : instance->answerText;
+    instance->answerText = model::damaged(whole, damage);
+    instance->answers = model::parsePairs(instance->answerText);
 }
 
 /// Replaces the answer of a command or of an open. Without a code the command succeeds, even if it is unknown.
@@ -75,32 +93,80 @@ std::int32_t replaceAnswer(const std::string &function, const Observed &observed
     return 0;
 }
 
+/// Bench time and its duration in milliseconds, process, program, thread, handle, call and result.
+void logCall(const Simulator &simulator, const Call &call, double begun)
+{
+    session::BenchSession *const session = simulator.session();
+    if (session == nullptr)
+        return;
+    char head[96];
+    std::snprintf(head, sizeof head, "%12.6f %8.3f  ", begun, (simulator.clock.now() - begun) * 1e3);
+    static const std::string process = std::to_string(session::processNumber()) + ' ' + session::programName();
+    std::string line = head + process + '#' + std::to_string(call.thread) + "  " + std::to_string(call.handle) +
+                       ' ' + model::fromWindows1250(call.text()) + " = " + std::to_string(call.result);
+    // One line a call, whatever a text contains.
+    const auto isControl = [](unsigned char character) { return character < ' '; };
+    std::replace_if(line.begin(), line.end(), isControl, ' ');
+    try {
+        session->log(line + '\n');
+    } catch (const std::exception &) {
+        return; // a full disk must not change what the call does
+    }
+}
+
 } // namespace
+
+std::int32_t failWith(std::uint32_t handle, const std::exception &error) noexcept
+{
+    const bool noMemory = dynamic_cast<const std::bad_alloc *>(&error) != nullptr;
+    const model::Code code = noMemory ? model::OutOfMemory : model::InternalError;
+    try {
+        const model::Outcome outcome = model::failure(
+            code, noMemory ? "There is not enough memory" : std::string("Internal error: ") + error.what());
+        if (const LockedInstance instance = Simulator::get().instances.lock(handle))
+            return instance->fail(outcome);
+        return Simulator::get().fail(outcome);
+    } catch (const std::exception &) {
+        return code; // without a text: there is no memory for it
+    }
+}
 
 std::int32_t invokeObserved(const char *function, const Observed &observed,
                             const std::function<std::int32_t()> &body)
 {
     Simulator &simulator = Simulator::get();
     const bool recorded = simulator.callLog.isOn();
+    const bool logged = isLogged(simulator, function);
+    const double begun = simulator.clock.now();
     CallLog::Ticket ticket;
     if (recorded)
         ticket = simulator.callLog.begin({function, observed.handle, observed.arguments, 0, 0});
 
     model::FaultEffect effect;
-    if (simulator.faults.any())
-        effect = simulator.faults.match(detailsOf(function, observed));
+    if (simulator.faults.any() || simulator.expectations.countCalls() || simulator.callEvents.any()) {
+        const model::CallDetails details = detailsOf(function, observed);
+        simulator.expectations.count(details);
+        for (const nlohmann::json &event : simulator.callEvents.at(details))
+            simulator.perform(event);
+        effect = simulator.faults.match(details);
+    }
     if (effect.delay > 0.0)
         std::this_thread::sleep_for(std::chrono::duration<double>(effect.delay));
     if (effect.hang)
-        simulator.faults.hang();
+        simulator.faults.hang([&simulator] { simulator.follow(); });
 
     std::int32_t result = effect.code != 0 ? applyFailure(function, observed, effect) : body();
     if (effect.answer && consumesParameters(function))
         result = replaceAnswer(function, observed, effect, result);
+    if (effect.damage != Damage::None && consumesParameters(function))
+        damageAnswer(observed, effect.damage);
     if (effect.count && observed.setCount)
         observed.setCount(*effect.count);
+    const std::uint32_t handle = observed.created != nullptr ? *observed.created : observed.handle;
     if (recorded)
-        simulator.callLog.end(ticket, result, observed.created != nullptr ? *observed.created : observed.handle);
+        simulator.callLog.end(ticket, result, handle);
+    if (logged)
+        logCall(simulator, {function, handle, observed.arguments, result, threadNumber()}, begun);
     return result;
 }
 

@@ -3,6 +3,7 @@
 
 #include "simulator.h"
 
+#include <exception>
 #include <functional>
 #include <string>
 #include <vector>
@@ -23,14 +24,40 @@ struct Observed
 std::int32_t invokeObserved(const char *function, const Observed &observed,
                             const std::function<std::int32_t()> &body);
 
+/// The result of a call that ended in \a error, which also becomes the error of \a handle, or that without a handle.
+std::int32_t failWith(std::uint32_t handle, const std::exception &error) noexcept;
+
+/// Runs \a body. Its exceptions end here: none may leave the C interface.
+template<typename Body>
+std::int32_t contained(std::uint32_t handle, Body &&body)
+{
+    // All exceptions of the simulator are std::exceptions. What cancels a thread is not, and must pass through.
+    try {
+        return body();
+    } catch (const std::exception &error) {
+        return failWith(handle, error);
+    }
+}
+
+/// Whether a call goes into the log of the session.
+inline bool isLogged(const Simulator &simulator, const char *function)
+{
+    const session::BenchSession *const session = simulator.session();
+    return session != nullptr && session->isLogged(function);
+}
+
 /// Runs a call of the C interface. Fast path: without recording and faults only \a body; \a describe allocates.
 template<typename Describe, typename Body>
-std::int32_t invoke(const char *function, Describe &&describe, Body &&body)
+std::int32_t invoke(const char *function, std::uint32_t handle, Describe &&describe, Body &&body)
 {
-    Simulator &simulator = Simulator::get();
-    if (!simulator.callLog.isOn() && !simulator.faults.any())
-        return body();
-    return invokeObserved(function, describe(), body);
+    return contained(handle, [&] {
+        Simulator &simulator = Simulator::get();
+        simulator.follow();
+        if (!simulator.callLog.isOn() && !simulator.faults.any() && !simulator.expectations.countCalls() &&
+            !simulator.callEvents.any() && !isLogged(simulator, function))
+            return body();
+        return invokeObserved(function, describe(), body);
+    });
 }
 
 /// Runs \a body with the instance of \a handle locked.

@@ -13,16 +13,12 @@ std::string Call::text() const
 
 namespace capi {
 
-namespace {
-
 unsigned threadNumber()
 {
     static std::atomic<unsigned> next{0};
     thread_local const unsigned number = next++;
     return number;
 }
-
-} // namespace
 
 CallLog::Ticket CallLog::begin(Call call)
 {

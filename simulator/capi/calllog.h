@@ -9,6 +9,8 @@
 
 namespace sondixsim::capi {
 
+unsigned threadNumber(); ///< of the calling thread, in the order of their first calls
+
 /// The C calls made while recording is on, in the order in which they began.
 class CallLog
 {

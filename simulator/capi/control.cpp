@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "SondixSimulator/control.h"
 
-#include "simulator.h"
+#include "events.h"
+#include "faultjson.h"
+#include "model/schema.h"
+#include "model/text.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace sondixsim {
 
@@ -16,22 +21,30 @@ Simulator &loaded()
 {
     Simulator &simulator = Simulator::get();
     simulator.bench();
+    simulator.follow();
     return simulator;
 }
 
 std::shared_ptr<model::Sensor> sensorOf(const std::string &serialNumber)
 {
-    const auto bench = Simulator::get().bench();
+    const auto bench = loaded().bench();
     auto sensor = bench ? bench->find(serialNumber) : nullptr;
     if (!sensor)
         throw std::invalid_argument("the bench has no sensor \"" + serialNumber + '"');
     return sensor;
 }
 
-void setPlugged(const std::string &serialNumber, bool plugged)
+session::BenchSession &sessionInUse()
 {
-    const auto sensor = sensorOf(serialNumber);
-    loaded().bench()->setPlugged(*sensor, plugged, loaded().clock.now());
+    session::BenchSession *const session = loaded().session();
+    if (session == nullptr)
+        throw std::runtime_error("only a bench session has a log of calls");
+    return *session;
+}
+
+nlohmann::json sensorEvent(const char *action, const std::string &serialNumber)
+{
+    return {{"do", action}, {"sensor", model::fromWindows1250(sensorOf(serialNumber)->spec().serialNumber)}};
 }
 
 } // namespace
@@ -51,16 +64,31 @@ void loadBuiltInBench()
     Simulator::get().loadBuiltIn();
 }
 
+std::string benchSchema()
+{
+    return model::benchSchema();
+}
+
 void useRealClock(double speed)
 {
     if (!(speed > 0.0) || !std::isfinite(speed))
         throw std::invalid_argument("the speed of a clock must be greater than 0");
-    loaded().clock.useReal(speed);
+    Simulator &simulator = loaded();
+    if (simulator.session() != nullptr)
+        simulator.perform(capi::clockEvent(simulator.clock.now(), {false, speed, 0.0}));
+    else
+        simulator.clock.useReal(speed);
 }
 
 void useVirtualClock()
 {
-    loaded().clock.useVirtual();
+    Simulator &simulator = loaded();
+    if (session::BenchSession *const session = simulator.session()) {
+        session->setVirtualTime(simulator.clock.now());
+        simulator.perform(capi::clockEvent(simulator.clock.now(), {true, 1.0, 0.0}));
+    } else {
+        simulator.clock.useVirtual();
+    }
 }
 
 void advance(double seconds)
@@ -77,12 +105,50 @@ double now()
 
 void setLineSpeedEffect(bool on)
 {
-    loaded().lineSpeed.store(on);
+    Simulator &simulator = loaded();
+    simulator.lineSpeed.store(on);
+    simulator.bench()->setLineSpeed(on, simulator.clock.now());
 }
 
 double lineTime(const std::string &serialNumber)
 {
     return sensorOf(serialNumber)->line().usedSeconds();
+}
+
+void startSession(const std::string &name, const std::string &benchFile, bool isLogged)
+{
+    Simulator::startSession(name, benchFile, isLogged);
+}
+
+void stopSession(const std::string &name)
+{
+    session::BenchSession::stop(name);
+}
+
+std::string sessionLogFile()
+{
+    return sessionInUse().logFile().u8string();
+}
+
+void followSessionLog()
+{
+    sessionInUse().keepFollowing();
+}
+
+std::vector<std::string> sessions()
+{
+    return session::BenchSession::names();
+}
+
+void setSettings(const std::string &serialNumber, const std::string &pairs)
+{
+    const auto sensor = sensorOf(serialNumber);
+    model::SensorChanges changes;
+    const model::Outcome outcome = sensor->check(model::parsePairs(pairs), changes);
+    if (!outcome.ok())
+        throw std::invalid_argument(outcome.text);
+    if (!changes.empty())
+        loaded().perform(capi::settingEvent(*sensor, changes));
 }
 
 void recordCalls(bool on)
@@ -102,37 +168,56 @@ void clearCalls()
 
 int inject(const Fault &fault)
 {
-    return loaded().faults.add(fault);
+    const auto isIt = [&fault](const char *name) { return fault.function == name; };
+    if (!fault.function.empty() && std::none_of(std::begin(functionNames), std::end(functionNames), isIt))
+        throw std::invalid_argument("the C interface has no function \"" + fault.function + '"');
+    if (!(fault.probability >= 0.0 && fault.probability <= 1.0))
+        throw std::invalid_argument("the probability of a fault must be from 0 to 1");
+    constexpr double maxDelay = 3600.0;
+    if (!(fault.delay >= 0.0 && fault.delay <= maxDelay))
+        throw std::invalid_argument("the delay of a fault must be from 0 to 3600 seconds");
+    Simulator &simulator = loaded();
+    session::BenchSession *const session = simulator.session();
+    if (session == nullptr)
+        return simulator.faults.add(fault);
+    const int number = session->newFault();
+    nlohmann::json event = capi::faultMembers(fault);
+    event["do"] = "inject";
+    event["fault"] = number;
+    simulator.perform(event);
+    return number;
 }
 
 void removeFault(int number)
 {
-    loaded().faults.remove(number);
+    loaded().perform({{"do", "clear"}, {"fault", number}});
 }
 
 void clearFaults()
 {
-    loaded().faults.clear();
+    loaded().perform({{"do", "clear"}});
 }
 
 void releaseHangs()
 {
-    loaded().faults.releaseHangs();
+    loaded().perform({{"do", "release"}});
 }
 
 void unplug(const std::string &serialNumber)
 {
-    setPlugged(serialNumber, false);
+    loaded().perform(sensorEvent("unplug", serialNumber));
 }
 
 void plug(const std::string &serialNumber)
 {
-    setPlugged(serialNumber, true);
+    loaded().perform(sensorEvent("plug", serialNumber));
 }
 
 void setSilent(const std::string &serialNumber, bool silent)
 {
-    sensorOf(serialNumber)->setSilent(silent, loaded().clock.now());
+    nlohmann::json event = sensorEvent("silent", serialNumber);
+    event["silent"] = silent;
+    loaded().perform(event);
 }
 
 void setPage(const std::string &serialNumber, const std::string &path, const std::string &header,
@@ -153,7 +238,7 @@ void pushData(const std::string &serialNumber, const std::vector<std::int32_t> &
 
 void trigger(const std::string &serialNumber)
 {
-    sensorOf(serialNumber)->trigger(loaded().clock.now());
+    loaded().perform(sensorEvent("trigger", serialNumber));
 }
 
 FrameCounts frameCounts(const std::string &serialNumber)
@@ -169,6 +254,12 @@ FrameCounts totalFrameCounts(const std::string &serialNumber)
 std::uint64_t generatedFrames(const std::string &serialNumber)
 {
     return frameCounts(serialNumber).generated;
+}
+
+std::vector<Expectation> expectations()
+{
+    Simulator &simulator = loaded();
+    return simulator.expectations.check(simulator.clock.now());
 }
 
 std::uint64_t lostFrames(const std::string &serialNumber)

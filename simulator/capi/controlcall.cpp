@@ -1,118 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "SondixSimulator/controlcall.h"
 
-#include "model/text.h"
+#include "faultjson.h"
 #include "simulator.h"
 #include "SondixSimulator/control.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
-#include <limits>
-#include <nlohmann/json.hpp>
+#include <stdexcept>
 
 namespace sondixsim::capi {
 
 namespace {
-
-using nlohmann::json;
-
-struct RequestError : std::runtime_error
-{
-    using std::runtime_error::runtime_error;
-};
-
-/// The members of a request. Each must be read, or finish() reports it.
-class RequestReader
-{
-public:
-    explicit RequestReader(const json &request)
-        : m_request(request)
-    {
-    }
-
-    bool has(const char *key) const { return m_request.contains(key); }
-
-    template<typename T>
-    void read(const char *key, T &value)
-    {
-        const auto found = m_request.find(key);
-        if (found == m_request.end())
-            return;
-        m_known.emplace_back(key);
-        convert(*found, key, value);
-    }
-    template<typename T>
-    void read(const char *key, std::optional<T> &value)
-    {
-        if (!has(key))
-            return;
-        value.emplace();
-        read(key, *value);
-    }
-    template<typename T>
-    T required(const char *key)
-    {
-        if (!has(key))
-            throw RequestError(std::string("the request lacks \"") + key + '"');
-        T value{};
-        read(key, value);
-        return value;
-    }
-    /// Throws if there is a member that was not read.
-    void finish() const
-    {
-        for (const auto &[key, value] : m_request.items()) {
-            if (std::find(m_known.begin(), m_known.end(), key) == m_known.end())
-                throw RequestError("the request has an unknown member \"" + key + '"');
-        }
-    }
-
-private:
-    [[noreturn]] static void refuse(const char *key, const char *kind)
-    {
-        throw RequestError(std::string("\"") + key + "\" must be " + kind);
-    }
-    static void convert(const json &from, const char *key, std::string &to)
-    {
-        if (!from.is_string())
-            refuse(key, "a text");
-        to = from.get<std::string>();
-    }
-    static void convert(const json &from, const char *key, bool &to)
-    {
-        if (!from.is_boolean())
-            refuse(key, "true or false");
-        to = from.get<bool>();
-    }
-    static void convert(const json &from, const char *key, double &to)
-    {
-        if (!from.is_number() || !std::isfinite(from.get<double>()) || from.get<double>() < 0.0)
-            refuse(key, "a number that is not negative");
-        to = from.get<double>();
-    }
-    template<typename Integer>
-    static void convert(const json &from, const char *key, Integer &to)
-    {
-        constexpr auto lowest = static_cast<double>(std::numeric_limits<Integer>::min());
-        constexpr auto highest = static_cast<double>(std::numeric_limits<Integer>::max());
-        if (!from.is_number_integer() || from.get<double>() < lowest || from.get<double>() > highest)
-            refuse(key, "a whole number");
-        to = from.get<Integer>();
-    }
-
-    const json &m_request;
-    std::vector<std::string> m_known;
-};
-
-/// The texts of the simulator are windows-1250.
-std::string inLibraryText(const std::string &utf8, const char *key)
-{
-    const auto text = model::toWindows1250(utf8);
-    if (!text)
-        throw RequestError(std::string("\"") + key + "\" has characters that do not exist in windows-1250");
-    return *text;
-}
 
 std::shared_ptr<const model::Bench> presentBench()
 {
@@ -135,16 +34,119 @@ json sensorList(RequestReader &request)
 {
     request.finish();
     const auto bench = presentBench();
-    const double now = Simulator::get().clock.now();
+    Simulator &simulator = Simulator::get();
+    session::BenchSession *const session = simulator.session();
+    const double now = simulator.clock.now();
     json sensors = json::array();
-    for (const auto &sensor : bench->sensors)
-        sensors.push_back({{"serialNumber", model::fromWindows1250(sensor->spec().serialNumber)},
-                           {"model", sensor->spec().model},
-                           {"place", model::fromWindows1250(sensor->spec().place.text())},
-                           {"plugged", sensor->isPlugged(now)},
-                           {"open", sensor->owner() != 0},
-                           {"silent", sensor->isSilent(now)}});
-    return {{"bench", model::fromWindows1250(bench->name)}, {"sensors", sensors}};
+    for (std::size_t i = 0; i < bench->sensors.size(); ++i) {
+        model::Sensor &sensor = *bench->sensors[i];
+        const bool isOpen = sensor.owner() != 0 || sensor.isHeldByOther(0, now);
+        sensors.push_back({{"serialNumber", model::fromWindows1250(sensor.spec().serialNumber)},
+                           {"model", sensor.spec().model},
+                           {"place", model::fromWindows1250(sensor.spec().place.text())},
+                           {"plugged", sensor.isPlugged(now)},
+                           {"open", isOpen},
+                           {"silent", sensor.isSilent(now)}});
+        if (isOpen && session != nullptr)
+            sensors.back()["program"] = session->claimer(i);
+    }
+    json answer{{"bench", model::fromWindows1250(bench->name)}, {"time", now}, {"sensors", std::move(sensors)}};
+    if (session != nullptr)
+        answer["session"] = session->name();
+    return answer;
+}
+
+json startSession(RequestReader &request)
+{
+    const auto name = request.required<std::string>("session");
+    std::string file;
+    bool isLogged = false;
+    request.read("file", file);
+    request.read("log", isLogged);
+    request.finish();
+    Simulator::startSession(name, file, isLogged);
+    return json::object();
+}
+
+json stopSession(RequestReader &request)
+{
+    const auto name = request.required<std::string>("session");
+    request.finish();
+    session::BenchSession::stop(name);
+    return json::object();
+}
+
+json sessionList(RequestReader &request)
+{
+    request.finish();
+    json sessions = json::array();
+    for (const std::string &name : session::BenchSession::names()) {
+        try {
+            const session::BenchSession session(name);
+            sessions.push_back({{"session", name}, {"file", session.bench().name}, {"age", session.age()}});
+        } catch (const std::runtime_error &) {
+            continue; // it has been stopped meanwhile
+        }
+    }
+    return {{"sessions", std::move(sessions)}};
+}
+
+json set(RequestReader &request)
+{
+    const auto values = request.required<std::string>("values");
+    setSettings(onlySensor(request), inLibraryText(values, "values"));
+    return json::object();
+}
+
+json step(RequestReader &request)
+{
+    const auto seconds = request.required<double>("seconds");
+    request.finish();
+    presentBench();
+    if (!Simulator::get().clock.isVirtual())
+        throw RequestError("the clock of the bench is not virtual: it cannot be stepped");
+    advance(seconds);
+    return {{"time", now()}};
+}
+
+json logFile(RequestReader &request)
+{
+    bool isFollowed = false;
+    request.read("follow", isFollowed);
+    request.finish();
+    presentBench();
+    const std::string file = sessionLogFile();
+    if (isFollowed)
+        followSessionLog();
+    return {{"file", file}, {"logged", Simulator::get().session()->isLogged()}};
+}
+
+json expectationList(RequestReader &request)
+{
+    request.finish();
+    presentBench();
+    json list = json::array();
+    for (const Expectation &expectation : expectations()) {
+        list.push_back({{"name", expectation.name},
+                        {"expected", expectation.expected},
+                        {"found", expectation.found},
+                        {"met", expectation.isMet},
+                        {"line", expectation.line}});
+        if (!expectation.sensor.empty()) {
+            list.back()["sensor"] = expectation.sensor;
+            list.back()["model"] = expectation.model;
+        }
+    }
+    json answer{{"expectations", std::move(list)}};
+    if (const session::BenchSession *const session = Simulator::get().session())
+        answer["users"] = session->users();
+    return answer;
+}
+
+json schema(RequestReader &request)
+{
+    request.finish();
+    return {{"schema", benchSchema()}};
 }
 
 json load(RequestReader &request)
@@ -168,64 +170,12 @@ json silent(RequestReader &request)
 
 json injectFault(RequestReader &request)
 {
-    Fault fault;
-    request.read("function", fault.function);
-    request.read("command", fault.command);
-    request.read("parameter", fault.parameter);
-    request.read("sensor", fault.sensor);
-    request.read("sensorType", fault.sensorType);
-    request.read("handle", fault.handle);
-    request.read("from", fault.from);
-    request.read("times", fault.times);
-    request.read("probability", fault.probability);
-    request.read("code", fault.code);
-    request.read("text", fault.text);
-    request.read("silent", fault.silent);
-    request.read("delay", fault.delay);
-    request.read("hang", fault.hang);
-    request.read("answer", fault.answer);
-    request.read("count", fault.count);
+    const Fault fault = readFault(request);
     request.finish();
     // A fault of every call would also hit those that look for the reason.
     if (fault.function.empty() && fault.command.empty() && fault.parameter.empty())
         throw RequestError("a fault needs a \"function\", a \"command\" or a \"parameter\"");
-    fault.sensor = inLibraryText(fault.sensor, "sensor");
-    fault.text = inLibraryText(fault.text, "text");
-    if (fault.answer)
-        fault.answer = inLibraryText(*fault.answer, "answer");
     return {{"fault", inject(fault)}};
-}
-
-json faultMembers(int number, const Fault &fault)
-{
-    json object{
-        {"fault", number}, {"times", fault.times}, {"from", fault.from}, {"probability", fault.probability}};
-    const auto addText = [&object](const char *key, const std::string &text) {
-        if (!text.empty())
-            object[key] = model::fromWindows1250(text);
-    };
-    addText("function", fault.function);
-    addText("command", fault.command);
-    addText("parameter", fault.parameter);
-    addText("sensor", fault.sensor);
-    addText("text", fault.text);
-    if (fault.sensorType)
-        object["sensorType"] = *fault.sensorType;
-    if (fault.handle)
-        object["handle"] = *fault.handle;
-    if (fault.code != 0)
-        object["code"] = fault.code;
-    if (fault.delay > 0.0)
-        object["delay"] = fault.delay;
-    for (const auto &[key, isSet] : {std::pair("silent", fault.silent), std::pair("hang", fault.hang)}) {
-        if (isSet)
-            object[key] = true;
-    }
-    if (fault.answer)
-        addText("answer", *fault.answer);
-    if (fault.count)
-        object["count"] = *fault.count;
-    return object;
 }
 
 json faultList(RequestReader &request)
@@ -233,8 +183,10 @@ json faultList(RequestReader &request)
     request.finish();
     presentBench();
     json faults = json::array();
-    for (const auto &[number, fault] : Simulator::get().faults.list())
-        faults.push_back(faultMembers(number, fault));
+    for (const auto &[number, fault] : Simulator::get().faults.list()) {
+        faults.push_back(faultMembers(fault));
+        faults.back()["fault"] = number;
+    }
     return {{"faults", faults}};
 }
 
@@ -266,6 +218,20 @@ json carryOut(const json &request)
         return sensorList(reader);
     if (action == "load")
         return load(reader);
+    if (action == "schema")
+        return schema(reader);
+    if (action == "start")
+        return startSession(reader);
+    if (action == "stop")
+        return stopSession(reader);
+    if (action == "sessions")
+        return sessionList(reader);
+    if (action == "set")
+        return set(reader);
+    if (action == "step")
+        return step(reader);
+    if (action == "log")
+        return logFile(reader);
     if (action == "plug")
         return sensorAction(plug);
     if (action == "unplug")
@@ -276,6 +242,8 @@ json carryOut(const json &request)
         return sensorAction(trigger);
     if (action == "inject")
         return injectFault(reader);
+    if (action == "expectations")
+        return expectationList(reader);
     if (action == "faults")
         return faultList(reader);
     if (action == "clear")

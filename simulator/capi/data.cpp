@@ -8,15 +8,21 @@ namespace model = sondixsim::model;
 namespace {
 
 /// Runs \a body with the open sensor of a handle. Its failure becomes the error of the handle.
+/// \a count is the number of values that it returns.
 template<typename Body>
-std::int32_t withSensor(std::uint32_t handle, bool argumentsGiven, Body &&body)
+std::int32_t withSensor(std::uint32_t handle, const std::int32_t *count, bool othersGiven, Body &&body)
 {
     return withInstance(handle, [&](Instance &instance) -> std::int32_t {
-        if (!argumentsGiven)
+        if (count == nullptr || !othersGiven)
             return instance.fail(model::failure(model::InvalidArgument, "The pointer to the result is null"));
         if (!instance.session.sensor)
             return instance.fail(model::failure(model::NotOpen, "The sensor is not open"));
-        const model::Outcome outcome = body(*instance.session.sensor, Simulator::get().clock.now());
+        const double now = Simulator::get().clock.now();
+        const model::Outcome outcome = body(*instance.session.sensor, now);
+        if (outcome.ok())
+            Simulator::get().noteAnswer(instance, now, *count > 0);
+        else if (outcome.code == model::ConnectionLost)
+            Simulator::get().noteFailure(instance, now);
         return outcome.ok() ? outcome.code : instance.fail(outcome);
     });
 }
@@ -46,8 +52,8 @@ std::int32_t DataAvail(std::uint32_t handle, std::int32_t *available)
             observed.setCount = [available](std::int32_t count) { *available = count; };
         return observed;
     };
-    return invoke("DataAvail", describe, [&] {
-        return withSensor(handle, available != nullptr,
+    return invoke("DataAvail", handle, describe, [&] {
+        return withSensor(handle, available, true,
                           [&](model::Sensor &sensor, double now) { return sensor.available(now, available); });
     });
 }
@@ -56,9 +62,9 @@ std::int32_t TransferData(std::uint32_t handle, std::int32_t *raw, double *scale
                           std::int32_t *read)
 {
     return invoke(
-        "TransferData", [&] { return transfer(handle, raw, scaled, maxCount, read); },
+        "TransferData", handle, [&] { return transfer(handle, raw, scaled, maxCount, read); },
         [&] {
-            return withSensor(handle, read != nullptr, [&](model::Sensor &sensor, double now) {
+            return withSensor(handle, read, true, [&](model::Sensor &sensor, double now) {
                 return sensor.transfer(now, raw, scaled, maxCount, read, nullptr);
             });
         });
@@ -68,12 +74,11 @@ std::int32_t TransferDataTS(std::uint32_t handle, std::int32_t *raw, double *sca
                             std::int32_t *read, double *timestamp)
 {
     return invoke(
-        "TransferDataTS", [&] { return transfer(handle, raw, scaled, maxCount, read); },
+        "TransferDataTS", handle, [&] { return transfer(handle, raw, scaled, maxCount, read); },
         [&] {
-            return withSensor(handle, read != nullptr && timestamp != nullptr,
-                              [&](model::Sensor &sensor, double now) {
-                                  return sensor.transfer(now, raw, scaled, maxCount, read, timestamp);
-                              });
+            return withSensor(handle, read, timestamp != nullptr, [&](model::Sensor &sensor, double now) {
+                return sensor.transfer(now, raw, scaled, maxCount, read, timestamp);
+            });
         });
 }
 }

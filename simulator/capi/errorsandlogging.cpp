@@ -48,7 +48,7 @@ std::int32_t GetError(std::uint32_t handle, char *text, std::uint32_t size)
         observed.arguments = {std::to_string(size)};
         return observed;
     };
-    return invoke("GetError", describe, [&] { return lastError(handle, text, size); });
+    return invoke("GetError", handle, describe, [&] { return lastError(handle, text, size); });
 }
 
 std::int32_t EnableLogging(std::uint32_t handle, std::int32_t enable, std::int32_t type, std::int32_t level,
@@ -62,7 +62,7 @@ std::int32_t EnableLogging(std::uint32_t handle, std::int32_t enable, std::int32
                               std::to_string(count)};
         return observed;
     };
-    return invoke("EnableLogging", describe, [&] {
+    return invoke("EnableLogging", handle, describe, [&] {
         return withInstance(handle, [&](Instance &instance) -> std::int32_t {
             instance.session.log.reset();
             if (enable == 0)
@@ -87,7 +87,7 @@ std::int32_t LogToFile(std::uint32_t handle, std::int32_t level, const char *sou
         observed.arguments = {std::to_string(level), quoted(source), quoted(message)};
         return observed;
     };
-    return invoke("LogToFile", describe, [&] {
+    return invoke("LogToFile", handle, describe, [&] {
         return withInstance(handle, [&](Instance &instance) -> std::int32_t {
             if (instance.session.log)
                 instance.session.log->writeLevel(level, source != nullptr ? source : "",

@@ -44,13 +44,19 @@ std::int32_t openInstance(Instance &instance)
 {
     Simulator &simulator = Simulator::get();
     const model::ParameterList staged = instance.takeStaged();
-    return finish(instance,
-                  instance.session.open(*simulator.bench(), staged, simulator.clock.now(), instance.answers));
+    const double now = simulator.clock.now();
+    const std::int32_t code =
+        finish(instance, instance.session.open(*simulator.bench(), staged, now, instance.answers));
+    if (code != model::Success)
+        simulator.noteFailure(instance, now);
+    return code;
 }
 
 std::int32_t closeInstance(Instance &instance)
 {
-    return finish(instance, instance.session.close(Simulator::get().clock.now()));
+    Simulator &simulator = Simulator::get();
+    simulator.callers.forget(instance.session.handle);
+    return finish(instance, instance.session.close(simulator.clock.now()));
 }
 
 std::int32_t command(Instance &instance)
@@ -61,8 +67,18 @@ std::int32_t command(Instance &instance)
     if (name == nullptr)
         return finish(instance, model::failure(model::NoCommand, "There is no S_Command"));
     instance.lastCommand = model::toText(*name);
-    return finish(instance, instance.session.command({instance.lastCommand, staged, simulator.clock.now(),
-                                                      instance.answers, simulator.bench()}));
+    const double now = simulator.clock.now();
+    const std::int32_t code =
+        finish(instance,
+               instance.session.command({instance.lastCommand, staged, now, instance.answers, simulator.bench()}));
+    const bool isProgress = instance.lastCommand == "Get_FindSensorProgress";
+    if (code == model::ConnectionLost || code == model::TimedOut)
+        simulator.noteFailure(instance, now);
+    else if (isProgress && instance.session.search && instance.session.search->progress() < 100.0)
+        simulator.noteAnswer(instance, now, false);
+    else if (isProgress || instance.lastCommand == "Abort_FindSensor")
+        simulator.callers.forget(instance.session.handle);
+    return code;
 }
 
 /// Makes a call and waits as long as it takes on the bench. The instance is not locked meanwhile.
@@ -73,15 +89,21 @@ std::int32_t timed(std::uint32_t handle, std::int32_t (*body)(Instance &))
     const std::int32_t result = withInstance(handle, [&](Instance &instance) {
         const std::int32_t code = body(instance);
         duration = std::exchange(instance.duration, 0.0);
-        if (duration > 0.0)
-            sensor = instance.session.sensor;
+        sensor = instance.session.sensor;
         return code;
     });
     Simulator &simulator = Simulator::get();
-    if (!(duration > 0.0) || !simulator.lineSpeed.load() || simulator.clock.isVirtual())
+    if (sensor)
+        simulator.publishChanges(*sensor);
+    if (!(duration > 0.0) || !simulator.lineSpeed.load())
         return result;
     const double now = simulator.clock.now();
-    simulator.clock.waitUntil(sensor ? sensor->line().reserve(now, duration) : now + duration, now);
+    const bool waits = !simulator.clock.isVirtual();
+    const double end = sensor ? sensor->line().time().reserve(now, duration, waits) : now + duration;
+    if (!waits)
+        return result;
+    simulator.clock.waitUntil(end, now);
+    simulator.follow();
     if (result != model::Success || !sensor || sensor->isPlugged(simulator.clock.now()))
         return result;
     return withInstance(handle, [](Instance &instance) {
@@ -97,7 +119,6 @@ extern "C" {
 
 std::uint32_t CreateSensorInstance(std::int32_t sensorType)
 {
-    Simulator &simulator = Simulator::get();
     std::uint32_t handle = 0;
     const auto describe = [&] {
         Observed observed;
@@ -106,21 +127,27 @@ std::uint32_t CreateSensorInstance(std::int32_t sensorType)
         observed.created = &handle;
         return observed;
     };
-    simulator.bench();
     const auto body = [&]() -> std::int32_t {
         handle = create(sensorType);
         return model::Success;
     };
-    invoke("CreateSensorInstance", describe, body);
+    contained(0, [&] {
+        Simulator &simulator = Simulator::get();
+        simulator.bench(); // before the call is observed: the bench may have faults for it
+        if (auto *const session = simulator.session())
+            session->noteUse();
+        return invoke("CreateSensorInstance", 0, describe, body);
+    });
     return handle;
 }
 
 std::int32_t ReleaseSensorInstance(std::uint32_t handle)
 {
     return invoke(
-        "ReleaseSensorInstance", [&] { return plain(handle); },
+        "ReleaseSensorInstance", handle, [&] { return plain(handle); },
         [&]() -> std::int32_t {
             Simulator &simulator = Simulator::get();
+            simulator.callers.forget(handle);
             if (simulator.instances.release(handle, simulator.clock.now()))
                 return model::Success;
             return simulator.fail(model::failure(model::UnknownHandle, "There is no instance with this handle"));
@@ -130,18 +157,18 @@ std::int32_t ReleaseSensorInstance(std::uint32_t handle)
 std::int32_t OpenSensor(std::uint32_t handle)
 {
     return invoke(
-        "OpenSensor", [&] { return plain(handle); }, [&] { return timed(handle, openInstance); });
+        "OpenSensor", handle, [&] { return plain(handle); }, [&] { return timed(handle, openInstance); });
 }
 
 std::int32_t CloseSensor(std::uint32_t handle)
 {
     return invoke(
-        "CloseSensor", [&] { return plain(handle); }, [&] { return withInstance(handle, closeInstance); });
+        "CloseSensor", handle, [&] { return plain(handle); }, [&] { return withInstance(handle, closeInstance); });
 }
 
 std::int32_t SensorCommand(std::uint32_t handle)
 {
     return invoke(
-        "SensorCommand", [&] { return plain(handle); }, [&] { return timed(handle, command); });
+        "SensorCommand", handle, [&] { return plain(handle); }, [&] { return timed(handle, command); });
 }
 }

@@ -102,28 +102,28 @@ extern "C" {
 std::int32_t SetParameterInt(std::uint32_t handle, const char *name, std::int32_t value)
 {
     return invoke(
-        "SetParameterInt", [&] { return named(handle, name, std::to_string(value)); },
+        "SetParameterInt", handle, [&] { return named(handle, name, std::to_string(value)); },
         [&] { return stage(handle, name, value); });
 }
 
 std::int32_t SetParameterDouble(std::uint32_t handle, const char *name, double value)
 {
     return invoke(
-        "SetParameterDouble", [&] { return named(handle, name, model::formatDouble(value)); },
+        "SetParameterDouble", handle, [&] { return named(handle, name, model::formatDouble(value)); },
         [&] { return stage(handle, name, value); });
 }
 
 std::int32_t SetParameterString(std::uint32_t handle, const char *name, const char *value)
 {
     return invoke(
-        "SetParameterString", [&] { return named(handle, name, quoted(value)); },
+        "SetParameterString", handle, [&] { return named(handle, name, quoted(value)); },
         [&] { return stage(handle, name, std::string(value != nullptr ? value : "")); });
 }
 
 std::int32_t SetParameterBinary(std::uint32_t handle, const char *name, const void *data, std::uint32_t length)
 {
     return invoke(
-        "SetParameterBinary", [&] { return named(handle, name, std::to_string(length)); },
+        "SetParameterBinary", handle, [&] { return named(handle, name, std::to_string(length)); },
         [&] {
             const auto *const bytes = static_cast<const unsigned char *>(data);
             return stage(handle, name, bytes != nullptr ? model::Bytes(bytes, bytes + length) : model::Bytes());
@@ -133,14 +133,14 @@ std::int32_t SetParameterBinary(std::uint32_t handle, const char *name, const vo
 std::int32_t GetParameterInt(std::uint32_t handle, const char *name, std::int32_t *value)
 {
     return invoke(
-        "GetParameterInt", [&] { return named(handle, name, {}); },
+        "GetParameterInt", handle, [&] { return named(handle, name, {}); },
         [&] { return getNumber(handle, name, value, model::toInt); });
 }
 
 std::int32_t GetParameterDouble(std::uint32_t handle, const char *name, double *value)
 {
     return invoke(
-        "GetParameterDouble", [&] { return named(handle, name, {}); },
+        "GetParameterDouble", handle, [&] { return named(handle, name, {}); },
         [&] { return getNumber(handle, name, value, model::toDouble); });
 }
 
@@ -151,7 +151,7 @@ std::int32_t GetParameterString(std::uint32_t handle, const char *name, char *bu
         observed.setCount = lengthSetter(length);
         return observed;
     };
-    return invoke("GetParameterString", describe, [&] {
+    return invoke("GetParameterString", handle, describe, [&] {
         return withInstance(handle, [&](Instance &instance) -> std::int32_t {
             std::int32_t failed = model::Success;
             const model::Value *const value = answer(instance, name, length, failed);
@@ -172,7 +172,7 @@ std::int32_t GetParameterBinary(std::uint32_t handle, const char *name, void *bu
         observed.setCount = lengthSetter(length);
         return observed;
     };
-    return invoke("GetParameterBinary", describe, [&] {
+    return invoke("GetParameterBinary", handle, describe, [&] {
         return withInstance(handle, [&](Instance &instance) -> std::int32_t {
             std::int32_t failed = model::Success;
             const model::Value *const value = answer(instance, name, length, failed);
@@ -196,7 +196,7 @@ std::int32_t GetParameters(std::uint32_t handle, char *buffer, std::uint32_t *le
         observed.setCount = lengthSetter(length);
         return observed;
     };
-    return invoke("GetParameters", describe, [&] {
+    return invoke("GetParameters", handle, describe, [&] {
         return withInstance(handle, [&](Instance &instance) -> std::int32_t {
             if (length == nullptr)
                 return failNull(instance, "The pointer to the length");
@@ -214,7 +214,7 @@ std::int32_t ClearAllParameters(std::uint32_t handle)
         observed.handle = handle;
         return observed;
     };
-    return invoke("ClearAllParameters", describe, [&] {
+    return invoke("ClearAllParameters", handle, describe, [&] {
         return withInstance(handle, [](Instance &instance) -> std::int32_t {
             instance.staged.clear();
             return model::Success;

@@ -38,17 +38,33 @@ typedef uint32_t (*SondixSimControlFunction)(const char *request, char *answer, 
  *
  * | Request                                          | Answer, effect                                               |
  * |--------------------------------------------------|--------------------------------------------------------------|
- * | {"do": "sensors"}                                | "bench": name, "sensors": [{"serialNumber", "model", "place", |
- * |                                                  | "plugged", "open", "silent"}]                                |
- * | {"do": "load", "file": path}                     | loads a bench file; without "file" the built-in bench        |
+ * | {"do": "sensors"}                                | "bench": name, "time": bench time, "session": its name,      |
+ * |                                                  | "sensors": [{"serialNumber", "model", "place", "plugged",    |
+ * |                                                  | "open", "silent", "program"}]. In a session "program" names  |
+ * |                                                  | the process that has opened the sensor                       |
+ * | {"do": "schema"}                                 | "schema": the JSON schema of bench files, a text             |
+ * | {"do": "load", "file": path}                     | loads a bench file, or with "session:NAME" attaches to a     |
+ * |                                                  | session; without "file" loads the built-in bench             |
+ * | {"do": "start", "session": name, "file": path,   | starts a session with a bench file, or with the built-in     |
+ * | "log": true}                                     | bench, and logs all calls but the transfers                  |
+ * | {"do": "stop", "session": name}                  | ends a session for all programs                              |
+ * | {"do": "sessions"}                               | "sessions": [{"session": name, "file", "age": seconds}]      |
  * | {"do": "plug", "sensor": serial number}          | plugs a sensor in                                            |
  * | {"do": "unplug", "sensor": serial number}        | unplugs it                                                   |
  * | {"do": "silent", "sensor": ..., "silent": true}  | lets it send no frames, or send them again                   |
  * | {"do": "trigger", "sensor": serial number}       | triggers it once                                             |
+ * | {"do": "set", "sensor": ..., "values": pairs}    | changes settings at the sensor itself; "SA_Key=value" pairs  |
+ * | {"do": "step", "seconds": ...}                   | "time": bench time after the step of a virtual clock         |
+ * | {"do": "log", "follow": true}                    | "file": the log of calls of the session, "logged": whether   |
+ * |                                                  | calls are logged; "follow" logs all for three more seconds   |
  * | {"do": "inject", ...}                            | "fault": its number. The members are those of the struct     |
  * |                                                  | Fault of control.h, by the same names; none is required, but |
  * |                                                  | one of "function", "command" and "parameter"                 |
  * | {"do": "faults"}                                 | "faults": [{"fault": number, ...}], those in effect          |
+ * | {"do": "expectations"}                           | "expectations": [{"name", "sensor", "model", "expected",     |
+ * |                                                  | "found", "met", "line"}], what the bench file expects and    |
+ * |                                                  | what was found so far; in a session "users": how many        |
+ * |                                                  | programs have created an instance of a sensor                |
  * | {"do": "clear", "fault": number}                 | removes a fault; without "fault" all of them, and hanging    |
  * |                                                  | calls return                                                 |
  */
