@@ -92,6 +92,26 @@ private:
     std::uint32_t m_handle;
 };
 
+/// A place, in JSON, at which a model can be.
+inline std::string placeOf(const std::string &model)
+{
+    for (const char *const card : {"XA100", "XA200"}) {
+        if (model.rfind(card, 0) != 0)
+            continue;
+        if (model.find("PCI") != std::string::npos)
+            return R"({ "interface": ")" + std::string(card) + "\" }";
+        return model.find("USB") != std::string::npos ? R"({ "interface": "XA100_USB", "port": "COM1" })"
+                                                      : R"({ "interface": "XA200_ETH", "ip": "192.168.0.2" })";
+    }
+    if (model.find("XA300") != std::string::npos)
+        return R"({ "interface": "TCP/IP", "ip": "192.168.0.2" })";
+    for (const char *const onBus : {"CP740", "EC8", "GenericKVBus", "GY3", "MV4", "DV"}) {
+        if (model.rfind(onBus, 0) == 0 && model != "EC810" && model != "EC82x_ETH")
+            return R"({ "interface": "RS232", "port": "COM1" })";
+    }
+    return R"({ "interface": "WinUSB" })";
+}
+
 struct Block
 {
     std::vector<std::int32_t> raw;

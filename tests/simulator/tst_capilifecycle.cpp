@@ -267,6 +267,42 @@ private Q_SLOTS:
         QCOMPARE(other.open(), 0);
     }
 
+    void sensorsInUseCannotBeOpened_data()
+    {
+        QTest::addColumn<QByteArray>("place");
+        QTest::newRow("serial line") << QByteArray(R"("RS232", "port": "COM1")");
+        QTest::newRow("network") << QByteArray(R"("TCP/IP", "ip": "10.0.0.1")");
+        QTest::newRow("USB") << QByteArray(R"("WinUSB")");
+    }
+    void sensorsInUseCannotBeOpened()
+    {
+        QFETCH(QByteArray, place);
+        sondixsim::loadBench(
+            R"({ "sensors": [ { "model": "TX270", "serialNumber": "1", "place": { "interface": )" +
+            place.toStdString() + R"(, "inUse": true } } ] })");
+        Handle handle(SensorType::TX270);
+        constexpr std::int32_t inUse = -11;
+        QCOMPARE(handle.open(), inUse);
+        std::string text;
+        QCOMPARE(handle.error(&text), inUse);
+        QVERIFY2(text.find("is in use") != std::string::npos, text.c_str());
+        QCOMPARE(handle.command("Get_OpenState"), 0);
+        QCOMPARE(handle.getInt("IA_SensorOpen"), 0);
+    }
+
+    void multiSensorCannotBeOpenedWhileAMemberIsInUse()
+    {
+        sondixsim::loadBench(R"({ "sensors": [
+            { "model": "CP740", "serialNumber": "1", "place": { "interface": "RS232", "port": "COM1" } },
+            { "model": "EC830", "serialNumber": "2",
+              "place": { "interface": "RS232", "port": "COM1", "busAddress": 2, "inUse": true } },
+            { "model": "MultiSensor", "serialNumber": "3", "place": { "interface": "WinUSB" },
+              "members": [ "1", "2" ] } ] })");
+        Handle multi(SensorType::MultiSensor);
+        QVERIFY(multi.open() < 0);
+        QCOMPARE(Handle(SensorType::CP740).open(), 0); // the other member was released again
+    }
+
     void loadingABenchClosesSensorsAndKeepsHandles()
     {
         Handle handle(SensorType::TX270);

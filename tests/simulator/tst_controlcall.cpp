@@ -46,6 +46,26 @@ private:
     }
 
 private Q_SLOTS:
+    void tellsWhatTheBenchExpects()
+    {
+        QVERIFY(ask({{"do", "expectations"}})["expectations"].toArray().isEmpty());
+        sondixsim::loadBench(R"({ "sensors": [
+            { "model": "TX270", "serialNumber": "zwölf", "place": { "interface": "WinUSB" },
+              "expect": [ { "function": "OpenSensor", "exactly": 1 }, { "frames": "lost", "atMost": 3 } ] } ] })");
+        const QJsonObject answer = ask({{"do", "expectations"}});
+        QVERIFY(answer["ok"].toBool());
+        QCOMPARE(answer["expectations"].toArray().at(0).toObject(), QJsonObject({{"name", "calls of OpenSensor"},
+                                                                                 {"sensor", "zwölf"},
+                                                                                 {"model", "TX270"},
+                                                                                 {"expected", "exactly 1"},
+                                                                                 {"found", "0"},
+                                                                                 {"met", false},
+                                                                                 {"line", 3}}));
+        QVERIFY(answer["expectations"].toArray().at(1).toObject()["met"].toBool());
+        QVERIFY(!answer.contains("users")); // only a session has them
+        QVERIFY(ask({{"do", "expectations"}, {"sensor", "one"}}).contains("error"));
+    }
+
     void init() { sondixsim::loadBench(controlBench); }
     void cleanup()
     {

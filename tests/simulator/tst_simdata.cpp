@@ -177,7 +177,8 @@ private Q_SLOTS:
         QTest::newRow("counter") << QByteArray(R"({"kind":"counter","modulo":70})") << 150 << 9.0;
         QTest::newRow("sum") << QByteArray(R"([{"kind":"constant","value":5},{"kind":"drift","by":4,"in":0.2}])")
                              << 100 << 7.0;
-        QTest::newRow("clamped") << QByteArray(R"({"kind":"constant","value":500})") << 5 << 100.0;
+        QTest::newRow("out of the range")
+            << QByteArray(R"({"kind":"constant","value":500})") << 5 << -1.0e10 - 4.0;
     }
     void generatorsGiveTheirCurve()
     {
@@ -229,7 +230,7 @@ private Q_SLOTS:
 
     void rawAndScaledValuesAgree()
     {
-        sondixsim::loadBench(benchWith(R"({"kind":"noise","sigma":30})"));
+        sondixsim::loadBench(benchWith(R"({"kind":"noise","sigma":15})"));
         Handle handle(SensorType::CC430);
         handle.open();
         sondixsim::advance(0.1);

@@ -363,6 +363,39 @@ private Q_SLOTS:
         QCOMPARE(length, 1000000u);
     }
 
+    void impossibleFaultsAreRefused_data()
+    {
+        QTest::addColumn<QByteArray>("function");
+        QTest::addColumn<double>("probability");
+        QTest::addColumn<double>("delay");
+        QTest::addColumn<QByteArray>("word");
+        QTest::newRow("function") << QByteArray("OpenSensors") << 1.0 << 0.0 << QByteArray("OpenSensors");
+        QTest::newRow("case") << QByteArray("opensensor") << 1.0 << 0.0 << QByteArray("opensensor");
+        QTest::newRow("probability") << QByteArray("OpenSensor") << 1.5 << 0.0 << QByteArray("probability");
+        QTest::newRow("no probability") << QByteArray() << std::nan("") << 0.0 << QByteArray("probability");
+        QTest::newRow("delay") << QByteArray("OpenSensor") << 1.0 << -0.1 << QByteArray("delay");
+        QTest::newRow("endless delay") << QByteArray("OpenSensor") << 1.0 << HUGE_VAL << QByteArray("delay");
+    }
+    void impossibleFaultsAreRefused()
+    {
+        QFETCH(QByteArray, function);
+        QFETCH(double, probability);
+        QFETCH(double, delay);
+        QFETCH(QByteArray, word);
+        Fault fault;
+        fault.function = function.toStdString();
+        fault.probability = probability;
+        fault.delay = delay;
+        fault.code = -1;
+        try {
+            sondixsim::inject(fault);
+            QFAIL("the fault was accepted");
+        } catch (const std::invalid_argument &error) {
+            QVERIFY2(QByteArray(error.what()).contains(word), error.what());
+        }
+        QCOMPARE(Handle(SensorType::TX270).open(), 0); // nothing was injected
+    }
+
     void delayTakesRealTime()
     {
         Handle handle(SensorType::TX270);

@@ -8,7 +8,7 @@
 static void loadModel(const QByteArray &model, const std::string &more = "")
 {
     sondixsim::loadBench(R"({ "clock": { "virtual": true }, "sensors": [ { "model": ")" + model.toStdString() +
-                         R"(", "serialNumber": "1", "place": { "interface": "WinUSB" } )" + more + " } ] }");
+                         R"(", "serialNumber": "1", "place": )" + placeOf(model.toStdString()) + more + " } ] }");
 }
 
 namespace {

@@ -137,6 +137,19 @@ private Q_SLOTS:
         QCOMPARE(search(handle).size(), std::size_t(8));
     }
 
+    void aPortThatHasJustComeIntoUseIsNotFound()
+    {
+        sondixsim::loadBench(
+            R"({ "clock": { "virtual": true }, "sensors": [ { "model": "TX270", "serialNumber": "1",
+            "place": { "interface": "RS232", "port": "COM1" },
+            "timeline": [ { "do": "inUse", "at": 200, "for": 150 } ] } ] })");
+        Handle handle(SensorType::TX270);
+        QCOMPARE(search(handle), Names{"1"}); // takes 100 s
+        sondixsim::advance(150.0);
+        QCOMPARE(search(handle), Names());
+        QCOMPARE(search(handle), Names{"1"});
+    }
+
     void sensorsAreFoundOneByOneWhileProgressRises()
     {
         Handle handle(SensorType::TX270);

@@ -2,6 +2,7 @@
 #include "handle.h"
 #include "SondixSimulator/control.h"
 
+#include <algorithm>
 #include <cmath>
 #include <QTest>
 
@@ -9,7 +10,7 @@
 static void loadOne(const std::string &model, const std::string &more = "")
 {
     sondixsim::loadBench(R"({ "clock": { "virtual": true }, "sensors": [ { "model": ")" + model +
-                         R"(", "serialNumber": "1", "place": { "interface": "WinUSB" } )" + more + " } ] }");
+                         R"(", "serialNumber": "1", "place": )" + placeOf(model) + more + " } ] }");
 }
 
 class TestSimSettings : public QObject
@@ -128,6 +129,35 @@ private Q_SLOTS:
     }
 
     // The setting that decides the rate of each model, and the rate that follows.
+    void probesMeasureDisplacements_data()
+    {
+        QTest::addColumn<QByteArray>("model");
+        QTest::addColumn<int>("type");
+        for (const char *const model : {"MV4xx", "MV410", "MV420", "MV430", "DVxxx"}) {
+            QTest::newRow(model) << QByteArray(model) << int(SensorType::GenericKVBus);
+            QTest::addRow("%s behind the converter", model)
+                << model + QByteArray("_XA300ETH") << int(SensorType::XA300);
+        }
+    }
+    void probesMeasureDisplacements()
+    {
+        QFETCH(QByteArray, model);
+        QFETCH(int, type);
+        loadOne(model.toStdString());
+        Handle handle(type);
+        QCOMPARE(handle.open(), 0);
+        QCOMPARE(handle.command("Get_TransmittedDataInfo"), 0);
+        QCOMPARE(handle.getInt("IA_ValuesPerFrame"), 1);
+        QCOMPARE(handle.getText("IA_Scaled_Name1"), std::string("Displacement"));
+        QCOMPARE(handle.getText("IA_Scaled_Unit1"), std::string("mm"));
+        sondixsim::advance(60.0);
+        handle.command("Get_Measure");
+        const Block block = takeBlock(handle, 100000);
+        const auto [least, greatest] = std::minmax_element(block.scaled.begin(), block.scaled.end());
+        QVERIFY(block.scaled.size() > 1000);
+        QVERIFY(*least > 0.0 && *greatest - *least > 1.0); // it moves
+    }
+
     void rateFollowsFromTheModelsSetting_data()
     {
         QTest::addColumn<QByteArray>("model");
@@ -327,13 +357,13 @@ private Q_SLOTS:
         sondixsim::loadBench(R"({ "clock": { "virtual": true }, "sensors": [
             { "model": "MultiSensor", "serialNumber": "m", "place": { "interface": "WinUSB", "device": 9 },
               "members": [ "a", "b" ], "rate": 20 },
-            { "model": "MV420", "serialNumber": "a", "place": { "interface": "WinUSB", "device": 1 } },
+            { "model": "GY320", "serialNumber": "a", "place": { "interface": "RS232", "port": "COM1" } },
             { "model": "TX270", "serialNumber": "b", "place": { "interface": "WinUSB", "device": 2 } } ] })");
         Handle handle(SensorType::MultiSensor);
         QCOMPARE(handle.open(), 0);
         handle.command("Get_TransmittedDataInfo");
         QCOMPARE(handle.getInt("IA_ValuesPerFrame"), 3);
-        QCOMPARE(handle.getText("IA_Scaled_Name1"), std::string("Temperature"));
+        QCOMPARE(handle.getText("IA_Scaled_Name1"), std::string("Angle X"));
         QCOMPARE(handle.getText("IA_Scaled_Name3"), std::string("Distance 1"));
         sondixsim::advance(1.0);
         QCOMPARE(handle.available(), 0);
@@ -343,6 +373,30 @@ private Q_SLOTS:
         handle.set("IP_SensorIndex", 1);
         QCOMPARE(handle.command("Get_Measure"), 0);
         QCOMPARE(handle.available(), 60);
+    }
+
+    void multiSensorPassesSettingsToItsMembers()
+    {
+        sondixsim::loadBench(R"({ "clock": { "virtual": true }, "sensors": [
+            { "model": "MultiSensor", "serialNumber": "m", "place": { "interface": "WinUSB", "device": 9 },
+              "members": [ "a", "b" ] },
+            { "model": "TX270", "serialNumber": "a", "place": { "interface": "WinUSB", "device": 1 } },
+            { "model": "TX270", "serialNumber": "b", "place": { "interface": "WinUSB", "device": 2 } } ] })");
+        Handle handle(SensorType::MultiSensor);
+        QCOMPARE(handle.open(), 0);
+        const auto rateOf = [&handle](int number) {
+            handle.set("IP_SensorIndex", number);
+            return handle.command("Get_Samplerate") == 0 ? handle.getDouble("SA_Measrate") : -1.0;
+        };
+        const double before = rateOf(1);
+        QVERIFY(before > 0.0);
+        handle.set("IP_SensorIndex", 2);
+        handle.set("SP_Measrate", 0.5);
+        QCOMPARE(handle.command("Set_Samplerate"), 0);
+        QCOMPARE(rateOf(2), 0.5);
+        QCOMPARE(rateOf(1), before);
+        QVERIFY(rateOf(0) < 0.0);
+        QVERIFY(rateOf(3) < 0.0);
     }
 };
 

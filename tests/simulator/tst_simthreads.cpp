@@ -26,7 +26,8 @@ private Q_SLOTS:
 
     void severalThreadsUseOneHandle()
     {
-        sondixsim::useRealClock(100.0);
+        // A build with sanitizers computes the values more slowly than at 100 times the speed, and falls ever further behind.
+        sondixsim::useRealClock(10.0);
         Handle handle(SensorType::TX270);
         QCOMPARE(handle.open(), 0);
         std::atomic<int> failures{0};

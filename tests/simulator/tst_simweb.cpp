@@ -406,8 +406,8 @@ private Q_SLOTS:
         row("relative path", R"({ "a": { "text": "" } })", "\"a\"");
         row("query", R"({ "/a?b": { "text": "" } })", "/a?b");
         row("blank", R"({ "/a b": { "text": "" } })", "/a b");
-        row("no content", R"({ "/a": {} })", "either");
-        row("two contents", R"({ "/a": { "text": "", "file": "x" } })", "either");
+        row("no content", R"({ "/a": {} })", "exactly one of these");
+        row("two contents", R"({ "/a": { "text": "", "file": "x" } })", "exactly one of these");
         row("missing file", R"({ "/a": { "file": "no/such/file" } })", "no/such/file");
         row("type that breaks the header", R"({ "/a": { "text": "", "type": "text/html\r\nX: y" } })", "type");
         row("type that is none", R"({ "/a": { "text": "", "type": "html" } })", "type");
