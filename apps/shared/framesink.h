@@ -17,6 +17,9 @@ public:
     virtual bool write(const SondixQt::DataBlock &block) = 0;
     /// \copydoc write
     virtual bool write(const SondixQt::DataGap &gap) = 0;
+    /// To be called several times a second while nothing is written, so that what was written reaches the disk.
+    /// \copydoc write
+    virtual bool flush() { return true; }
     /// Ends a recording that is as long as it should be: files get their names.
     virtual bool finish() = 0;
     /// Ends a recording that was cut short: what was written stays where it is.

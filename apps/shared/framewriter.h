@@ -42,7 +42,7 @@ public:
         qint64 end = 0;
         bool hasColumns = false; ///< the file has its columns line already
         QByteArray lead;         ///< what has to be written at the end before anything else
-        QString repair;          ///< tells the user what was wrong with the file; empty: nothing
+        QString repair;          ///< what was wrong with the file, for users; empty: nothing
     };
 
     virtual ~FrameWriter() = default;

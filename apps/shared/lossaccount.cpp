@@ -3,39 +3,39 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 using namespace SondixQt;
 
 namespace SondixApp {
 
 namespace {
 
-enum Cause { Overrun, Disconnection, Interruption, UnknownCause, CauseCount };
-
-Cause causeOf(DataGap::Reason reason)
+LossAccount::Cause causeOf(DataGap::Reason reason)
 {
     switch (reason) {
     case DataGap::LibraryOverrun:
     case DataGap::ConsumerOverrun:
-        return Overrun;
+        return LossAccount::Overrun;
     case DataGap::Disconnected:
-        return Disconnection;
+        return LossAccount::Disconnection;
     case DataGap::Restarted:
-        return Interruption;
+        return LossAccount::Interruption;
     case DataGap::Unknown:
         break;
     }
-    return UnknownCause;
+    return LossAccount::UnknownCause;
 }
 
-QString phrase(int cause, bool isOne)
+QString phrase(LossAccount::Cause cause, bool isOne)
 {
     switch (cause) {
-    case Overrun:
+    case LossAccount::Overrun:
         return isOne ? QStringLiteral("because it was not read in time")
                      : QStringLiteral("because they were not read in time");
-    case Disconnection:
+    case LossAccount::Disconnection:
         return QStringLiteral("while the sensor was disconnected");
-    case Interruption:
+    case LossAccount::Interruption:
         return QStringLiteral("because a command interrupted the measurement");
     default:
         return QStringLiteral("for an unknown reason");
@@ -52,7 +52,9 @@ QString counted(qint64 number, const char *word)
 
 void LossAccount::add(const DataGap &gap)
 {
-    Sum &sum = m_sums[causeOf(gap.reason)];
+    const Cause cause = causeOf(gap.reason);
+    Loss &sum = m_sums[cause];
+    sum.cause = cause;
     sum.frames += gap.frames.value_or(0);
     sum.unknownGaps += gap.frames ? 0 : 1;
 }
@@ -60,17 +62,29 @@ void LossAccount::add(const DataGap &gap)
 qint64 LossAccount::frames() const
 {
     qint64 total = 0;
-    for (const Sum &sum : m_sums)
+    for (const Loss &sum : m_sums)
         total += sum.frames;
     return total;
 }
 
+bool LossAccount::isExact() const
+{
+    return std::none_of(m_sums.cbegin(), m_sums.cend(), [](const Loss &sum) { return sum.unknownGaps > 0; });
+}
+
+QVector<LossAccount::Loss> LossAccount::losses() const
+{
+    QVector<Loss> all;
+    for (const Loss &sum : m_sums)
+        all += sum;
+    return all;
+}
+
 QString LossAccount::brief() const
 {
-    bool isExact = true;
-    for (const Sum &sum : m_sums)
-        isExact = isExact && sum.unknownGaps == 0;
-    return isExact ? QStringLiteral("%1 lost").arg(frames()) : QStringLiteral("at least %1 lost").arg(frames());
+    if (!isExact() && frames() == 0)
+        return QStringLiteral("some lost");
+    return isExact() ? QStringLiteral("%1 lost").arg(frames()) : QStringLiteral("at least %1 lost").arg(frames());
 }
 
 QString LossAccount::sentence() const

@@ -45,19 +45,39 @@ char *put(char *to, T value)
     return to + sizeof value;
 }
 
-// Finds error values without branches: an error value, an infinity or NaN has an exponent of at least 0x420, as all
-// numbers from 2^33 on have, and carries it into the highest bit of the sum.
-class ErrorFilter
+inline char *putPrefix(char *to, qint32 run, qint64 number, const FrameTimes &times, int frame)
 {
-public:
-    void add(quint64 bits) { m_sum |= (bits & magnitude) + carry; }
-    bool mayHaveErrorValue() const { return m_sum > magnitude; }
+    to = put(to, run);
+    to = put(to, number);
+    return put(to, times.isKnown(frame) ? times.seconds(frame) : nan);
+}
 
-private:
-    static constexpr quint64 magnitude = 0x7fffffffffffffff;
-    static constexpr quint64 carry = quint64(0x800 - 0x420) << 52;
-    quint64 m_sum = 0;
-};
+// Whether there may be error values among \a values. It has no branches, so that the compiler can use vector instructions.
+// Error values, infinities and NaN have an exponent of at least 0x420, like all numbers from 2^33 on. For such exponents the
+// addition sets the highest bit.
+bool mayHaveErrorValue(const double *values, std::ptrdiff_t count)
+{
+    constexpr quint64 magnitude = 0x7fffffffffffffff;
+    constexpr quint64 carry = quint64(0x800 - 0x420) << 52;
+    quint64 sum = 0;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        quint64 bits = 0;
+        std::memcpy(&bits, values + i, sizeof bits);
+        sum |= (bits & magnitude) + carry;
+    }
+    return sum > magnitude;
+}
+
+// Copies eight values at a time: their size is then known to the compiler.
+inline char *putValues(char *to, const double *values, int count)
+{
+    constexpr int many = 8;
+    for (; count >= many; count -= many, values += many, to += many * sizeof *values)
+        std::memcpy(to, values, many * sizeof *values);
+    for (; count > 0; --count)
+        to = put(to, *values++);
+    return to;
+}
 
 } // namespace
 
@@ -120,13 +140,6 @@ void NpyWriter::addFrames(TextBuffer &out, const DataBlock &block, int first, in
         convertFrames(to, block, first, count);
 }
 
-char *NpyWriter::addPrefix(char *to, qint32 run, qint64 number, const FrameTimes &times, int frame)
-{
-    to = put<qint32>(to, run);
-    to = put<qint64>(to, number);
-    return put<double>(to, times.isKnown(frame) ? times.seconds(frame) : nan);
-}
-
 // Fast path for scaled values alone. False if there may be error values among them.
 bool NpyWriter::copyFrames(char *to, const DataBlock &block, int first, int count) const
 {
@@ -135,24 +148,20 @@ bool NpyWriter::copyFrames(char *to, const DataBlock &block, int first, int coun
     const qint64 number = block.firstFrame();
     const int values = block.valuesPerFrame();
     const double *scaled = block.scaledData().constData() + static_cast<std::ptrdiff_t>(first) * values;
-    ErrorFilter filter;
+    if (mayHaveErrorValue(scaled, static_cast<std::ptrdiff_t>(count) * values))
+        return false;
     for (int frame = first; frame < first + count; ++frame, scaled += values) {
-        to = addPrefix(to, run, number + frame, times, frame);
-        for (int i = 0; i < values; ++i) {
-            quint64 bits = 0;
-            std::memcpy(&bits, scaled + i, sizeof bits);
-            filter.add(bits);
-            to = put(to, bits);
-        }
+        to = putPrefix(to, run, number + frame, times, frame);
+        to = putValues(to, scaled, values);
     }
-    return !filter.mayHaveErrorValue();
+    return true;
 }
 
 void NpyWriter::convertFrames(char *to, const DataBlock &block, int first, int count)
 {
     const FrameTimes times(block, m_axis);
     for (int frame = first; frame < first + count; ++frame) {
-        to = addPrefix(to, m_firstRun + block.run(), block.firstFrame() + frame, times, frame);
+        to = putPrefix(to, m_firstRun + block.run(), block.firstFrame() + frame, times, frame);
         for (int i = 0; i < block.valuesPerFrame(); ++i) {
             const double value = block.scaled(frame, i);
             const bool isError = isErrorValue(value);
@@ -200,7 +209,7 @@ std::optional<FrameWriter::Resumption> NpyWriter::resume(QFile &file, QString &p
     return resumption;
 }
 
-// The header lags behind the data, so that it never tells of records that are not on the disk. Records of zeros are none:
+// The header lags behind the data, so that it never counts records that are not on the disk. Records of zeros are none:
 // a file can end in them after a power failure.
 qint64 NpyWriter::wholeRecords(QFile &file, qint64 told) const
 {

@@ -26,7 +26,6 @@ public:
 private:
     QByteArray description() const;
     QByteArray header(qint64 records) const;
-    static char *addPrefix(char *to, qint32 run, qint64 number, const FrameTimes &times, int frame);
     bool copyFrames(char *to, const SondixQt::DataBlock &block, int first, int count) const;
     void convertFrames(char *to, const SondixQt::DataBlock &block, int first, int count);
     qint64 wholeRecords(QFile &file, qint64 told) const;

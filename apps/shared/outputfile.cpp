@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #ifdef Q_OS_WIN
 #    include <io.h>
@@ -27,6 +28,11 @@ std::filesystem::path nativePath(const QString &path)
 #endif
 }
 
+QString systemErrorText(int error)
+{
+    return QString::fromLocal8Bit(std::strerror(error));
+}
+
 // Returns 0 or the error number.
 int sendToDisk(int descriptor)
 {
@@ -41,8 +47,9 @@ int sendToDisk(int descriptor)
 
 } // namespace
 
-OutputFile::OutputFile(const QString &path)
+OutputFile::OutputFile(const QString &path, SendToDisk sender)
     : m_path(path)
+    , m_sendToDisk(sender ? std::move(sender) : SendToDisk(sendToDisk))
 {
     const QFileInfo info(path);
     if (info.isSymLink() && info.exists())
@@ -108,7 +115,9 @@ bool OutputFile::write(const QByteArray &data)
     errno = 0;
     if (m_file.write(data) == data.size()) {
         m_size += data.size();
-        return sync();
+        m_isChanged = true;
+        flush();
+        return true;
     }
     fail();
     if (!m_isDirect && m_file.isOpen() && m_file.resize(m_size))
@@ -121,51 +130,57 @@ bool OutputFile::overwrite(qint64 position, const QByteArray &data)
     errno = 0;
     if (m_isDirect)
         return true;
+    m_isChanged = true;
     const bool written = m_file.seek(position) && m_file.write(data) == data.size();
     return (m_file.seek(m_size) && written) || fail();
 }
 
 // The disk may take seconds, and new values must not wait for it.
-bool OutputFile::sync()
+void OutputFile::flush()
 {
     constexpr int interval = 1000;
     const bool isBusy = m_sync.valid() && m_sync.wait_for(std::chrono::seconds(0)) != std::future_status::ready;
-    if (m_isDirect || isBusy)
-        return true;
-    if (!collectSync())
-        return false;
-    if (m_sinceSync.elapsed() < interval)
-        return true;
+    if (m_isDirect || isBusy || !m_file.isOpen())
+        return;
+    collectSync();
+    if (m_diskError != 0 || !m_isChanged || m_sinceSync.elapsed() < interval)
+        return;
     m_sinceSync.start();
     m_syncing = m_size;
-    m_sync = std::async(std::launch::async, sendToDisk, m_file.handle());
-    return true;
+    m_isChanged = false;
+    m_sync = std::async(std::launch::async, m_sendToDisk, m_file.handle());
 }
 
-bool OutputFile::collectSync()
+void OutputFile::collectSync()
 {
-    const int error = m_sync.valid() ? m_sync.get() : 0;
-    if (error != 0) {
-        errno = error;
-        return fail();
-    }
-    m_synced = m_syncing;
-    return true;
+    if (!m_sync.valid())
+        return;
+    const int error = m_sync.get();
+    if (error == 0)
+        m_synced = m_syncing;
+    else if (m_diskError == 0)
+        m_diskError = error;
+}
+
+QString OutputFile::diskProblem() const
+{
+    return m_diskError != 0 ? systemErrorText(m_diskError) : QString();
 }
 
 bool OutputFile::close()
 {
     if (!m_file.isOpen())
         return true;
-    bool synced = collectSync();
-    if (!m_isDirect) {
-        errno = sendToDisk(m_file.handle());
-        synced = synced && (errno == 0 || fail());
-    }
+    collectSync();
+    if (!m_isDirect && m_diskError == 0)
+        m_diskError = m_sendToDisk(m_file.handle());
     errno = 0;
     m_file.close();
     m_lock.reset();
-    return m_file.error() == QFileDevice::NoError ? synced : fail();
+    if (m_file.error() != QFileDevice::NoError)
+        return fail();
+    m_error = diskProblem();
+    return m_diskError == 0;
 }
 
 bool OutputFile::commit()
@@ -196,7 +211,7 @@ void OutputFile::discard()
 bool OutputFile::fail()
 {
     // After a partial write QFile has no error text, but errno is set.
-    m_error = errno != 0 ? QString::fromLocal8Bit(std::strerror(errno)) : m_file.errorString();
+    m_error = errno != 0 ? systemErrorText(errno) : m_file.errorString();
     return false;
 }
 

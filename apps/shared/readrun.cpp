@@ -52,6 +52,9 @@ void ReadRun::takeBlock(const DataBlock &block)
     const DataBlock taken = wanted < block.frameCount() ? block.mid(0, static_cast<int>(wanted)) : block;
     m_framesRead += taken.frameCount();
     m_lastFrame = taken.mid(taken.frameCount() - 1);
+    m_here.run = m_lastFrame.run();
+    m_here.firstFrame = m_lastFrame.firstFrame() + 1;
+    m_here.beginTime = m_lastFrame.time();
     if (!m_sink.write(taken)) {
         failToWrite();
     } else if (m_plan.frames && m_framesRead >= *m_plan.frames) {
@@ -66,6 +69,9 @@ void ReadRun::takeGap(const DataGap &gap)
     if (m_isComplete)
         return;
     m_losses.add(gap);
+    m_here.run = gap.run + (gap.frames ? 0 : 1);
+    m_here.firstFrame = gap.frames ? gap.firstFrame + *gap.frames : 0;
+    m_here.beginTime.reset();
     if (!m_sink.write(gap))
         failToWrite();
     Q_EMIT advanced();
@@ -101,6 +107,8 @@ void ReadRun::tick()
         endBy(Reached);
     else if (m_plan.silence && m_silentFor >= *m_plan.silence)
         endBy(Silent);
+    if (!m_isComplete && !m_sink.flush())
+        failToWrite();
 }
 
 // What was read before is still delivered and written.
@@ -112,7 +120,7 @@ void ReadRun::endBy(End end, const QString &problem)
     m_problem = problem;
     m_timer.stop();
     m_reader.stop();
-    QTimer::singleShot(stopTimeout, this, &ReadRun::finish);
+    QTimer::singleShot(stopTimeout, this, &ReadRun::giveUp);
 }
 
 // Counts even if the run was about to end anyway.
@@ -122,6 +130,18 @@ void ReadRun::failToWrite()
     endBy(WriteFailed);
     m_end = WriteFailed;
     m_problem = m_sink.problem();
+}
+
+void ReadRun::giveUp()
+{
+    if (!m_isFinished && !m_isComplete) {
+        m_isHanging = true;
+        DataGap unread = m_here;
+        unread.reason = DataGap::LibraryOverrun; // they were not read in time
+        takeGap(unread);
+        m_isComplete = true;
+    }
+    finish();
 }
 
 void ReadRun::finish()

@@ -58,6 +58,9 @@ public:
     /// The last frame that was read.
     const SondixQt::DataBlock &lastFrame() const { return m_lastFrame; }
     double secondsRead() const { return m_secondsRead; }
+    /// Whether a call in the sensor-access library has not returned in time after the end, before everything was read.
+    /// What it would have brought is a loss of unknown length.
+    bool isHanging() const { return m_isHanging; }
 
 Q_SIGNALS:
     /// Frames were read or the state of the reader has changed.
@@ -72,6 +75,7 @@ private:
     void tick();
     void endBy(End end, const QString &problem = QString());
     void failToWrite();
+    void giveUp();
     void finish();
 
     SondixQt::SensorReader &m_reader;
@@ -85,10 +89,12 @@ private:
     qint64 m_framesRead = 0;
     LossAccount m_losses;
     SondixQt::DataBlock m_lastFrame;
+    SondixQt::DataGap m_here; // where the next frame belongs
     double m_secondsRead = 0.0;
     End m_end = Running;
     QString m_problem;
     bool m_isComplete = false; // nothing more is written
+    bool m_isHanging = false;
     bool m_isFinished = false;
 };
 

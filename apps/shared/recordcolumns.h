@@ -40,6 +40,7 @@ public:
     FrameTimes(const SondixQt::DataBlock &block, const TimeAxis &axis)
         : m_block(block)
         , m_axis(axis)
+        , m_offset(static_cast<double>(axis.offset) * 1.0e-6)
         , m_isRegular(axis.isKnown && block.time() && block.frameInterval())
         , m_first(block.time().value_or(0.0))
         , m_interval(block.frameInterval().value_or(0.0))
@@ -58,13 +59,13 @@ public:
     /// The same in seconds, as exactly as a double can be.
     double seconds(int frame) const
     {
-        return static_cast<double>(m_axis.offset) * 1.0e-6 +
-               (m_isRegular ? m_first + frame * m_interval : *m_block.frameTime(frame));
+        return m_offset + (m_isRegular ? m_first + frame * m_interval : *m_block.frameTime(frame));
     }
 
 private:
     const SondixQt::DataBlock &m_block;
     TimeAxis m_axis;
+    double m_offset; // seconds
     bool m_isRegular;
     double m_first;
     double m_interval;

@@ -10,11 +10,26 @@ using namespace SondixQt;
 
 namespace SondixApp {
 
+namespace {
+
+// The name of the file beside the .npy file \a path.
+QString notesName(const QString &path)
+{
+    return path + QStringLiteral(".jsonl");
+}
+
+bool isFree(const QString &path)
+{
+    return !QFileInfo::exists(path) && !QFileInfo::exists(path + QStringLiteral(".partial"));
+}
+
+} // namespace
+
 /// A file with its format.
 struct Recorder::Part
 {
-    Part(const QString &path, std::unique_ptr<FrameWriter> w)
-        : file(path)
+    Part(const Plan &plan, const QString &path, std::unique_ptr<FrameWriter> w)
+        : file(path, plan.sendToDisk)
         , writer(std::move(w))
     {
     }
@@ -24,7 +39,7 @@ struct Recorder::Part
     TextBuffer buffer;
     bool withColumns = true;
     QByteArray lead;
-    qint64 toldSize = 0; // what the preamble tells of
+    qint64 toldSize = 0; // the size that the preamble states
 };
 
 Recorder::Recorder(const Plan &plan, const RecordHead &head, ErrorValues &errors, SharedClock *clock)
@@ -40,7 +55,7 @@ Recorder::~Recorder() = default;
 
 std::unique_ptr<Recorder::Part> Recorder::makePart(RecordFormat format, const QString &path) const
 {
-    return std::make_unique<Part>(path, makeFrameWriter(format, m_plan.columns, m_plan.options, m_errors));
+    return std::make_unique<Part>(m_plan, path, makeFrameWriter(format, m_plan.columns, m_plan.options, m_errors));
 }
 
 bool Recorder::open()
@@ -57,7 +72,7 @@ QString Recorder::nextName() const
     const QString stem = m_plan.path.left(m_plan.path.size() - suffix.size());
     for (int number = 1;; ++number) {
         QString name = stem + QStringLiteral("-%1").arg(number, 4, 10, QLatin1Char('0')) + suffix;
-        if (!QFileInfo::exists(name) && !QFileInfo::exists(name + QStringLiteral(".partial")))
+        if (isFree(name) && (!hasNotes() || isFree(notesName(name))))
             return name;
     }
 }
@@ -67,8 +82,8 @@ bool Recorder::openNext()
     const QString path = nextName();
     m_data = makePart(m_plan.format, path);
     m_notes.reset();
-    if (m_plan.format == RecordFormat::Npy && m_plan.withHead)
-        m_notes = makePart(RecordFormat::JsonLines, path + QStringLiteral(".jsonl"));
+    if (hasNotes())
+        m_notes = makePart(RecordFormat::JsonLines, notesName(path));
     m_begun = false;
     m_framesInFile = 0;
     m_sinceOpen.start();
@@ -123,8 +138,9 @@ void Recorder::setAxis(const DataBlock &block)
         m_clock->axis = TimeAxis{*wallClock - time};
         m_clock->uncertainty = block.wallClockUncertainty();
     }
-    m_run = block.run();
     m_axis = m_clock->axis;
+    if (wallClock)
+        m_run = block.run(); // before, the zero of this run is not known
     if (m_axis && wallClock && std::abs(*wallClock - time - m_axis->offset) > otherZero)
         m_axis = TimeAxis{*wallClock - time};
 }
@@ -150,7 +166,7 @@ bool Recorder::begin(const DataBlock *block)
         part->buffer.clear();
         part->buffer.add(part->lead);
         part->writer->begin(part->buffer, m_plan.withHead ? &m_head : nullptr, part->withColumns);
-        if (!put(*part))
+        if (!put(*part) || !settle(*part))
             return false;
     }
     return true;
@@ -185,7 +201,7 @@ bool Recorder::writeSlice(const DataBlock &block, int first, int count)
     }
     m_frames += count;
     m_framesInFile += count;
-    return true;
+    return settle(*m_data);
 }
 
 bool Recorder::isRotationDue() const
@@ -205,16 +221,38 @@ bool Recorder::write(const DataGap &gap)
             continue;
         part->buffer.clear();
         part->writer->addGap(part->buffer, gap);
-        if (!put(*part))
+        if (!put(*part) || !settle(*part))
             return false;
     }
     return true;
 }
 
+bool Recorder::flush()
+{
+    for (Part *part : {m_data.get(), m_notes.get()}) {
+        if (!part)
+            continue;
+        part->file.flush();
+        if (!settle(*part))
+            return false;
+    }
+    return true;
+}
+
+// Writes the buffer as a whole, or nothing of it.
 bool Recorder::put(Part &part)
 {
-    if (!part.buffer.isEmpty() && !part.file.write(part.buffer.data()))
-        return fail(part);
+    return part.buffer.isEmpty() || part.file.write(part.buffer.data()) || fail(part);
+}
+
+// What is done after put(), when the buffer has been written in any case.
+bool Recorder::settle(Part &part)
+{
+    if (part.file.hasDiskFailed()) {
+        m_problem =
+            QStringLiteral("cannot write '%1' to the disk: %2").arg(part.file.path(), part.file.diskProblem());
+        return false;
+    }
     return tell(part, part.file.sizeOnDisk());
 }
 
@@ -232,7 +270,7 @@ void Recorder::putWhatFits(Part &part)
     }
 }
 
-// A preamble tells only of data that are on the disk, so that it is true even after a power failure.
+// A preamble counts only data that are on the disk, so that it is true even after a power failure.
 bool Recorder::tell(Part &part, qint64 size)
 {
     if (size == part.toldSize)
@@ -262,9 +300,16 @@ bool Recorder::keep()
         if (m_framesInFile == 0)
             part->file.discard();
         else
-            kept = tell(*part, part->file.size()) && (part->file.close() || fail(*part)) && kept;
+            kept = keep(*part) && kept;
     }
     return kept;
+}
+
+// A failure of the disk that was reported before is none of keeping.
+bool Recorder::keep(Part &part)
+{
+    const bool hadFailed = part.file.hasDiskFailed();
+    return tell(part, part.file.size()) && (part.file.close() || hadFailed || fail(part));
 }
 
 void Recorder::discard()

@@ -38,6 +38,7 @@ public:
         bool withHead = true;                ///< write the head
         std::optional<qint64> rotateSize;    ///< begin another file before this number of bytes is exceeded
         std::optional<double> rotateSeconds; ///< begin another file after this time
+        OutputFile::SendToDisk sendToDisk;   ///< for tests, see OutputFile
     };
 
     /// Blocks are formatted and written in pieces of about this number of bytes.
@@ -53,6 +54,7 @@ public:
 
     bool write(const SondixQt::DataBlock &block) override;
     bool write(const SondixQt::DataGap &gap) override;
+    bool flush() override;
     bool finish() override;
     bool keep() override;
     /// Removes what has been written to the present file.
@@ -78,10 +80,13 @@ private:
     bool isRotationDue() const;
     bool writeSlice(const SondixQt::DataBlock &block, int first, int count);
     bool put(Part &part);
+    bool settle(Part &part);
+    bool keep(Part &part);
     void putWhatFits(Part &part);
     bool tell(Part &part, qint64 size);
     bool fail(const Part &part);
     QString nextName() const;
+    bool hasNotes() const { return m_plan.format == RecordFormat::Npy && m_plan.withHead; }
 
     Plan m_plan;
     RecordHead m_head;

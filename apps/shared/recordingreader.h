@@ -25,7 +25,7 @@ namespace SondixApp {
 /// - A file with raw values alone has them as scaled values, too, so that they can be shown; with scaled values alone the
 ///   raw ones are 0.
 /// - Error values as isErrorValue(): with their number in JSON lines, and with a number of the reader's where CSV has only
-///   the text, so that errorText() tells it. They are not a number where the file has no more than that.
+///   the text, so that errorText() returns it. They are not a number where the file has no more than that.
 ///
 /// \par Cut and foreign files
 /// A file that is still written, or that was cut by a crash, gives all that is whole, and a warning(). Any other error
@@ -52,7 +52,7 @@ public:
     bool open();
     /// The description of the frames as far as the file has it.
     const SondixQt::TransmittedDataInfo &frame() const;
-    /// What the head of the file tells; empty fields for a file without a head.
+    /// What the head of the file reports; empty fields for a file without a head.
     const RecordHead &head() const;
     /// The next block or gap. Nothing at the end, and after an error.
     std::optional<Item> next();

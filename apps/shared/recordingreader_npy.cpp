@@ -208,7 +208,7 @@ RecordingParser::Step NpyParser::readRecord()
     if (m_isEnd)
         return Step::End;
     const QByteArray bytes = m_device.read(m_record.size());
-    // The header lags behind the data. Records of zeros behind those that it tells of are none: a file can end in them
+    // The header lags behind the data. Records of zeros behind those that it counts are none: a file can end in them
     // after a power failure.
     const bool isWhole = bytes.size() == m_record.size();
     if (!isWhole || (m_records >= m_told && bytes.count('\0') == bytes.size())) {

@@ -107,7 +107,7 @@ struct ColumnKinds
     bool scaled = true;
     bool raw = false;
 };
-/// Sets the signals that \a names stand for, the names of their columns. Without \a kinds the names tell what is raw.
+/// Sets the signals that \a names stand for, the names of their columns. Without \a kinds the names show what is raw.
 /// False if there are none.
 bool columnsFromNames(const QStringList &names, std::optional<ColumnKinds> kinds, RecordColumns &columns);
 /// Takes over the head of JSON lines.

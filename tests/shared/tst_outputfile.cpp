@@ -4,6 +4,10 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+
 #ifdef Q_OS_WIN
 #    include <windows.h>
 #else
@@ -30,6 +34,8 @@ private Q_SLOTS:
     void keepsEverythingWhenTheNameIsRefused();
     void keepsAPartUnderAnotherName();
     void reachesTheDiskWithinSeconds();
+    void reachesTheDiskWhileNothingIsWritten();
+    void writesAlthoughTheDiskHasFailed();
     void overwritesWhatIsThere();
     void isCutBackAfterAFailedWrite();
     void appendsToTheFileItself();
@@ -148,8 +154,60 @@ void TestOutputFile::reachesTheDiskWithinSeconds()
     OutputFile file(m_path);
     QVERIFY(file.open());
     QVERIFY(file.write("1\n"));
-    QTRY_VERIFY_WITH_TIMEOUT(file.write("2\n") && file.sizeOnDisk() > 0, 10000);
+    QTRY_VERIFY(file.write("2\n") && file.sizeOnDisk() > 0);
     QVERIFY(file.sizeOnDisk() <= file.size());
+}
+
+void TestOutputFile::reachesTheDiskWhileNothingIsWritten()
+{
+    std::atomic<int> sent{0};
+    OutputFile file(m_path, [&sent](int) {
+        ++sent;
+        return 0;
+    });
+    const auto isOnDisk = [&file] {
+        file.flush();
+        return file.sizeOnDisk() == file.size();
+    };
+    QVERIFY(file.open());
+    QVERIFY(file.write("1\n"));
+    QTRY_VERIFY(isOnDisk());
+    QCOMPARE(sent.load(), 1);
+    // What has not changed is not sent again.
+    QElapsedTimer clock;
+    clock.start();
+    QTRY_VERIFY(isOnDisk() && clock.elapsed() > 1200);
+    QCOMPARE(sent.load(), 1);
+    QVERIFY(file.overwrite(0, "2"));
+    const auto isSentAgain = [&] {
+        file.flush();
+        return sent == 2;
+    };
+    QTRY_VERIFY(isSentAgain());
+}
+
+void TestOutputFile::writesAlthoughTheDiskHasFailed()
+{
+    std::atomic<int> result{EIO};
+    OutputFile file(m_path, [&result](int) { return result.load(); });
+    QVERIFY(file.open());
+    int lines = 0;
+    const auto hasFailed = [&] {
+        ++lines;
+        return !file.write("1\n") || file.hasDiskFailed();
+    };
+    QTRY_VERIFY(hasFailed());
+    QVERIFY(file.hasDiskFailed());
+    QCOMPARE(file.diskProblem(), QString::fromLocal8Bit(std::strerror(EIO)));
+    // The next attempt of the operating system would succeed, because it has discarded the data.
+    result = 0;
+    ++lines;
+    QVERIFY(file.write("1\n"));
+    QCOMPARE(file.sizeOnDisk(), 0);
+    QVERIFY(!file.commit());
+    QCOMPARE(file.errorString(), QString::fromLocal8Bit(std::strerror(EIO)));
+    QCOMPARE(contentOf(file.currentName()), QByteArray("1\n").repeated(lines));
+    QCOMPARE(file.currentName(), m_path + ".partial");
 }
 
 void TestOutputFile::overwritesWhatIsThere()

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "recordings.h"
 
+#include "../../src/reader/datablock_p.h"
 #include "shared/recorder.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <cerrno>
+#include <cstring>
 
 #ifdef Q_OS_UNIX
 #    include <csignal>
@@ -13,6 +17,19 @@
 #endif
 
 using namespace Recordings;
+
+namespace {
+
+/// One frame at \a time; the clock of the computer is ahead of that of the sensor-access library by \a offset seconds.
+DataBlock clockedBlock(int run, qint64 number, double time, double offset)
+{
+    auto *data = new DataBlockData(DataBlockBuilder::data(block(number, 1, time, 0.001, run)));
+    data->wallClockOffset = offset;
+    data->wallClockUncertainty = 0.001;
+    return DataBlockBuilder::block(data);
+}
+
+} // namespace
 
 class TestRecorder : public QObject
 {
@@ -31,13 +48,18 @@ private Q_SLOTS:
     void givesTheTimeOfTheComputer();
     void inventsNoTimeOfTheComputer();
     void sensorsShareOneClock();
+    void followsAnotherZeroOnceItIsKnown();
     void refusesADirectory();
     void rotatesBySize_data();
     void rotatesBySize();
     void rotatesByTime();
     void neverReplacesAPartOfAnotherSeries();
+    void neverReplacesTheNotesOfAnotherSeries();
     void writesWholeSlicesUpToAFullDisk_data();
     void writesWholeSlicesUpToAFullDisk();
+    void writesNothingTwiceWhenTheDiskFails_data();
+    void writesNothingTwiceWhenTheDiskFails();
+    void reachesTheDiskWhileNothingIsWritten();
 
 private:
     QString path(const char *name) const { return m_dir->filePath(name); }
@@ -163,6 +185,21 @@ void TestRecorder::sensorsShareOneClock()
     QVERIFY(content("2.csv.partial").endsWith("\n0,6.500000,0.5,0\n"));
 }
 
+void TestRecorder::followsAnotherZeroOnceItIsKnown()
+{
+    SharedClock clock;
+    Recorder recorder(plan("values.csv"), {}, m_errors, &clock);
+    QVERIFY(recorder.open());
+    QVERIFY(recorder.write(clockedBlock(0, 0, 1000.0, 500.0))); // 1500 s after 1970
+    // After the sensor was opened again the zero of its clock is 600 s later, which its first block does not tell.
+    QVERIFY(recorder.write(block(0, 1, 1.0, 0.001, 1)));
+    QVERIFY(recorder.write(clockedBlock(1, 1, 2.0, 1600.0)));
+    QVERIFY(recorder.write(block(2, 1, 3.0, 0.001, 1)));
+    const QByteArray text = content("values.csv.partial");
+    QVERIFY2(text.contains("\n0,1500.000000,0.5,0\n"), text.constData());
+    QVERIFY2(text.endsWith("\n1,1602.000000,1.5,2\n2,1603.000000,2.5,4\n"), text.constData());
+}
+
 void TestRecorder::refusesADirectory()
 {
     QVERIFY(QDir().mkdir(path("values.csv")));
@@ -239,6 +276,22 @@ void TestRecorder::neverReplacesAPartOfAnotherSeries()
     QCOMPARE(files(), (QStringList{"values-0001.csv", "values-0002.csv.partial", "values-0003.csv"}));
 }
 
+void TestRecorder::neverReplacesTheNotesOfAnotherSeries()
+{
+    writeFile(path("values-0001.npy.jsonl"), "1");
+    writeFile(path("values-0002.npy.jsonl.partial"), "2");
+    Recorder::Plan rotating = plan("values.npy", RecordFormat::Npy);
+    rotating.withHead = true;
+    rotating.rotateSize = 1'000'000;
+    Recorder recorder(rotating, {}, m_errors);
+    QVERIFY(recorder.open());
+    QVERIFY(recorder.write(block(0, 1)));
+    QVERIFY(recorder.finish());
+    QCOMPARE(files(), (QStringList{"values-0001.npy.jsonl", "values-0002.npy.jsonl.partial", "values-0003.npy",
+                                   "values-0003.npy.jsonl"}));
+    QCOMPARE(content("values-0001.npy.jsonl"), QByteArray("1"));
+}
+
 void TestRecorder::writesWholeSlicesUpToAFullDisk_data()
 {
     QTest::addColumn<int>("format");
@@ -282,6 +335,51 @@ void TestRecorder::writesWholeSlicesUpToAFullDisk()
 #else
     QSKIP("there is no limit on the size of files here");
 #endif
+}
+
+void TestRecorder::writesNothingTwiceWhenTheDiskFails_data()
+{
+    writesWholeSlicesUpToAFullDisk_data();
+}
+
+void TestRecorder::writesNothingTwiceWhenTheDiskFails()
+{
+    QFETCH(int, format);
+    Recorder::Plan failing = plan("values", static_cast<RecordFormat>(format));
+    failing.sendToDisk = [](int) { return EIO; };
+    Recorder recorder(failing, {}, m_errors);
+    QVERIFY(recorder.open());
+    int frames = 0;
+    const auto fails = [&] {
+        frames += 10;
+        return !recorder.write(block(frames - 10, 10));
+    };
+    QTRY_VERIFY(fails());
+    QCOMPARE(recorder.problem(), QStringLiteral("cannot write '%1' to the disk: %2")
+                                     .arg(path("values"), QString::fromLocal8Bit(std::strerror(EIO))));
+    // The operating system has taken all of them, once.
+    QCOMPARE(recorder.framesWritten(), frames);
+    QVERIFY(recorder.keep());
+    if (static_cast<RecordFormat>(format) == RecordFormat::Npy) {
+#ifdef Q_OS_WIN
+        QSKIP("NumPy is installed for Linux only");
+#endif
+        QCOMPARE(python(path("values.partial"), "print(len(a), a['frame'][-1])"),
+                 QByteArray::number(frames) + ' ' + QByteArray::number(frames - 1));
+    } else {
+        const int names = static_cast<RecordFormat>(format) == RecordFormat::Csv ? 1 : 0;
+        QCOMPARE(content("values.partial").count('\n') - names, frames);
+    }
+}
+
+void TestRecorder::reachesTheDiskWhileNothingIsWritten()
+{
+    Recorder recorder(plan("values.npy", RecordFormat::Npy), {}, m_errors);
+    QVERIFY(recorder.open());
+    QVERIFY(recorder.write(block(0, 7)));
+    // The header counts only frames that are on the disk.
+    QVERIFY(content("values.npy.partial").contains("'shape': (0,)"));
+    QTRY_VERIFY(recorder.flush() && content("values.npy.partial").contains("'shape': (7,)"));
 }
 
 QTEST_GUILESS_MAIN(TestRecorder)

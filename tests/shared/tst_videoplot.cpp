@@ -30,6 +30,8 @@ private Q_SLOTS:
     void pictureShowsPeaksWhereTheyAre();
     void pictureHoldsPixelsBeyondTheResolution_data();
     void pictureHoldsPixelsBeyondTheResolution();
+    void pictureHasNumbersAndTexts();
+    void csvHasALineForEachPixel();
     void textShowsThePeakInItsColumn();
     void textIsNoWiderThanThePixels();
 };
@@ -59,13 +61,13 @@ void TestVideoPlot::pictureShowsPeaksWhereTheyAre()
 {
     QVector<int> pixels(513, 0);
     pixels[128] = 1023;
-    const QImage picture = videoPicture(pixels, 1024);
-    const QVector<QVector<int>> rows = curveRows(picture);
-    const int left = 12;
-    const int width = picture.width() - 2 * left - 1;
+    const QVector<QVector<int>> rows = curveRows(videoPicture(pixels, 1024, {}));
+    const QRect area = videoPlotArea();
+    const int left = area.left();
+    const int width = area.width();
     const int peak = left + width / 4;
-    const int top = left;
-    const int bottom = picture.height() - left - 1;
+    const int top = area.top();
+    const int bottom = area.top() + area.height();
     QVERIFY(!rows[peak].isEmpty());
     QVERIFY2(qAbs(rows[peak].first() - top) <= 3, "the peak reaches full scale");
     for (const int x : {left + 1, left + width / 2, left + width - 1}) {
@@ -87,11 +89,51 @@ void TestVideoPlot::pictureHoldsPixelsBeyondTheResolution()
 {
     QFETCH(QVector<int>, pixels);
     QFETCH(int, resolution);
-    const QVector<QVector<int>> rows = curveRows(videoPicture(pixels, resolution));
+    const QVector<QVector<int>> rows = curveRows(videoPicture(pixels, resolution, {}));
     QVERIFY(std::any_of(rows.cbegin(), rows.cend(), [](const QVector<int> &column) { return !column.isEmpty(); }));
     for (const QVector<int> &column : rows)
         for (const int y : column)
-            QVERIFY(y >= 10);
+            QVERIFY(y >= videoPlotArea().top() - 2);
+}
+
+void TestVideoPlot::pictureHasNumbersAndTexts()
+{
+    const QVector<int> pixels(512, 100);
+    const QRect area = videoPlotArea();
+    // Whether something is drawn in a part of the picture: more than one colour.
+    const auto hasMarks = [](const QImage &picture, const QRect &part) {
+        const QImage cut = picture.copy(part & picture.rect());
+        for (int y = 0; y < cut.height(); ++y)
+            for (int x = 0; x < cut.width(); ++x)
+                if (cut.pixel(x, y) != cut.pixel(0, 0))
+                    return true;
+        return false;
+    };
+    const QRect upperLeft(area.left(), 0, 400, 28);
+    const QRect lowerLeft(area.left(), 28, 400, 20);
+    const QRect upperRight(area.right() - 200, 0, 200, 28);
+    const QRect lowerRight(area.right() - 200, 28, 200, 20);
+    const QImage bare = videoPicture(pixels, 1024, {});
+    for (const QRect &part : {upperLeft, lowerLeft, upperRight, lowerRight})
+        QVERIFY(!hasMarks(bare, part));
+    const QImage full = videoPicture(pixels, 1024, {"Video line", "TX240@RS232", "2026-01-02T03:04:05", true});
+    for (const QRect &part : {upperLeft, lowerLeft, upperRight, lowerRight})
+        QVERIFY(hasMarks(full, part));
+    const QImage real = videoPicture(pixels, 1024, {"Video line", "TX240@RS232", "2026-01-02T03:04:05", false});
+    QVERIFY(!hasMarks(real, upperRight)); // the mark of simulation
+    for (int i = 0; i <= 8; ++i) {
+        QVERIFY(hasMarks(bare, QRect(0, area.bottom() - area.height() * i / 8 - 6, area.left() - 2, 12)));
+        QVERIFY(hasMarks(bare, QRect(area.left() + area.width() * i / 8 - 14, area.bottom() + 5, 28, 16)));
+    }
+}
+
+void TestVideoPlot::csvHasALineForEachPixel()
+{
+    QCOMPARE(
+        videoCsv({7, 0, 65535}, {"Raw", "TX240@RS232", "2026-01-02T03:04:05", true}),
+        QByteArray("# Raw\n# TX240@RS232\n# 2026-01-02T03:04:05\n# simulated\npixel,value\n0,7\n1,0\n2,65535\n"));
+    QCOMPARE(videoCsv({1}, {"Raw", "TX240@RS232", "now", false}),
+             QByteArray("# Raw\n# TX240@RS232\n# now\npixel,value\n0,1\n"));
 }
 
 void TestVideoPlot::textShowsThePeakInItsColumn()
@@ -112,5 +154,5 @@ void TestVideoPlot::textIsNoWiderThanThePixels()
     QCOMPARE(lines, (QStringList{"3 |   #", "  |  ##", "  | ###", "0 +----", "   0  3"}));
 }
 
-QTEST_GUILESS_MAIN(TestVideoPlot)
+QTEST_MAIN(TestVideoPlot)
 #include "tst_videoplot.moc"
