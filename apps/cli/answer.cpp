@@ -81,8 +81,7 @@ void print(Console &console, const Parameters &parameters, int indent)
     TextTable table({});
     for (auto it = parameters.cbegin(); it != parameters.cend(); ++it)
         table.addRow({it.key(), textOf(it.value())});
-    for (const QString &line : table.lines(indent))
-        console.print(line);
+    table.print(console, indent);
 }
 
 void printJson(Console &console, const SensorAddress &address, QJsonObject object)

@@ -11,6 +11,8 @@ namespace CLI {
 class App;
 }
 
+class Subcommands;
+
 /// A subcommand. Its constructor adds its options to the parser; run() uses the parsed values.
 class Command
 {
@@ -21,6 +23,8 @@ public:
     Command &operator=(const Command &) = delete;
 
     virtual ExitCode run(Console &console, InterruptWatcher &interrupt) = 0;
+    /// The subcommands that it has itself; null if it has none.
+    virtual const Subcommands *subcommands() const { return nullptr; }
 };
 
 /// \name The subcommands
@@ -40,4 +44,5 @@ std::unique_ptr<Command> makeTriggerCommand(CLI::App &app, CLI::App *&subcommand
 std::unique_ptr<Command> makeSyncCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeVideoCommand(CLI::App &app, CLI::App *&subcommand);
 std::unique_ptr<Command> makeTunnelCommand(CLI::App &app, CLI::App *&subcommand);
+std::unique_ptr<Command> makeBenchCommand(CLI::App &app, CLI::App *&subcommand);
 /// \}

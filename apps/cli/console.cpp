@@ -20,6 +20,9 @@
 
 namespace {
 
+std::FILE *outStream = stdout;
+std::FILE *errStream = stderr;
+
 #ifdef Q_OS_WIN
 
 HANDLE handleOf(FILE *stream)
@@ -139,6 +142,8 @@ void prepareStreams()
     // When the reader has closed the pipe, the write must fail and not end the process, which still has to close the
     // sensor.
     std::signal(SIGPIPE, SIG_IGN);
+    // The same beyond the limit on the size of files. Programs that are started do not inherit a handler.
+    std::signal(SIGXFSZ, [](int) {});
 }
 
 void restoreConsole() {}
@@ -160,11 +165,17 @@ QString withStyle(const QString &text, Console::Style style)
 
 } // namespace
 
+void Console::useStreams(std::FILE *out, std::FILE *err)
+{
+    outStream = out;
+    errStream = err;
+}
+
 Console::Console()
 {
     prepareStreams();
-    m_stdoutIsTerminal = isTerminal(stdout);
-    m_stderrIsTerminal = isTerminal(stderr) && qgetenv("TERM") != "dumb";
+    m_stdoutIsTerminal = isTerminal(outStream);
+    m_stderrIsTerminal = isTerminal(errStream) && qgetenv("TERM") != "dumb";
     const bool colours = qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
     m_stdoutColours = colours && m_stdoutIsTerminal;
     m_stderrColours = colours && m_stderrIsTerminal;
@@ -176,14 +187,14 @@ bool Console::write(const QByteArray &data)
         return false;
     // stdout may reach the same terminal as stderr, also through a pipe.
     status(QString());
-    if (!put(data, stdout))
+    if (!put(data, outStream))
         failOutput();
     return m_outputProblem.isEmpty();
 }
 
 bool Console::flush()
 {
-    if (m_outputProblem.isEmpty() && std::fflush(stdout) != 0)
+    if (m_outputProblem.isEmpty() && std::fflush(outStream) != 0)
         failOutput();
     return m_outputProblem.isEmpty();
 }
@@ -221,7 +232,7 @@ void Console::status(const QString &line)
 int Console::statusWidth() const
 {
     constexpr int usualWidth = 80;
-    const int reported = terminalWidth(stderr);
+    const int reported = terminalWidth(errStream);
     // Some terminals wrap as soon as the last column is written.
     return std::max(1, (reported > 0 ? reported : usualWidth) - 1);
 }
@@ -233,8 +244,8 @@ QString Console::styled(const QString &text, Style style) const
 
 void Console::toStderr(const QByteArray &data)
 {
-    put(data, stderr);
-    std::fflush(stderr);
+    put(data, errStream);
+    std::fflush(errStream);
 }
 
 void Console::restore()

@@ -4,6 +4,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstdio>
+
 /// The output streams of the tool: data go to stdout, everything else goes to stderr, both in UTF-8.
 class Console
 {
@@ -11,6 +13,9 @@ public:
     enum Style { Plain, Bold, Red };
 
     Console();
+
+    /// The streams of all consoles, instead of stdout and stderr. For tests; a stream must be open until the next call.
+    static void useStreams(std::FILE *out, std::FILE *err);
 
     bool stdoutIsTerminal() const { return m_stdoutIsTerminal; }
     bool stderrIsTerminal() const { return m_stderrIsTerminal; }

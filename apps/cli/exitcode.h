@@ -13,6 +13,7 @@ enum class ExitCode {
     TimedOut = 5,
     Refused = 6,
     DataLost = 7,
+    NotMet = 8,
     Interrupted = 130,
 };
 

@@ -44,7 +44,10 @@ public:
     {
         Description description;
         description.address = m_sensor.resolve(console, interrupt);
-        const auto instance = openSensor(description.address);
+        QString warning;
+        const auto instance = openSensor(description.address, &warning);
+        if (!warning.isEmpty())
+            console.note(QStringLiteral("not all of it could be read: %1").arg(warning));
         describe(*instance, description);
         instance->close();
         if (m_json)
@@ -121,8 +124,7 @@ private:
                           range(info.scaledRangeMin, info.scaledRangeMax, info.scaledUnit), info.rawName,
                           range(info.rawRangeMin, info.rawRangeMax, info.rawUnit),
                           info.majorSignal ? QStringLiteral("main value") : QString()});
-        for (const QString &line : table.lines(2))
-            console.print(line);
+        table.print(console, 2);
     }
 
     SensorOptions m_sensor;

@@ -120,6 +120,9 @@ InterruptWatcher::InterruptWatcher(QObject *parent)
     });
     setHandler(SIGINT, SA_RESETHAND);
     setHandler(SIGTERM, SA_RESETHAND);
+    // A shell starts programs in the background with it ignored.
+    if (!isIgnored(SIGQUIT))
+        setHandler(SIGQUIT, SA_RESETHAND);
     // A terminal that is closed sends it more than once: its shell and the system do. nohup ignores it.
     if (!isIgnored(SIGHUP))
         setHandler(SIGHUP, 0);
@@ -129,6 +132,8 @@ InterruptWatcher::~InterruptWatcher()
 {
     std::signal(SIGINT, SIG_DFL);
     std::signal(SIGTERM, SIG_DFL);
+    if (!isIgnored(SIGQUIT))
+        std::signal(SIGQUIT, SIG_DFL);
     // The program ends now: a late one must not change its exit code.
     std::signal(SIGHUP, SIG_IGN);
     ::close(wakeUp[0]);

@@ -3,10 +3,10 @@
 
 #include <QObject>
 
-/// Emits a Qt signal for the first Ctrl-C or SIGTERM, and when the terminal is closed (SIGHUP, unless it is ignored as
-/// under nohup) or the user logs off.
+/// Emits a Qt signal for the first Ctrl-C, SIGTERM or SIGQUIT, and when the terminal is closed (SIGHUP, unless it is
+/// ignored as under nohup) or the user logs off.
 ///
-/// A second Ctrl-C or SIGTERM ends the process at once, so that a sensor that never answers cannot block it. Threads: one
+/// A second Ctrl-C, SIGTERM or SIGQUIT ends the process at once, so that a sensor that never answers cannot block it. Threads: one
 /// object per process, on the main thread.
 class InterruptWatcher : public QObject
 {

@@ -111,8 +111,7 @@ private:
         for (const auto &[name, number] : modes)
             table.addRow(
                 {QString::number(number), name, current == number ? QStringLiteral("current") : QString()});
-        for (const QString &line : table.lines())
-            console.print(line);
+        table.print(console);
     }
 
     SensorOptions m_sensor;

@@ -66,10 +66,7 @@ private:
             table.addRow({sensorName(type, true), QString::number(type), sensorName(type),
                           groups.join(QStringLiteral(", "))});
         }
-        QStringList lines = table.lines();
-        console.print(console.styled(lines.takeFirst(), Console::Bold));
-        for (const QString &line : qAsConst(lines))
-            console.print(line);
+        table.print(console);
     }
 
     std::string m_group;

@@ -139,16 +139,10 @@ ReadSource::~ReadSource()
         (void)instance.release();
 }
 
-QString ReadSource::serialNumber() const
-{
-    return instance->getInfoParameter(QStringLiteral("SA_SerialNumber"), 1).toString();
-}
-
 QString ReadSource::name() const
 {
-    const QString serial = serialNumber();
     const QString model = sensorName(address.type, true);
-    return serial.isEmpty() ? model : QStringLiteral("%1 %2").arg(model, serial);
+    return serialNumber.isEmpty() ? model : QStringLiteral("%1 %2").arg(model, serialNumber);
 }
 
 RecordHead ReadSource::head() const
@@ -174,6 +168,7 @@ ReadSource &ReadSession::open(const SensorAddress &address)
     source->address = address;
     source->instance = openSensor(address);
     SensorInstance &instance = *source->instance;
+    source->serialNumber = instance.getInfoParameter(QStringLiteral("SA_SerialNumber"), 1).toString();
     source->frame = describedFrame(instance);
     double kiloHertz = 0.0;
     QString text;
@@ -266,6 +261,9 @@ ExitCode ReadSession::conclude()
         const ExitCode one = concludeOne(*source);
         if (code == ExitCode::Done || code == ExitCode::Interrupted)
             code = one != ExitCode::Done ? one : code;
+        if (source->run->isHanging())
+            m_problems +=
+                label(*source) + QStringLiteral("the last call in the sensor-access library does not return");
         if (const QString sentence = source->run->losses().sentence(); !sentence.isEmpty())
             losses += label(*source) + sentence;
     }

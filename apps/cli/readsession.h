@@ -61,7 +61,8 @@ struct ReadSource
 
     ~ReadSource();
 
-    QString serialNumber() const;
+    QString serialNumber; ///< stored because the thread of the reader writes the information of the instance
+
     /// The model and serial number, for messages.
     QString name() const;
     SondixApp::RecordHead head() const;

@@ -131,8 +131,7 @@ private:
     {
         if (!isOneOfMany)
             return file;
-        QString part =
-            source.serialNumber().isEmpty() ? sensorName(source.address.type, true) : source.serialNumber();
+        QString part = source.serialNumber.isEmpty() ? sensorName(source.address.type, true) : source.serialNumber;
         part.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9_.]")), QStringLiteral("_"));
         QString name = withPart(file, part);
         for (int number = 2; used.contains(name); ++number)

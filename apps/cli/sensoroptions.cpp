@@ -206,7 +206,13 @@ std::unique_ptr<SensorInstance> openSensor(const SensorAddress &address, QString
         throw Failure{ExitCode::Failed, creationProblem(*instance)};
     LibraryLog::attach(*instance);
     QString text;
+    QString failure; // open() returns the text of its last query alone, and success clears it
+    const auto connection = QObject::connect(
+        instance.get(), &SensorInstance::errorMessage, [&failure](ErrorCode code, const QString &reason) {
+            failure = reason.isEmpty() ? QStringLiteral("error %1").arg(code) : reason;
+        });
     const ErrorCode code = openInstance(*instance, address.parameters, &text);
+    QObject::disconnect(connection);
     if (InterruptWatcher::isInterrupted())
         throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted while the sensor was opened")};
     if (code != NoError)
@@ -218,6 +224,6 @@ std::unique_ptr<SensorInstance> openSensor(const SensorAddress &address, QString
                               .arg(address.toString(), actual.toString())
                               .toUtf8());
     if (warning)
-        *warning = text;
+        *warning = failure;
     return instance;
 }

@@ -14,7 +14,7 @@ QString trimmedRight(QString line)
 
 } // namespace
 
-QStringList TextTable::lines(int indent) const
+void TextTable::print(Console &console, int indent) const
 {
     QVector<QStringList> all = m_rows;
     if (!m_header.isEmpty())
@@ -25,12 +25,12 @@ QStringList TextTable::lines(int indent) const
         for (int i = 0; i < row.size(); ++i)
             widths[i] = std::max(widths[i], row[i].size());
     }
-    QStringList result;
+    bool isHeader = !m_header.isEmpty();
     for (const QStringList &row : qAsConst(all)) {
         QString line(indent, QLatin1Char(' '));
         for (int i = 0; i < row.size(); ++i)
             line += row[i].leftJustified(widths[i] + 2);
-        result += trimmedRight(line);
+        console.print(console.styled(trimmedRight(line), isHeader ? Console::Bold : Console::Plain));
+        isHeader = false;
     }
-    return result;
 }

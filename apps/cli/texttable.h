@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "console.h"
+
 #include <QStringList>
 #include <QVector>
 
@@ -14,8 +16,8 @@ public:
     }
 
     void addRow(const QStringList &cells) { m_rows.append(cells); }
-    /// The header, if there is one, and the rows, each indented by \a indent spaces.
-    QStringList lines(int indent = 0) const;
+    /// Prints the header, if there is one, in bold, and the rows, each indented by \a indent spaces.
+    void print(Console &console, int indent = 0) const;
 
 private:
     QStringList m_header;

@@ -6,6 +6,7 @@
 #include "validators.h"
 
 #include "shared/outputfile.h"
+#include "shared/simulatedbench.h"
 #include "shared/videoplot.h"
 
 #include <SondixQt/namelookup.h>
@@ -13,6 +14,7 @@
 #include <CLI/CLI.hpp>
 
 #include <QBuffer>
+#include <QDateTime>
 #include <QJsonArray>
 
 #include <optional>
@@ -63,8 +65,10 @@ public:
             ->check(Validators::notEmpty());
         app.add_flag("--video-mode", m_videoMode,
                      "Switch the sensor to a mode in which it sends video; changes the sensor");
-        app.add_option("--line", m_target,
-                       "Fetch one line of a signal that is on and draw it into this PNG file, or as text with -")
+        app.add_option(
+               "--line", m_target,
+               "Fetch one line of a signal that is on: drawn into this PNG file, as numbers in this CSV file, or "
+               "as text with -")
             ->check(Validators::notEmpty());
         app.add_option(
                "--signal", m_signal,
@@ -89,7 +93,7 @@ public:
             line = work(*instance, state);
         instance->close();
         if (line && m_target != "-")
-            savePicture(*line);
+            saveLine(*line, address);
         if (m_json)
             printJson(console, address, state, line);
         else if (line)
@@ -100,6 +104,10 @@ public:
     }
 
 private:
+    bool isFile(const char *ending) const
+    {
+        return QString::fromStdString(m_target).endsWith(QLatin1String(ending), Qt::CaseInsensitive);
+    }
     bool isWorkToDo() const { return m_videoMode || !m_on.empty() || !m_target.empty(); }
 
     void checkUse() const
@@ -107,11 +115,10 @@ private:
         if (m_target.empty() && !m_signal.empty())
             throw Failure{ExitCode::Usage, QStringLiteral("--signal goes with --line")};
         const QString target = QString::fromStdString(m_target);
-        if (!target.isEmpty() && target != QLatin1String("-") &&
-            !target.endsWith(QLatin1String(".png"), Qt::CaseInsensitive))
-            throw Failure{
-                ExitCode::Usage,
-                QStringLiteral("--line takes a file whose name ends with .png, or -, not '%1'").arg(target)};
+        if (!target.isEmpty() && target != QLatin1String("-") && !isFile(".png") && !isFile(".csv"))
+            throw Failure{ExitCode::Usage,
+                          QStringLiteral("--line takes a file whose name ends with .png or .csv, or -, not '%1'")
+                              .arg(target)};
     }
 
     static VideoState readState(SensorInstance &instance)
@@ -211,14 +218,22 @@ private:
         return {position, state.available.value(position), state.resolution, *pixels};
     }
 
-    void savePicture(const VideoLine &line) const
+    static QByteArray pictureOf(const VideoLine &line, const VideoTexts &texts)
     {
         QByteArray data;
         QBuffer buffer(&data);
-        const bool drawn =
-            buffer.open(QIODevice::WriteOnly) && videoPicture(line.pixels, line.resolution).save(&buffer, "PNG");
+        const bool drawn = buffer.open(QIODevice::WriteOnly) &&
+                           videoPicture(line.pixels, line.resolution, texts).save(&buffer, "PNG");
         if (!drawn)
             throw failed(QStringLiteral("cannot encode the picture"));
+        return data;
+    }
+
+    void saveLine(const VideoLine &line, const SensorAddress &address) const
+    {
+        const VideoTexts texts{QStringLiteral("Video line of %1").arg(line.name), address.toString(),
+                               QDateTime::currentDateTime().toString(Qt::ISODate), isSimulated()};
+        const QByteArray data = isFile(".csv") ? videoCsv(line.pixels, texts) : pictureOf(line, texts);
         OutputFile file(QString::fromStdString(m_target));
         const bool written = file.open() && file.write(data);
         if (written && file.commit())
@@ -272,10 +287,7 @@ private:
         for (auto it = state.available.cbegin(); it != state.available.cend(); ++it)
             table.addRow({QString::number(it.key()), it.value(),
                           state.enabled.contains(it.key()) ? QStringLiteral("on") : QStringLiteral("off")});
-        QStringList lines = table.lines();
-        console.print(console.styled(lines.takeFirst(), Console::Bold));
-        for (const QString &line : qAsConst(lines))
-            console.print(line);
+        table.print(console);
         console.note(QStringLiteral("lines of %1 pixels with %2 steps; video mode %3%4")
                          .arg(state.pixels)
                          .arg(state.resolution)

@@ -5,12 +5,13 @@
 
 namespace Benches {
 
-/// A bench with \a sensors, the elements of a JSON array. \a search sets the duration of a search; default: very short.
+/// A bench with \a sensors, the elements of a JSON array, on lines that carry everything at once. \a search sets the duration of a search; default: very short.
 inline QByteArray of(const QByteArray &sensors, const QByteArray &search = QByteArray())
 {
     const QByteArray quick = R"("TCP/IP": 0.01, "WinUSB": 0.01, "RS232": 0.01, "XA100_USB": 0.01, "XA100": 0.01,
                                "XA200": 0.01, "XA200_ETH": 0.01)";
-    return R"({ "search": {)" + (search.isEmpty() ? quick : search) + R"(}, "sensors": [)" + sensors + "] }";
+    return R"({ "lineSpeed": false, "search": {)" + (search.isEmpty() ? quick : search) + R"(}, "sensors": [)" +
+           sensors + "] }";
 }
 
 /// A laser sensor on COM3 that sends \a rate frames of one value per second; \a more contains further JSON members.

@@ -47,6 +47,7 @@ private Q_SLOTS:
     void triggerAndSyncReportAndSwitchOff_data();
     void triggerAndSyncReportAndSwitchOff();
     void reportsWhenTheStateIsNotKnown();
+    void aQueryThatSucceedsLaterHidesNoFailure();
     void endsWithCode6WhenTheSensorRefuses_data();
     void endsWithCode6WhenTheSensorRefuses();
     void endsWithCode4WhenTheSensorIsNotThere_data();
@@ -298,6 +299,16 @@ void TestToolConfigure::reportsWhenTheStateIsNotKnown()
     QCOMPARE(state.out, QByteArray());
     QCOMPARE(state.err, QByteArray("sondixqt: the sensor does not report its state: it is tired\n"));
     QCOMPARE(runner.run(with(Benches::laserAddress, "trigger off")).code, 0);
+}
+
+void TestToolConfigure::aQueryThatSucceedsLaterHidesNoFailure()
+{
+    QByteArray sensor = triggeredLaser;
+    sensor.insert(sensor.lastIndexOf('}'), ", " + refusing("Get_TriggerMode"));
+    const ToolResult state = ToolRunner(Benches::of(sensor)).run(with(ethernetLaser, "trigger"));
+    QCOMPARE(state.code, 6);
+    QCOMPARE(state.out, QByteArray());
+    QCOMPARE(state.err, QByteArray("sondixqt: the sensor does not report its state: it is tired\n"));
 }
 
 void TestToolConfigure::endsWithCode6WhenTheSensorRefuses_data()

@@ -108,7 +108,7 @@ void TestToolConsole::theSecondInterruptRestoresTheConsole()
     const ToolRunner runner(slowBench(R"(, "faults": [ { "function": "CloseSensor", "delay": 3600 } ])"));
     ConsoleProcess process;
     process.start(runner, words("read TX270@RS232,port=COM3"));
-    QTRY_VERIFY_WITH_TIMEOUT(process.screen().text.contains(heading), 20000);
+    QTRY_VERIFY(process.screen().text.contains(heading));
     QCOMPARE(process.screen().codePage, UINT(CP_UTF8));
     QVERIFY(process.hasCodePageOnceInterrupted(GetOEMCP()));
 }

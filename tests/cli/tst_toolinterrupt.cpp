@@ -64,9 +64,10 @@ private Q_SLOTS:
     void nohupKeepsItRunning();
     void endsAReadToStdoutWithAWholeLine();
     void theSecondOneEndsACallThatDoesNotReturn();
+    void theSecondOneLeavesWhatIsWritten();
 
 private:
-    enum Way { CtrlC, Terminate, HangUp };
+    enum Way { CtrlC, Terminate, HangUp, Quit };
     /// Ctrl-C, and on Unix the signals that ask a process to end.
     static void addWays(const char *line = "")
     {
@@ -79,6 +80,7 @@ private:
 #ifdef Q_OS_UNIX
         add("SIGTERM", Terminate);
         add("SIGHUP, twice", HangUp);
+        add("SIGQUIT", Quit);
 #endif
     }
     static void end(InterruptibleProcess &process, int way)
@@ -91,6 +93,8 @@ private:
         QVERIFY(process.processId() > 0);
         for (int i = 0; way == HangUp && i < 2; ++i)
             QCOMPARE(::kill(static_cast<pid_t>(process.processId()), SIGHUP), 0);
+        if (way == Quit)
+            QCOMPARE(::kill(static_cast<pid_t>(process.processId()), SIGQUIT), 0);
 #endif
     }
 };
@@ -111,7 +115,7 @@ void TestToolInterrupt::endsASearch()
     runner.start(process, QStringList{"--verbose"} + line.split(QLatin1Char(' ')));
     process.setReadChannel(QProcess::StandardError);
     QByteArray log;
-    QTRY_VERIFY_WITH_TIMEOUT((log += process.readAllStandardError()).contains("searching: "), 10000);
+    QTRY_VERIFY((log += process.readAllStandardError()).contains("searching: "));
     end(process, way);
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 130);
@@ -127,7 +131,7 @@ void TestToolInterrupt::hangUpsDuringItsEndChangeNothing()
         runner.start(process, {"--verbose", "find", "--type", "TX270"});
         process.setReadChannel(QProcess::StandardError);
         QByteArray log;
-        QTRY_VERIFY_WITH_TIMEOUT((log += process.readAllStandardError()).contains("searching: "), 10000);
+        QTRY_VERIFY((log += process.readAllStandardError()).contains("searching: "));
         QElapsedTimer timer;
         timer.start();
         while (!process.waitForFinished(1) && timer.elapsed() < 60000)
@@ -149,7 +153,7 @@ void TestToolInterrupt::leavesAWholeFile()
     ToolRunner runner(Benches::of(Benches::laser(10000)));
     ReadingProcess process(runner);
     runner.start(process, words("read TX270@RS232,port=COM3 --csv values.csv"));
-    QTRY_VERIFY_WITH_TIMEOUT(process.hasRead(), 10000);
+    QTRY_VERIFY(process.hasRead());
     QVERIFY(!QFile::exists(runner.path("values.csv")));
     end(process, way);
     const ToolResult result = ToolRunner::finish(process);
@@ -169,7 +173,7 @@ void TestToolInterrupt::aKilledReadLeavesWhatItHasWritten()
     const ToolRunner runner(Benches::of(Benches::laser(10000)));
     QProcess process;
     runner.start(process, words("read TX270@RS232,port=COM3 --csv values.csv"));
-    QTRY_VERIFY_WITH_TIMEOUT(linesOf(runner.contentOf("values.csv.partial")).size() > 10000, 10000);
+    QTRY_VERIFY(linesOf(runner.contentOf("values.csv.partial")).size() > 10000);
     const QByteArray before = runner.contentOf("values.csv.partial");
     process.kill();
     QVERIFY(process.waitForFinished(10000));
@@ -189,7 +193,7 @@ void TestToolInterrupt::nohupKeepsItRunning()
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
     ProcessUnderNohup process;
     runner.start(process, words("read TX270@RS232,port=COM3 -n 1000 --csv values.csv"));
-    QTRY_VERIFY_WITH_TIMEOUT(runner.contentOf("values.csv.partial").size() > 1000, 10000);
+    QTRY_VERIFY(runner.contentOf("values.csv.partial").size() > 1000);
     QCOMPARE(::kill(static_cast<pid_t>(process.processId()), SIGHUP), 0);
     const ToolResult result = ToolRunner::finish(process);
     QVERIFY2(result.code == 0, result.err.constData());
@@ -204,7 +208,7 @@ void TestToolInterrupt::endsAReadToStdoutWithAWholeLine()
     const ToolRunner runner(Benches::of(Benches::laser(1000)));
     InterruptibleProcess process;
     runner.start(process, words("read TX270@RS232,port=COM3 --json"));
-    QTRY_VERIFY_WITH_TIMEOUT(process.bytesAvailable() > 1000, 10000);
+    QTRY_VERIFY(process.bytesAvailable() > 1000);
     process.interrupt();
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 130);
@@ -224,13 +228,40 @@ void TestToolInterrupt::theSecondOneEndsACallThatDoesNotReturn()
     runner.start(process, words("--verbose read MULTI_SENSOR@RS232,port=COM9 --csv values.csv"));
     process.setReadChannel(QProcess::StandardError);
     QByteArray log;
-    QTRY_VERIFY_WITH_TIMEOUT((log += process.readAllStandardError()).contains("here"), 10000);
+    QTRY_VERIFY((log += process.readAllStandardError()).contains("here"));
     process.interrupt();
     QVERIFY(!process.waitForFinished(500));
     process.interrupt();
     QVERIFY(process.waitForFinished(10000));
     QCOMPARE(process.exitStatus(), QProcess::CrashExit);
     QVERIFY(!QFile::exists(runner.path("values.csv")));
+}
+
+void TestToolInterrupt::theSecondOneLeavesWhatIsWritten()
+{
+    const ToolRunner runner(Benches::of(
+        Benches::laser(10000, R"("faults": [ { "function": "TransferDataTS", "at": 1, "delay": 3600 } ])")));
+    InterruptibleProcess process;
+    runner.start(process, words("read TX270@RS232,port=COM3 --csv values.csv"));
+    // The sensor measures continuously: if the file no longer grows, the call hangs.
+    QByteArray before;
+    QElapsedTimer sinceGrowth;
+    const auto isHanging = [&] {
+        const QByteArray now = runner.contentOf("values.csv.partial");
+        if (now.size() > before.size() || !sinceGrowth.isValid())
+            sinceGrowth.start();
+        before = now;
+        return before.count('\n') > 1 && sinceGrowth.elapsed() > 700;
+    };
+    QTRY_VERIFY(isHanging());
+    process.interrupt();
+    QVERIFY(!process.waitForFinished(500));
+    process.interrupt();
+    QVERIFY(process.waitForFinished(10000));
+    QCOMPARE(process.exitStatus(), QProcess::CrashExit);
+    QVERIFY(!QFile::exists(runner.path("values.csv")));
+    QCOMPARE(runner.contentOf("values.csv.partial"), before);
+    QVERIFY(before.endsWith('\n'));
 }
 
 QTEST_GUILESS_MAIN(TestToolInterrupt)

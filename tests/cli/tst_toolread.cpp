@@ -17,7 +17,7 @@ QByteArray laserWithErrors(const QByteArray &errors, const QByteArray &texts)
     return R"({ "model": "TX270", "serialNumber": "1001", "place": { "interface": "RS232", "port": "COM3" },
         "rate": 1000, "errorTexts": )" +
            texts + R"(,
-        "signals": [ { "name": "Distance", "generator": { "kind": "constant", "value": 12.5 }, "errors": )" +
+        "signals": [ { "name": "Distance", "generator": { "kind": "constant", "value": 7.5 }, "errors": )" +
            errors + " } ] }";
 }
 
@@ -271,10 +271,16 @@ void TestToolRead::endsWithCode6WhenTheSensorVanishes()
     QVERIFY2(result.err.contains("sondixqt: reading failed: the cable was pulled; what was read before, "),
              result.err.constData());
     QVERIFY(!QFile::exists(runner.path("values.csv")));
+    // What the sensor has measured after the last transfer is missing behind the last frame.
     const QList<QByteArray> kept = linesOf(runner.contentOf("values.csv.partial"));
-    QVERIFY(kept.size() > 1);
-    QVERIFY2(result.err.contains(" " + QByteArray::number(kept.size() - 1) + " frames, is in '"),
+    const auto isGap = [](const QByteArray &line) { return line.startsWith('#'); };
+    QVERIFY(kept.size() > 2);
+    QCOMPARE(std::count_if(kept.begin(), kept.end(), isGap), 1);
+    QVERIFY2(kept.last().startsWith("# gap: an unknown number of frames "), kept.last().constData());
+    QVERIFY2(result.err.contains(" " + QByteArray::number(kept.size() - 2) + " frames, is in '"),
              result.err.constData());
+    QCOMPARE(linesOf(result.err).last(), QByteArray("sondixqt: an unknown number of frames was lost in 1 gap, "
+                                                    "while the sensor was disconnected"));
 }
 
 void TestToolRead::endsWithCode5WhenNothingComes()
@@ -346,7 +352,7 @@ void TestToolRead::reportsAFullDiskUnderAFile()
             constexpr rlim_t limit = 20000;
             const rlimit size{limit, limit};
             setrlimit(RLIMIT_FSIZE, &size);
-            std::signal(SIGXFSZ, SIG_IGN);
+            std::signal(SIGXFSZ, SIG_DFL); // which would end the program
         }
     };
     const ToolRunner runner(Benches::of(Benches::laser(50000)));

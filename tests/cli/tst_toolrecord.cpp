@@ -328,6 +328,7 @@ void TestToolRecord::tellsLossesWhenItIsEnded_data()
     QTest::newRow("SIGINT") << SIGINT;
     QTest::newRow("SIGTERM") << SIGTERM;
     QTest::newRow("SIGHUP") << SIGHUP;
+    QTest::newRow("SIGQUIT") << SIGQUIT;
 #else
     QTest::newRow("Ctrl-C") << 0;
 #endif
@@ -339,7 +340,7 @@ void TestToolRecord::tellsLossesWhenItIsEnded()
     const ToolRunner runner(Benches::of(Benches::laser(10000, R"("ring": 100)")));
     InterruptibleProcess process;
     runner.start(process, recording(""));
-    QTRY_VERIFY_WITH_TIMEOUT(runner.contentOf("values.csv.partial").contains("# gap: "), 10000);
+    QTRY_VERIFY(runner.contentOf("values.csv.partial").contains("# gap: "));
 #ifdef Q_OS_UNIX
     QVERIFY(process.processId() > 0);
     QCOMPARE(::kill(static_cast<pid_t>(process.processId()), signalNumber), 0);
@@ -375,15 +376,22 @@ void TestToolRecord::tellsLossesWhenTheSensorFallsSilent()
 
 void TestToolRecord::tellsLossesWhenTheSensorFails()
 {
-    const ToolRunner runner(Benches::of(Benches::laser(10000, R"("ring": 100, )" + Benches::breakingAfter(10))));
+    const ToolRunner runner(Benches::of(Benches::laser(10000, R"("ring": 100, )" + Benches::breakingAfter(300))));
     const ToolResult result = runner.run(recording(""));
     QCOMPARE(result.code, 6);
-    const QByteArray text = runner.contentOf("values.csv.partial");
+    // What the sensor has measured after the last transfer is not known: the last gap.
+    QByteArray text = runner.contentOf("values.csv.partial");
+    const int last = text.lastIndexOf("# gap: ");
+    QVERIFY2(text.mid(last).startsWith("# gap: an unknown number of frames "), text.mid(last).constData());
+    QCOMPARE(linesOf(text.mid(last)).size(), 1);
+    text.truncate(last);
     QVERIFY(missing(text) > 0);
     QVERIFY2(result.err.contains("\nsondixqt: reading failed: the cable was pulled; what was read before, "),
              result.err.constData());
-    QCOMPARE(linesOf(result.err).last(), "sondixqt: " + QByteArray::number(missing(text)) +
-                                             " frames were lost because they were not read in time");
+    QCOMPARE(linesOf(result.err).last(),
+             "sondixqt: " + QByteArray::number(missing(text)) +
+                 " frames were lost because they were not read in time; an unknown "
+                 "number of frames was lost in 1 gap, while the sensor was disconnected");
 }
 
 void TestToolRecord::aStoppedProgramTellsWhatItMissed()
@@ -393,13 +401,13 @@ void TestToolRecord::aStoppedProgramTellsWhatItMissed()
     const ToolRunner runner(Benches::of(Benches::laser(10000, R"("ring": )" + QByteArray::number(ring))));
     InterruptibleProcess process;
     runner.start(process, recording("--silence 0.5"));
-    QTRY_VERIFY_WITH_TIMEOUT(frames(runner.contentOf("values.csv.partial")).size() > 1000, 10000);
+    QTRY_VERIFY(frames(runner.contentOf("values.csv.partial")).size() > 1000);
     const auto pid = static_cast<pid_t>(process.processId());
     QVERIFY(pid > 0);
     QCOMPARE(::kill(pid, SIGSTOP), 0);
     QTest::qWait(1000); // what is measured meanwhile is what the test is about
     QCOMPARE(::kill(pid, SIGCONT), 0);
-    QTRY_VERIFY_WITH_TIMEOUT(runner.contentOf("values.csv.partial").contains("# gap: "), 10000);
+    QTRY_VERIFY(runner.contentOf("values.csv.partial").contains("# gap: "));
     process.interrupt();
     const ToolResult result = ToolRunner::finish(process);
     QCOMPARE(result.code, 130);
@@ -464,7 +472,7 @@ void TestToolRecord::isReadableAfterAKill()
     };
     QProcess process;
     runner.start(process, recording("", file.toLatin1().constData()));
-    QTRY_VERIFY_WITH_TIMEOUT(told() > 1000, 20000);
+    QTRY_VERIFY(told() > 1000);
     const int before = told();
     process.kill();
     QVERIFY(process.waitForFinished(10000));

@@ -12,15 +12,17 @@ QByteArray fault(const char *command, const char *more = R"("text": "it is tired
     return QByteArray(R"({ "command": ")") + command + R"(", "code": -77, )" + more + "}";
 }
 
-/// The two models with tracking, each with \a faults.
-QByteArray trackers(const QByteArray &faults = QByteArray())
+/// The two models with tracking, both or \a only one with \a faults.
+QByteArray trackers(const QByteArray &faults = QByteArray(), const QByteArray &only = QByteArray())
 {
-    const QByteArray more = R"(, "faults": [)" + faults + "] }";
+    const auto more = [&](const QByteArray &address) {
+        return R"(, "faults": [)" + (only.isEmpty() || only == address ? faults : QByteArray()) + "] }";
+    };
     return Benches::of(R"({ "model": "RG52x", "serialNumber": "52",
                             "place": { "interface": "RS232", "port": "COM4" })" +
-                       more + R"(, { "model": "RG53x", "serialNumber": "53",
+                       more(rg52x) + R"(, { "model": "RG53x", "serialNumber": "53",
                             "place": { "interface": "RS232", "port": "COM5" })" +
-                       more);
+                       more(rg53x));
 }
 
 } // namespace
@@ -108,7 +110,8 @@ void TestToolRefusals::aFailingRestartIsNoRefusal()
 {
     QFETCH(QByteArray, address);
     QFETCH(QByteArray, restart);
-    const ToolRunner runner(trackers(fault(restart.constData(), R"("text": "it does not start", "from": 2)")));
+    const ToolRunner runner(
+        trackers(fault(restart.constData(), R"("text": "it does not start", "from": 2)"), address));
     const ToolResult set = runner.run(with(address, "set Set_Autostart SP_AutostartCommand=2"));
     QVERIFY2(set.code == 0, set.err.constData());
     QCOMPARE(linesOf(set.err).size(), 1);

@@ -107,7 +107,7 @@ void TestToolTunnel::printsTheAddressAlone()
 {
     const ToolRunner runner(Benches::of(Benches::laser(100)));
     RunningTunnel tunnel(runner, words(serialLaser));
-    QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
+    QTRY_VERIFY(!tunnel.url().isEmpty());
     QCOMPARE(tunnel.url().scheme(), QStringLiteral("http"));
     QCOMPARE(tunnel.url().host(), QStringLiteral("127.0.0.1"));
     QVERIFY(tunnel.url().port() > 0);
@@ -123,7 +123,7 @@ void TestToolTunnel::printsTheAddressAsJson()
     const ToolRunner runner(Benches::of(Benches::laser(100)));
     RunningTunnel tunnel(runner, words(serialLaser) << "--json");
     QJsonObject object;
-    QTRY_VERIFY_WITH_TIMEOUT(!(object = QJsonDocument::fromJson(tunnel.out()).object()).isEmpty(), 10000);
+    QTRY_VERIFY(!(object = QJsonDocument::fromJson(tunnel.out()).object()).isEmpty());
     QCOMPARE(object.value("model").toString(), QStringLiteral("TX270"));
     QCOMPARE(object.value("address").toString(), QStringLiteral("TX270@RS232,port=COM3"));
     const QUrl url(object.value("url").toString());
@@ -136,7 +136,7 @@ void TestToolTunnel::servesUntilItIsInterrupted()
 {
     const ToolRunner runner(Benches::of(Benches::laser(100)));
     RunningTunnel tunnel(runner, words(serialLaser));
-    QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
+    QTRY_VERIFY(!tunnel.url().isEmpty());
     for (int i = 0; i < 3; ++i)
         QCOMPARE(status(pageFrom(tunnel.url(), "/")), QByteArray("HTTP/1.1 200 OK"));
     tunnel.interrupt();
@@ -163,9 +163,9 @@ void TestToolTunnel::logsEachRequest()
     QFETCH(QByteArray, shown);
     const ToolRunner runner(Benches::of(Benches::laser(100)));
     RunningTunnel tunnel(runner, words(serialLaser));
-    QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
+    QTRY_VERIFY(!tunnel.url().isEmpty());
     QVERIFY(pageFrom(tunnel.url(), path).startsWith("HTTP/1.1 "));
-    QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains('\n' + shown), tunnel.err().constData(), 10000);
+    QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains('\n' + shown), tunnel.err().constData(), longestTestWait);
     const QByteArray line = tunnel.err().mid(tunnel.err().indexOf(shown)).split('\n').first();
     const QRegularExpression rest(" [0-9]{3}, [0-9]+ bytes in [0-9]+ ms$");
     QVERIFY2(rest.match(QString::fromUtf8(line)).hasMatch(), line.constData());
@@ -176,11 +176,11 @@ void TestToolTunnel::logsWhatItRefuses()
 {
     const ToolRunner runner(Benches::of(Benches::laser(100)));
     RunningTunnel tunnel(runner, words(serialLaser));
-    QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
+    QTRY_VERIFY(!tunnel.url().isEmpty());
     const QByteArray answer = post(tunnel.url(), "SETDEFAULT", "Origin: http://page.example\r\n");
     QCOMPARE(status(answer), QByteArray("HTTP/1.1 403 Forbidden"));
     QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("\nrefused: 403 Forbidden\n"), tunnel.err().constData(),
-                              10000);
+                              longestTestWait);
     QVERIFY(!tunnel.err().contains("POST "));
 }
 
@@ -189,12 +189,12 @@ void TestToolTunnel::goesOnAfterAFailureOfTheSensor()
     const ToolRunner runner(Benches::of(Benches::laser(
         100, R"("faults": [ { "command": "Get_HTTP", "times": 1, "code": -77, "text": "it is tired" } ])")));
     RunningTunnel tunnel(runner, words(serialLaser));
-    QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
+    QTRY_VERIFY(!tunnel.url().isEmpty());
     QCOMPARE(status(pageFrom(tunnel.url(), "/")), QByteArray("HTTP/1.1 502 Bad Gateway"));
     QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("\nGET / 502, it is tired in "), tunnel.err().constData(),
-                              10000);
+                              longestTestWait);
     QCOMPARE(status(pageFrom(tunnel.url(), "/")), QByteArray("HTTP/1.1 200 OK"));
-    QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("\nGET / 200, "), tunnel.err().constData(), 10000);
+    QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("\nGET / 200, "), tunnel.err().constData(), longestTestWait);
 }
 
 void TestToolTunnel::saysWhenTheSensorIsLostAndBack()
@@ -204,12 +204,14 @@ void TestToolTunnel::saysWhenTheSensorIsLostAndBack()
         100,
         R"("faults": [ { "function": "OpenSensor", "from": 2, "times": 2, "code": -78, "text": "no answer" } ])")));
     RunningTunnel tunnel(runner, words(serialLaser));
-    QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
+    QTRY_VERIFY(!tunnel.url().isEmpty());
     QCOMPARE(status(post(tunnel.url(), "BAUDRATE 115200")), QByteArray("HTTP/1.1 502 Bad Gateway"));
-    QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("\nthe sensor is lost; "), tunnel.err().constData(), 10000);
+    QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("\nthe sensor is lost; "), tunnel.err().constData(),
+                              longestTestWait);
     QVERIFY(!tunnel.err().contains("the sensor is back"));
     pageFrom(tunnel.url(), "/");
-    QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("\nthe sensor is back\n"), tunnel.err().constData(), 10000);
+    QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("\nthe sensor is back\n"), tunnel.err().constData(),
+                              longestTestWait);
     tunnel.interrupt();
     QCOMPARE(tunnel.finish().code, 130);
 }
@@ -218,7 +220,7 @@ void TestToolTunnel::reportsTheNewAddressWhenTheBaudRateWasChanged()
 {
     const ToolRunner runner(Benches::of(Benches::laser(100)));
     RunningTunnel tunnel(runner, words("tunnel TX270@RS232,port=COM3,baudrate=115200"));
-    QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
+    QTRY_VERIFY(!tunnel.url().isEmpty());
     QCOMPARE(status(post(tunnel.url(), "BAUDRATE 230400")), QByteArray("HTTP/1.1 200 OK"));
     tunnel.interrupt();
     const ToolResult result = tunnel.finish();
@@ -239,8 +241,8 @@ void TestToolTunnel::startsTheBrowser()
     QVERIFY(QFile::setPermissions(browser, QFile::ReadOwner | QFile::ExeOwner));
     runner.setEnvironment("PATH", runner.path(QString()) + ":/usr/bin:/bin");
     RunningTunnel tunnel(runner, words(serialLaser) << "--open");
-    QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
-    QTRY_COMPARE_WITH_TIMEOUT(runner.contentOf("shown"), tunnel.url().toString().toUtf8() + '\n', 10000);
+    QTRY_VERIFY(!tunnel.url().isEmpty());
+    QTRY_COMPARE(runner.contentOf("shown"), tunnel.url().toString().toUtf8() + '\n');
     tunnel.interrupt();
     const ToolResult result = tunnel.finish();
     QCOMPARE(result.code, 130);
@@ -256,7 +258,7 @@ void TestToolTunnel::goesOnWithoutABrowser()
     runner.setEnvironment("PATH", runner.path(QString()));
     RunningTunnel tunnel(runner, words(serialLaser) << "--open");
     QTRY_VERIFY2_WITH_TIMEOUT(tunnel.err().contains("no browser could be started"), tunnel.err().constData(),
-                              10000);
+                              longestTestWait);
     QCOMPARE(status(pageFrom(tunnel.url(), "/")), QByteArray("HTTP/1.1 200 OK"));
 }
 
@@ -298,14 +300,14 @@ void TestToolTunnel::theSecondInterruptEndsACallThatDoesNotReturn()
         Benches::laser(100, R"("faults": [ { "command": "Get_HTTP", "times": 1, "code": -77, "text": "soon" },
                                            { "command": "Get_HTTP", "from": 2, "delay": 3600 } ])")));
     RunningTunnel tunnel(runner, words(serialLaser));
-    QTRY_VERIFY_WITH_TIMEOUT(!tunnel.url().isEmpty(), 10000);
+    QTRY_VERIFY(!tunnel.url().isEmpty());
     // Two requests on one connection: when the first is in the log, the second is being served.
     QTcpSocket socket;
     socket.connectToHost(tunnel.url().host(), static_cast<quint16>(tunnel.url().port()));
     QVERIFY(socket.waitForConnected(5000));
     socket.write("GET /a HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\nGET /b HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
     QVERIFY(socket.waitForBytesWritten(5000));
-    QTRY_VERIFY_WITH_TIMEOUT(tunnel.err().contains("GET /a 502"), 10000);
+    QTRY_VERIFY(tunnel.err().contains("GET /a 502"));
     tunnel.interrupt();
     QVERIFY(!tunnel.process().waitForFinished(500));
     tunnel.interrupt();

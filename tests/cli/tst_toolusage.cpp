@@ -57,6 +57,10 @@ void TestToolUsage::helpGoesToStdout_data()
                            << "--line";
     QTest::newRow("tunnel") << "tunnel --help"
                             << "--open";
+    QTest::newRow("bench") << "bench --help"
+                           << "show";
+    QTest::newRow("bench show") << "bench show --help"
+                                << "--json";
 }
 
 void TestToolUsage::helpGoesToStdout()
@@ -86,6 +90,9 @@ void TestToolUsage::refusesWrongUse_data()
     row("",
         "no command is given; the commands are models, find, info, read, record, params, get, set, exec, mode, "
         "trigger, sync, video");
+    row("bench", "no command is given; the commands are start, list, show, stop");
+    row("bench shw", "there is no command 'shw'; did you mean show?");
+    row("bench show extra", "there is no command 'extra'; the commands are start, list, show, stop");
     row("fnid", "there is no command 'fnid'; did you mean find?");
     row("sing",
         "there is no command 'sing'; the commands are models, find, info, read, record, params, get, set, exec, "
@@ -162,7 +169,7 @@ void TestToolUsage::refusesWrongUse_data()
     row("trigger TX270@RS232,port=COM3 on", "can only be 'off', not 'on'");
     row("sync TX270@RS232,port=COM3 on", "can only be 'off', not 'on'");
     row("trigger TX270@RS232,port=COM3 off off", "off");
-    row("video TX270@RS232,port=COM3 --line picture.jpg", "ends with .png, or -, not 'picture.jpg'");
+    row("video TX270@RS232,port=COM3 --line picture.jpg", "ends with .png or .csv, or -, not 'picture.jpg'");
     row("video TX270@RS232,port=COM3 --signal 0", "--signal goes with --line");
 }
 

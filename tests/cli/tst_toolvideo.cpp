@@ -36,6 +36,7 @@ private Q_SLOTS:
     void switchesASignalOn_data();
     void switchesASignalOn();
     void drawsALineIntoAPicture();
+    void writesALineAsCsv();
     void drawsALineAsText();
     void reportsThePixelsAsJson();
     void drawsTheSignalThatIsAskedFor();
@@ -114,6 +115,27 @@ void TestToolVideo::drawsALineIntoAPicture()
     const QImage picture(runner.path("line.png"), "PNG");
     QVERIFY(!picture.isNull());
     QVERIFY(picture.width() > 512);
+}
+
+void TestToolVideo::writesALineAsCsv()
+{
+    const ToolRunner runner(Benches::of(Benches::controller));
+    const ToolResult result = runner.run(with(Benches::controllerAddress, "video --on 0 --line line.csv"));
+    QVERIFY2(result.code == 0, result.err.constData());
+    QCOMPARE(runner.files(), (QStringList{"bench.json", "line.csv"}));
+    const QList<QByteArray> lines = linesOf(runner.contentOf("line.csv"));
+    QCOMPARE(lines.size(), 5 + 512);
+    QCOMPARE(lines[0], QByteArray("# Video line of OutputVideoRaw_Ch1"));
+    QCOMPARE(lines[1], "# " + QByteArray(Benches::controllerAddress));
+    QCOMPARE(lines[3], QByteArray("# simulated"));
+    QCOMPARE(lines[4], QByteArray("pixel,value"));
+    int highest = 0;
+    for (int i = 0; i < 512; ++i) {
+        const QList<QByteArray> cells = lines[5 + i].split(',');
+        QCOMPARE(cells.value(0).toInt(), i);
+        highest = qMax(highest, cells.value(1).toInt());
+    }
+    QVERIFY(highest > 1000 && highest < 4096);
 }
 
 void TestToolVideo::drawsALineAsText()
