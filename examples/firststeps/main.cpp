@@ -5,25 +5,29 @@
 #include <QDebug>
 #include <QThread>
 
+#include <memory>
+
 using namespace SondixQt;
 
 static void describeAndRead(const SensorInfo &info)
 {
-    SensorInstance sensor(info.sensorType());
+    const std::unique_ptr<SensorInstance> sensor = SensorInstance::create(info.sensorType());
     QString errorText;
-    if (sensor.open(info.getInterfaceParameters(), &errorText) != NoError) {
+    if (sensor->open(info.getInterfaceParameters(), &errorText) != NoError) {
         qWarning() << "cannot open it:" << errorText;
         return;
     }
     TransmittedDataInfo frame;
-    sensor.transmittedDataInfo(frame);
+    if (sensor->transmittedDataInfo(frame, &errorText) != NoError)
+        qWarning() << "cannot tell what it sends:" << errorText;
     for (const SignalInfo &signal : frame.signalList())
         qInfo() << "  sends" << signal.scaledName << "in" << signal.scaledUnit;
 
     QThread::sleep(1); // the sensor goes on measuring meanwhile
     QVector<double> values;
     double timestamp = 0.0;
-    sensor.transferDataScaled(values, timestamp, &errorText);
+    if (sensor->transferDataScaled(values, timestamp, &errorText) != NoError)
+        qWarning() << "cannot read all values:" << errorText;
     qInfo() << "  and sent" << values.size() << "values in a second, the first" << values.value(0);
 }
 
