@@ -6,6 +6,11 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QElapsedTimer>
+#include <QEvent>
+#include <QScreen>
+
+#include <cstdio>
 
 namespace {
 
@@ -14,10 +19,43 @@ struct MainTexts
     Q_DECLARE_TR_FUNCTIONS(Explorer::Main)
 };
 
+/// Ends the program after the first drawing of a window, and prints how long that took.
+class FirstDrawing : public QObject
+{
+public:
+    FirstDrawing(QWidget &window, const QElapsedTimer &sinceStart)
+        : QObject(&window)
+        , m_sinceStart(sinceStart)
+    {
+        window.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            watched->removeEventFilter(this);
+            // When all widgets of the window are drawn.
+            QMetaObject::invokeMethod(
+                this,
+                [this] {
+                    std::printf("drawn after %lld ms\n", static_cast<long long>(m_sinceStart.elapsed()));
+                    QApplication::quit();
+                },
+                Qt::QueuedConnection);
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    const QElapsedTimer m_sinceStart;
+};
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    QElapsedTimer sinceStart;
+    sinceStart.start();
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
@@ -39,7 +77,10 @@ int main(int argc, char *argv[])
         QStringLiteral("file"));
     const QCommandLineOption language(QStringLiteral("lang"), MainTexts::tr("Language, such as de or en."),
                                       QStringLiteral("language"));
-    parser.addOptions({bench, language});
+    // For tests: shows that everything that the program needs is there.
+    QCommandLineOption exitWhenDrawn(QStringLiteral("exit-when-drawn"));
+    exitWhenDrawn.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOptions({bench, language, exitWhenDrawn});
     parser.addPositionalArgument(QStringLiteral("sensor"),
                                  MainTexts::tr("Addresses of sensors and recordings to open."),
                                  QStringLiteral("[sensor or file ...]"));
@@ -49,6 +90,9 @@ int main(int argc, char *argv[])
 
     Explorer::MainWindow window;
     new Explorer::Extensions(window);
+    window.fitTo(QGuiApplication::primaryScreen()->availableSize());
+    if (parser.isSet(exitWhenDrawn))
+        new FirstDrawing(window, sinceStart);
     window.show();
     // After the first drawing.
     const QStringList arguments = parser.positionalArguments();

@@ -5,6 +5,7 @@
 #include "explorer/extras/recordingwidget.h"
 #include "explorer/extras/videoview.h"
 #include "explorer/extras/webtunnel.h"
+#include "explorer/plot/drawnicon.h"
 #include "explorer/window/logpanel.h"
 #include "explorer/window/mainwindow.h"
 #include "explorer/window/sessionview.h"
@@ -14,7 +15,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
-#include <QTabWidget>
 #include <QToolButton>
 
 using namespace SondixQt;
@@ -51,6 +51,8 @@ void Extensions::addToSensorMenu()
     m_video = addAction(tr("&Video line"), Qt::Key_F8, "menuVideoAction");
     m_web = addAction(tr("Web &interface"), Qt::Key_F7, "menuWebAction");
     m_web->setCheckable(true);
+    m_video->setIcon(drawnIcon(Drawing::Video));
+    m_web->setIcon(drawnIcon(Drawing::Web));
     connect(m_record, &QAction::triggered, this, [this] {
         if (const auto recording = current().recording)
             recording->recordAction()->trigger();
@@ -86,6 +88,8 @@ void Extensions::extend(SessionView *view)
     connect(recording, &RecordingWidget::happened, this,
             [this, session](const QString &text, bool isProblem) { log(session->title(), text, isProblem); });
     connect(&recording->control(), &RecordingControl::changed, this, &Extensions::update);
+    view->addEnding([recording] { recording->control().stop(); },
+                    [recording] { return recording->control().isRecording(); });
     m_parts[view].recording = recording;
     if (WebTunnel::isOffered(session->address()))
         addWebTunnel(view);
@@ -124,9 +128,12 @@ void Extensions::addWebTunnel(SessionView *view)
         log(session->title(), happened, isProblem);
     });
     connect(web, &WebTunnel::moved, this, [this, view](const SensorAddress &address) {
+        if (!m_window.views().contains(view))
+            return; // the user has closed the page
         m_window.closePage(view);
         m_window.openSensor(address);
     });
+    view->addEnding([web] { web->close(); }, [web] { return web->state() != WebTunnel::Closed; });
     m_parts[view].web = web;
 }
 
@@ -138,12 +145,10 @@ void Extensions::showVideo()
     Parts &parts = m_parts[view];
     if (!parts.video) {
         parts.video = new VideoView(view->session()->reader());
+        connect(parts.video, &VideoView::settingsChanged, view->parameters(), &ParameterModel::refresh);
         view->addView(tr("Video line"), parts.video);
     }
-    // The view is a page of a tab widget.
-    for (QWidget *page = parts.video; page && page != view; page = page->parentWidget())
-        if (auto *tabs = qobject_cast<QTabWidget *>(page))
-            tabs->setCurrentWidget(parts.video);
+    view->showView(parts.video);
 }
 
 Extensions::Parts Extensions::current() const

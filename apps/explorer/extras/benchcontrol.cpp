@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "benchcontrol.h"
 
+#include "explorer/sensor/threadend.h"
+#include "shared/simulatedbench.h"
+
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QLibrary>
 #include <QStringList>
 #include <QThread>
 
@@ -13,30 +14,12 @@ namespace {
 
 constexpr unsigned long endWaitMs = 1000;
 
-QJsonObject carryOut(std::uint32_t (*function)(const char *, char *, std::uint32_t), const QByteArray &request)
-{
-    constexpr int usualSize = 1 << 16;
-    QByteArray answer(usualSize, '\0');
-    std::uint32_t needed = function(request.constData(), answer.data(), static_cast<std::uint32_t>(answer.size()));
-    constexpr std::uint32_t tooLarge = 1U << 30;
-    if (needed > static_cast<std::uint32_t>(answer.size()) && needed < tooLarge) {
-        answer.resize(static_cast<int>(needed));
-        needed = function(nullptr, answer.data(), needed);
-    }
-    if (needed == 0 || needed > static_cast<std::uint32_t>(answer.size()))
-        return {{QStringLiteral("error"), QStringLiteral("the simulator does not answer")}};
-    return QJsonDocument::fromJson(answer.left(static_cast<int>(needed) - 1)).object();
-}
-
 } // namespace
 
 BenchControl::BenchControl(QObject *parent)
     : QObject(parent)
 {
-    // The library is loaded already, because the explorer is linked to it: this finds that copy.
-    QLibrary library(QStringLiteral("Sondix"));
-    m_function = reinterpret_cast<Function>(library.resolve("SondixSimControl"));
-    if (!m_function)
+    if (!isAvailable())
         return;
     m_thread = new QThread;
     m_worker = new QObject;
@@ -50,14 +33,12 @@ BenchControl::~BenchControl()
     if (!m_thread)
         return;
     m_thread->quit();
-    if (m_thread->wait(endWaitMs)) {
-        delete m_thread;
-        return;
-    }
-    // A sensor hangs. Deleting a running QThread would terminate the program.
-    connect(m_thread, &QThread::finished, m_thread, &QObject::deleteLater);
-    if (m_thread->isFinished())
-        m_thread->deleteLater();
+    finishThread(m_thread, endWaitMs);
+}
+
+bool BenchControl::isAvailable() const
+{
+    return SondixApp::isSimulated();
 }
 
 void BenchControl::send(const QJsonObject &request, QObject *context, const Callback &callback)
@@ -67,14 +48,13 @@ void BenchControl::send(const QJsonObject &request, QObject *context, const Call
         if (receiver && callback)
             callback(answer);
     };
-    if (!m_function) {
+    if (!isAvailable()) {
         deliver({{QStringLiteral("error"), tr("The sensor-access library is not the simulator.")}});
         return;
     }
-    const QByteArray text = QJsonDocument(request).toJson(QJsonDocument::Compact);
     const QPointer<BenchControl> self(this);
-    QMetaObject::invokeMethod(m_worker, [this, self, function = m_function, text, deliver] {
-        const QJsonObject answer = carryOut(function, text);
+    QMetaObject::invokeMethod(m_worker, [this, self, request, deliver] {
+        const QJsonObject answer = SondixApp::controlBench(request);
         // The destructor waits for this thread, unless a sensor hangs.
         if (self)
             QMetaObject::invokeMethod(this, [deliver, answer] { deliver(answer); });

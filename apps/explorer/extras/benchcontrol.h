@@ -7,7 +7,6 @@
 #include <QString>
 #include <QVector>
 
-#include <cstdint>
 #include <functional>
 
 class QThread;
@@ -45,7 +44,7 @@ public:
     ~BenchControl() override;
 
     /// Whether the library is the simulator.
-    bool isAvailable() const { return m_function != nullptr; }
+    bool isAvailable() const;
 
     /// Called with the answer, or with the reason of a failure in "error". Not called if its context was destroyed.
     using Callback = std::function<void(const QJsonObject &answer)>;
@@ -62,9 +61,6 @@ public:
     static QString error(const QJsonObject &answer);
 
 private:
-    using Function = std::uint32_t (*)(const char *request, char *answer, std::uint32_t size);
-
-    Function m_function = nullptr;
     QThread *m_thread = nullptr;
     QObject *m_worker = nullptr; // lives in the thread
 };

@@ -86,6 +86,10 @@ void BenchMenu::load(const QString &file)
 void BenchMenu::fillSensors(const QVector<BenchSensor> &sensors)
 {
     m_sensors = sensors;
+    // clear() leaves the menus that it removes. Later: one of them may be the sender at present.
+    const QList<QAction *> injectable = m_inject->actions();
+    for (const QAction *sensor : injectable)
+        sensor->menu()->deleteLater();
     for (QMenu *menu : {m_cables, m_silence, m_triggers, m_inject}) {
         menu->clear();
         menu->setEnabled(!sensors.isEmpty());
@@ -144,7 +148,7 @@ void BenchMenu::fillFaults(const QVector<BenchFault> &faults)
     m_faults->clear();
     m_faults->setEnabled(!faults.isEmpty());
     for (const BenchFault &fault : faults) {
-        const QString text = tr("%1: %2").arg(fault.number).arg(fault.description);
+        const QString text = tr("%1: %2").arg(QString::number(fault.number), fault.description);
         connect(m_faults->addAction(text), &QAction::triggered, this, [this, text, number = fault.number] {
             m_control.send(
                 {{QStringLiteral("do"), QStringLiteral("clear")}, {QStringLiteral("fault"), number}}, this,

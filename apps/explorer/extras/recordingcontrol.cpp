@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "recordingcontrol.h"
 
+#include "explorer/sensor/englishtexts.h"
+#include "explorer/sensor/filenames.h"
 #include "explorer/sensor/sensorsession.h"
+#include "explorer/sensor/threadend.h"
 #include "recordingwriter.h"
-
-#include <SondixQt/errorvalue.h>
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QThread>
 
 using namespace SondixQt;
@@ -21,7 +21,6 @@ namespace Explorer {
 namespace {
 
 constexpr qint64 maxWaitingValues = 32'000'000; // 256 MB
-constexpr unsigned long lastWaitMs = 5000;
 
 std::optional<RecordFormat> formatOf(const QString &path)
 {
@@ -60,14 +59,7 @@ RecordingControl::~RecordingControl()
     } else {
         m_thread->quit();
     }
-    if (m_thread->wait(lastWaitMs)) {
-        delete m_thread;
-        return;
-    }
-    // The disk hangs. Deleting a running QThread would terminate the program.
-    connect(m_thread, &QThread::finished, m_thread, &QObject::deleteLater);
-    if (m_thread->isFinished())
-        m_thread->deleteLater();
+    finishThread(m_thread);
 }
 
 QStringList RecordingControl::suffixes()
@@ -77,14 +69,12 @@ QStringList RecordingControl::suffixes()
 
 QString RecordingControl::proposedPath(const QString &folder, const QString &suffix) const
 {
-    QString name =
-        m_session.title() + QDateTime::currentDateTime().toString(QStringLiteral(" yyyy-MM-dd HH-mm-ss"));
-    static const QRegularExpression forbidden(QStringLiteral("[\\x00-\\x1f/\\\\:*?\"<>|]"));
-    name.replace(forbidden, QStringLiteral("_"));
+    const QString name = fileNameOf(m_session.title() +
+                                    QDateTime::currentDateTime().toString(QStringLiteral(" yyyy-MM-dd HH-mm-ss")));
     const QDir dir(folder);
     QString path = dir.filePath(name + QLatin1Char('.') + suffix);
     for (int number = 2; QFileInfo::exists(path) || QFileInfo::exists(path + QStringLiteral(".partial")); ++number)
-        path = dir.filePath(QStringLiteral("%1 (%2).%3").arg(name).arg(number).arg(suffix));
+        path = dir.filePath(QStringLiteral("%1 (%2).%3").arg(name, QString::number(number), suffix));
     return path;
 }
 
@@ -123,7 +113,7 @@ bool RecordingControl::start(const QString &path, QString *problem)
     connect(m_writer, &RecordingWriter::finished, this, &RecordingControl::takeEnd);
     QMetaObject::invokeMethod(m_writer, &RecordingWriter::open);
     m_path = m_place = path;
-    m_knownErrors.clear();
+    m_newErrors.clear();
     m_losses = {};
     m_problem.clear();
     m_isStopping = false;
@@ -155,22 +145,6 @@ qint64 RecordingControl::bytes() const
     return m_progress ? m_progress->bytes.load() : 0;
 }
 
-/// The texts of the error values in \a block that have not occurred before.
-QHash<int, QString> RecordingControl::newErrorTexts(const DataBlock &block)
-{
-    QHash<int, QString> texts;
-    for (const double value : block.scaledData()) {
-        if (!isErrorValue(value))
-            continue;
-        const int key = errorValueKey(value);
-        if (m_knownErrors.contains(key))
-            continue;
-        m_knownErrors.insert(key);
-        texts.insert(key, m_session.reader().errorValueText(value));
-    }
-    return texts;
-}
-
 void RecordingControl::take(const DataBlock &block)
 {
     if (!m_writer || m_isStopping)
@@ -184,8 +158,10 @@ void RecordingControl::take(const DataBlock &block)
         endBy(tr("The disk is too slow for the values of the sensor."));
         return;
     }
-    QMetaObject::invokeMethod(
-        m_writer, [writer = m_writer, block, texts = newErrorTexts(block)] { writer->write(block, texts); });
+    const auto text = [this](double value) { return m_session.reader().errorValueText(value); };
+    QMetaObject::invokeMethod(m_writer, [writer = m_writer, block, texts = m_newErrors.of(block, text)] {
+        writer->write(block, texts);
+    });
 }
 
 void RecordingControl::take(const DataGap &gap)
@@ -225,7 +201,7 @@ void RecordingControl::takeEnd(const QString &place, const QString &problem)
     m_writer = nullptr;
     m_place = place;
     Q_EMIT changed();
-    Q_EMIT ended(place, m_problem.isEmpty() ? problem : m_problem);
+    Q_EMIT ended(place, m_problem.isEmpty() ? shownText(problem) : m_problem);
 }
 
 } // namespace Explorer

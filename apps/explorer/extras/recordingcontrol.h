@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "explorer/sensor/newerrortexts.h"
 #include "shared/lossaccount.h"
 
 #include <SondixQt/datablock.h>
 #include <SondixQt/transmitteddatainfo.h>
 
 #include <QElapsedTimer>
-#include <QHash>
 #include <QObject>
-#include <QSet>
 #include <QString>
 
 #include <memory>
@@ -48,6 +47,8 @@ public:
 
     /// Whether a file is being written, which it is until ended().
     bool isRecording() const { return m_writer != nullptr; }
+    /// Whether the file is being finished: what arrives now is not written any more.
+    bool isStopping() const { return m_writer != nullptr && m_isStopping; }
     /// The file that is being written; its name at present.
     QString place() const { return m_place; }
     /// The path that start() was called with last.
@@ -68,14 +69,13 @@ private:
     void checkFrame();
     void endBy(const QString &problem);
     void takeEnd(const QString &place, const QString &problem);
-    QHash<int, QString> newErrorTexts(const SondixQt::DataBlock &block);
 
     SensorSession &m_session;
     QThread *m_thread;
     RecordingWriter *m_writer = nullptr; // lives in the thread
     std::shared_ptr<RecordingProgress> m_progress;
     SondixQt::TransmittedDataInfo m_frame;
-    QSet<int> m_knownErrors;
+    NewErrorTexts m_newErrors;
     SondixApp::LossAccount m_losses;
     QElapsedTimer m_sinceStart;
     QString m_path;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "recordingwidget.h"
 
+#include "explorer/sensor/librarytexts.h"
+
 #include <QAction>
 #include <QDir>
 #include <QFileDialog>
@@ -153,7 +155,7 @@ void RecordingWidget::show()
                        .arg(seconds % minute, 2, 10, zero) +
                    QLocale().formattedDataSize(m_control.bytes(), 1, QLocale::DataSizeSIFormat);
     if (!m_control.losses().isEmpty())
-        text += QStringLiteral("  ") + m_control.losses().brief();
+        text += QStringLiteral("  ") + shownLosses(m_control.losses());
     m_text->setText(text);
     m_text->setToolTip(QDir::toNativeSeparators(m_control.place()));
     m_text->setVisible(true);

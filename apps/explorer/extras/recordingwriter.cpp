@@ -28,10 +28,21 @@ RecordingWriter::~RecordingWriter()
 void RecordingWriter::open()
 {
     m_isOpen = m_recorder.open();
-    if (m_isOpen)
+    // In milliseconds. The recorder sends data to the disk at most once a second.
+    constexpr int flushInterval = 100;
+    if (m_isOpen) {
+        startTimer(flushInterval);
         Q_EMIT opened(m_recorder.place());
-    else
+    } else {
         Q_EMIT finished({}, m_recorder.problem());
+    }
+}
+
+// What has been written reaches the disk although no more values come.
+void RecordingWriter::timerEvent(QTimerEvent * /*event*/)
+{
+    if (m_isOpen && !m_recorder.flush())
+        fail();
 }
 
 void RecordingWriter::write(const DataBlock &block, const QHash<int, QString> &errorTexts)

@@ -36,6 +36,9 @@ public:
     /// Ends the recording: the file gets its name.
     void finish();
 
+protected:
+    void timerEvent(QTimerEvent *event) override;
+
 Q_SIGNALS:
     /// The file \a place has been begun.
     void opened(const QString &place);

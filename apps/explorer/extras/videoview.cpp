@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "videoview.h"
 
+#include "explorer/plot/flowlayout.h"
+#include "explorer/plot/numberscale.h"
 #include "explorer/plot/signalcolours.h"
 
 #include <QAction>
 #include <QCheckBox>
 #include <QEvent>
-#include <QHBoxLayout>
 #include <QLabel>
+#include <QLocale>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -20,6 +22,7 @@
 #include <qwt_text.h>
 
 #include <algorithm>
+#include <utility>
 
 using namespace SondixQt;
 
@@ -47,7 +50,7 @@ VideoView::VideoView(SensorReader &reader, QWidget *parent)
     , m_reader(&reader)
     , m_live(new QAction(tr("Live"), this))
     , m_mode(new QCheckBox(tr("Video mode"), this))
-    , m_switches(new QHBoxLayout)
+    , m_bar(new QWidget(this))
     , m_message(new QLabel(this))
     , m_plot(new QwtPlot(this))
     , m_grid(std::make_unique<QwtPlotGrid>())
@@ -63,16 +66,16 @@ VideoView::VideoView(SensorReader &reader, QWidget *parent)
                           "values"));
     auto *live = new QToolButton(this);
     live->setDefaultAction(m_live);
-    auto *head = new QHBoxLayout;
-    head->addWidget(live);
-    head->addWidget(m_mode);
-    head->addLayout(m_switches);
-    head->addStretch(1);
+    auto *bar = new FlowLayout(m_bar); // pages that stand side by side are narrow
+    bar->setContentsMargins(0, 0, 0, 0);
+    bar->setKeepsHeight(true);
+    bar->addWidget(live);
+    bar->addWidget(m_mode);
     m_message->setObjectName(QStringLiteral("message"));
     m_message->setWordWrap(true);
     m_message->setTextInteractionFlags(Qt::TextSelectableByMouse);
     auto *layout = new QVBoxLayout(this);
-    layout->addLayout(head);
+    layout->addWidget(m_bar);
     layout->addWidget(m_message);
     layout->addWidget(m_plot, 1);
 
@@ -85,6 +88,7 @@ VideoView::VideoView(SensorReader &reader, QWidget *parent)
         title.setFont(font());
         m_plot->setAxisTitle(axis, title);
         m_plot->setAxisFont(axis, font());
+        m_plot->setAxisScaleDraw(axis, new NumberScaleDraw);
     };
     nameAxis(QwtPlot::xBottom, tr("Pixel"));
     nameAxis(QwtPlot::yLeft, tr("Intensity"));
@@ -101,7 +105,7 @@ VideoView::VideoView(SensorReader &reader, QWidget *parent)
     connect(&m_timer, &QTimer::timeout, this, &VideoView::tick);
     connect(m_live, &QAction::toggled, this, [this] { m_timer.start(0); });
     connect(m_mode, &QCheckBox::clicked, this, [this](bool on) {
-        run([on](SensorInstance &instance, VideoState &state) { return setVideoMode(instance, on, state); });
+        change([on](SensorInstance &instance, VideoState &state) { return setVideoMode(instance, on, state); });
     });
     connect(&reader, &SensorReader::stateChanged, this, [this](SensorReader::State state) {
         m_isKnown = m_isKnown && canBeAsked(state);
@@ -118,6 +122,11 @@ VideoView::~VideoView()
     m_region.reset();
     m_threshold.reset();
     m_grid.reset();
+}
+
+int VideoView::heightForWidth(int width) const
+{
+    return layout()->minimumHeightForWidth(width);
 }
 
 QString VideoView::message() const
@@ -143,6 +152,12 @@ void VideoView::run(const Step &step)
                    [this, state](const CommandResult &result) { takeState(result, *state); });
 }
 
+void VideoView::change(const Step &step)
+{
+    m_isChange = true;
+    run(step);
+}
+
 void VideoView::takeState(const CommandResult &result, const VideoState &state)
 {
     m_isBusy = false;
@@ -154,6 +169,8 @@ void VideoView::takeState(const CommandResult &result, const VideoState &state)
         m_isKnown = true;
         m_state = state;
     }
+    if (std::exchange(m_isChange, false))
+        Q_EMIT settingsChanged();
     showState();
     if (result.code != NoError)
         showMessage(tr("The sensor refuses: %1").arg(result.errorText));
@@ -229,12 +246,12 @@ void VideoView::showState()
         mark.fill(signalColour(position, palette()));
         box->setIcon(QIcon(mark));
         connect(box, &QCheckBox::clicked, this, [this, position](bool on) {
-            run([position, on](SensorInstance &instance, VideoState &state) {
+            change([position, on](SensorInstance &instance, VideoState &state) {
                 return setVideoSignal(instance, position, on, state);
             });
         });
         box->setEnabled(m_state.isSupported);
-        m_switches->addWidget(box);
+        m_bar->layout()->addWidget(box);
         m_signals.append(box);
     }
     for (auto it = m_state.enabled.cbegin(); it != m_state.enabled.cend(); ++it) {
@@ -267,7 +284,7 @@ void VideoView::showMarks()
     m_threshold->setVisible(m_state.threshold.has_value());
     if (m_state.threshold) {
         m_threshold->setYValue(*m_state.threshold);
-        QwtText label(tr("Threshold %1").arg(*m_state.threshold));
+        QwtText label(tr("Threshold %1").arg(QLocale().toString(*m_state.threshold, 'g', 8)));
         label.setColor(palette().color(QPalette::Text));
         m_threshold->setLabel(label);
     }

@@ -14,7 +14,7 @@
 
 class QAction;
 class QCheckBox;
-class QHBoxLayout;
+
 class QLabel;
 class QwtPlot;
 class QwtPlotCurve;
@@ -45,7 +45,13 @@ public:
     int fetched() const { return m_fetched; }
     /// What is wrong or missing, for users.
     QString message() const;
+    /// The least height: in a scroll area the view becomes no higher than its part of the window without need.
+    int heightForWidth(int width) const override;
     QwtPlot *plot() const { return m_plot; }
+
+Q_SIGNALS:
+    /// The user has switched the video mode or a signal here: these are settings of the sensor.
+    void settingsChanged();
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -55,6 +61,7 @@ private:
     using Step = std::function<SondixQt::CommandResult(SondixQt::SensorInstance &, VideoState &)>;
 
     void run(const Step &step);
+    void change(const Step &step);
     void takeState(const SondixQt::CommandResult &result, const VideoState &state);
     void tick();
     void takeLines(const SondixQt::CommandResult &result, const QVector<QVector<int>> &lines);
@@ -66,13 +73,14 @@ private:
     QPointer<SondixQt::SensorReader> m_reader;
     VideoState m_state;
     QVector<QVector<int>> m_lines;
-    bool m_isKnown = false; // m_state was read
+    bool m_isKnown = false;  // m_state was read
+    bool m_isChange = false; // the user has switched something
     bool m_isBusy = false;
     int m_fetched = 0;
     QTimer m_timer;
     QAction *m_live;
     QCheckBox *m_mode;
-    QHBoxLayout *m_switches;
+    QWidget *m_bar;
     QLabel *m_message;
     QVector<QCheckBox *> m_signals;
     QwtPlot *m_plot;

@@ -2,6 +2,7 @@
 #include "webtunnel.h"
 
 #include "explorer/sensor/sensorsession.h"
+#include "explorer/sensor/threadend.h"
 #include "tunnelworker.h"
 
 #include <SondixQt/sensorinfo.h>
@@ -60,14 +61,7 @@ WebTunnel::~WebTunnel()
         delete worker;
         thread->quit();
     });
-    if (m_thread->wait(tunnelEndMs)) {
-        delete m_thread;
-        return;
-    }
-    // The sensor hangs. Deleting a running QThread would terminate the program.
-    connect(m_thread, &QThread::finished, m_thread, &QObject::deleteLater);
-    if (m_thread->isFinished())
-        m_thread->deleteLater();
+    finishThread(m_thread, tunnelEndMs);
 }
 
 bool WebTunnel::isOffered(const SensorAddress &address)

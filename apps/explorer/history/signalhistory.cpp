@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signalhistory.h"
 
+#include "computermemory.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -14,11 +16,43 @@ namespace {
 // So many frames are appended before older ones are dropped.
 constexpr int appendedAtOnce = 16 * SignalPyramid::chunkSize;
 
+std::vector<SignalHistory *> &allHistories()
+{
+    static std::vector<SignalHistory *> histories;
+    return histories;
+}
+
+std::optional<qint64> &sharedBytesOfTest()
+{
+    static std::optional<qint64> bytes;
+    return bytes;
+}
+
 } // namespace
 
 SignalHistory::SignalHistory(double keepSeconds)
     : m_keepSeconds(keepSeconds)
 {
+    allHistories().push_back(this);
+}
+
+SignalHistory::~SignalHistory()
+{
+    std::vector<SignalHistory *> &all = allHistories();
+    all.erase(std::remove(all.begin(), all.end(), this), all.end());
+}
+
+qint64 SignalHistory::sharedBytes()
+{
+    constexpr qint64 share = 2; // the rest is for the other programs
+    static const qint64 ofComputer = computerMemory() / share;
+    const qint64 bytes = sharedBytesOfTest().value_or(ofComputer);
+    return bytes > 0 ? bytes : std::numeric_limits<qint64>::max();
+}
+
+void SignalHistory::setSharedBytes(std::optional<qint64> bytes)
+{
+    sharedBytesOfTest() = bytes;
 }
 
 void SignalHistory::begin(const TransmittedDataInfo &frame)
@@ -27,6 +61,7 @@ void SignalHistory::begin(const TransmittedDataInfo &frame)
     m_signals.clear();
     m_signals.resize(static_cast<std::size_t>(frame.signals.size()));
     m_timeLine.clear();
+    m_cutFrames = 0;
     ++m_revision;
     ++m_generation;
 }
@@ -36,6 +71,7 @@ void SignalHistory::clear()
     for (SignalPyramid &signal : m_signals)
         signal.clear();
     m_timeLine.clear();
+    m_cutFrames = 0;
     ++m_revision;
     ++m_generation;
 }
@@ -80,6 +116,7 @@ void SignalHistory::append(const DataGap &gap)
 void SignalHistory::setKeepSeconds(double seconds)
 {
     m_keepSeconds = seconds;
+    m_cutFrames = 0; // whether the memory suffices for this time shows from now on
     drop();
     ++m_revision;
 }
@@ -101,8 +138,40 @@ void SignalHistory::drop()
         const double kept = isInSeconds ? m_keepSeconds : m_keepSeconds / interval;
         dropBefore(m_timeLine.indexAt(endPosition() - kept));
     }
-    while (bytes() > m_maximumBytes && m_signals.front().end() - firstFrame() > SignalPyramid::chunkSize)
+    cutTo(m_maximumBytes);
+    shareMemory();
+}
+
+void SignalHistory::cutTo(qint64 bytes)
+{
+    if (m_signals.empty())
+        return;
+    const qint64 first = firstFrame();
+    while (this->bytes() > bytes && m_signals.front().end() - firstFrame() > SignalPyramid::chunkSize)
         dropBefore(firstFrame() - firstFrame() % SignalPyramid::chunkSize + SignalPyramid::chunkSize);
+    if (firstFrame() == first)
+        return;
+    m_cutFrames += firstFrame() - first;
+    ++m_revision;
+}
+
+// Only when the memory does not suffice for all: what one of them does not need, others may use.
+void SignalHistory::shareMemory()
+{
+    const std::vector<SignalHistory *> &all = allHistories();
+    const qint64 limit = sharedBytes();
+    const auto count = static_cast<qint64>(
+        std::count_if(all.begin(), all.end(), [](const SignalHistory *history) { return !history->isEmpty(); }));
+    qint64 sum = 0;
+    for (const SignalHistory *history : all)
+        sum += history->bytes();
+    for (SignalHistory *history : all) {
+        if (sum <= limit)
+            return;
+        const qint64 before = history->bytes();
+        history->cutTo(std::max(limit / std::max<qint64>(1, count), before - (sum - limit)));
+        sum -= before - history->bytes();
+    }
 }
 
 void SignalHistory::dropBefore(qint64 index)
@@ -196,9 +265,9 @@ std::optional<double> SignalHistory::rate(FrameRange range) const
 qint64 SignalHistory::missingFrames(FrameRange range) const
 {
     qint64 sum = 0;
-    for (const GapMark &mark : m_timeLine.gaps())
-        if (mark.index > range.begin && mark.index < range.end)
-            sum += mark.gap.frames.value_or(0);
+    for (auto mark = m_timeLine.gapAfter(range.begin); mark != m_timeLine.gaps().end() && mark->index < range.end;
+         ++mark)
+        sum += mark->gap.frames.value_or(0);
     return sum;
 }
 
@@ -261,7 +330,7 @@ Spectrum SignalHistory::spectrum(int signal, FrameRange range) const
     std::vector<double> values(static_cast<std::size_t>(count));
     m_signals[static_cast<std::size_t>(signal)].copy(part.begin, count, values.data());
     spectrum.step = *told / static_cast<double>(count);
-    spectrum.amplitudes = amplitudesOf(std::move(values));
+    spectrum.amplitudes = amplitudesOf(values);
     return spectrum;
 }
 
@@ -270,20 +339,25 @@ DataBlock SignalHistory::block(FrameRange range, int most) const
     if (range.isEmpty() || m_signals.empty())
         return DataBlock();
     const TimeLine::Stretch &stretch = m_timeLine.stretchOf(range.begin);
-    const qint64 end = std::min({range.end, m_timeLine.stretchEnd(range.begin), range.begin + most});
+    const qint64 end = m_timeLine.blockEnd(range.begin, std::min(range.end, range.begin + most));
     const auto frames = static_cast<int>(end - range.begin);
     QVector<double> scaled(frames * signalCount());
     for (int frame = 0; frame < frames; ++frame)
         for (int signal = 0; signal < signalCount(); ++signal)
             scaled[frame * signalCount() + signal] = value(signal, range.begin + frame);
-    const qint64 skipped = range.begin - stretch.index;
-    const bool hasInterval = !std::isnan(stretch.interval);
-    std::optional<double> time;
-    if (!std::isnan(stretch.time) && (hasInterval || skipped == 0))
-        time = stretch.time + (hasInterval ? static_cast<double>(skipped) * stretch.interval : 0.0);
     const QVector<qint32> raw(scaled.size(), 0);
-    return DataBlock(stretch.run, stretch.number + skipped, signalCount(), scaled, raw, time,
-                     hasInterval ? std::optional(stretch.interval) : std::nullopt);
+    const qint64 number = stretch.number + range.begin - stretch.index;
+    if (stretch.isSpread) {
+        QVector<double> times;
+        times.reserve(frames);
+        for (qint64 frame = range.begin; frame < end; ++frame)
+            times.append(m_timeLine.timeOf(frame));
+        return DataBlock::withTimes(stretch.run, number, signalCount(), scaled, raw, times);
+    }
+    const double time = m_timeLine.timeOf(range.begin);
+    return DataBlock(stretch.run, number, signalCount(), scaled, raw,
+                     std::isnan(time) ? std::nullopt : std::optional(time),
+                     std::isnan(stretch.interval) ? std::nullopt : std::optional(stretch.interval));
 }
 
 } // namespace Explorer

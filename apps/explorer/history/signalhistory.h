@@ -42,8 +42,10 @@ struct Histogram
 /// The cost of a query does not depend on the length of its range: a summary of any range takes microseconds.
 ///
 /// \par Memory
-/// bytesFor() returns the memory that a history will need. The oldest frames are dropped when they are older than the time to keep, or
-/// when the memory exceeds maximumBytes(). They are dropped in chunks, so that a few hundred frames more may be kept.
+/// bytesFor() returns the memory that a history will need. The oldest frames are dropped when they are older than the time
+/// to keep, or when the memory exceeds maximumBytes(). They are dropped in chunks, so that a few hundred frames more may be
+/// kept. All histories together use at most sharedBytes(): beyond that those are cut that have more than an equal share.
+/// cutFrames() tells of frames for which there was no memory.
 ///
 /// \par Threads
 /// That of the windows.
@@ -55,6 +57,8 @@ public:
     static constexpr qint64 histogramValues = 1 << 17;
 
     explicit SignalHistory(double keepSeconds = 600.0);
+    ~SignalHistory();
+    Q_DISABLE_COPY(SignalHistory)
 
     /// Forgets what is kept: the frames that follow are described by \a frame.
     void begin(const SondixQt::TransmittedDataInfo &frame);
@@ -81,6 +85,14 @@ public:
     static qint64 bytesFor(double seconds, double rateHz, int signalCount);
     /// The memory that is used.
     qint64 bytes() const;
+    /// What all histories may use together: half of the computer's memory.
+    static qint64 sharedBytes();
+    /// For tests: another limit; empty: half of the computer's memory.
+    static void setSharedBytes(std::optional<qint64> bytes);
+    /// What this history can use at most, if it is the only one.
+    qint64 limitBytes() const { return qMin(m_maximumBytes, sharedBytes()); }
+    /// The number of frames that were dropped for lack of memory, although the time to keep them was not over.
+    qint64 cutFrames() const { return m_cutFrames; }
 
     qint64 firstFrame() const { return m_timeLine.first(); }
     qint64 endFrame() const { return m_timeLine.end(); }
@@ -115,13 +127,15 @@ public:
     /// The spectrum of the last frames of \a range: the largest power of two, at most Spectrum::most.
     Spectrum spectrum(int signal, FrameRange range) const;
 
-    /// The frames from \a range.begin on that were delivered together, at most \a most of them and none behind the
-    /// range. They have the numbers and times with which they came; raw values are 0.
+    /// The frames from \a range.begin on that were delivered together, or that have times of their own and consecutive
+    /// numbers: at most \a most of them and none behind the range. They have the numbers and times with which they came; raw values are 0.
     SondixQt::DataBlock block(FrameRange range, int most) const;
 
 private:
     void appendValues(const SondixQt::DataBlock &block, int first, int count);
     void drop();
+    void cutTo(qint64 bytes);
+    void shareMemory();
     void dropBefore(qint64 index);
     double assumedInterval() const;
 
@@ -132,6 +146,7 @@ private:
     qint64 m_maximumBytes = defaultMaximumBytes;
     qint64 m_revision = 0;
     int m_generation = 0;
+    qint64 m_cutFrames = 0;
 };
 
 } // namespace Explorer

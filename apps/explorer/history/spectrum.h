@@ -25,6 +25,6 @@ struct Spectrum
 
 /// The amplitudes of \a values, whose number is a power of two of at least Spectrum::fewest. Their mean is removed and a
 /// Hann window is applied. There are half as many amplitudes and one.
-std::vector<double> amplitudesOf(std::vector<double> values);
+std::vector<double> amplitudesOf(const std::vector<double> &values);
 
 } // namespace Explorer

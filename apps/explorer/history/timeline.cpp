@@ -192,10 +192,24 @@ const TimeLine::Stretch &TimeLine::stretchOf(qint64 index) const
     return m_stretches[stretchIndex(index)];
 }
 
-qint64 TimeLine::stretchEnd(qint64 index) const
+qint64 TimeLine::blockEnd(qint64 index, qint64 limit) const
 {
-    const std::size_t next = stretchIndex(index) + 1;
-    return next < m_stretches.size() ? m_stretches[next].index : m_end;
+    std::size_t next = stretchIndex(index) + 1;
+    if (m_stretches[next - 1].isSpread) {
+        const auto gap = std::upper_bound(m_breaks.begin(), m_breaks.end(), index);
+        const qint64 end = gap != m_breaks.end() ? std::min(*gap, limit) : limit;
+        while (next < m_stretches.size() && m_stretches[next].isSpread && m_stretches[next].index < end)
+            ++next;
+        limit = end;
+    }
+    return std::min(next < m_stretches.size() ? m_stretches[next].index : m_end, limit);
+}
+
+double TimeLine::timeOf(qint64 index) const
+{
+    const Stretch &stretch = stretchOf(index);
+    return index == stretch.index ? stretch.time
+                                  : stretch.time + static_cast<double>(index - stretch.index) * stretch.interval;
 }
 
 // A stretch must not reach beyond the next one, although its interval may be a little too long.
@@ -235,6 +249,22 @@ std::vector<qint64> TimeLine::breaks(qint64 begin, qint64 end) const
 {
     const auto from = std::lower_bound(m_breaks.begin(), m_breaks.end(), begin);
     return {from, std::upper_bound(from, m_breaks.end(), end)};
+}
+
+// Positions never decrease, hence neither do the ends of the gaps.
+std::vector<GapMark> TimeLine::gapsBetween(double from, double to) const
+{
+    const auto begin = std::lower_bound(m_gaps.begin(), m_gaps.end(), from,
+                                        [](const GapMark &mark, double value) { return mark.end < value; });
+    const auto end = std::upper_bound(begin, m_gaps.end(), to,
+                                      [](double value, const GapMark &mark) { return value < mark.begin; });
+    return {begin, end};
+}
+
+std::deque<GapMark>::const_iterator TimeLine::gapAfter(qint64 index) const
+{
+    return std::upper_bound(m_gaps.begin(), m_gaps.end(), index,
+                            [](qint64 value, const GapMark &mark) { return value < mark.index; });
 }
 
 qint64 TimeLine::bytes() const

@@ -65,10 +65,19 @@ public:
     qint64 indexAt(double position) const;
     /// The stretch to which a frame belongs.
     const Stretch &stretchOf(qint64 index) const;
-    /// The frame after the last one of the stretch to which a frame belongs.
-    qint64 stretchEnd(qint64 index) const;
+    /// Where the frames from \a index on end that can be one block, \a limit at most: those of its stretch, or those of
+    /// consecutive stretches whose frames have times of their own.
+    qint64 blockEnd(qint64 index, qint64 limit) const;
+    /// The time with which a frame came; NaN if it is not known.
+    double timeOf(qint64 index) const;
 
+    /// In the order of their places.
     const std::deque<GapMark> &gaps() const { return m_gaps; }
+    /// The gaps that reach into the part of the axis from \a from to \a to, both included. Its cost depends on their
+    /// number, and hardly on that of all gaps.
+    std::vector<GapMark> gapsBetween(double from, double to) const;
+    /// The first gap in gaps() whose next frame is after \a index.
+    std::deque<GapMark>::const_iterator gapAfter(qint64 index) const;
     /// The frames in the range from \a begin to \a end, both included, before which frames are missing or another run
     /// begins. The first frame of all is never one of them.
     std::vector<qint64> breaks(qint64 begin, qint64 end) const;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "curvesplot.h"
 
+#include "numberscale.h"
 #include "plotlayout.h"
 #include "signalcolours.h"
 
@@ -30,16 +31,22 @@ CurvesPlot::CurvesPlot(Shape shape, const QString &name, QWidget *parent)
     , m_grid(std::make_unique<QwtPlotGrid>())
 {
     setAccessibleName(name);
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding); // both plots have the same width
     m_choice->setAccessibleName(tr("Signal of: %1").arg(name));
+    constexpr int leastCharacters = 6; // longer names are complete in the list
     m_choice->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    m_choice->setMinimumWidth(leastCharacters * fontMetrics().averageCharWidth());
     m_plot->setAutoDelete(false);
     m_plot->setAccessibleName(name);
     qobject_cast<QwtPlotCanvas *>(m_plot->canvas())->setFrameStyle(QFrame::NoFrame);
     alignCanvas(*m_plot);
-    m_plot->setMinimumSize(120, 80);
+    m_plot->setMinimumSize(120, 7 * fontMetrics().height()); // the labels of the axes do not overlap
+    constexpr int mostLabels = 4;                            // more overlap in a low plot
+    m_plot->setAxisMaxMajor(QwtPlot::yLeft, mostLabels);
     for (const int axis : {int(QwtPlot::xBottom), int(QwtPlot::yLeft)}) {
         m_plot->axisWidget(axis)->setMargin(0);
         m_plot->setAxisFont(axis, font());
+        m_plot->setAxisScaleDraw(axis, new NumberScaleDraw);
     }
     if (shape == Amplitudes)
         m_plot->setAxisScaleEngine(QwtPlot::yLeft, new QwtLogScaleEngine);
@@ -51,11 +58,13 @@ CurvesPlot::CurvesPlot(Shape shape, const QString &name, QWidget *parent)
     auto *head = new QHBoxLayout;
     head->addWidget(new QLabel(name));
     head->addWidget(m_choice);
-    head->addWidget(m_note, 1);
+    head->addStretch();
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(4, 2, 4, 2);
     layout->addLayout(head);
+    layout->addWidget(m_note);
     layout->addWidget(m_plot, 1);
+    layout->addStretch();
     connect(m_choice, QOverload<int>::of(&QComboBox::activated), this, &CurvesPlot::chosenChanged);
     setColours();
 }
@@ -85,7 +94,7 @@ void CurvesPlot::setSignals(const QVector<int> &numbers, const QStringList &name
     m_choice->clear();
     m_choice->addItems(texts);
     m_choice->setCurrentIndex(std::max(0, all.indexOf(before)));
-    m_choice->setEnabled(texts.size() > 1);
+    m_choice->setVisible(texts.size() > 1);
 }
 
 int CurvesPlot::chosen() const
@@ -115,6 +124,8 @@ void CurvesPlot::setCurves(const QVector<Curve> &curves)
         item->attach(m_plot);
         m_curves.push_back(std::move(item));
     }
+    // Without curves the note has the room to say why.
+    m_plot->setVisible(!curves.isEmpty());
     m_plot->replot();
 }
 

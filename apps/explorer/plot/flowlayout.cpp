@@ -45,6 +45,11 @@ void FlowLayout::setGeometry(const QRect &rect)
 {
     QLayout::setGeometry(rect);
     arrange(rect, true);
+    QWidget *const widget = parentWidget();
+    if (!m_keepsHeight || !widget || widget->layout() != this)
+        return;
+    if (const int needed = heightForWidth(rect.width()); widget->minimumHeight() != needed)
+        widget->setMinimumHeight(needed);
 }
 
 int FlowLayout::arrange(const QRect &rect, bool isApplied) const

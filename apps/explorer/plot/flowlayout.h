@@ -14,6 +14,10 @@ public:
     explicit FlowLayout(QWidget *parent = nullptr);
     ~FlowLayout() override;
 
+    /// Gives the widget of this layout the height of its rows as the minimum. Layouts around it do not ask for that
+    /// height when there is little room, and the last rows would be cut off.
+    void setKeepsHeight(bool keeps) { m_keepsHeight = keeps; }
+
     void addItem(QLayoutItem *item) override;
     int count() const override { return m_items.size(); }
     QLayoutItem *itemAt(int index) const override { return m_items.value(index); }
@@ -29,6 +33,7 @@ private:
     int arrange(const QRect &rect, bool isApplied) const;
 
     QVector<QLayoutItem *> m_items;
+    bool m_keepsHeight = false;
 };
 
 } // namespace Explorer

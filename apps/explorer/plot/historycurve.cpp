@@ -35,6 +35,8 @@ void HistorySeries::clear()
     m_breaks.clear();
     m_minimum = std::numeric_limits<double>::infinity();
     m_maximum = -std::numeric_limits<double>::infinity();
+    m_heights = 0.0;
+    m_columns = 0;
 }
 
 void HistorySeries::addBreak()
@@ -125,6 +127,8 @@ void HistorySeries::addPart(const Extremes &extremes, int signal, double positio
     m_points.emplace_back(position, second);
     m_minimum = std::min(m_minimum, extremes.minimum);
     m_maximum = std::max(m_maximum, extremes.maximum);
+    m_heights += extremes.maximum - extremes.minimum;
+    ++m_columns;
 }
 
 QRectF HistorySeries::boundingRect() const
@@ -168,6 +172,16 @@ void HistoryCurve::setMarked(bool marked)
     m_isMarked = marked;
     constexpr int size = 5;
     setSymbol(marked ? new QwtSymbol(QwtSymbol::Ellipse, pen().color(), pen(), QSize(size, size)) : nullptr);
+}
+
+void HistoryCurve::stack(double axisRange, int order)
+{
+    // Two bounds, so that a curve between them does not change its place with every value.
+    constexpr double narrow = 0.1;
+    constexpr double broad = 0.2;
+    m_isBroad = m_series->meanHeight() > (m_isBroad ? narrow : broad) * axisRange;
+    // Of two curves of the same kind the first signal is in front: it is the main one.
+    setZ((m_isBroad ? 10.0 : 20.0) - 0.01 * order);
 }
 
 void HistoryCurve::drawLines(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap,

@@ -60,6 +60,8 @@ public:
     const std::vector<int> &breaks() const { return m_breaks; }
     double minimum() const { return m_minimum; }
     double maximum() const { return m_maximum; }
+    /// The mean distance of the lowest and the highest value of a column; 0 where frames are drawn one by one.
+    double meanHeight() const { return m_columns > 0 ? m_heights / m_columns : 0.0; }
 
 private:
     void loadFrames(const SignalHistory &history, int signal, const PlotColumns &columns,
@@ -73,6 +75,8 @@ private:
     std::vector<int> m_breaks;
     double m_minimum = 0.0;
     double m_maximum = 0.0;
+    double m_heights = 0.0;
+    int m_columns = 0;
 };
 
 /// A curve that is interrupted at gaps and error values. The points are marked where there is room for it.
@@ -85,6 +89,9 @@ public:
     const HistorySeries &series() const { return *m_series; }
     void setColour(const QColor &colour);
     void setMarked(bool marked);
+    /// Decides whether the curve is drawn behind the others: a curve that fills an area hides thin ones. \a axisRange is
+    /// the height of the plot in units of the curve, \a order the place of the signal in its frame.
+    void stack(double axisRange, int order);
 
 protected:
     void drawLines(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap, const QRectF &canvasRect,
@@ -93,6 +100,7 @@ protected:
 private:
     HistorySeries *m_series; // owned by the curve
     bool m_isMarked = false;
+    bool m_isBroad = false;
 };
 
 } // namespace Explorer

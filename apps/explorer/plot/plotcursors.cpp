@@ -96,7 +96,7 @@ std::optional<double> PlotCursors::value(int cursor, int signal) const
     if (place < history->beginPosition() - reach || place > history->endPosition() + reach)
         return std::nullopt;
     const qint64 frame = *history->nearestFrame(place);
-    for (const GapMark &mark : history->timeLine().gaps())
+    for (const GapMark &mark : history->timeLine().gapsBetween(place, place))
         if (place > mark.begin + reach && place < mark.end - reach)
             return std::nullopt;
     return history->value(signal, frame);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "plotmarks.h"
 
+#include "explorer/sensor/librarytexts.h"
+
 #include <QLocale>
 #include <QPainter>
 
@@ -25,7 +27,7 @@ QString GapItem::brief(const SondixQt::DataGap &gap)
 
 QString GapItem::sentence(const SondixQt::DataGap &gap)
 {
-    const QString reason = SondixQt::gapReasonText(gap.reason);
+    const QString reason = shownGapReason(gap.reason);
     if (!gap.frames)
         return tr("An unknown number of frames is missing: %1").arg(reason);
     return tr("%n frame(s) missing: %1", nullptr, static_cast<int>(std::min<qint64>(*gap.frames, 1 << 30)))

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "plotpicture.h"
 
+#include "explorer/sensor/englishtexts.h"
+
 #include "timeplot.h"
 
 #include <shared/outputfile.h>
@@ -96,7 +98,7 @@ QStringList PlotPicture::suffixes()
     return suffixes;
 }
 
-bool PlotPicture::save(TimePlot &plot, const QString &path, QString *problem)
+QByteArray PlotPicture::draw(TimePlot &plot, const QString &path)
 {
     const QString suffix = QFileInfo(path).suffix().toLower();
     const bool isDocument = suffix != QLatin1String("png");
@@ -115,18 +117,20 @@ bool PlotPicture::save(TimePlot &plot, const QString &path, QString *problem)
     plot.setPictureLegend(false);
     if (isDocument)
         plot.setPalette(QPalette());
+    return content;
+}
 
+QString PlotPicture::write(const QString &path, const QByteArray &content)
+{
     // Not a QSaveFile: as root that would replace a device by a file.
     SondixApp::OutputFile file(path);
     if (!content.isEmpty() && file.open()) {
         if (file.write(content) && file.commit())
-            return true;
+            return {};
         file.discard();
     }
-    if (problem)
-        *problem = tr("cannot write '%1': %2")
-                       .arg(path, content.isEmpty() ? tr("the picture is too large") : file.errorString());
-    return false;
+    return tr("cannot write '%1': %2")
+        .arg(path, content.isEmpty() ? tr("the picture is too large") : shownText(file.errorString()));
 }
 
 } // namespace Explorer

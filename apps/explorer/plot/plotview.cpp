@@ -12,6 +12,7 @@
 #include "timeplot.h"
 
 #include <explorer/history/signalhistory.h>
+#include <explorer/sensor/diskthread.h>
 
 #include <QAction>
 #include <QEvent>
@@ -49,15 +50,19 @@ PlotView::PlotView(QWidget *parent)
     , m_crosshair(new PlotCrosshair(m_plot))
     , m_cursors(std::make_unique<PlotCursors>(m_plot))
     , m_navigator(new PlotNavigator(m_plot, m_cursors.get()))
-    , m_recordHead(std::make_unique<SondixApp::RecordHead>())
     , m_exportBar(new ExportBar)
+    , m_disk(new DiskThread(this))
 {
     setObjectName(QStringLiteral("plotView"));
     setAccessibleName(tr("Plot of the measured values"));
     makeActions();
     arrange();
     connectNavigator();
-    connect(m_plot, &TimePlot::shownChanged, this, &PlotView::updatePanels);
+    connect(m_plot, &TimePlot::shownChanged, this, [this](int signal, bool shown) {
+        m_chosenSignals[m_plot->nameOf(signal)] = shown;
+        updatePanels();
+    });
+    connect(m_plot, &TimePlot::signalsChanged, this, &PlotView::showChosenSignals);
     connect(m_histogram, &CurvesPlot::chosenChanged, this, &PlotView::updatePanels);
     connect(m_spectrum, &CurvesPlot::chosenChanged, this, &PlotView::updatePanels);
     m_timer->setInterval(drawInterval);
@@ -69,6 +74,7 @@ PlotView::PlotView(QWidget *parent)
 
 PlotView::~PlotView()
 {
+    cancelFile();
     // The cursors hold items of the plot.
     m_navigator->disconnect(this);
     m_plot->canvas()->removeEventFilter(m_navigator);
@@ -87,10 +93,13 @@ void PlotView::arrange()
     m_cursorText->setAccessibleName(tr("Cursors"));
     m_cursorText->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_cursorText->setContentsMargins(6, 2, 6, 2);
+    m_cursorText->setWordWrap(true);
     m_cursorText->setVisible(false);
     m_analysis->addWidget(m_histogram);
     m_analysis->addWidget(m_spectrum);
     m_analysis->setChildrenCollapsible(false);
+    m_analysis->setStretchFactor(0, 1);
+    m_analysis->setStretchFactor(1, 1);
     auto *splitter = new QSplitter(Qt::Vertical);
     splitter->addWidget(m_plot);
     splitter->addWidget(m_analysis);
@@ -110,10 +119,23 @@ void PlotView::arrange()
         panel->setVisible(false);
 }
 
+// Histogram and spectrum stand one below the other where there is no room for both.
+void PlotView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    constexpr int leastCharacters = 60;
+    const bool isNarrow = width() < leastCharacters * fontMetrics().averageCharWidth();
+    m_analysis->setOrientation(isNarrow ? Qt::Vertical : Qt::Horizontal);
+}
+
+int PlotView::heightForWidth(int width) const
+{
+    return layout()->minimumHeightForWidth(width);
+}
+
 void PlotView::setHistory(SignalHistory *history)
 {
-    if (m_export)
-        endExport(tr("The export has ended: other values are shown."));
+    abandonExport(tr("The export has ended: other values are shown."));
     m_history = history;
     m_span.reset();
     m_revision = -1;
@@ -200,9 +222,12 @@ void PlotView::updateWindow()
     if (m_mode == Everything) {
         m_plot->setWindow(all);
     } else if (m_mode == Follow) {
-        double span = m_span.value_or(defaultSpan);
-        if (!m_span && m_plot->timeFormat().isInFrames)
-            span = m_history->frame().datarate > 0.0 ? defaultSpan * m_history->frame().datarate : defaultFrames;
+        const double rate = m_plot->timeFormat().isInFrames ? m_history->frame().datarate : 1.0;
+        double span = rate > 0.0 ? defaultSpan * rate : defaultFrames;
+        if (m_span)
+            span = *m_span;
+        else if (const auto &restored = m_plot->timeFormat().isInFrames ? m_restoredFrames : m_restoredSeconds)
+            span = std::max(*restored, narrowest());
         // At first the curves grow to the right, then they move to the left.
         const double from = std::max(all.from, all.to - span);
         m_plot->setWindow({from, from + span});
@@ -211,9 +236,12 @@ void PlotView::updateWindow()
 
 void PlotView::tick()
 {
-    if (!m_history || m_history->revision() == m_revision || isPaused() || !isVisible())
+    if (!m_history || !isVisible())
         return;
-    refresh();
+    if (m_history->revision() != m_revision && !isPaused())
+        refresh();
+    else if (m_arePanelsStale && m_sincePanels.hasExpired(panelInterval))
+        updatePanels();
 }
 
 void PlotView::refresh()
@@ -225,6 +253,7 @@ void PlotView::refresh()
     updateClock();
     m_plot->load();
     updateHint();
+    m_arePanelsStale = true;
     if (!m_sincePanels.isValid() || m_sincePanels.hasExpired(panelInterval))
         updatePanels();
 }
@@ -266,6 +295,7 @@ void PlotView::updateHint()
 void PlotView::updatePanels()
 {
     m_sincePanels.start();
+    m_arePanelsStale = false;
     const bool hasCursors = plotAction(QStringLiteral("cursorsAction"))->isChecked();
     m_cursorText->setVisible(hasCursors);
     if (hasCursors)

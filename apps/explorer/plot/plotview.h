@@ -3,7 +3,10 @@
 
 #include "timewindow.h"
 
+#include <shared/recordhead.h>
+
 #include <QElapsedTimer>
+#include <QHash>
 #include <QList>
 #include <QWidget>
 
@@ -13,18 +16,17 @@
 
 class QAction;
 class QLabel;
+class QSettings;
 class QSplitter;
 class QTimer;
-
-namespace SondixApp {
-struct RecordHead;
-}
 
 namespace Explorer {
 
 class CurvesPlot;
 class ExportBar;
+class DiskThread;
 class FrameExport;
+class FrameFile;
 class PlotCrosshair;
 class PlotCursors;
 class PlotNavigator;
@@ -84,14 +86,27 @@ public:
     void setSpan(double span);
     void showEverything();
 
+    /// Saves and restores which panels are shown, and whether times are the time of day. What was not saved stays.
+    void savePanels(QSettings &settings) const;
+    void restorePanels(const QSettings &settings);
+    /// The same with the time that is shown and the signals that the user has shown or hidden.
+    void saveView(QSettings &settings) const;
+    void restoreView(const QSettings &settings);
+
     /// What is written into the head of exported files about the sensor.
-    void setRecordHead(const SondixApp::RecordHead &head);
+    /// \a head is asked when an export begins; program and start are set by the export.
+    void setRecordHead(std::function<SondixApp::RecordHead()> head);
     /// Writes the frames of \a range as a table, or the plot as a picture. The format follows from the suffix of \a path:
     /// csv, npy or jsonl as <tt>sondixqt record</tt> writes them, see FrameExport; png, pdf or svg, see PlotPicture.
     /// Returns when the file is complete. False and the reason in \a problem otherwise; then there is no new file.
     bool exportTo(const QString &path, ExportRange range, QString *problem = nullptr);
-    /// The same while the event loop runs, with a progress bar; exportFinished() tells the end.
+    /// The same while the event loop runs, with a progress bar; exportFinished() reports the end. An export that is
+    /// still running is cancelled. A thread of its own writes the file.
     void startExport(const QString &path, ExportRange range);
+    /// Whether an export of startExport() has not ended yet.
+    bool isExporting() const { return m_export || m_pictures > 0; }
+    /// The file of the last startExport().
+    QString exportPath() const { return m_exportPath; }
 
     /// All actions, in the order in which a tool bar should have them.
     QList<QAction *> plotActions() const { return m_actions; }
@@ -103,6 +118,9 @@ public:
     CurvesPlot &histogramPlot() const { return *m_histogram; }
     CurvesPlot &spectrumPlot() const { return *m_spectrum; }
 
+    /// The least height: in a scroll area the view becomes no higher than its part of the window without need.
+    int heightForWidth(int width) const override;
+
 Q_SIGNALS:
     void modeChanged();
     /// An export of startExport() has ended; \a problem is empty if the file is complete.
@@ -113,6 +131,7 @@ protected:
     bool focusNextPrevChild(bool next) override;
     void changeEvent(QEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     static constexpr double zoomFactor = 0.5;
@@ -124,13 +143,20 @@ private:
     void chooseExport(ExportRange range);
     FrameRange exportRange(ExportRange range) const;
     std::unique_ptr<FrameExport> makeExport(const QString &path, ExportRange range, QString *problem);
-    bool exportPicture(const QString &path, ExportRange range, QString *problem);
+    QByteArray pictureOf(const QString &path, ExportRange range, QString *problem);
     void continueExport();
+    void pieceWritten(const std::shared_ptr<FrameFile> &file, const QString &path);
+    bool cancelFile();
+    void cancelExport();
+    void abandonExport(const QString &problem);
+    void endAbandonedExport(const QString &path, const QString &problem);
+    void startPicture(const QString &path, ExportRange range);
     void endExport(const QString &problem);
     QAction *addPlotAction(const char *name, const QString &text, const QString &toolTip, bool isCheckable);
     void connectNavigator();
     void tick();
     void setMode(Mode mode);
+    void showChosenSignals();
     void updateWindow();
     void updateClock();
     void updateHint();
@@ -155,10 +181,13 @@ private:
     std::optional<double> m_wallClockOffset;
     std::optional<double> m_shownOffset;
     Mode m_mode = Follow;
-    std::optional<double> m_span; // empty: from the rate
+    std::optional<double> m_span;                              // empty: the one below, or from the rate
+    std::optional<double> m_restoredSeconds, m_restoredFrames; // for an axis in seconds, and for one in frames
+    QHash<QString, bool> m_chosenSignals;                      // by name: whether the user wants to see them
     qint64 m_revision = -1;
     QTimer *m_timer;
     QElapsedTimer m_sincePanels;
+    bool m_arePanelsStale = false; // the plot shows newer values
     QList<QAction *> m_actions;
 
     TimePlot *m_plot;
@@ -174,10 +203,11 @@ private:
     PlotNavigator *m_navigator;
 
     std::function<QString(double)> m_errorText;
-    std::unique_ptr<SondixApp::RecordHead> m_recordHead;
+    std::function<SondixApp::RecordHead()> m_recordHead;
     ExportBar *m_exportBar;
-    QTimer *m_exportTimer = nullptr;
     std::unique_ptr<FrameExport> m_export;
+    DiskThread *m_disk;
+    int m_pictures = 0; // that are being written
     QString m_exportPath;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The actions of a PlotView.
 #include "curvesplot.h"
+#include "drawnicon.h"
 #include "plotcrosshair.h"
 #include "plotcursors.h"
 #include "plotview.h"
@@ -70,6 +71,10 @@ void PlotView::makeActions()
         connect(addPlotAction(name, texts.first, texts.second, true), &QAction::toggled, this,
                 &PlotView::arrangePanels);
     makeExportAction();
+    follow->setIcon(drawnIcon(Drawing::Follow));
+    pause->setIcon(drawnIcon(Drawing::Pause));
+    cursors->setIcon(drawnIcon(Drawing::Cursors));
+    all->setIcon(drawnIcon(Drawing::ShowAll));
 }
 
 void PlotView::arrangePanels()

@@ -70,8 +70,13 @@ void PlotView::zoomValues(int pixel, double factor)
     for (const int axis : {int(QwtPlot::yLeft), int(QwtPlot::yRight)}) {
         const QwtScaleMap map = m_plot->canvasMap(axis);
         const double anchor = map.invTransform(pixel);
-        const TimeWindow range =
-            TimeWindow{std::min(map.s1(), map.s2()), std::max(map.s1(), map.s2())}.zoomed(anchor, factor, 0.0);
+        const TimeWindow shown{std::min(map.s1(), map.s2()), std::max(map.s1(), map.s2())};
+        // Beyond these the ends of a scale have no numbers that mean anything.
+        constexpr double narrowest = 1.0e-30;
+        constexpr double broadest = 1.0e18;
+        const TimeWindow range = shown.zoomed(anchor, factor, narrowest);
+        if (range.width() > broadest)
+            continue;
         m_plot->setValueRange(axis, QwtInterval(range.from, range.to));
     }
     redraw();

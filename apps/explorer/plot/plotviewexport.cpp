@@ -6,13 +6,16 @@
 #include "plotview.h"
 #include "timeplot.h"
 
+#include "explorer/sensor/diskthread.h"
+
 #include <QAction>
 #include <QElapsedTimer>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLocale>
 #include <QMenu>
-#include <QTimer>
+
+#include <utility>
 
 namespace Explorer {
 
@@ -21,6 +24,8 @@ namespace {
 // Between two looks at the events, in ms and in frames.
 constexpr int sliceTime = 20;
 constexpr int sliceFrames = 4096;
+// What is written at once, without looking at what the user wants.
+constexpr std::size_t maxSlices = 16;
 
 std::optional<SondixApp::RecordFormat> recordFormatOf(const QString &path)
 {
@@ -50,14 +55,12 @@ void PlotView::makeExportAction()
     addChoice("exportEverythingAction", tr("Everything that is kept..."), ExportRange::Everything);
     action->setMenu(menu);
     connect(action, &QAction::triggered, this, [this] { chooseExport(ExportRange::Visible); });
-    m_exportTimer = new QTimer(this);
-    connect(m_exportTimer, &QTimer::timeout, this, &PlotView::continueExport);
-    connect(m_exportBar, &ExportBar::cancelled, this, [this] { endExport(tr("The export was cancelled.")); });
+    connect(m_exportBar, &ExportBar::cancelled, this, &PlotView::cancelExport);
 }
 
-void PlotView::setRecordHead(const SondixApp::RecordHead &head)
+void PlotView::setRecordHead(std::function<SondixApp::RecordHead()> head)
 {
-    *m_recordHead = head;
+    m_recordHead = std::move(head);
 }
 
 void PlotView::chooseExport(ExportRange range)
@@ -102,25 +105,26 @@ std::unique_ptr<FrameExport> PlotView::makeExport(const QString &path, ExportRan
     plan.range = frames;
     plan.errorText = m_errorText;
     plan.clockOffset = m_shownOffset;
-    plan.head = *m_recordHead;
+    if (m_recordHead)
+        plan.head = m_recordHead();
     return std::make_unique<FrameExport>(*m_history, plan);
 }
 
-bool PlotView::exportPicture(const QString &path, ExportRange range, QString *problem)
+QByteArray PlotView::pictureOf(const QString &path, ExportRange range, QString *problem)
 {
     if (exportRange(range).isEmpty()) {
         *problem = tr("there are no values to export");
-        return false;
+        return {};
     }
     const TimeWindow before = window();
     if (range == ExportRange::Everything)
         m_plot->setWindow(limits());
     constexpr int columnsPerPixel = 2;
     m_plot->load(m_plot->canvas()->width() * columnsPerPixel);
-    const bool isSaved = PlotPicture::save(*m_plot, path, problem);
+    QByteArray content = PlotPicture::draw(*m_plot, path);
     m_plot->setWindow(before);
     m_plot->load();
-    return isSaved;
+    return content;
 }
 
 bool PlotView::exportTo(const QString &path, ExportRange range, QString *problem)
@@ -128,11 +132,14 @@ bool PlotView::exportTo(const QString &path, ExportRange range, QString *problem
     QString reason;
     bool isDone = false;
     if (PlotPicture::suffixes().contains(QFileInfo(path).suffix().toLower())) {
-        isDone = exportPicture(path, range, &reason);
+        const QByteArray content = pictureOf(path, range, &reason);
+        if (reason.isEmpty())
+            reason = PlotPicture::write(path, content);
+        isDone = reason.isEmpty();
     } else if (const auto job = makeExport(path, range, &reason)) {
         while (job->step(sliceFrames)) {
         }
-        isDone = job->isComplete();
+        isDone = job->file()->isComplete();
         reason = job->problem();
     }
     if (problem)
@@ -143,39 +150,120 @@ bool PlotView::exportTo(const QString &path, ExportRange range, QString *problem
 void PlotView::startExport(const QString &path, ExportRange range)
 {
     QString problem;
-    if (m_export)
-        endExport(QString());
+    abandonExport(tr("The export was cancelled."));
     m_exportPath = path;
     if (PlotPicture::suffixes().contains(QFileInfo(path).suffix().toLower())) {
-        exportPicture(path, range, &problem);
-        endExport(problem);
+        startPicture(path, range);
         return;
     }
     m_export = makeExport(path, range, &problem);
-    if (!m_export) {
+    if (m_export)
+        continueExport();
+    else
         endExport(problem);
-        return;
-    }
-    m_exportTimer->start(0);
-    continueExport();
 }
 
+void PlotView::startPicture(const QString &path, ExportRange range)
+{
+    QString refusal;
+    const QByteArray content = pictureOf(path, range, &refusal);
+    if (!refusal.isEmpty()) {
+        endExport(refusal);
+        return;
+    }
+    ++m_pictures;
+    const auto problem = std::make_shared<QString>();
+    m_disk->run(
+        DiskThread::Writing, [path, content, problem] { *problem = PlotPicture::write(path, content); },
+        [this, path, problem] {
+            --m_pictures;
+            endAbandonedExport(path, *problem);
+        });
+}
+
+// One piece at a time is on its way to the disk, so that a slow one does not fill the memory.
 void PlotView::continueExport()
 {
+    m_exportBar->showProgress(tr("Exporting to %1").arg(m_exportPath), m_export->progress());
     QElapsedTimer timer;
     timer.start();
-    bool goesOn = true;
-    while (goesOn && timer.elapsed() < sliceTime)
-        goesOn = m_export->step(sliceFrames);
-    if (goesOn)
-        m_exportBar->showProgress(tr("Exporting to %1").arg(m_exportPath), m_export->progress());
-    else
-        endExport(m_export->problem());
+    std::vector<FramePiece> pieces;
+    do {
+        std::optional<FramePiece> piece = m_export->take(sliceFrames);
+        if (!piece)
+            break;
+        pieces.push_back(std::move(*piece));
+    } while (!pieces.back().isLast && pieces.size() < maxSlices && timer.elapsed() < sliceTime);
+    if (!m_export->problem().isEmpty()) {
+        // Reported when the file is gone.
+        m_disk->run(
+            DiskThread::Writing, [file = m_export->file()] { file->discard(); },
+            [this, file = m_export->file()] {
+                if (m_export && m_export->file() == file)
+                    endExport(m_export->problem());
+            });
+        return;
+    }
+    m_disk->run(
+        DiskThread::Writing,
+        [file = m_export->file(), pieces] {
+            for (const FramePiece &piece : pieces)
+                if (!file->write(piece))
+                    break;
+        },
+        [this, file = m_export->file(), path = m_exportPath] { pieceWritten(file, path); });
+}
+
+void PlotView::pieceWritten(const std::shared_ptr<FrameFile> &file, const QString &path)
+{
+    const bool hasEnded = file->isComplete() || !file->problem().isEmpty();
+    if (m_export && m_export->file() == file) {
+        if (hasEnded)
+            endExport(file->problem());
+        else
+            continueExport();
+    } else if (hasEnded && !file->isCancelled()) {
+        endAbandonedExport(path, file->problem());
+    }
+}
+
+// The end of what is no longer the present export.
+void PlotView::endAbandonedExport(const QString &path, const QString &problem)
+{
+    if (m_export) { // The bar shows another one.
+        Q_EMIT exportFinished(path, problem);
+        return;
+    }
+    m_exportPath = path;
+    endExport(problem);
+}
+
+// If the disk hangs, the file is removed when the disk responds again.
+bool PlotView::cancelFile()
+{
+    if (!m_export || !m_export->file()->cancel())
+        return false;
+    m_disk->run(DiskThread::Writing, [file = m_export->file()] { file->discard(); });
+    return true;
+}
+
+// A file that is being completed will be there in a moment.
+void PlotView::cancelExport()
+{
+    if (cancelFile())
+        endExport(tr("The export was cancelled."));
+}
+
+// Makes way for other values or another export. A file that is being completed is reported when it is complete.
+void PlotView::abandonExport(const QString &problem)
+{
+    if (cancelFile())
+        endExport(problem);
+    m_export.reset();
 }
 
 void PlotView::endExport(const QString &problem)
 {
-    m_exportTimer->stop();
     QString text = problem;
     if (problem.isEmpty()) {
         text = tr("Exported to %1").arg(m_exportPath);

@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLocale>
@@ -12,6 +13,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <vector>
 
 namespace Explorer {
 
@@ -175,6 +177,8 @@ StatisticsPanel::StatisticsPanel(QWidget *parent)
     m_table->horizontalHeader()->setMinimumSectionSize(fontMetrics().averageCharWidth() * 6);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     m_table->horizontalHeader()->setHighlightSections(false);
+    m_table->setHorizontalScrollMode(QAbstractItemView::ScrollPerItem);
+    m_table->viewport()->installEventFilter(this);
     m_table->setTabKeyNavigation(false);
     auto *copyAction = new QAction(tr("Copy"), this);
     copyAction->setShortcut(QKeySequence::Copy);
@@ -184,6 +188,7 @@ StatisticsPanel::StatisticsPanel(QWidget *parent)
     m_table->setContextMenuPolicy(Qt::ActionsContextMenu);
     m_summary->setObjectName(QStringLiteral("statisticsSummary"));
     m_summary->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_summary->setMinimumWidth(1); // see showSummary()
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(4, 2, 4, 2);
     layout->setSpacing(2);
@@ -205,21 +210,75 @@ void StatisticsPanel::setRows(const QVector<SignalStatistics> &rows)
 void StatisticsPanel::fitColumns(bool mayShrink)
 {
     for (int column = 0; column < m_model->columnCount(); ++column) {
-        const int before = m_table->columnWidth(column);
+        if (m_table->isColumnHidden(column))
+            continue;
         m_table->resizeColumnToContents(column);
-        if (!mayShrink && m_table->columnWidth(column) < before)
-            m_table->setColumnWidth(column, before);
+        int &needed = m_neededWidths[static_cast<std::size_t>(column)];
+        needed = mayShrink ? m_table->columnWidth(column) : std::max(needed, m_table->columnWidth(column));
     }
+    spreadColumns();
+}
+
+// If there is no room for all columns, those that fit fill the table, so that no column is cut.
+void StatisticsPanel::spreadColumns()
+{
+    const int room = m_table->viewport()->width();
+    std::vector<int> fitting;
+    int used = 0;
+    bool fitsAll = true;
+    for (int column = 0; column < m_model->columnCount(); ++column) {
+        if (m_table->isColumnHidden(column))
+            continue;
+        const int needed = m_neededWidths[static_cast<std::size_t>(column)];
+        m_table->setColumnWidth(column, needed);
+        fitsAll = fitsAll && used + needed <= room;
+        if (!fitsAll)
+            continue;
+        used += needed;
+        fitting.push_back(column);
+    }
+    if (fitsAll)
+        return;
+    auto left = static_cast<int>(fitting.size());
+    for (const int column : fitting) {
+        const int extra = (room - used) / left--;
+        used += extra;
+        m_table->setColumnWidth(column, m_neededWidths[static_cast<std::size_t>(column)] + extra);
+    }
+}
+
+bool StatisticsPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Resize)
+        spreadColumns();
+    return QWidget::eventFilter(watched, event);
 }
 
 void StatisticsPanel::setSummary(const QString &summary)
 {
-    m_summary->setText(summary);
+    m_summaryText = summary;
+    showSummary();
+}
+
+void StatisticsPanel::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    showSummary();
+}
+
+// One line for each part where they do not fit side by side.
+void StatisticsPanel::showSummary()
+{
+    const QMargins margins = layout()->contentsMargins();
+    const int room = width() - margins.left() - margins.right();
+    const bool fits = fontMetrics().horizontalAdvance(m_summaryText) <= room;
+    m_summary->setText(fits ? m_summaryText
+                            : QString(m_summaryText).replace(QStringLiteral("   "), QStringLiteral("\n")));
 }
 
 QString StatisticsPanel::summary() const
 {
-    return m_summary->text();
+    return m_summaryText;
 }
 
 void StatisticsPanel::setColumnsVisible(bool statistics, bool cursors)

@@ -8,6 +8,7 @@
 #include <QVector>
 #include <QWidget>
 
+#include <array>
 #include <optional>
 
 class QLabel;
@@ -85,12 +86,20 @@ public:
 
     QSize sizeHint() const override;
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
+    void showSummary();
     void fitColumns(bool mayShrink);
+    void spreadColumns();
 
     StatisticsModel *m_model;
     QTableView *m_table;
     QLabel *m_summary;
+    QString m_summaryText;
+    std::array<int, StatisticsModel::ColumnCount> m_neededWidths{};
 };
 
 } // namespace Explorer

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "timeplot.h"
 
+#include "numberscale.h"
 #include "plotlayout.h"
 #include "plotmarks.h"
 #include "signalcolours.h"
@@ -59,13 +60,16 @@ TimePlot::TimePlot(QWidget *parent)
     setObjectName(QStringLiteral("timePlot"));
     setAccessibleName(tr("Measured values over time"));
     setAutoReplot(false);
-    setAutoDelete(false); // the items are members
+    setAutoDelete(false);                                          // the items are members
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding); // may be smaller than the size hint
     auto *area = qobject_cast<QwtPlotCanvas *>(canvas());
     area->setFrameStyle(QFrame::NoFrame);
     area->setAccessibleName(tr("Plot"));
     alignCanvas(*this);
     setAxisScaleEngine(QwtPlot::xBottom, m_timeEngine);
     setAxisScaleDraw(QwtPlot::xBottom, m_timeDraw);
+    for (const int axis : valueAxes)
+        setAxisScaleDraw(axis, new NumberScaleDraw);
     for (const int axis : {int(QwtPlot::xBottom), int(QwtPlot::yLeft), int(QwtPlot::yRight)}) {
         axisWidget(axis)->setMargin(0);
         QwtText title;
@@ -111,7 +115,7 @@ void TimePlot::describe()
         const bool isShownAtFirst = isWanted && shown < mostShownAtFirst;
         shown += isShownAtFirst ? 1 : 0;
         curve->setVisible(isShownAtFirst);
-        curve->setZ(10.0 + 0.01 * signal); // the order of the legend
+        curve->stack(0.0, signal);
         curve->attach(this);
         m_curves.push_back(std::move(curve));
     }
@@ -235,7 +239,12 @@ void TimePlot::load(int columns)
     setAxisScale(QwtPlot::xBottom, m_window.from, m_window.to);
     for (const int axis : valueAxes)
         scaleValues(axis);
-    replot();
+    replot(); // updates the axes; the canvas is drawn later
+    for (int signal = 0; signal < signalCount(); ++signal) {
+        HistoryCurve &curve = *m_curves[static_cast<std::size_t>(signal)];
+        if (curve.isVisible())
+            curve.stack(axisInterval(curve.yAxis()).width(), signal);
+    }
 }
 
 void TimePlot::addMarks(std::vector<ErrorMark> errors)
@@ -243,9 +252,7 @@ void TimePlot::addMarks(std::vector<ErrorMark> errors)
     m_errors->setMarks(std::move(errors));
     std::vector<GapMark> gaps;
     if (m_history)
-        for (const GapMark &mark : m_history->timeLine().gaps())
-            if (mark.end >= m_window.from && mark.begin <= m_window.to)
-                gaps.push_back(mark);
+        gaps = m_history->timeLine().gapsBetween(m_window.from, m_window.to);
     m_gaps->setGaps(std::move(gaps));
 }
 

@@ -102,6 +102,11 @@ void TimePlot::setPictureLegend(bool visible)
     background.setAlpha(220);
     m_pictureLegend->setBackgroundBrush(background);
     m_pictureLegend->attach(this);
+    // The legend has the items in the order in which they were attached.
+    for (const auto &curve : m_curves) {
+        curve->detach();
+        curve->attach(this);
+    }
 }
 
 } // namespace Explorer

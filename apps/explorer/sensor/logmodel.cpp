@@ -3,6 +3,8 @@
 
 #include <QLocale>
 
+using namespace SondixQt;
+
 namespace Explorer {
 
 namespace {
@@ -73,9 +75,41 @@ QVariant LogModel::headerData(int section, Qt::Orientation orientation, int role
 
 void LogModel::add(Kind kind, const QString &source, const QString &text)
 {
+    m_gaps.remove(source); // what is missing after this gets an entry after it
+    append(kind, source, text);
+}
+
+void LogModel::add(const QString &source, const DataGap &gap)
+{
+    constexpr qint64 longest = 60; // seconds that an entry grows
+    QMap<int, GapEntry> &entries = m_gaps[source];
+    const auto known = entries.find(gap.reason);
+    const qint64 row = known != entries.end() ? known->number - m_dropped : -1;
+    const bool grows = row >= 0 && m_entries.at(int(row)).time.secsTo(QDateTime::currentDateTime()) < longest;
+    GapSum sum;
+    if (grows)
+        sum = known->sum;
+    sum.reason = gap.reason;
+    sum.gaps += gap.frames ? 1 : 0;
+    sum.frames += gap.frames.value_or(0);
+    sum.unknownGaps += gap.frames ? 0 : 1;
+    if (grows) {
+        m_entries[int(row)].text = shownGaps(sum);
+        const QModelIndex changed = index(int(row), TextColumn);
+        Q_EMIT dataChanged(changed, changed);
+        known->sum = sum;
+        return;
+    }
+    append(gap.reason == DataGap::Restarted ? Event : Problem, source, shownGaps(sum));
+    entries[gap.reason] = {m_dropped + m_entries.size() - 1, sum};
+}
+
+void LogModel::append(Kind kind, const QString &source, const QString &text)
+{
     if (m_entries.size() >= mostEntries) {
         beginRemoveRows({}, 0, droppedAtOnce - 1);
         m_entries.remove(0, droppedAtOnce);
+        m_dropped += droppedAtOnce;
         endRemoveRows();
     }
     beginInsertRows({}, m_entries.size(), m_entries.size());
@@ -86,7 +120,9 @@ void LogModel::add(Kind kind, const QString &source, const QString &text)
 void LogModel::clear()
 {
     beginResetModel();
+    m_dropped += m_entries.size();
     m_entries.clear();
+    m_gaps.clear();
     endResetModel();
 }
 

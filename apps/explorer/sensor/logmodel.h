@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "librarytexts.h"
+
 #include <QAbstractTableModel>
 #include <QDateTime>
+#include <QHash>
+#include <QMap>
 #include <QVector>
 
 namespace Explorer {
@@ -34,12 +38,17 @@ public:
 
     /// Adds an entry with the present time. \a source is the sensor or the category.
     void add(Kind kind, const QString &source, const QString &text);
+    /// Adds a gap. Gaps of one reason that follow each other within a minute share an entry with their number and sum:
+    /// a sensor can lose values a hundred times a second.
+    void add(const QString &source, const SondixQt::DataGap &gap);
     void clear();
 
     /// The entries \a rows as lines of text, for the clipboard.
     QString text(const QList<int> &rows) const;
 
 private:
+    void append(Kind kind, const QString &source, const QString &text);
+
     struct Entry
     {
         QDateTime time;
@@ -47,7 +56,14 @@ private:
         QString source;
         QString text;
     };
+    struct GapEntry
+    {
+        qint64 number = 0; // of the entry, counted from the first one ever added
+        GapSum sum;
+    };
     QVector<Entry> m_entries;
+    qint64 m_dropped = 0;                       // of the entries ever added
+    QHash<QString, QMap<int, GapEntry>> m_gaps; // by source and reason: entries that may grow
 };
 
 } // namespace Explorer

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "parameterfile.h"
 
+#include "englishtexts.h"
+
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
@@ -77,7 +79,7 @@ std::optional<ParameterFile> parsed(const QByteArray &bytes, QString *problem)
     const QJsonObject object = QJsonDocument::fromJson(bytes, &error).object();
     if (error.error != QJsonParseError::NoError) {
         const int line = static_cast<int>(bytes.left(error.offset).count('\n')) + 1;
-        *problem = FileTexts::tr("line %1: %2").arg(line).arg(error.errorString());
+        *problem = FileTexts::tr("line %1: %2").arg(QString::number(line), error.errorString());
         return std::nullopt;
     }
     if (object.value(formatKey).toString() != formatName) {
@@ -116,7 +118,7 @@ bool ParameterFile::save(const QString &path, QString *problem) const
     const QByteArray bytes = QJsonDocument(object).toJson();
     if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
         return true;
-    *problem = FileTexts::tr("'%1' cannot be written: %2").arg(path, file.errorString());
+    *problem = FileTexts::tr("'%1' cannot be written: %2").arg(path, shownText(file.errorString()));
     return false;
 }
 

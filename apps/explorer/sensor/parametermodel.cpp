@@ -19,7 +19,7 @@ const QLatin1String measuringMode("SA_MeasureMode");
 
 QString keyOf(const QString &command, int sensor)
 {
-    return sensor > 0 ? QStringLiteral("%1#%2").arg(command).arg(sensor) : command;
+    return sensor > 0 ? QStringLiteral("%1#%2").arg(command, QString::number(sensor)) : command;
 }
 
 } // namespace
@@ -189,7 +189,7 @@ QVariant ParameterModel::data(const QModelIndex &index, int role) const
         return {};
     if (index.column() == NameColumn) {
         const QString title = groupTitle(group.command);
-        return group.sensor > 0 ? tr("%1 (sensor %2)").arg(title).arg(group.sensor) : title;
+        return group.sensor > 0 ? tr("%1 (sensor %2)").arg(title, QString::number(group.sensor)) : title;
     }
     return index.column() == NoteColumn ? group.problem : QVariant();
 }
@@ -207,7 +207,8 @@ QVariant ParameterModel::entryData(const Group &group, const Entry &entry, int c
         return column == ValueColumn ? entry.value : QVariant();
     case Qt::ToolTipRole: {
         const QString note = noteOf(group, entry);
-        return note.isEmpty() ? entry.answer : QStringLiteral("%1\n%2").arg(entry.answer, note);
+        const QString name = QStringLiteral("%1 (%2)").arg(entry.shown.name, entry.answer);
+        return note.isEmpty() ? name : QStringLiteral("%1\n%2").arg(name, note);
     }
     case Qt::AccessibleTextRole:
         if (column == ValueColumn)
@@ -272,6 +273,11 @@ bool ParameterModel::differsFromReference() const
 
 QVariant ParameterModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
+    if (orientation == Qt::Horizontal && role == Qt::ToolTipRole && section == NoteColumn)
+        return tr(
+            "Why a change was refused, or how a setting was when the sensor was opened. There is no command for "
+            "factory settings that all sensors have: to compare with these, save those of a new sensor into a "
+            "file and compare with the file.");
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
     switch (section) {

@@ -112,6 +112,7 @@ private:
         QString title;
         QVector<Step> steps;
         bool isNew = true; // not an undone or repeated one
+        bool isUndo = false;
     };
 
     void takeState(SondixQt::SensorReader::State state);
@@ -133,6 +134,7 @@ private:
     static bool isSameValue(const QVariant &a, const QVariant &b);
 
     void start(const Change &change);
+    void takeBack(bool isUndo);
     void sendStep(const Change &change, int step);
     void takeResult(const Change &change, int step, const SondixQt::CommandResult &result);
     void refuse(const Change &change, int step, const QString &sentence);
@@ -147,6 +149,7 @@ private:
     SensorSettings m_reference;
     QString m_referenceName;
     QUndoStack m_undoStack;
+    bool m_isTakingBack = false; // the stack is moved, nothing is sent
     QQueue<Change> m_changes;
     bool m_isBusy = false;
     bool m_wasOpen = false;

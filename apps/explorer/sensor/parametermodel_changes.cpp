@@ -91,6 +91,7 @@ public:
     void undo() override
     {
         ParameterModel::Change back = m_change;
+        back.isUndo = true;
         std::reverse(back.steps.begin(), back.steps.end());
         for (ParameterModel::Step &step : back.steps)
             std::swap(step.before, step.after);
@@ -197,6 +198,8 @@ bool ParameterModel::apply(const SensorSettings &wanted, const QString &title, Q
 
 void ParameterModel::start(const Change &change)
 {
+    if (m_isTakingBack)
+        return;
     m_changes.enqueue(change);
     for (const Step &step : change.steps)
         setPending(step, true);
@@ -286,11 +289,26 @@ void ParameterModel::refuse(const Change &change, int number, const QString &sen
         takeValues(done.key, done.before);
         readGroup(done.key);
     }
+    if (!change.isNew) // later: the stack may be calling this function
+        QMetaObject::invokeMethod(
+            this, [this, isUndo = change.isUndo] { takeBack(isUndo); }, Qt::QueuedConnection);
     Change refusedChange = change;
     refusedChange.isNew = false;
     refusedChange.steps.clear();
     finish(refusedChange);
     Q_EMIT refused(place, sentence);
+}
+
+// The stack has already moved past a change that was undone or repeated, and that the sensor has refused.
+void ParameterModel::takeBack(bool isUndo)
+{
+    if (m_isBusy) { // it has moved on
+        m_undoStack.clear();
+        return;
+    }
+    m_isTakingBack = true;
+    isUndo ? m_undoStack.redo() : m_undoStack.undo();
+    m_isTakingBack = false;
 }
 
 void ParameterModel::finish(const Change &change)

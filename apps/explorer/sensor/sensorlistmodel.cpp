@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sensorlistmodel.h"
 
+#include "librarytexts.h"
+
 #include <QSettings>
 
 #include <algorithm>
@@ -28,7 +30,7 @@ QString ListedSensor::title() const
 
 QString ListedSensor::place() const
 {
-    QStringList parts{interfaceName(address.interfaceType()), address.place()};
+    QStringList parts{interfaceName(address.interfaceType()), shownPlace(address)};
     parts.removeAll(QString());
     return parts.join(QStringLiteral(", "));
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sensorsearch.h"
 
+#include "threadend.h"
+
 #include <SondixQt/sensoraddress.h>
 
 #include <QThread>
@@ -64,14 +66,7 @@ SensorSearch::~SensorSearch()
         return;
     m_worker->disconnect(this);
     m_thread->quit(); // the worker is deleted at the end of the thread, which aborts its search
-    if (m_thread->wait(longestWait)) {
-        delete m_thread;
-        return;
-    }
-    // Deleting a running QThread would terminate the program.
-    connect(m_thread, &QThread::finished, m_thread, &QObject::deleteLater);
-    if (m_thread->isFinished())
-        m_thread->deleteLater();
+    finishThread(m_thread, longestWait);
 }
 
 void SensorSearch::startThread()

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "sensorsession.h"
 
+#include "librarytexts.h"
+
 #include <SondixQt/errorvalue.h>
 #include <SondixQt/sensorinfo.h>
+
+#include <QLocale>
 
 #include <algorithm>
 #include <utility>
@@ -36,9 +40,11 @@ SensorSession::SensorSession(const SensorAddress &address, const QString &name, 
     , m_name(name)
     , m_reader(address)
 {
-    constexpr qint64 queuedValues = 8'388'608; // 64 MB; several seconds of the fastest sensors
+    constexpr qint64 queuedValues = 8'388'608;                // 64 MB; several seconds of the fastest sensors
+    constexpr std::chrono::milliseconds deliveryInterval(20); // each drawing of the plot has new values
     m_reader.setReconnect(Reconnect());
     m_reader.setQueueLimit(queuedValues);
+    m_reader.setDeliveryInterval(deliveryInterval);
     connect(&m_reader, &SensorReader::blockReady, this, &SensorSession::takeBlock);
     connect(&m_reader, &SensorReader::gapDetected, this, &SensorSession::takeGap);
     connect(&m_reader, &SensorReader::frameChanged, this, &SensorSession::takeFrame);
@@ -89,10 +95,10 @@ QString SensorSession::problem() const
     const State state = m_reader.state();
     if (state == State::Reconnecting)
         return tr("%1. The explorer tries to open the sensor again; check cable and power supply.")
-            .arg(m_reader.errorString());
+            .arg(shownReaderError(m_reader.error(), m_reader.errorString()));
     if (state == State::Failed)
         return tr("%1. Check cable, power supply and address, then open the sensor again.")
-            .arg(m_reader.errorString());
+            .arg(shownReaderError(m_reader.error(), m_reader.errorString()));
     return {};
 }
 
@@ -107,12 +113,17 @@ QString SensorSession::title() const
 
 SensorType SensorSession::model() const
 {
-    // On a bus the search reports a family, and the sensor itself tells its model.
+    // On a bus the search reports a family, and the sensor itself reports its model.
     const QMap<QString, QVariant> all = information();
     if (all.isEmpty() || m_address.type == MultiSensor)
         return m_address.type;
     const SensorType type = SensorInfo(all, NoSensor).sensorType();
     return sensorName(type).isEmpty() ? m_address.type : type;
+}
+
+QString SensorSession::place() const
+{
+    return shownPlace(m_address);
 }
 
 QString SensorSession::answer(const QString &name) const
@@ -179,7 +190,14 @@ void SensorSession::takeBlock(const DataBlock &block)
     m_framesRead += block.frameCount();
     if (block.frameInterval())
         m_interval = block.frameInterval();
+    const bool wasCut = m_history.cutFrames() > 0;
     m_history.append(block);
+    if (!wasCut && m_history.cutFrames() > 0)
+        Q_EMIT happened(
+            tr("The memory for values is full: the oldest ones are dropped although they are to be kept for "
+               "%1 s. Keep them for a shorter time, or record them.")
+                .arg(QLocale().toString(m_history.keepSeconds(), 'g', 6)),
+            true);
     m_values.add(block);
     Q_EMIT dataArrived();
 }
@@ -188,20 +206,22 @@ void SensorSession::takeGap(const DataGap &gap)
 {
     m_losses.add(gap);
     m_history.append(gap);
-    const QString text = gapReasonText(gap.reason);
-    Q_EMIT happened(gap.frames ? tr("missing frames: %1 (%2)").arg(*gap.frames).arg(text)
-                               : tr("an unknown number of frames is missing (%1)").arg(text),
-                    gap.reason != DataGap::Restarted);
+    Q_EMIT gapHappened(gap);
     Q_EMIT dataArrived();
-    Q_EMIT changed();
 }
 
 void SensorSession::takeFrame(const TransmittedDataInfo &frame)
 {
     m_interval.reset();
-    if (std::exchange(m_isNewStart, false) || !hasSameMeaning(m_frame, frame)) {
+    const bool isNewStart = std::exchange(m_isNewStart, false);
+    if (m_history.isEmpty() || !hasSameMeaning(m_frame, frame)) {
         m_history.begin(frame);
         m_values.begin(frame.valuesPerFrame);
+    } else if (isNewStart) {
+        // Meanwhile something else has used the sensor, such as its web interface.
+        DataGap pause;
+        pause.reason = DataGap::Disconnected;
+        m_history.append(pause);
     }
     m_frame = frame;
     Q_EMIT frameChanged();
@@ -224,7 +244,7 @@ void SensorSession::takeState(State state)
 
 void SensorSession::takeError(ErrorCode code, const QString &text)
 {
-    Q_EMIT happened(tr("%1 (error %2)").arg(text).arg(int(code)), true);
+    Q_EMIT happened(tr("%1 (error %2)").arg(shownReaderError(code, text), QString::number(code)), true);
     Q_EMIT changed();
 }
 

@@ -55,7 +55,7 @@ public:
     /// The model that has answered; the one of the address before.
     SondixQt::SensorType model() const;
     /// Where the sensor is connected, such as "COM3".
-    QString place() const { return m_address.place(); }
+    QString place() const;
     QString serialNumber() const;
     /// Whether the values come from the bench simulator.
     bool isSimulated() const;
@@ -82,7 +82,8 @@ public:
               const SondixQt::SensorReader::Callback &callback = {});
 
 Q_SIGNALS:
-    /// State, error, identity or losses have changed.
+    /// State, error, identity or frame have changed. Losses may grow a hundred times a second: read them when they are
+    /// shown.
     void changed();
     void frameChanged();
     /// Values or gaps have arrived.
@@ -91,6 +92,8 @@ Q_SIGNALS:
     void closed();
     /// For the log: what happened to the sensor. \a isProblem: it is an error.
     void happened(const QString &text, bool isProblem);
+    /// For the log: values are missing.
+    void gapHappened(const SondixQt::DataGap &gap);
 
 private:
     void takeBlock(const SondixQt::DataBlock &block);

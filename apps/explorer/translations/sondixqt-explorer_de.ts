@@ -179,6 +179,285 @@
     </message>
 </context>
 <context>
+    <name>Explorer::EnglishTexts</name>
+    <message>
+        <source>&apos;%1&apos; is no sensor address; one reads &lt;model&gt;@&lt;interface&gt;,&lt;name&gt;=&lt;value&gt;,..., such as TX270@RS232,port=COM3,baudrate=115200</source>
+        <translation>„%1“ ist keine Sensoradresse; eine lautet &lt;Modell&gt;@&lt;Schnittstelle&gt;,&lt;Name&gt;=&lt;Wert&gt;,..., etwa TX270@RS232,port=COM3,baudrate=115200</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; in a sensor&apos;s address is no &lt;name&gt;=&lt;value&gt;</source>
+        <translation>„%1“ in einer Sensoradresse ist kein &lt;Name&gt;=&lt;Wert&gt;</translation>
+    </message>
+    <message>
+        <source>the sensor&apos;s address has two values of &apos;%1&apos;</source>
+        <translation>die Sensoradresse hat zwei Werte für „%1“</translation>
+    </message>
+    <message>
+        <source>the %1 &apos;%2&apos; is no whole number</source>
+        <translation>%1 „%2“ ist keine ganze Zahl</translation>
+    </message>
+    <message>
+        <source>the %1 %2 is not from %3 to %4</source>
+        <translation>%1 %2 liegt nicht zwischen %3 und %4</translation>
+    </message>
+    <message>
+        <source>there is no %1 &apos;%2&apos;; %3</source>
+        <translation>unbekannt: %1 „%2“; %3</translation>
+    </message>
+    <message>
+        <source>model</source>
+        <translation>Modell</translation>
+    </message>
+    <message>
+        <source>interface</source>
+        <translation>Schnittstelle</translation>
+    </message>
+    <message>
+        <source>interface parameter</source>
+        <translation>Parameter der Schnittstelle</translation>
+    </message>
+    <message>
+        <source>did you mean %1 or %2 or %3?</source>
+        <translation>meinten Sie %1 oder %2 oder %3?</translation>
+    </message>
+    <message>
+        <source>did you mean %1 or %2?</source>
+        <translation>meinten Sie %1 oder %2?</translation>
+    </message>
+    <message>
+        <source>did you mean %1?</source>
+        <translation>meinten Sie %1?</translation>
+    </message>
+    <message>
+        <source>models have names such as TX270</source>
+        <translation>Modelle heißen etwa TX270</translation>
+    </message>
+    <message>
+        <source>the interfaces are %1</source>
+        <translation>es gibt die Schnittstellen %1</translation>
+    </message>
+    <message>
+        <source>they are %1</source>
+        <translation>es gibt %1</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is no PARAMETER=VALUE, such as SP_Measrate=2.5</source>
+        <translation>„%1“ ist kein PARAMETER=WERT, etwa SP_Measrate=2.5</translation>
+    </message>
+    <message>
+        <source>&apos;S_Command&apos; is the command itself and no parameter of one</source>
+        <translation>„S_Command“ ist der Befehl selbst und keiner seiner Parameter</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is given twice</source>
+        <translation>„%1“ ist zweimal angegeben</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; has characters that cannot be sent to a sensor</source>
+        <translation>„%1“ hat Zeichen, die nicht an einen Sensor gesendet werden können</translation>
+    </message>
+    <message>
+        <source>the number in &apos;%1&apos; is too large for an integer; with a point it is a decimal</source>
+        <translation>die Zahl in „%1“ ist zu groß für eine ganze Zahl; mit einem Punkt ist sie eine Dezimalzahl</translation>
+    </message>
+    <message>
+        <source>the number in &apos;%1&apos; is too large</source>
+        <translation>die Zahl in „%1“ ist zu groß</translation>
+    </message>
+    <message>
+        <source>the double quotes in &apos;%1&apos; do not enclose the value</source>
+        <translation>die Anführungszeichen in „%1“ umschließen nicht den Wert</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; gives no value; two double quotes stand for an empty text</source>
+        <translation>„%1“ hat keinen Wert; zwei Anführungszeichen stehen für einen leeren Text</translation>
+    </message>
+    <message>
+        <source>the search for %1 was refused: %2</source>
+        <translation>die Suche nach %1 wurde abgelehnt: %2</translation>
+    </message>
+    <message>
+        <source>%1 cannot be searched for: %2</source>
+        <translation>%1 kann nicht gesucht werden: %2</translation>
+    </message>
+    <message>
+        <source>the sensor-access library does not support it</source>
+        <translation>die Sensorbibliothek unterstützt das nicht</translation>
+    </message>
+    <message>
+        <source>the search could not be aborted: %1</source>
+        <translation>die Suche konnte nicht abgebrochen werden: %1</translation>
+    </message>
+    <message>
+        <source>the search did not end within %1 s; its progress cannot be read: %2</source>
+        <translation>die Suche war nach %1 s nicht beendet; ihr Fortschritt kann nicht gelesen werden: %2</translation>
+    </message>
+    <message>
+        <source>the search did not end within %1 s</source>
+        <translation>die Suche war nach %1 s nicht beendet</translation>
+    </message>
+    <message>
+        <source>error %1</source>
+        <translation>Fehler %1</translation>
+    </message>
+    <message>
+        <source>the sensor-access library does not support this model</source>
+        <translation>die Sensorbibliothek unterstützt dieses Modell nicht</translation>
+    </message>
+    <message>
+        <source>the sensor refuses %1: %2</source>
+        <translation>der Sensor lehnt %1 ab: %2</translation>
+    </message>
+    <message>
+        <source>the sensor reports error %1</source>
+        <translation>der Sensor meldet den Fehler %1</translation>
+    </message>
+    <message>
+        <source>the reader has stopped</source>
+        <translation>das Lesen ist beendet</translation>
+    </message>
+    <message>
+        <source>cannot write &apos;%1&apos;: .npy needs a file</source>
+        <translation>„%1“ kann nicht geschrieben werden: .npy braucht eine Datei</translation>
+    </message>
+    <message>
+        <source>cannot write &apos;%1&apos; to the disk: %2</source>
+        <translation>„%1“ kann nicht auf den Datenträger geschrieben werden: %2</translation>
+    </message>
+    <message>
+        <source>cannot write &apos;%1&apos;: %2</source>
+        <translation>„%1“ kann nicht geschrieben werden: %2</translation>
+    </message>
+    <message>
+        <source>it is a directory</source>
+        <translation>es ist ein Ordner</translation>
+    </message>
+    <message>
+        <source>it is write-protected</source>
+        <translation>es ist schreibgeschützt</translation>
+    </message>
+    <message>
+        <source>%1; all of it is in &apos;%2&apos;</source>
+        <translation>%1; alles steht in „%2“</translation>
+    </message>
+    <message>
+        <source>line %1: %2</source>
+        <translation>Zeile %1: %2</translation>
+    </message>
+    <message>
+        <source>the file is empty</source>
+        <translation>die Datei ist leer</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; are not the columns of a recording</source>
+        <translation>„%1“ sind nicht die Spalten einer Aufzeichnung</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is no JSON object</source>
+        <translation>„%1“ ist kein JSON-Objekt</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is no number of a frame</source>
+        <translation>„%1“ ist keine Nummer eines Datensatzes</translation>
+    </message>
+    <message>
+        <source>frame %1 of the file: &apos;%2&apos; is no number of a frame</source>
+        <translation>Datensatz %1 der Datei: „%2“ ist keine Nummer eines Datensatzes</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is no raw value</source>
+        <translation>„%1“ ist kein Rohwert</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is no time</source>
+        <translation>„%1“ ist keine Zeit</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is no value, and too many others are none</source>
+        <translation>„%1“ ist kein Wert, und zu viele andere sind auch keiner</translation>
+    </message>
+    <message>
+        <source>it has not the %1 columns of the file</source>
+        <translation>sie hat nicht die %1 Spalten der Datei</translation>
+    </message>
+    <message>
+        <source>it is no recording, or cut: a line with the names of the columns is missing</source>
+        <translation>es ist keine Aufzeichnung, oder sie ist abgeschnitten: eine Zeile mit den Namen der Spalten fehlt</translation>
+    </message>
+    <message>
+        <source>it is no recording, or cut: there are neither a head nor frames</source>
+        <translation>es ist keine Aufzeichnung, oder sie ist abgeschnitten: sie hat weder einen Kopf noch Datensätze</translation>
+    </message>
+    <message>
+        <source>it is no recording: the object has no &apos;head&apos; and no &apos;frame&apos;</source>
+        <translation>es ist keine Aufzeichnung: das Objekt hat weder „head“ noch „frame“</translation>
+    </message>
+    <message>
+        <source>it is too long for a recording</source>
+        <translation>sie ist zu lang für eine Aufzeichnung</translation>
+    </message>
+    <message>
+        <source>the array has not the columns of a recording</source>
+        <translation>das Feld hat nicht die Spalten einer Aufzeichnung</translation>
+    </message>
+    <message>
+        <source>the file is cut: it has only %1 of the %2 frames that its header tells of</source>
+        <translation>die Datei ist abgeschnitten: sie hat nur %1 der %2 Datensätze, die ihr Kopf nennt</translation>
+    </message>
+    <message>
+        <source>the frame has %1 instead of %2 raw values</source>
+        <translation>der Datensatz hat %1 statt %2 Rohwerte</translation>
+    </message>
+    <message>
+        <source>the frame has %1 instead of %2 values</source>
+        <translation>der Datensatz hat %1 statt %2 Werte</translation>
+    </message>
+    <message>
+        <source>the frame has no time</source>
+        <translation>der Datensatz hat keine Zeit</translation>
+    </message>
+    <message>
+        <source>the frame has no values</source>
+        <translation>der Datensatz hat keine Werte</translation>
+    </message>
+    <message>
+        <source>the gap is described incompletely</source>
+        <translation>die Lücke ist unvollständig beschrieben</translation>
+    </message>
+    <message>
+        <source>the head describes no signals</source>
+        <translation>der Kopf beschreibt keine Signale</translation>
+    </message>
+    <message>
+        <source>the header of the array is cut or no header of .npy</source>
+        <translation>der Kopf des Felds ist abgeschnitten oder keiner von .npy</translation>
+    </message>
+    <message>
+        <source>the last frame is incomplete and is left out</source>
+        <translation>der letzte Datensatz ist unvollständig und wird ausgelassen</translation>
+    </message>
+    <message>
+        <source>the last line is incomplete and is left out</source>
+        <translation>die letzte Zeile ist unvollständig und wird ausgelassen</translation>
+    </message>
+    <message>
+        <source>the number of the frame is none</source>
+        <translation>die Nummer des Datensatzes ist keine</translation>
+    </message>
+    <message>
+        <source>the raw value %1 is no whole number</source>
+        <translation>der Rohwert %1 ist keine ganze Zahl</translation>
+    </message>
+    <message>
+        <source>the value %1 is neither a number nor an error value</source>
+        <translation>der Wert %1 ist weder eine Zahl noch ein Fehlerwert</translation>
+    </message>
+    <message>
+        <source>the sensor does not report its serial number, which was %1</source>
+        <translation>der Sensor meldet seine Seriennummer nicht, die %1 war</translation>
+    </message>
+</context>
+<context>
     <name>Explorer::ExportBar</name>
     <message>
         <source>Progress of the export</source>
@@ -366,6 +645,10 @@
         <source>&lt;model&gt;@&lt;interface&gt;,&lt;name&gt;=&lt;value&gt;,... such as TX270@RS232,port=COM3 or CC430@TCP/IP,address=169.254.168.150</source>
         <translation>&lt;Modell&gt;@&lt;Schnittstelle&gt;,&lt;Name&gt;=&lt;Wert&gt;,... wie TX270@RS232,port=COM3 oder CC430@TCP/IP,address=169.254.168.150</translation>
     </message>
+    <message>
+        <source>Sensors that were found or opened stand here. A double click opens them.</source>
+        <translation>Hier stehen gefundene und geöffnete Sensoren. Ein Doppelklick öffnet sie.</translation>
+    </message>
 </context>
 <context>
     <name>Explorer::FrameExport</name>
@@ -401,6 +684,113 @@
     <message>
         <source>dropped messages: %1</source>
         <translation>verworfene Meldungen: %1</translation>
+    </message>
+</context>
+<context>
+    <name>Explorer::LibraryTexts</name>
+    <message>
+        <source>values were not read or processed in time</source>
+        <translation>Werte wurden nicht rechtzeitig gelesen oder verarbeitet</translation>
+    </message>
+    <message>
+        <source>values were not read in time</source>
+        <translation>Werte wurden nicht rechtzeitig gelesen</translation>
+    </message>
+    <message>
+        <source>values were not processed in time</source>
+        <translation>Werte wurden nicht rechtzeitig verarbeitet</translation>
+    </message>
+    <message>
+        <source>the sensor was disconnected</source>
+        <translation>der Sensor war getrennt</translation>
+    </message>
+    <message>
+        <source>a setting has interrupted the measurement</source>
+        <translation>eine Einstellung hat die Messung unterbrochen</translation>
+    </message>
+    <message>
+        <source>the times of the values do not fit</source>
+        <translation>die Zeiten der Werte passen nicht zueinander</translation>
+    </message>
+    <message>
+        <source>%1 lost</source>
+        <translation>%1 verloren</translation>
+    </message>
+    <message>
+        <source>some lost</source>
+        <translation>etwas verloren</translation>
+    </message>
+    <message>
+        <source>at least %1 lost</source>
+        <translation>mind. %1 verloren</translation>
+    </message>
+    <message>
+        <source>1 frame was lost: %1</source>
+        <translation>1 Datensatz ging verloren: %1</translation>
+    </message>
+    <message>
+        <source>%1 frames were lost: %2</source>
+        <translation>%1 Datensätze gingen verloren: %2</translation>
+    </message>
+    <message>
+        <source>an unknown number of frames was lost in 1 gap: %1</source>
+        <translation>eine unbekannte Zahl von Datensätzen ging in 1 Lücke verloren: %1</translation>
+    </message>
+    <message>
+        <source>an unknown number of frames was lost in %1 gaps: %2</source>
+        <translation>eine unbekannte Zahl von Datensätzen ging in %1 Lücken verloren: %2</translation>
+    </message>
+    <message>
+        <source>card %1</source>
+        <translation>Karte %1</translation>
+    </message>
+    <message>
+        <source>device %1</source>
+        <translation>Gerät %1</translation>
+    </message>
+    <message>
+        <source>channel %1</source>
+        <translation>Kanal %1</translation>
+    </message>
+    <message>
+        <source>bus address %1</source>
+        <translation>Busadresse %1</translation>
+    </message>
+    <message>
+        <source>the sensor has sent no values for %1 s</source>
+        <translation>der Sensor hat seit %1 s keine Werte gesendet</translation>
+    </message>
+    <message>
+        <source>the sensor reports %1 values per frame</source>
+        <translation>der Sensor meldet %1 Werte je Datensatz</translation>
+    </message>
+    <message>
+        <source>another sensor answers: serial number %1 instead of %2</source>
+        <translation>ein anderer Sensor antwortet: Seriennummer %1 statt %2</translation>
+    </message>
+    <message>
+        <source>missing frames: %1 (gaps: %2), and an unknown number (gaps: %3): %4</source>
+        <translation>fehlende Datensätze: %1 (Lücken: %2) und eine unbekannte Zahl (Lücken: %3): %4</translation>
+    </message>
+    <message>
+        <source>an unknown number of frames is missing in %1 gaps (%2)</source>
+        <translation>eine unbekannte Zahl von Datensätzen fehlt in %1 Lücken (%2)</translation>
+    </message>
+    <message>
+        <source>an unknown number of frames is missing (%1)</source>
+        <translation>eine unbekannte Zahl von Datensätzen fehlt (%1)</translation>
+    </message>
+    <message>
+        <source>missing frames: %1 in %2 gaps (%3)</source>
+        <translation>fehlende Datensätze: %1 in %2 Lücken (%3)</translation>
+    </message>
+    <message>
+        <source>missing frames: %1 (%2)</source>
+        <translation>fehlende Datensätze: %1 (%2)</translation>
+    </message>
+    <message>
+        <source>memory full: only the last %1 frames kept</source>
+        <translation>Speicher voll: nur die letzten %1 Datensätze sind da</translation>
     </message>
 </context>
 <context>
@@ -496,7 +886,7 @@
     <name>Explorer::MainWindow</name>
     <message>
         <source>⚠ Simulated: these values come from the bench simulator and are not measurements.</source>
-        <translation>⚠ Simuliert: Diese Werte stammen vom Prüfstandssimulator und sind keine Messwerte.</translation>
+        <translation>⚠ Simuliert: Werte des Prüfstandssimulators, keine Messwerte.</translation>
     </message>
     <message>
         <source>See a sensor</source>
@@ -742,9 +1132,45 @@ Qt %3</translation>
         <source>In the plot: pause; on a number: its limits</source>
         <translation>Im Diagramm: Pause; auf einer Zahl: ihre Grenzen</translation>
     </message>
+    <message>
+        <source>opening</source>
+        <translation>wird geöffnet</translation>
+    </message>
+    <message>
+        <source>The page was closed; the export to %1 goes on.</source>
+        <translation>Die Seite wurde geschlossen; der Export nach %1 läuft weiter.</translation>
+    </message>
+    <message>
+        <source>Exported to %1</source>
+        <translation>Exportiert nach %1</translation>
+    </message>
+    <message>
+        <source>The export to %1 has failed: %2</source>
+        <translation>Der Export nach %1 ist fehlgeschlagen: %2</translation>
+    </message>
+    <message>
+        <source>Files are still being written. The program ends as soon as they are complete.</source>
+        <translation>Es werden noch Dateien geschrieben. Das Programm endet, sobald sie vollständig sind.</translation>
+    </message>
+    <message>
+        <source>End without them</source>
+        <translation>Ohne sie beenden</translation>
+    </message>
+    <message>
+        <source>Wait</source>
+        <translation>Warten</translation>
+    </message>
+    <message>
+        <source>The memory is not enough for the whole recording: of %1 frames only the last %2 are shown.</source>
+        <translation>Der Speicher reicht nicht für die ganze Aufzeichnung: von %1 Datensätzen werden nur die letzten %2 gezeigt.</translation>
+    </message>
 </context>
 <context>
     <name>Explorer::NumberTile</name>
+    <message>
+        <source>zero at %1</source>
+        <translation>Null bei %1</translation>
+    </message>
     <message>
         <source>Limits, zero and reset of %1</source>
         <translation>Grenzen, Nullpunkt und Rücksetzen von %1</translation>
@@ -794,12 +1220,16 @@ Qt %3</translation>
         <translation>✓ innerhalb der Grenzen</translation>
     </message>
     <message>
-        <source>min %1   max %2</source>
-        <translation>min %1   max %2</translation>
+        <source>min %1</source>
+        <translation>min %1</translation>
     </message>
     <message>
-        <source>   %1 errors</source>
-        <translation>   %1 Fehler</translation>
+        <source>max %1</source>
+        <translation>max %1</translation>
+    </message>
+    <message>
+        <source>%1 errors</source>
+        <translation>%1 Fehler</translation>
     </message>
 </context>
 <context>
@@ -918,6 +1348,10 @@ Qt %3</translation>
         <source>error %1</source>
         <translation>Fehler %1</translation>
     </message>
+    <message>
+        <source>Why a change was refused, or how a setting was when the sensor was opened. There is no command for factory settings that all sensors have: to compare with these, save those of a new sensor into a file and compare with the file.</source>
+        <translation>Warum eine Änderung abgelehnt wurde, oder wie eine Einstellung war, als der Sensor geöffnet wurde. Es gibt keinen Befehl für Werkseinstellungen, den alle Sensoren haben: Um mit diesen zu vergleichen, speichern Sie die eines neuen Sensors in eine Datei und vergleichen Sie mit der Datei.</translation>
+    </message>
 </context>
 <context>
     <name>Explorer::ParameterPanel</name>
@@ -1006,10 +1440,6 @@ Qt %3</translation>
         <translation>Einstellungen öffnen</translation>
     </message>
     <message>
-        <source>No sensor is open.</source>
-        <translation>Kein Sensor ist offen.</translation>
-    </message>
-    <message>
         <source>%1 refused: %2</source>
         <translation>%1 abgelehnt: %2</translation>
     </message>
@@ -1052,6 +1482,22 @@ Qt %3</translation>
     <message>
         <source>%1: error %2: %3</source>
         <translation>%1: Fehler %2: %3</translation>
+    </message>
+    <message>
+        <source>No sensor is open. Here you will see its settings, change them in place, undo changes, and compare them with those of a file.</source>
+        <translation>Kein Sensor ist offen. Hier sehen Sie seine Einstellungen, ändern sie an Ort und Stelle, nehmen Änderungen zurück und vergleichen sie mit denen einer Datei.</translation>
+    </message>
+    <message>
+        <source>Saving &apos;%1&apos;...</source>
+        <translation>„%1“ wird gespeichert ...</translation>
+    </message>
+    <message>
+        <source>Reading &apos;%1&apos;...</source>
+        <translation>„%1“ wird gelesen ...</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; was not used: another sensor was chosen while it was read.</source>
+        <translation>„%1“ wurde nicht verwendet: Während des Lesens wurde ein anderer Sensor gewählt.</translation>
     </message>
 </context>
 <context>
@@ -1642,10 +2088,6 @@ Qt %3</translation>
         <translation>Erneut öffnen</translation>
     </message>
     <message>
-        <source>No sensor is open.</source>
-        <translation>Kein Sensor ist offen.</translation>
-    </message>
-    <message>
         <source>Signal</source>
         <translation>Signal</translation>
     </message>
@@ -1741,6 +2183,17 @@ Qt %3</translation>
         <source>Sensor %1</source>
         <translation>Sensor %1</translation>
     </message>
+    <message>
+        <source>No sensor is open. Here you will see what it is, how it is connected, and what it sends.</source>
+        <translation>Kein Sensor ist offen. Hier sehen Sie, was er ist, wie er angeschlossen ist und was er sendet.</translation>
+    </message>
+    <message>
+        <source>%1:
+only about %2</source>
+        <comment>memory, duration</comment>
+        <translation>%1:
+nur etwa %2</translation>
+    </message>
 </context>
 <context>
     <name>Explorer::SensorSession</name>
@@ -1781,16 +2234,12 @@ Qt %3</translation>
         <translation>Fehler %1</translation>
     </message>
     <message>
-        <source>missing frames: %1 (%2)</source>
-        <translation>fehlende Datensätze: %1 (%2)</translation>
-    </message>
-    <message>
-        <source>an unknown number of frames is missing (%1)</source>
-        <translation>eine unbekannte Zahl von Datensätzen fehlt (%1)</translation>
-    </message>
-    <message>
         <source>%1 (error %2)</source>
         <translation>%1 (Fehler %2)</translation>
+    </message>
+    <message>
+        <source>The memory for values is full: the oldest ones are dropped although they are to be kept for %1 s. Keep them for a shorter time, or record them.</source>
+        <translation>Der Speicher für Werte ist voll: die ältesten werden verworfen, obwohl sie %1 s lang behalten werden sollen. Behalten Sie sie kürzer, oder zeichnen Sie sie auf.</translation>
     </message>
 </context>
 <context>
@@ -1827,20 +2276,12 @@ Qt %3</translation>
         <translation>Weitere Aktionen des Diagramms</translation>
     </message>
     <message>
-        <source>%1 lost</source>
-        <translation>%1 verloren</translation>
-    </message>
-    <message>
         <source>No frame is missing.</source>
         <translation>Kein Datensatz fehlt.</translation>
     </message>
     <message>
         <source>no values for %1 s</source>
         <translation>seit %1 s keine Werte</translation>
-    </message>
-    <message>
-        <source>at least %1 lost</source>
-        <translation>mindestens %1 verloren</translation>
     </message>
 </context>
 <context>

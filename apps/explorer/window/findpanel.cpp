@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "findpanel.h"
 
+#include "explorer/sensor/englishtexts.h"
+
 #include "look.h"
 #include "sensordelegate.h"
 
@@ -71,12 +73,31 @@ FindPanel::FindPanel(QWidget *parent)
     layout->addWidget(m_progress);
     layout->addWidget(m_state);
     layout->addWidget(m_list, 1);
+    makeListHint();
     layout->addWidget(makeAddressField());
     makeMenu();
     connectSearch();
     connect(m_searchButton, &QPushButton::clicked, this, &FindPanel::toggleSearch);
     connect(m_list, &QListView::activated, this, &FindPanel::openAt);
     showState(tr("Not searched yet."));
+}
+
+// In the empty list: what will be there.
+void FindPanel::makeListHint()
+{
+    auto *hint = new QLabel(tr("Sensors that were found or opened stand here. A double click opens them."));
+    hint->setObjectName(QStringLiteral("listHint"));
+    hint->setWordWrap(true);
+    hint->setAlignment(Qt::AlignCenter);
+    hint->setAttribute(Qt::WA_TransparentForMouseEvents);
+    hint->setEnabled(false); // in the colour of a hint
+    auto *layout = new QVBoxLayout(m_list->viewport());
+    layout->addWidget(hint);
+    const auto update = [this, hint] { hint->setVisible(m_sensors.rowCount() == 0); };
+    for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
+        connect(&m_sensors, signal, hint, update);
+    connect(&m_sensors, &QAbstractItemModel::modelReset, hint, update);
+    update();
 }
 
 QWidget *FindPanel::makeScope()
@@ -86,7 +107,7 @@ QWidget *FindPanel::makeScope()
     nameFor(m_models, tr("Model to search for"), "models");
     m_interfaces->setPopupMode(QToolButton::InstantPopup);
     m_interfaces->setMenu(m_interfaceMenu);
-    m_interfaces->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    m_interfaces->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     m_interfaces->setToolButtonStyle(Qt::ToolButtonTextOnly);
     for (const SensorInterface type : sensorInterfaces()) {
         QAction *const action = m_interfaceMenu->addAction(interfaceName(type));
@@ -103,7 +124,7 @@ QWidget *FindPanel::makeScope()
     // The longest names would make the panel too wide.
     for (QComboBox *box : {m_groups, m_models}) {
         box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-        box->setMinimumContentsLength(12);
+        box->setMinimumContentsLength(11);
     }
     connect(m_groups, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &FindPanel::fillModels);
     fillModels();
@@ -182,8 +203,8 @@ void FindPanel::connectSearch()
         showState(tr("Searching ... found so far: %1").arg(m_sensors.foundCount()));
     });
     connect(&m_search, &SensorSearch::problemOccurred, this, [this](const QString &text) {
-        m_problem = text;
-        Q_EMIT problemOccurred(text);
+        m_problem = shownText(text);
+        Q_EMIT problemOccurred(m_problem);
     });
     connect(&m_search, &SensorSearch::finished, this, [this] {
         m_searchButton->setText(tr("&Search"));
@@ -288,7 +309,7 @@ void FindPanel::checkTyped()
     QPalette colours = palette();
     colours.setColor(QPalette::WindowText, colourOf(Meaning::Problem, colours));
     m_addressProblem->setPalette(colours);
-    m_addressProblem->setText(QStringLiteral("\u26a0 %1").arg(problem));
+    m_addressProblem->setText(QStringLiteral("\u26a0 %1").arg(shownText(problem)));
 }
 
 void FindPanel::save(QSettings &settings) const

@@ -47,6 +47,7 @@ Q_SIGNALS:
 
 private:
     QWidget *makeScope();
+    void makeListHint();
     QWidget *makeAddressField();
     void makeMenu();
     void connectSearch();

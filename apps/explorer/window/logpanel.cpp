@@ -3,6 +3,8 @@
 
 #include "look.h"
 
+#include "explorer/plot/flowlayout.h"
+
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
@@ -10,10 +12,10 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QSortFilterProxyModel>
+#include <QToolButton>
 #include <QTreeView>
 
 #include <algorithm>
@@ -91,20 +93,23 @@ LogPanel::LogPanel(QWidget *parent)
     m_kind->addItem(tr("Calls"), LogModel::Call);
     m_everyCall->setObjectName(QStringLiteral("everyCall"));
     m_everyCall->setToolTip(tr("Also shows every opening, closing and command"));
-    auto *copyButton = new QPushButton(tr("Copy"));
-    auto *clearButton = new QPushButton(tr("Clear"));
+    auto *copyButton = new QToolButton; // narrower than a push button
+    auto *clearButton = new QToolButton;
+    copyButton->setText(tr("Copy"));
+    clearButton->setText(tr("Clear"));
     clearButton->setObjectName(QStringLiteral("clearLog"));
-    auto *bar = new QHBoxLayout;
-    bar->addWidget(m_text, 1);
-    bar->addWidget(m_kind);
-    bar->addWidget(m_everyCall);
-    bar->addWidget(copyButton);
-    bar->addWidget(clearButton);
+    auto *bar = new QWidget;
+    auto *barLayout = new FlowLayout(bar); // in a narrow window in two rows
+    barLayout->setContentsMargins(0, 0, 0, 0);
+    barLayout->setKeepsHeight(true);
+    barLayout->addWidget(m_text);
+    for (QWidget *widget : std::initializer_list<QWidget *>{m_kind, m_everyCall, copyButton, clearButton})
+        barLayout->addWidget(widget);
     auto *layout = new QVBoxLayout(this);
-    layout->addLayout(bar);
+    layout->addWidget(bar);
     layout->addWidget(m_view, 1);
-    connect(copyButton, &QPushButton::clicked, this, &LogPanel::copy);
-    connect(clearButton, &QPushButton::clicked, &m_model, &LogModel::clear);
+    connect(copyButton, &QToolButton::clicked, this, &LogPanel::copy);
+    connect(clearButton, &QToolButton::clicked, &m_model, &LogModel::clear);
     connectView();
 }
 

@@ -4,8 +4,12 @@
 #include "explorer/plot/signalcolours.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QLocale>
+#include <QPainter>
+#include <QProxyStyle>
 #include <QStyleFactory>
+#include <QStyleOption>
 
 using State = SondixQt::SensorReader::State;
 
@@ -15,15 +19,15 @@ namespace {
 
 QPalette darkPalette()
 {
-    const QColor ground(0x1f, 0x22, 0x26);
+    const QColor ground(0x2b, 0x2f, 0x34);
     const QColor field(0x17, 0x19, 0x1c);
-    const QColor raised(0x2c, 0x30, 0x36);
+    const QColor raised(0x3b, 0x41, 0x48);
     const QColor text(0xe6, 0xe8, 0xea);
-    const QColor weakText(0x83, 0x89, 0x90);
+    const QColor weakText(0x90, 0x97, 0x9e);
     QPalette palette(raised, ground);
     palette.setColor(QPalette::WindowText, text);
     palette.setColor(QPalette::Base, field);
-    palette.setColor(QPalette::AlternateBase, QColor(0x1d, 0x20, 0x23));
+    palette.setColor(QPalette::AlternateBase, QColor(0x1e, 0x21, 0x25));
     palette.setColor(QPalette::Text, text);
     palette.setColor(QPalette::ButtonText, text);
     palette.setColor(QPalette::BrightText, Qt::white);
@@ -50,13 +54,42 @@ QPalette lightPalette()
     return palette;
 }
 
+/// Buttons that are on have the accent colour: the style only darkens them a little.
+class ExplorerStyle : public QProxyStyle
+{
+public:
+    ExplorerStyle()
+        : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion")))
+    {
+    }
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                       const QWidget *widget) const override
+    {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        if (element != PE_PanelButtonTool || !option->state.testFlag(State_On))
+            return;
+        constexpr double margin = 1.0;
+        constexpr double radius = 2.0;
+        const QColor accent = option->palette.color(QPalette::Highlight);
+        QColor ground = accent;
+        ground.setAlpha(70);
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(QPen(accent, 1.5));
+        painter->setBrush(ground);
+        painter->drawRoundedRect(QRectF(option->rect).adjusted(margin, margin, -margin, -margin), radius, radius);
+        painter->restore();
+    }
+};
+
 } // namespace
 
 void applyTheme(Theme theme)
 {
     static const QPalette systemPalette = QApplication::palette();
     // The native styles of some systems do not follow a palette.
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new ExplorerStyle);
     switch (theme) {
     case Theme::System:
         QApplication::setPalette(isDark(systemPalette) ? darkPalette() : lightPalette());
@@ -128,6 +161,18 @@ QString shownDuration(double seconds)
         .arg(whole / 3600, 2, 10, zero)
         .arg(whole / 60 % 60, 2, 10, zero)
         .arg(whole % 60, 2, 10, zero);
+}
+
+void makePlaceholder(QLabel &label)
+{
+    constexpr int margin = 12;
+    label.setAlignment(Qt::AlignCenter);
+    label.setMargin(margin);
+    label.setFrameStyle(QFrame::StyledPanel);
+    label.setAutoFillBackground(true);
+    label.setBackgroundRole(QPalette::Base);
+    label.setForegroundRole(QPalette::PlaceholderText);
+    label.setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
 }
 
 QString shownRate(double hertz)

@@ -7,6 +7,8 @@
 #include <QPalette>
 #include <QString>
 
+class QLabel;
+
 namespace Explorer {
 
 /// The colours of the windows.
@@ -28,5 +30,7 @@ QColor colourOf(SondixQt::SensorReader::State state, const QPalette &palette);
 QString shownDuration(double seconds);
 /// A rate in Hz such as "2 kHz".
 QString shownRate(double hertz);
+/// Lets \a label look like a list that has no entries yet, with a hint.
+void makePlaceholder(QLabel &label);
 
 } // namespace Explorer

@@ -9,7 +9,12 @@
 #include "sessionarea.h"
 #include "sessionview.h"
 
+#include "explorer/plot/drawnicon.h"
+#include "explorer/plot/flowlayout.h"
 #include "explorer/plot/plotview.h"
+#include "explorer/sensor/diskthread.h"
+#include "explorer/sensor/englishtexts.h"
+#include "explorer/sensor/librarytexts.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -17,17 +22,19 @@
 #include <QDockWidget>
 #include <QDragEnterEvent>
 #include <QFileInfo>
+#include <QImage>
 #include <QLabel>
 #include <QLocale>
 #include <QMenu>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QStackedWidget>
 #include <QTimer>
 #include <QUrl>
 
 #include <algorithm>
-#include <memory>
 
 using namespace SondixQt;
 using State = SondixQt::SensorReader::State;
@@ -114,6 +121,8 @@ QWidget *MainWindow::makeWelcome()
     text->setWordWrap(true);
     auto *search = new QPushButton(tr("Search for sensors"));
     auto *open = new QPushButton(tr("Open by address ..."));
+    search->setIcon(drawnIcon(Drawing::Search));
+    open->setIcon(drawnIcon(Drawing::Open));
     search->setObjectName(QStringLiteral("welcomeSearch"));
     open->setObjectName(QStringLiteral("welcomeOpen"));
     connect(search, &QPushButton::clicked, this, &MainWindow::startSearch);
@@ -125,11 +134,15 @@ QWidget *MainWindow::makeWelcome()
     auto *blockLayout = new QVBoxLayout(block);
     blockLayout->addWidget(title);
     blockLayout->addWidget(text);
-    auto *buttons = new QHBoxLayout;
-    buttons->addWidget(search);
-    buttons->addWidget(open);
-    buttons->addStretch(1);
-    blockLayout->addLayout(buttons);
+    auto *buttons = new QWidget;
+    auto *buttonLayout = new FlowLayout(buttons);
+    buttonLayout->setContentsMargins(0, 0, 0, 0);
+    buttonLayout->setKeepsHeight(true);
+    buttonLayout->addWidget(search);
+    buttonLayout->addWidget(open);
+    blockLayout->addWidget(buttons);
+    blockLayout->addSpacing(fontMetrics().height());
+    blockLayout->addWidget(makeFamilies());
     auto *centring = new QHBoxLayout;
     centring->addStretch(1);
     centring->addWidget(block, 8);
@@ -138,7 +151,41 @@ QWidget *MainWindow::makeWelcome()
     layout->addStretch(1);
     layout->addLayout(centring);
     layout->addStretch(2);
-    return welcome;
+    auto *area = new QScrollArea; // for small windows
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // the text is wrapped
+    area->setBackgroundRole(QPalette::Base);
+    welcome->setBackgroundRole(QPalette::Base);
+    area->setWidget(welcome);
+    return area;
+}
+
+// What can be seen here: a picture of each family of sensors.
+QWidget *MainWindow::makeFamilies()
+{
+    constexpr int size = 64;
+    auto *families = new QWidget;
+    auto *layout = new FlowLayout(families);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(fontMetrics().averageCharWidth());
+    layout->setKeepsHeight(true);
+    const QList<SensorGroup> groups = sensorGroups();
+    QVector<QImage> shown{getSensorGroupImage(NoGroup).toImage()}; // the picture of families without one
+    for (const SensorGroup group : groups) {
+        const QPixmap image = getSensorGroupImage(group);
+        if (group == AllGroups || shown.contains(image.toImage())) // some families share one
+            continue;
+        shown += image.toImage();
+        auto *picture = new QLabel;
+        picture->setFixedSize(size, size);
+        picture->setScaledContents(true);
+        picture->setPixmap(image);
+        picture->setToolTip(sensorGroupName(group));
+        picture->setAccessibleName(picture->toolTip());
+        layout->addWidget(picture);
+    }
+    return families;
 }
 
 QDockWidget *MainWindow::addDock(Qt::DockWidgetArea area, const QString &title, const char *name, QWidget *widget)
@@ -163,7 +210,7 @@ void MainWindow::makeDocks()
     tabifyDockWidget(parameters, page);
     parameters->raise();
     const int character = fontMetrics().averageCharWidth();
-    resizeDocks({find, parameters}, {34 * character, 42 * character}, Qt::Horizontal);
+    resizeDocks({find, parameters}, {34 * character, 46 * character}, Qt::Horizontal);
     resizeDocks({log}, {fontMetrics().height() * 9}, Qt::Vertical);
 }
 
@@ -217,8 +264,21 @@ SessionView *MainWindow::openSensor(const SensorAddress &address, const QString 
     m_find->sensors().addOpened(address, {}, {});
     m_find->sensors().setOpen(address, true);
     addPage(view);
-    view->session()->open();
+    openWhenFree(view);
     return view;
+}
+
+// A page that is still closing has the sensor: it is in use until then.
+void MainWindow::openWhenFree(SessionView *view)
+{
+    const auto closing = std::find_if(m_closing.cbegin(), m_closing.cend(), [view](const auto &other) {
+        return other && other != view && other->session() && // a recording whose export goes on has none
+               other->session()->address() == view->session()->address();
+    });
+    if (closing == m_closing.cend())
+        view->session()->open();
+    else
+        connect(*closing, &SessionView::ended, view, [this, view] { openWhenFree(view); });
 }
 
 void MainWindow::addPage(SessionView *view)
@@ -242,6 +302,8 @@ void MainWindow::connectSession(SessionView *view)
     connect(session, &SensorSession::happened, this, [this, session](const QString &text, bool isProblem) {
         m_log->model().add(isProblem ? LogModel::Problem : LogModel::Event, session->title(), text);
     });
+    connect(session, &SensorSession::gapHappened, this,
+            [this, session](const DataGap &gap) { m_log->model().add(session->title(), gap); });
     const ParameterModel *const parameters = view->parameters();
     connect(parameters, &ParameterModel::refused, this,
             [this, session](const QModelIndex &index, const QString &sentence) {
@@ -300,59 +362,101 @@ void MainWindow::closePage(SessionView *view)
     m_area->take(view);
     SensorSession *const session = view->session();
     showCurrent();
-    if (!session) {
+    if (!session && !view->plot()->isExporting()) {
         view->deleteLater();
         return;
     }
-    m_find->sensors().setOpen(session->address(), false);
     m_closing.append(view);
     view->setParent(this);
     view->hide();
-    connect(session, &SensorSession::closed, view, [this, view] {
+    finishExport(*view);
+    connect(view, &SessionView::ended, this, [this, view] {
         m_closing.removeAll(view);
         view->deleteLater();
     });
+    if (!session) {
+        view->end();
+        return;
+    }
+    m_find->sensors().setOpen(session->address(), false);
+    connect(session, &SensorSession::closed, view, &SessionView::end);
     session->close();
+}
+
+// The values are kept until the file is complete. The page no longer shows what becomes of it: the log does.
+void MainWindow::finishExport(SessionView &view)
+{
+    PlotView *const plot = view.plot();
+    if (!plot->isExporting())
+        return;
+    const QString title = view.title();
+    m_log->model().add(LogModel::Event, title,
+                       tr("The page was closed; the export to %1 goes on.").arg(plot->exportPath()));
+    connect(plot, &PlotView::exportFinished, this, [this, title](const QString &path, const QString &problem) {
+        if (problem.isEmpty())
+            m_log->model().add(LogModel::Event, title, tr("Exported to %1").arg(path));
+        else
+            reportProblem(title, tr("The export to %1 has failed: %2").arg(path, problem));
+    });
+    view.addEnding([] {}, [plot] { return plot->isExporting(); });
 }
 
 bool MainWindow::openArgument(const QString &text)
 {
-    if (QFileInfo::exists(text))
-        return openFile(text) != nullptr;
+    if (QFileInfo::exists(text)) {
+        openFile(text);
+        return true;
+    }
     QString problem;
     if (const auto address = SensorAddress::parse(text, &problem)) {
         openSensor(*address);
         return true;
     }
-    reportProblem(tr("Open"), problem);
+    reportProblem(tr("Open"), shownText(problem));
     return false;
 }
 
-SessionView *MainWindow::openFile(const QString &path)
+void MainWindow::openFile(const QString &path)
 {
     const QString name = QFileInfo(path).fileName();
-    auto loader = std::make_unique<RecordingLoader>(path);
-    if (!loader->start()) {
-        reportProblem(name, loader->problem());
-        return nullptr;
-    }
-    RecordingLoader *const recording = loader.release();
+    auto *const recording = new RecordingLoader(path, this);
+    m_log->model().add(LogModel::Event, name, tr("opening"));
+    connect(recording, &RecordingLoader::opened, this,
+            [this, recording, name] { showRecording(recording, name); });
+    connect(recording, &RecordingLoader::refused, this, [this, recording, name](const QString &problem) {
+        reportProblem(name, shownText(problem));
+        recording->deleteLater();
+    });
+}
+
+void MainWindow::showRecording(RecordingLoader *recording, const QString &name)
+{
     auto *const view = new SessionView(&recording->history(), name);
     recording->setParent(view);
     view->plot()->setErrorText([recording](double value) { return recording->errorText(value); });
+    view->plot()->setRecordHead([recording] { return recording->head(); });
+    restoreView(*view);
     view->plot()->showEverything();
     connect(recording, &RecordingLoader::advanced, view, [view, recording] {
         const QString frames = tr("%1 frames").arg(QLocale().toString(recording->frames()));
-        view->setStatus(recording->isComplete()
-                            ? frames
-                            : tr("%1, %2 % read").arg(frames).arg(qRound(recording->progress() * 100.0)));
+        const QString text = recording->isComplete()
+                                 ? frames
+                                 : tr("%1, %2 % read").arg(frames).arg(qRound(recording->progress() * 100.0));
+        const QString cut = shownCut(recording->history());
+        view->setStatus(cut.isEmpty() ? text : text + QStringLiteral("   ") + cut);
     });
     connect(recording, &RecordingLoader::finished, this, [this, recording, name] {
         if (!recording->note().isEmpty())
-            reportProblem(name, recording->note());
+            reportProblem(name, shownText(recording->note()));
+        const SignalHistory &history = recording->history();
+        if (history.cutFrames() > 0)
+            reportProblem(name,
+                          tr("The memory is not enough for the whole recording: of %1 frames only the last %2 are "
+                             "shown.")
+                              .arg(QLocale().toString(recording->frames()),
+                                   QLocale().toString(history.endFrame() - history.firstFrame())));
     });
     addPage(view);
-    return view;
 }
 
 void MainWindow::addSessionView(const QString &title, QWidget *view)
@@ -383,10 +487,18 @@ void MainWindow::focusAddress()
 
 bool MainWindow::isBusy() const
 {
-    return std::any_of(m_closing.begin(), m_closing.end(), [](const auto &view) { return !view.isNull(); });
+    return isWriting() ||
+           std::any_of(m_closing.begin(), m_closing.end(), [](const auto &view) { return !view.isNull(); });
 }
 
-// The window disappears at once; the program ends when what the sensors have sent was delivered.
+bool MainWindow::isWriting() const
+{
+    return DiskThread::unfinishedWrites() > 0 ||
+           std::any_of(m_closing.begin(), m_closing.end(),
+                       [](const auto &view) { return view && view->plot()->isExporting(); });
+}
+
+// The window disappears at once; the program ends when what the sensors have sent was delivered and files are written.
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     if (m_isQuitting) {
@@ -409,6 +521,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
     const auto end = [this, waiting, limit] {
         waiting->stop();
         limit->stop();
+        delete m_waitingBox;
         close();
         QApplication::quit();
     };
@@ -416,11 +529,39 @@ void MainWindow::closeEvent(QCloseEvent *event)
         if (!isBusy())
             end();
     });
-    connect(limit, &QTimer::timeout, this, end);
+    connect(limit, &QTimer::timeout, this, [this, limit, end] {
+        if (isWriting())
+            askToWait(*limit, end);
+        else
+            end();
+    });
     constexpr int checkInterval = 20;
     waiting->start(checkInterval);
     limit->setSingleShot(true);
     limit->start(longestQuitting);
+}
+
+// A user who chooses to wait is asked again later: the window is closed, and the disk may never respond.
+void MainWindow::askToWait(QTimer &limit, const std::function<void()> &end)
+{
+    m_waitingBox =
+        new QMessageBox(QMessageBox::Information, QApplication::applicationName(),
+                        tr("Files are still being written. The program ends as soon as they are complete."),
+                        QMessageBox::NoButton);
+    m_waitingBox->setObjectName(QStringLiteral("waitingForFiles"));
+    m_waitingBox->setAttribute(Qt::WA_DeleteOnClose);
+    const QPushButton *const leave = m_waitingBox->addButton(tr("End without them"), QMessageBox::DestructiveRole);
+    QPushButton *const wait = m_waitingBox->addButton(tr("Wait"), QMessageBox::RejectRole);
+    m_waitingBox->setDefaultButton(wait);
+    m_waitingBox->setEscapeButton(wait);
+    // Not within the button's own signal: the box is destroyed.
+    connect(leave, &QPushButton::clicked, this, end, Qt::QueuedConnection);
+    // Not only by the button: the box may also be closed by the window manager.
+    connect(m_waitingBox, &QDialog::finished, &limit, [&limit] {
+        constexpr int nextQuestion = 20000;
+        limit.start(nextQuestion);
+    });
+    m_waitingBox->show();
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)

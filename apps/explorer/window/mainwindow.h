@@ -10,11 +10,15 @@
 #include <QUndoGroup>
 #include <QVector>
 
+#include <functional>
+
 class QActionGroup;
 class QDockWidget;
 class QLabel;
 class QMenu;
+class QMessageBox;
 class QStackedWidget;
+class QTimer;
 class QToolBar;
 
 namespace Explorer {
@@ -22,6 +26,7 @@ namespace Explorer {
 class FindPanel;
 class LogPanel;
 class ParameterPanel;
+class RecordingLoader;
 class SensorPage;
 class SensorSession;
 class SessionArea;
@@ -40,13 +45,16 @@ public:
     ~MainWindow() override;
 
     /// Opens the sensor at \a address in a page of its own, or shows the page that it has. \a title is shown until the
-    /// sensor has answered.
+    /// sensor has answered. While a page with the sensor is still closing, the new page waits for it.
     SessionView *openSensor(const SondixQt::SensorAddress &address, const QString &title = QString());
-    /// Shows the recording \a path in a page of its own. Null with an entry in the log if it is none.
-    SessionView *openFile(const QString &path);
-    /// Opens the address or the recording \a text, as it stands on the command line. False with an entry in the log if
-    /// it is neither.
+    /// Shows the recording \a path in a page of its own as soon as its head is read. If it is no recording, the log says
+    /// so.
+    void openFile(const QString &path);
+    /// Opens the address or the file \a text, as it stands on the command line. False with an entry in the log if it is
+    /// neither.
     bool openArgument(const QString &text);
+    /// Fits the window into \a available pixels. On a small screen the log is folded away at the first start.
+    void fitTo(const QSize &available);
     /// Closes a page: what its sensor has sent until now is still delivered, to a recording for example.
     void closePage(SessionView *view);
 
@@ -74,7 +82,7 @@ public:
     /// \}
 
 Q_SIGNALS:
-    /// A page was added. Its session has begun to open the sensor.
+    /// A page was added. Its session opens the sensor afterwards.
     void viewAdded(Explorer::SessionView *view);
     /// Another page is in front, or none: null.
     void currentViewChanged(Explorer::SessionView *view);
@@ -88,6 +96,7 @@ protected:
 private:
     void makeCentre();
     QWidget *makeWelcome();
+    QWidget *makeFamilies();
     void makeDocks();
     QDockWidget *addDock(Qt::DockWidgetArea area, const QString &title, const char *name, QWidget *widget);
     void makeMenus();
@@ -100,11 +109,12 @@ private:
     void fillRecentMenu();
     void connectPanels();
     void connectSession(SessionView *view);
+    void openWhenFree(SessionView *view);
     void takeIdentity(SensorSession *session);
+    void showRecording(RecordingLoader *recording, const QString &name);
 
     void showCurrent();
     void showTitle(SessionView *view);
-    void showWelcome();
     void showAbout();
     void showShortcuts();
     void startSearch();
@@ -115,6 +125,9 @@ private:
     static void restoreView(SessionView &view);
     void setTheme(Theme theme);
     bool isBusy() const;
+    bool isWriting() const;
+    void finishExport(SessionView &view);
+    void askToWait(QTimer &limit, const std::function<void()> &end);
 
     QToolBar *m_toolBar = nullptr;
     QMenu *m_fileMenu = nullptr;
@@ -137,7 +150,9 @@ private:
     QActionGroup *m_themes = nullptr;
     QVector<QDockWidget *> m_docks;
     QVector<QPointer<SessionView>> m_closing;
+    bool m_isFirstStart = false;
     bool m_isQuitting = false;
+    QPointer<QMessageBox> m_waitingBox; // while files are written on quitting
 };
 
 } // namespace Explorer

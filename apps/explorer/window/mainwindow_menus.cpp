@@ -7,11 +7,17 @@
 #include "sessionarea.h"
 #include "sessionview.h"
 
+#include "explorer/plot/drawnicon.h"
+#include "explorer/plot/plotview.h"
 #include "explorer/sensor/accesslibrary.h"
+#include "explorer/sensor/filenames.h"
 
 #include <QActionGroup>
 #include <QApplication>
+#include <QBoxLayout>
 #include <QClipboard>
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QDockWidget>
 #include <QFileDialog>
@@ -20,6 +26,7 @@
 #include <QMessageBox>
 #include <QSettings>
 #include <QToolBar>
+#include <QTreeWidget>
 
 using namespace SondixQt;
 
@@ -34,13 +41,8 @@ const QLatin1String themeKey("window/theme");
 const QLatin1String numbersKey("window/numbers");
 const QLatin1String sideBySideKey("window/sideBySide");
 const QLatin1String everyCallKey("log/everyCall");
+const QLatin1String plotGroup("plot");
 constexpr int mostRecent = 10;
-
-// A slash would begin another group.
-QString groupOfSensor(const SensorAddress &address)
-{
-    return QStringLiteral("sensor ") + address.toString().replace(QLatin1Char('/'), QLatin1Char('|'));
-}
 
 } // namespace
 
@@ -57,6 +59,9 @@ void MainWindow::makeToolBar()
     m_toolBar = addToolBar(tr("Main toolbar"));
     m_toolBar->setObjectName(QStringLiteral("mainToolBar"));
     m_toolBar->setMovable(false);
+    m_toolBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    const int icon = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
+    m_toolBar->setIconSize({icon, icon});
     m_state = new QLabel;
     m_state->setObjectName(QStringLiteral("currentState"));
     m_state->setContentsMargins(0, 0, 8, 0);
@@ -87,6 +92,8 @@ void MainWindow::makeFileMenu()
     connect(open, &QAction::triggered, this, &MainWindow::focusAddress);
     m_toolBar->addAction(search);
     m_toolBar->addAction(open);
+    search->setIcon(drawnIcon(Drawing::Search));
+    open->setIcon(drawnIcon(Drawing::Open));
     search->setIconText(tr("Search"));
     open->setIconText(tr("Open address"));
     QAction *const file =
@@ -196,10 +203,16 @@ void MainWindow::makeHelpMenu()
 
 void MainWindow::showShortcuts()
 {
-    QString rows;
-    const auto add = [&rows](const QString &keys, const QString &effect) {
-        rows += QStringLiteral("<tr><td>%1</td><td>&nbsp;&nbsp;</td><td>%2</td></tr>")
-                    .arg(keys.toHtmlEscaped(), effect.toHtmlEscaped());
+    // Not a table in a message box: its layout takes longer than 100 ms.
+    auto *list = new QTreeWidget;
+    list->setObjectName(QStringLiteral("keyboardList"));
+    list->setAccessibleName(tr("Keyboard"));
+    list->setColumnCount(2);
+    list->setHeaderHidden(true);
+    list->setRootIsDecorated(false);
+    list->setUniformRowHeights(true);
+    const auto add = [list](const QString &keys, const QString &effect) {
+        new QTreeWidgetItem(list, {keys, effect});
     };
     QMap<QString, QString> actions;
     for (const QAction *action : findChildren<QAction *>()) {
@@ -215,10 +228,17 @@ void MainWindow::showShortcuts()
     add(tr("Home, End"), tr("In the plot: the first values, the newest values"));
     add(QStringLiteral("0"), tr("In the plot: show everything"));
     add(tr("Space"), tr("In the plot: pause; on a number: its limits"));
-    auto *box = new QMessageBox(QMessageBox::NoIcon, tr("Keyboard"), QStringLiteral("<table>%1</table>").arg(rows),
-                                QMessageBox::Ok, this);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->open();
+    list->resizeColumnToContents(0);
+    auto *dialog = new QDialog(this);
+    dialog->setWindowTitle(tr("Keyboard"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
+    connect(buttons, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
+    auto *layout = new QVBoxLayout(dialog);
+    layout->addWidget(list);
+    layout->addWidget(buttons);
+    dialog->resize(fontMetrics().averageCharWidth() * 80, fontMetrics().height() * 32);
+    dialog->open();
 }
 
 void MainWindow::showAbout()
@@ -258,19 +278,36 @@ void MainWindow::saveChoices()
     m_find->save(settings);
 }
 
+void MainWindow::fitTo(const QSize &available)
+{
+    constexpr QSize roomForAll(1100, 640);
+    resize(size().boundedTo(available));
+    if (m_isFirstStart && available.boundedTo(roomForAll) != roomForAll)
+        m_docks.last()->hide(); // the log
+}
+
 void MainWindow::saveView(const SessionView &view)
 {
+    QSettings settings;
+    settings.beginGroup(plotGroup);
+    view.plot()->savePanels(settings);
+    settings.endGroup();
     if (!view.session())
         return;
-    QSettings settings;
-    settings.beginGroup(groupOfSensor(view.session()->address()));
+    settings.beginGroup(settingsGroupOf(view.session()->address()));
     view.save(settings);
 }
 
 void MainWindow::restoreView(SessionView &view)
 {
+    // A sensor that is opened for the first time, or a recording, has the panels that were chosen last.
     QSettings settings;
-    settings.beginGroup(groupOfSensor(view.session()->address()));
+    settings.beginGroup(plotGroup);
+    view.plot()->restorePanels(settings);
+    settings.endGroup();
+    if (!view.session())
+        return;
+    settings.beginGroup(settingsGroupOf(view.session()->address()));
     view.restore(settings);
 }
 
@@ -283,6 +320,7 @@ void MainWindow::restoreChoices()
         action->setChecked(action->data().toInt() == int(theme));
     applyTheme(theme);
     resize(firstSize);
+    m_isFirstStart = !settings.contains(docksKey);
     restoreGeometry(settings.value(geometryKey).toByteArray());
     QMainWindow::restoreState(settings.value(docksKey).toByteArray(), stateVersion);
     m_numbersAction->setChecked(settings.value(numbersKey, true).toBool());

@@ -46,6 +46,7 @@ NumbersView::NumbersView(const SignalValues &values, const ErrorText &errorText,
     setObjectName(QStringLiteral("numbersView"));
     setAccessibleName(tr("Present values"));
     m_layout->setContentsMargins(0, 0, 0, 0);
+    m_layout->setSizeConstraint(QLayout::SetNoConstraint); // in a narrower page the tiles get fewer columns
     connect(&m_timer, &QTimer::timeout, this, [this] {
         if (m_isStale && isVisible())
             draw();
@@ -74,10 +75,15 @@ void NumbersView::arrange()
 {
     constexpr double widthOfValue = 6.5; // of a value with its unit, in heights of its digits
     const int count = m_tiles.size();
+    const QSize least = minimumSizeHint();        // of a tile
     const int lines = 3 * fontMetrics().height(); // above and below the digits
     int best = 1;
     double bestSize = -HUGE_VAL;
     for (int columns = 1; columns <= count; ++columns) {
+        // One below the other only if there is room for it.
+        const int rowsBefore = columns > 1 ? (count + columns - 2) / (columns - 1) : 0;
+        if (columns > 1 && width() / columns < least.width() && height() / rowsBefore >= least.height())
+            break;
         const int rows = (count + columns - 1) / columns;
         const double byHeight = static_cast<double>(height()) / rows - lines;
         const double byWidth = static_cast<double>(width()) / columns / widthOfValue;
@@ -90,6 +96,11 @@ void NumbersView::arrange()
         m_layout->removeWidget(m_tiles.at(i));
         m_layout->addWidget(m_tiles.at(i), i / best, i % best);
     }
+}
+
+QSize NumbersView::minimumSizeHint() const
+{
+    return m_tiles.isEmpty() ? QSize() : m_tiles.first()->minimumSizeHint();
 }
 
 void NumbersView::resizeEvent(QResizeEvent *event)
@@ -147,13 +158,12 @@ void NumbersView::save(QSettings &settings) const
     settings.beginWriteArray(limitsArray);
     int index = 0;
     for (auto it = m_limits.cbegin(); it != m_limits.cend(); ++it) {
-        if (*it == DisplayLimits())
+        if (!it->lower && !it->upper)
             continue;
         settings.setArrayIndex(index++);
         settings.setValue(QStringLiteral("signal"), it.key());
         settings.setValue(QStringLiteral("lower"), stored(it->lower));
         settings.setValue(QStringLiteral("upper"), stored(it->upper));
-        settings.setValue(QStringLiteral("offset"), stored(it->offset));
     }
     settings.endArray();
 }
@@ -166,7 +176,6 @@ void NumbersView::restore(QSettings &settings)
         DisplayLimits limits;
         limits.lower = storedNumber(settings.value(QStringLiteral("lower")));
         limits.upper = storedNumber(settings.value(QStringLiteral("upper")));
-        limits.offset = storedNumber(settings.value(QStringLiteral("offset"))).value_or(0.0);
         m_limits[settings.value(QStringLiteral("signal")).toString()] = limits;
     }
     settings.endArray();

@@ -36,9 +36,10 @@ public:
     void setFrame(const SondixQt::TransmittedDataInfo &frame);
     NumberTile *tile(int signal) const { return m_tiles.value(signal); }
 
-    /// Limits and offsets, by the names of the signals.
+    /// Limits, by the names of the signals. Not the offsets: another sensor may be at the address the next time.
     void save(QSettings &settings) const;
     void restore(QSettings &settings);
+    QSize minimumSizeHint() const override;
 
 public Q_SLOTS:
     /// The values have changed.

@@ -60,6 +60,13 @@ NumberTile::NumberTile(const SondixQt::SignalInfo &info, QWidget *parent)
     makeMenu();
 }
 
+NumberTile::~NumberTile()
+{
+    // A field that has the focus loses it when the menu is destroyed, after this object.
+    for (QLineEdit *field : {m_lower, m_upper, m_offset})
+        field->disconnect(this);
+}
+
 void NumberTile::makeMenu()
 {
     m_menu = new QMenu(this);
@@ -167,30 +174,71 @@ void NumberTile::showAgain()
         else if (m_limits.lower || m_limits.upper)
             m_limitText = tr("\u2713 within the limits");
     }
-    setAccessibleDescription(QStringLiteral("%1 %2 %3").arg(m_text, m_info.scaledUnit, m_limitText));
+    const bool hasZero = m_limits.offset < 0.0 || m_limits.offset > 0.0;
+    m_zeroText = hasZero ? tr("zero at %1").arg(typedText(m_limits.offset)) : QString();
+    setAccessibleDescription(
+        QStringLiteral("%1 %2 %3 %4").arg(m_text, m_info.scaledUnit, m_limitText, m_zeroText).simplified());
     update();
 }
 
-QString NumberTile::extremesText() const
+QStringList NumberTile::extremesParts() const
 {
     if (!m_value.minimum || !m_value.maximum)
         return {};
-    QString text = tr("min %1   max %2").arg(numberText(*m_value.minimum), numberText(*m_value.maximum));
+    QStringList parts{tr("min %1").arg(numberText(*m_value.minimum)),
+                      tr("max %1").arg(numberText(*m_value.maximum))};
     if (m_value.errors > 0)
-        text += tr("   %1 errors").arg(QLocale().toString(m_value.errors));
-    return text;
+        parts += tr("%1 errors").arg(QLocale().toString(m_value.errors));
+    return parts;
+}
+
+QStringList NumberTile::extremesLines(int width, int mostLines) const
+{
+    const QFontMetrics metrics(font());
+    QStringList lines;
+    QStringList parts = extremesParts();
+    int needed = 0;
+    for (const QString &part : qAsConst(parts))
+        needed += metrics.horizontalAdvance(QStringLiteral("   ") + part);
+    // Without the words where there is no room for them.
+    if (mostLines < parts.size() && needed > width) {
+        const QString both =
+            QStringLiteral("%1 \u2026 %2").arg(numberText(*m_value.minimum), numberText(*m_value.maximum));
+        if (metrics.horizontalAdvance(both) <= width) {
+            parts.removeFirst();
+            parts.first() = both;
+        }
+    }
+    for (const QString &part : parts) {
+        const QString longer = lines.isEmpty() ? QString() : QStringLiteral("%1   %2").arg(lines.last(), part);
+        if (!lines.isEmpty() && metrics.horizontalAdvance(longer) <= width)
+            lines.last() = longer;
+        else if (lines.size() < mostLines && metrics.horizontalAdvance(part) <= width)
+            lines += part;
+        else
+            break;
+    }
+    return lines;
+}
+
+// What there was no room for.
+bool NumberTile::event(QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip)
+        setToolTip((QStringList(m_zeroText) + extremesParts()).join(QLatin1Char('\n')).trimmed().toHtmlEscaped());
+    return QFrame::event(event);
 }
 
 QSize NumberTile::minimumSizeHint() const
 {
     const QFontMetrics metrics(font());
-    return {metrics.averageCharWidth() * 22 + 2 * tilePadding, metrics.height() * 4 + 2 * tilePadding};
+    return {metrics.averageCharWidth() * 22 + 2 * tilePadding, metrics.height() * 5 + 2 * tilePadding};
 }
 
 QSize NumberTile::sizeHint() const
 {
     const QFontMetrics metrics(font());
-    return {metrics.averageCharWidth() * 34, metrics.height() * 5 + 2 * tilePadding};
+    return {metrics.averageCharWidth() * 34, metrics.height() * 6 + 2 * tilePadding};
 }
 
 void NumberTile::resizeEvent(QResizeEvent *event)
@@ -234,22 +282,32 @@ void NumberTile::paintEvent(QPaintEvent *event)
     QString limits = m_limitText;
     if (nameWidth + tilePadding + metrics.horizontalAdvance(limits) > titleWidth)
         limits = limits.left(1);
+    // So does the symbol of the zero, which scales have for it.
+    QString zero = m_zeroText;
+    if (nameWidth + 2 * tilePadding + metrics.horizontalAdvance(limits + zero) > titleWidth && !zero.isEmpty())
+        zero = QStringLiteral("\u21920\u2190");
+    if (!zero.isEmpty())
+        limits = limits.isEmpty() ? zero : QStringLiteral("%1  %2").arg(zero, limits);
     const int limitWidth = metrics.horizontalAdvance(limits);
     painter.drawText(QRect(area.left(), area.top(), titleWidth, line), Qt::AlignLeft | Qt::AlignVCenter,
                      metrics.elidedText(m_info.scaledName, Qt::ElideRight, titleWidth - limitWidth - tilePadding));
     const bool isOutside = m_limits.check(m_value.present.value_or(0.0)) != DisplayLimits::Within;
     const bool hasLimits = m_limits.lower || m_limits.upper;
-    if (!m_limitText.isEmpty()) {
-        painter.setPen(colourOf(isOutside ? Meaning::Problem : Meaning::Good, palette()));
+    if (!limits.isEmpty()) {
+        if (!m_limitText.isEmpty())
+            painter.setPen(colourOf(isOutside ? Meaning::Problem : Meaning::Good, palette()));
         painter.drawText(QRect(area.left(), area.top(), titleWidth, line), Qt::AlignRight | Qt::AlignVCenter,
                          limits);
     }
     painter.setPen(weak);
-    painter.drawText(QRect(area.left(), area.bottom() - line + 1, area.width(), line),
-                     Qt::AlignLeft | Qt::AlignVCenter,
-                     metrics.elidedText(extremesText(), Qt::ElideRight, area.width()));
+    // The value is never smaller than the lines around it.
+    const int mostLines = std::max(1, (area.height() - line - 4) / line - 1);
+    const QStringList extremes = extremesLines(area.width(), mostLines);
+    const int below = std::max(1, extremes.size()) * line;
+    painter.drawText(QRect(area.left(), area.bottom() - below + 1, area.width(), below),
+                     Qt::AlignLeft | Qt::AlignTop, extremes.join(QLatin1Char('\n')));
 
-    const QRect middle = area.adjusted(0, line + 2, 0, -line - 2);
+    const QRect middle = area.adjusted(0, line + 2, 0, -below - 2);
     const bool isError = m_value.isError();
     const QString shown = isError ? QStringLiteral("\u2715 ") + m_text : m_text;
     const QString unit = isError ? QString() : m_info.scaledUnit;

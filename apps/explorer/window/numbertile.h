@@ -6,6 +6,7 @@
 #include <SondixQt/transmitteddatainfo.h>
 
 #include <QFrame>
+#include <QStringList>
 
 class QLineEdit;
 class QMenu;
@@ -19,6 +20,7 @@ class NumberTile : public QFrame
     Q_OBJECT
 public:
     explicit NumberTile(const SondixQt::SignalInfo &info, QWidget *parent = nullptr);
+    ~NumberTile() override;
 
     const SondixQt::SignalInfo &info() const { return m_info; }
     const DisplayLimits &limits() const { return m_limits; }
@@ -33,8 +35,14 @@ public:
     QString shownText() const { return m_text; }
     /// What the limits say: a symbol with words, or nothing.
     QString limitText() const { return m_limitText; }
+    /// Tells that a zero is set, with its value; empty if none is.
+    QString zeroText() const { return m_zeroText; }
     /// Makes the present value the zero of the screen; does nothing if it is an error value.
     void setZero();
+
+    /// Minimum, maximum and errors in lines that are at most \a width pixels wide: no number is cut. What does not fit
+    /// into \a mostLines lines is left out.
+    QStringList extremesLines(int width, int mostLines) const;
 
     QSize minimumSizeHint() const override;
     QSize sizeHint() const override;
@@ -47,6 +55,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    bool event(QEvent *event) override;
 
 private:
     void makeMenu();
@@ -55,7 +64,7 @@ private:
     void takeMenu();
     void showAgain();
     QString numberText(double value) const;
-    QString extremesText() const;
+    QStringList extremesParts() const;
     QFont valueFont(const QString &text, const QRect &area) const;
 
     const SondixQt::SignalInfo m_info;
@@ -65,6 +74,7 @@ private:
     QString m_errorText;
     QString m_text;
     QString m_limitText;
+    QString m_zeroText;
     QToolButton *m_button;
     QMenu *m_menu = nullptr;
     QLineEdit *m_lower = nullptr;

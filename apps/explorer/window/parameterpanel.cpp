@@ -5,6 +5,10 @@
 #include "look.h"
 #include "parameterdelegate.h"
 
+#include "explorer/sensor/diskthread.h"
+#include "explorer/sensor/englishtexts.h"
+#include "explorer/sensor/filenames.h"
+#include "explorer/sensor/parameterfile.h"
 #include "explorer/sensor/parametermodel.h"
 #include "explorer/sensor/sensorsession.h"
 #include "shared/commandparameters.h"
@@ -24,6 +28,9 @@
 #include <QTreeView>
 #include <QUndoGroup>
 #include <QVBoxLayout>
+
+#include <memory>
+#include <optional>
 
 using namespace SondixQt;
 
@@ -54,18 +61,46 @@ QLabel *wrappedLabel(const char *objectName)
     return label;
 }
 
+// The columns share the width: that of the notes, which are the longest, is cut with an ellipsis.
+class ParameterView : public QTreeView
+{
+public:
+    void fitColumns()
+    {
+        if (!model())
+            return;
+        const int character = fontMetrics().averageCharWidth();
+        const int valueWidth = std::max(sizeHintForColumn(ParameterModel::ValueColumn), 8 * character);
+        const int nameWidth = std::max(sizeHintForColumn(ParameterModel::NameColumn), 8 * character);
+        const int leastNote = 12 * character;
+        const int value = std::min(valueWidth, 14 * character);
+        const int name = std::max(std::min(nameWidth, viewport()->width() - value - leastNote), 8 * character);
+        header()->setMinimumSectionSize(6 * character);
+        header()->resizeSection(ParameterModel::NameColumn, name);
+        header()->resizeSection(ParameterModel::ValueColumn, value);
+    }
+
+protected:
+    void resizeEvent(QResizeEvent *event) override
+    {
+        fitColumns();
+        QTreeView::resizeEvent(event);
+    }
+};
+
 } // namespace
 
 ParameterPanel::ParameterPanel(QUndoGroup &undoGroup, QWidget *parent)
     : QWidget(parent)
     , m_undoGroup(undoGroup)
     , m_filter(new QLineEdit)
-    , m_view(new QTreeView)
+    , m_view(new ParameterView)
     , m_message(wrappedLabel("parameterMessage"))
     , m_empty(wrappedLabel("parametersEmpty"))
     , m_ask(new QPushButton(tr("Ask the sensor for known settings")))
     , m_command(new QLineEdit)
     , m_content(new QWidget)
+    , m_disk(new DiskThread(this))
 {
     setObjectName(QStringLiteral("parameterPanel"));
     m_view->setObjectName(QStringLiteral("parameterView"));
@@ -75,8 +110,10 @@ ParameterPanel::ParameterPanel(QUndoGroup &undoGroup, QWidget *parent)
     m_view->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::SelectedClicked |
                             QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed);
     m_view->setTabKeyNavigation(false);
+    m_view->setIndentation(fontMetrics().height());               // the names need the room
     m_view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // the note is cut, and complete in its tool tip
     m_message->hide();
+    makePlaceholder(*m_empty);
     makeFileActions();
     auto *content = new QVBoxLayout(m_content);
     content->setContentsMargins(0, 0, 0, 0);
@@ -87,7 +124,7 @@ ParameterPanel::ParameterPanel(QUndoGroup &undoGroup, QWidget *parent)
     content->addWidget(makeCommandLine());
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_content);
-    layout->addWidget(m_empty, 0, Qt::AlignTop);
+    layout->addWidget(m_empty, 1);
     connect(m_ask, &QPushButton::clicked, this, [this] {
         if (m_model)
             m_model->askForKnownGroups();
@@ -187,14 +224,20 @@ QAction *ParameterPanel::fileAction(const QString &text, const char *name, bool 
     return action;
 }
 
+QString ParameterPanel::proposedPath() const
+{
+    if (!m_session)
+        return {};
+    const QString name = fileNameOf(m_session->title()).replace(QLatin1Char(' '), QLatin1Char('_'));
+    return QDir(m_folder).filePath(name + QStringLiteral(".json"));
+}
+
 QString ParameterPanel::chosenFile(bool forSaving)
 {
     if (!m_session)
         return {};
     const QString filter = tr("Settings (*.json);;All files (*)");
-    const QString proposal = QDir(m_folder).filePath(
-        m_session->title().replace(QLatin1Char(' '), QLatin1Char('_')) + QStringLiteral(".json"));
-    QString path = forSaving ? QFileDialog::getSaveFileName(this, tr("Save settings"), proposal, filter)
+    QString path = forSaving ? QFileDialog::getSaveFileName(this, tr("Save settings"), proposedPath(), filter)
                              : QFileDialog::getOpenFileName(this, tr("Open settings"), m_folder, filter);
     if (!path.isEmpty())
         m_folder = QFileInfo(path).absolutePath();
@@ -210,7 +253,9 @@ void ParameterPanel::setSession(SensorSession *session, ParameterModel *model)
     m_session = session;
     m_model = model;
     m_content->setVisible(session);
-    m_empty->setText(tr("No sensor is open."));
+    m_empty->setText(
+        tr("No sensor is open. Here you will see its settings, change them in place, undo changes, and "
+           "compare them with those of a file."));
     m_empty->setVisible(!session);
     m_message->hide();
     auto *old = m_view->model();
@@ -256,13 +301,8 @@ void ParameterPanel::showSize()
     for (int group = 0; group < m_view->model()->rowCount(); ++group)
         m_view->setFirstColumnSpanned(group, {}, true);
     QHeaderView *const header = m_view->header();
-    const int character = fontMetrics().averageCharWidth();
     header->setStretchLastSection(true);
-    header->setMinimumSectionSize(6 * character);
-    m_view->resizeColumnToContents(ParameterModel::NameColumn);
-    header->resizeSection(ParameterModel::NameColumn,
-                          qMin(header->sectionSize(ParameterModel::NameColumn), 25 * character));
-    header->resizeSection(ParameterModel::ValueColumn, 10 * character);
+    static_cast<ParameterView *>(m_view)->fitColumns();
     static_cast<CommandCompleter *>(m_command->completer())->setModelOfSensor(m_model);
 }
 
@@ -276,56 +316,86 @@ void ParameterPanel::showMessage(const QString &text, bool isProblem)
     m_message->show();
 }
 
+void ParameterPanel::endFile(const QString &path, const QString &problem)
+{
+    if (!problem.isEmpty())
+        showMessage(problem, true);
+    Q_EMIT fileDone(path, problem);
+}
+
 bool ParameterPanel::saveTo(const QString &path)
 {
     if (!m_model || !m_session)
         return false;
     const ParameterFile file{sensorName(m_session->model(), true), m_session->serialNumber(), m_model->settings()};
-    QString problem;
-    const bool isSaved = file.save(path, &problem);
-    showMessage(isSaved ? tr("Saved as '%1'.").arg(QDir::toNativeSeparators(path)) : problem, !isSaved);
-    return isSaved;
+    showMessage(tr("Saving '%1'...").arg(QDir::toNativeSeparators(path)), false);
+    const auto problem = std::make_shared<QString>();
+    m_disk->run(
+        DiskThread::Writing, [file, path, problem] { file.save(path, problem.get()); },
+        [this, path, problem] {
+            if (problem->isEmpty())
+                showMessage(tr("Saved as '%1'.").arg(QDir::toNativeSeparators(path)), false);
+            endFile(path, *problem);
+        });
+    return true;
+}
+
+bool ParameterPanel::readFile(const QString &path,
+                              QString (ParameterPanel::*use)(const ParameterFile &, const QString &))
+{
+    if (!m_model || !m_session)
+        return false;
+    struct Content
+    {
+        std::optional<ParameterFile> file;
+        QString problem;
+    };
+    showMessage(tr("Reading '%1'...").arg(QDir::toNativeSeparators(path)), false);
+    const auto content = std::make_shared<Content>();
+    m_disk->run(
+        DiskThread::Reading, [path, content] { content->file = ParameterFile::load(path, &content->problem); },
+        [this, path, use, content, model = m_model] {
+            if (!model || model != m_model || !m_session)
+                content->problem = tr("'%1' was not used: another sensor was chosen while it was read.")
+                                       .arg(QFileInfo(path).fileName());
+            else if (content->file)
+                content->problem = (this->*use)(*content->file, path);
+            endFile(path, content->problem);
+        });
+    return true;
 }
 
 bool ParameterPanel::loadFrom(const QString &path)
 {
-    if (!m_model || !m_session)
-        return false;
-    QString problem;
-    const std::optional<ParameterFile> file = ParameterFile::load(path, &problem);
+    return readFile(path, &ParameterPanel::apply);
+}
+
+QString ParameterPanel::apply(const ParameterFile &file, const QString &path)
+{
     const QString model = sensorName(m_session->model(), true);
     const QString name = QFileInfo(path).fileName();
-    if (!file) {
-        showMessage(problem, true);
-        return false;
-    }
-    if (file->model != model) {
-        showMessage(tr("'%1' has the settings of a %2, this sensor is a %3. Nothing was changed.")
-                        .arg(name, file->model, model),
-                    true);
-        return false;
-    }
-    if (m_model->apply(file->settings, tr("settings of '%1'").arg(name), &problem))
-        return true;
-    showMessage(tr("'%1' does not fit: %2. Nothing was changed.").arg(name, problem), true);
-    return false;
+    if (file.model != model)
+        return tr("'%1' has the settings of a %2, this sensor is a %3. Nothing was changed.")
+            .arg(name, file.model, model);
+    m_message->hide();
+    QString problem;
+    if (m_model->apply(file.settings, tr("settings of '%1'").arg(name), &problem))
+        return {};
+    return tr("'%1' does not fit: %2. Nothing was changed.").arg(name, problem);
 }
 
 bool ParameterPanel::compareWith(const QString &path)
 {
-    if (!m_model)
-        return false;
-    QString problem;
-    const std::optional<ParameterFile> file = ParameterFile::load(path, &problem);
-    if (!file) {
-        showMessage(problem, true);
-        return false;
-    }
-    m_model->setReference(file->settings, QFileInfo(path).completeBaseName());
+    return readFile(path, &ParameterPanel::compare);
+}
+
+QString ParameterPanel::compare(const ParameterFile &file, const QString &path)
+{
+    m_model->setReference(file.settings, QFileInfo(path).completeBaseName());
     showMessage(m_model->differsFromReference() ? tr("The settings that differ are bold.")
                                                 : tr("All settings are those of the file."),
                 false);
-    return true;
+    return {};
 }
 
 bool ParameterPanel::sendLine(const QString &line)
@@ -339,7 +409,7 @@ bool ParameterPanel::sendLine(const QString &line)
         problem = tr("'%1' is not a command, such as Get_Info").arg(command);
     const auto parameters = problem.isEmpty() ? SondixApp::commandParameters(words, problem) : std::nullopt;
     if (!parameters) {
-        showMessage(problem, true);
+        showMessage(shownText(problem), true);
         return false;
     }
     m_message->hide();
@@ -350,8 +420,8 @@ bool ParameterPanel::sendLine(const QString &line)
             Q_EMIT answered(source, QStringLiteral("%1: %2").arg(command, answer.isEmpty() ? tr("done") : answer),
                             false);
         else
-            Q_EMIT answered(source,
-                            tr("%1: error %2: %3").arg(command).arg(int(result.code)).arg(result.errorText), true);
+            Q_EMIT answered(
+                source, tr("%1: error %2: %3").arg(command, QString::number(result.code), result.errorText), true);
         if (result.code != NoError)
             showMessage(QStringLiteral("%1: %2").arg(command, result.errorText), true);
         else

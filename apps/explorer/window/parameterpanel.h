@@ -15,6 +15,8 @@ class QUndoGroup;
 namespace Explorer {
 
 class CommandCompleter;
+class DiskThread;
+struct ParameterFile;
 class ParameterModel;
 class SensorSession;
 
@@ -29,11 +31,17 @@ public:
     /// Shows the settings of \a session, which are \a model; both null: nothing.
     void setSession(SensorSession *session, ParameterModel *model);
 
-    /// Saves the settings into a file, or loads them from one. A problem is shown in the panel.
+    /// \name Files
+    /// A thread of its own reads and writes them; fileDone() follows, and a problem is shown in the panel. False if there
+    /// are no settings of a sensor.
+    /// \{
     bool saveTo(const QString &path);
     bool loadFrom(const QString &path);
     /// Compares the settings with those of a file.
     bool compareWith(const QString &path);
+    /// The file that is proposed for the settings of the sensor.
+    QString proposedPath() const;
+    /// \}
     /// Sends the command \a line, such as "Get_Temperature" or "Set_LaserPower SP_LaserPower=0". False with a message
     /// in the panel if it is not a command.
     bool sendLine(const QString &line);
@@ -42,6 +50,8 @@ public:
     QList<QAction *> fileActions() const { return m_fileActions; }
 
 Q_SIGNALS:
+    /// The file \a path was saved, loaded or compared with, or was not for the reason \a problem.
+    void fileDone(const QString &path, const QString &problem);
     /// For the log: a command and its answer.
     void answered(const QString &source, const QString &text, bool isProblem);
 
@@ -51,6 +61,10 @@ private:
     void makeFileActions();
     void connectModel();
     void showMessage(const QString &text, bool isProblem);
+    bool readFile(const QString &path, QString (ParameterPanel::*use)(const ParameterFile &, const QString &));
+    void endFile(const QString &path, const QString &problem);
+    QString apply(const ParameterFile &file, const QString &path);
+    QString compare(const ParameterFile &file, const QString &path);
     void showSize();
     QString chosenFile(bool forSaving);
     QAction *fileAction(const QString &text, const char *name, bool forSaving,
@@ -68,6 +82,7 @@ private:
     QLineEdit *m_command;
     QWidget *m_content;
     QString m_folder;
+    DiskThread *m_disk;
 };
 
 } // namespace Explorer

@@ -81,7 +81,7 @@ SensorPage::SensorPage(QWidget *parent)
     , m_rate(new QLabel)
     , m_keep(new QComboBox)
     , m_memory(new QLabel)
-    , m_empty(new QLabel(tr("No sensor is open.")))
+    , m_empty(wrappedText())
     , m_content(new QWidget)
 {
     setObjectName(QStringLiteral("sensorPage"));
@@ -94,6 +94,9 @@ SensorPage::SensorPage(QWidget *parent)
     m_title->setFont(bold);
     m_picture->setFixedSize(96, 96);
     m_rate->setWordWrap(true);
+    m_empty->setText(
+        tr("No sensor is open. Here you will see what it is, how it is connected, and what it sends."));
+    makePlaceholder(*m_empty);
     m_identityLayout->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     auto *heading = new QGridLayout;
     heading->addWidget(m_picture, 0, 0, 3, 1);
@@ -128,7 +131,7 @@ SensorPage::SensorPage(QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(area);
-    layout->addWidget(m_empty, 0, Qt::AlignCenter);
+    layout->addWidget(m_empty, 1);
     connect(m_reopen, &QPushButton::clicked, this, [this] {
         if (m_session)
             m_session->reopen();
@@ -182,7 +185,14 @@ void SensorPage::showKept()
         return;
     }
     const qint64 needed = SignalHistory::bytesFor(history.keepSeconds(), *rate, m_session->frame().valuesPerFrame);
-    m_memory->setText(tr("at most %1").arg(QLocale().formattedDataSize(qMin(needed, history.maximumBytes()))));
+    const qint64 limit = history.limitBytes();
+    const QString most = tr("at most %1").arg(QLocale().formattedDataSize(qMin(needed, limit)));
+    if (needed <= limit) {
+        m_memory->setText(most);
+        return;
+    }
+    const double seconds = history.keepSeconds() * static_cast<double>(limit) / static_cast<double>(needed);
+    m_memory->setText(tr("%1:\nonly about %2", "memory, duration").arg(most, shownDuration(seconds)));
 }
 
 void SensorPage::setSession(SensorSession *session)
@@ -190,6 +200,7 @@ void SensorPage::setSession(SensorSession *session)
     if (m_session)
         m_session->disconnect(this);
     m_session = session;
+    m_shown = {}; // another session may be where a destroyed one was
     m_content->setVisible(session);
     m_empty->setVisible(!session);
     if (!session)
@@ -223,10 +234,10 @@ void SensorPage::showIdentity()
 {
     const QString title = m_session->title();
     QMap<QString, QVariant> parameters = m_session->information();
-    const QString key = title + QString::number(parameters.size());
-    if (m_title->text() == title && m_identityLayout->property("shown").toString() == key)
+    const auto sensors = m_session->reader().sensorInformation();
+    if (m_shown.session == m_session && m_shown.title == title && m_shown.sensors == sensors)
         return;
-    m_identityLayout->setProperty("shown", key);
+    m_shown = {m_session, title, sensors};
     m_title->setText(title);
     m_picture->setPixmap(getSensorImage(m_session->model()));
     m_picture->setScaledContents(true);
@@ -243,7 +254,6 @@ void SensorPage::showIdentity()
                                        std::pair(tr("Article number"), QStringLiteral("SA_ArticleNumber")),
                                        std::pair(tr("Firmware"), QStringLiteral("SA_Softwareversion"))})
         add(name, parameters.value(answer).toString());
-    const auto sensors = m_session->reader().sensorInformation();
     for (int i = 1; i < sensors.size(); ++i)
         add(tr("Sensor %1").arg(i + 1),
             QStringLiteral("%1 %2").arg(sensors.at(i).value(QStringLiteral("SA_Sensor")).toString(),

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QMap>
+#include <QVariant>
+#include <QVector>
 #include <QWidget>
 
 class QComboBox;
@@ -34,13 +37,21 @@ private:
     void showIdentity();
     void showFrame();
 
+    /// The identity that is shown.
+    struct Shown
+    {
+        const SensorSession *session = nullptr;
+        QString title;
+        QVector<QMap<QString, QVariant>> sensors;
+    };
+
     SensorSession *m_session = nullptr;
+    Shown m_shown;
     QLabel *m_picture;
     QLabel *m_title;
     QLabel *m_state;
     QLabel *m_problem;
     QPushButton *m_reopen;
-    QWidget *m_identity = nullptr;
     QFormLayout *m_identityLayout;
     QTableWidget *m_signals;
     QLabel *m_rate;

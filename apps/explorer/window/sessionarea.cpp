@@ -8,6 +8,8 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace Explorer {
 
 SessionArea::SessionArea(QWidget *parent)
@@ -30,9 +32,13 @@ SessionArea::SessionArea(QWidget *parent)
         showPages();
         Q_EMIT currentChanged(current());
     });
-    connect(m_tabs, &QTabBar::tabMoved, this, [this](int from, int to) { m_pages.move(from, to); });
-    // Side by side, a page becomes the current one when the user works in it.
+    connect(m_tabs, &QTabBar::tabMoved, this, [this](int from, int to) {
+        m_pages.move(from, to);
+        m_splitter->insertWidget(to, m_pages.at(to));
+    });
+    // Side by side, a page becomes the current one when the user works in it, with the mouse or the keyboard.
     qApp->installEventFilter(this);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) { selectPageOf(now); });
 }
 
 void SessionArea::add(QWidget *page, const QString &title)
@@ -125,14 +131,21 @@ void SessionArea::showPages()
         page->setVisible(m_isSideBySide || page == current());
 }
 
+void SessionArea::selectPageOf(const QWidget *widget)
+{
+    if (!m_isSideBySide || !widget)
+        return;
+    const auto page = std::find_if(m_pages.cbegin(), m_pages.cend(), [widget](const QWidget *each) {
+        return each == widget || each->isAncestorOf(widget);
+    });
+    if (page != m_pages.cend())
+        setCurrent(*page);
+}
+
 bool SessionArea::eventFilter(QObject *object, QEvent *event)
 {
-    if (m_isSideBySide && event->type() == QEvent::MouseButtonPress && object->isWidgetType()) {
-        for (QWidget *page : qAsConst(m_pages)) {
-            if (page == object || page->isAncestorOf(static_cast<QWidget *>(object)))
-                setCurrent(page);
-        }
-    }
+    if (event->type() == QEvent::MouseButtonPress && object->isWidgetType())
+        selectPageOf(static_cast<QWidget *>(object));
     return QWidget::eventFilter(object, event);
 }
 

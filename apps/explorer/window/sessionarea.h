@@ -43,6 +43,7 @@ protected:
 private:
     int indexOf(const QWidget *page) const;
     void showPages();
+    void selectPageOf(const QWidget *widget);
     QWidget *makeCloseButton(QWidget *page);
 
     QTabBar *m_tabs;

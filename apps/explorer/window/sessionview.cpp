@@ -4,21 +4,25 @@
 #include "look.h"
 #include "numbersview.h"
 
+#include "explorer/plot/drawnicon.h"
 #include "explorer/plot/flowlayout.h"
 #include "explorer/plot/plotview.h"
+#include "explorer/sensor/librarytexts.h"
 
 #include <QAction>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLocale>
 #include <QMenu>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSettings>
 #include <QSplitter>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 using State = SondixQt::SensorReader::State;
 
@@ -27,6 +31,17 @@ namespace Explorer {
 namespace {
 
 constexpr int countsInterval = 250;
+
+/// In a small window \a view keeps a size in which it can be read.
+QWidget *scrolled(QWidget *view)
+{
+    auto *area = new QScrollArea;
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setWidget(view);
+    return area;
+}
 
 } // namespace
 
@@ -77,7 +92,7 @@ void SessionView::build()
     problemLayout->addWidget(m_reopen);
     m_problem->hide();
     m_views->setDocumentMode(true);
-    m_views->addTab(m_plot, tr("Plot"));
+    m_views->addTab(scrolled(m_plot), tr("Plot"));
     m_views->tabBar()->setVisible(false); // until there is another view
     m_plot->setHistory(m_history);
     if (m_session) {
@@ -107,6 +122,7 @@ QWidget *SessionView::makeStatusLine()
     auto *line = new QWidget;
     auto *layout = new FlowLayout(line); // pages that stand side by side are narrow
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setKeepsHeight(true);
     m_extensions = new QWidget;
     auto *extensionLayout = new QHBoxLayout(m_extensions);
     extensionLayout->setContentsMargins(0, 0, 0, 0);
@@ -115,8 +131,10 @@ QWidget *SessionView::makeStatusLine()
     layout->addWidget(m_extensions);
     layout->addWidget(m_state);
     layout->addWidget(m_counts);
-    for (QLabel *label : {m_state, m_counts})
+    for (QLabel *label : {m_state, m_counts}) {
         label->setMargin(4);
+        label->setMinimumWidth(1); // longer numbers do not widen the window
+    }
     return line;
 }
 
@@ -136,14 +154,30 @@ void SessionView::addPlotButtons(QLayout &layout)
         auto *button = new QToolButton;
         button->setDefaultAction(action);
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        m_plotButtons += button;
         layout.addWidget(button);
     }
     more->setText(tr("View"));
+    more->setIcon(drawnIcon(Drawing::View));
+    more->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     more->setMenu(menu);
     more->setPopupMode(QToolButton::InstantPopup);
     more->setAccessibleName(tr("Further actions of the plot"));
+    more->setToolTip(more->accessibleName());
     more->setVisible(!menu->isEmpty());
+    m_plotButtons += more;
     layout.addWidget(more);
+    for (const QToolButton *button : qAsConst(m_plotButtons))
+        m_widthOfTexts += button->sizeHint().width() + layout.spacing();
+}
+
+// The symbols alone where the buttons would need several rows.
+void SessionView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    const bool isNarrow = width() < m_widthOfTexts + layout()->contentsMargins().left() * 2;
+    for (QToolButton *button : qAsConst(m_plotButtons))
+        button->setToolButtonStyle(isNarrow ? Qt::ToolButtonIconOnly : Qt::ToolButtonTextBesideIcon);
 }
 
 void SessionView::connectSession()
@@ -154,6 +188,13 @@ void SessionView::connectSession()
     connect(m_numbers, &NumbersView::resetRequested, m_session, &SensorSession::resetValues);
     connect(m_reopen, &QPushButton::clicked, m_session, &SensorSession::reopen);
     m_plot->setErrorText([this](double value) { return m_session->errorText(value); });
+    m_plot->setRecordHead([this] {
+        SondixApp::RecordHead head;
+        head.address = m_session->address().toString();
+        head.sensors = m_session->reader().sensorInformation();
+        head.rate = m_session->rate();
+        return head;
+    });
     showState();
 }
 
@@ -191,24 +232,53 @@ void SessionView::showCounts()
     if (const std::optional<double> rate = m_session->rate())
         parts += shownRate(*rate);
     parts += shownDuration(m_session->secondsOpen());
-    const QLocale locale;
     const SondixApp::LossAccount &losses = m_session->losses();
-    const QString lost = locale.toString(losses.frames());
-    parts += m_session->reader().hasUnknownGaps() ? tr("at least %1 lost").arg(lost) : tr("%1 lost").arg(lost);
+    parts += shownLosses(losses);
+    if (const QString cut = shownCut(*m_history); !cut.isEmpty())
+        parts += cut;
     m_counts->setText(parts.join(QStringLiteral("   ")));
-    m_counts->setToolTip(losses.isEmpty() ? tr("No frame is missing.") : losses.sentence());
+    m_counts->setToolTip(losses.isEmpty() ? tr("No frame is missing.") : shownLossCauses(losses));
 }
 
 void SessionView::addView(const QString &title, QWidget *view)
 {
-    m_views->addTab(view, title);
+    m_views->addTab(scrolled(view), title);
     m_views->tabBar()->setVisible(m_views->count() > 1);
+}
+
+void SessionView::showView(QWidget *view)
+{
+    for (int i = 0; i < m_views->count(); ++i) {
+        if (m_views->widget(i)->isAncestorOf(view))
+            m_views->setCurrentIndex(i);
+    }
 }
 
 void SessionView::addStatusWidget(QWidget *widget)
 {
     m_extensions->layout()->addWidget(widget);
     m_extensions->show();
+}
+
+void SessionView::addEnding(const std::function<void()> &begin, const std::function<bool()> &isBusy)
+{
+    m_endings.append({begin, isBusy});
+}
+
+void SessionView::end()
+{
+    for (const Ending &ending : qAsConst(m_endings))
+        ending.begin();
+    constexpr int checkInterval = 10;
+    auto *checks = new QTimer(this);
+    connect(checks, &QTimer::timeout, this, [this, checks] {
+        if (std::any_of(m_endings.cbegin(), m_endings.cend(),
+                        [](const Ending &ending) { return ending.isBusy(); }))
+            return;
+        checks->stop();
+        Q_EMIT ended();
+    });
+    checks->start(checkInterval);
 }
 
 void SessionView::setNumbersVisible(bool visible)
@@ -225,6 +295,8 @@ void SessionView::setStatus(const QString &text)
 void SessionView::save(QSettings &settings) const
 {
     settings.setValue(QStringLiteral("splitter"), m_splitter->saveState());
+    m_plot->savePanels(settings);
+    m_plot->saveView(settings);
     if (m_numbers)
         m_numbers->save(settings);
 }
@@ -232,6 +304,8 @@ void SessionView::save(QSettings &settings) const
 void SessionView::restore(QSettings &settings)
 {
     m_splitter->restoreState(settings.value(QStringLiteral("splitter")).toByteArray());
+    m_plot->restorePanels(settings);
+    m_plot->restoreView(settings);
     if (m_numbers)
         m_numbers->restore(settings);
 }

@@ -5,13 +5,17 @@
 #include "explorer/sensor/sensorsession.h"
 
 #include <QTimer>
+#include <QVector>
 #include <QWidget>
+
+#include <functional>
 
 class QLabel;
 class QPushButton;
 class QSettings;
 class QSplitter;
 class QTabWidget;
+class QToolButton;
 
 namespace Explorer {
 
@@ -39,8 +43,15 @@ public:
 
     /// Adds a view beside the plot, such as the video line. The page owns it.
     void addView(const QString &title, QWidget *view);
+    /// Brings such a view to the front.
+    void showView(QWidget *view);
     /// Adds a widget to the line below the plot. The page owns it.
     void addStatusWidget(QWidget *widget);
+    /// Adds a part that needs time to end, such as a recording. When the page was closed and nothing more arrives, \a begin
+    /// is called; the page is destroyed as soon as \a isBusy returns false.
+    void addEnding(const std::function<void()> &begin, const std::function<bool()> &isBusy);
+    /// Ends what was added by addEnding(). ended() follows.
+    void end();
     void setNumbersVisible(bool visible);
     /// Shows \a text in the line below the plot.
     void setStatus(const QString &text);
@@ -48,7 +59,19 @@ public:
     void save(QSettings &settings) const;
     void restore(QSettings &settings);
 
+Q_SIGNALS:
+    void ended();
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
+    struct Ending
+    {
+        std::function<void()> begin;
+        std::function<bool()> isBusy;
+    };
+
     void build();
     QWidget *makeStatusLine();
     void addPlotButtons(QLayout &layout);
@@ -71,6 +94,9 @@ private:
     QLabel *m_state;
     QLabel *m_counts;
     QWidget *m_extensions = nullptr; // of the line below the plot
+    QVector<QToolButton *> m_plotButtons;
+    int m_widthOfTexts = 0; // of these buttons with their texts
+    QVector<Ending> m_endings;
     QTimer m_timer;
 };
 
