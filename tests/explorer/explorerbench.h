@@ -11,6 +11,7 @@
 inline void loadExplorerBench()
 {
     sondixsim::loadBench(R"({
+        "lineSpeed": false,
         "sensors": [
             {
                 "model": "TX270", "serialNumber": "1001", "rate": 1000, "ring": 100000,

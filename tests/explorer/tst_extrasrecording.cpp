@@ -3,6 +3,7 @@
 
 #include "explorer/extras/recordingcontrol.h"
 #include "explorer/extras/recordingwidget.h"
+#include "explorer/extras/recordingwriter.h"
 #include "explorer/sensor/sensorsession.h"
 #include "shared/recordingreader.h"
 #include "support/scripting.h"
@@ -10,6 +11,8 @@
 #include <QAction>
 #include <QLabel>
 #include <QSettings>
+
+#include <cerrno>
 
 using namespace Explorer;
 using namespace SondixQt;
@@ -29,6 +32,8 @@ private Q_SLOTS:
     void anotherFormatIsRefused();
     void aFolderThatCannotBeWrittenEndsOnlyTheRecording();
     void reportsAFullDisk();
+    void valuesReachTheDiskWhileNoneCome();
+    void reportsADiskThatFailsWhileNoneCome();
     void otherValuesEndTheRecording();
     void destructionFinishesTheFile();
     void namesTellSensorAndDate();
@@ -196,6 +201,39 @@ void ExtrasRecordingTest::reportsAFullDisk()
     QCOMPARE(m_session->state(), SensorReader::Reading);
 }
 
+// The header of a .npy file counts only what is on the disk.
+void ExtrasRecordingTest::valuesReachTheDiskWhileNoneCome()
+{
+    RecordingControl control(*m_session);
+    QVERIFY(control.start(path("values.npy"), nullptr));
+    measure(500);
+    QTRY_VERIFY(control.frames() >= 500);
+    const QRegularExpression shape("'shape': \\((\\d+),\\)");
+    const auto framesOnDisk = [&] {
+        QFile file(control.place());
+        const QByteArray header = file.open(QIODevice::ReadOnly) ? file.read(4096) : QByteArray();
+        return shape.match(QString::fromLatin1(header.constData(), header.size())).captured(1).toInt();
+    };
+    QTRY_COMPARE(framesOnDisk(), static_cast<int>(control.frames()));
+    QVERIFY(control.isRecording());
+}
+
+void ExtrasRecordingTest::reportsADiskThatFailsWhileNoneCome()
+{
+    SondixApp::Recorder::Plan plan;
+    plan.path = path("values.csv");
+    plan.columns.frame = m_session->frame();
+    plan.sendToDisk = [](int) { return EIO; };
+    RecordingWriter writer(plan, {}, std::make_shared<RecordingProgress>());
+    QSignalSpy finished(&writer, &RecordingWriter::finished);
+    writer.open();
+    const DataBlock block(0, 0, 2, {1.0, 2.0}, {0, 0});
+    writer.write(block, {});
+    QVERIFY(finished.isEmpty());
+    QTRY_COMPARE(finished.size(), 1);
+    QVERIFY2(finished[0][1].toString().contains("values.csv"), qPrintable(finished[0][1].toString()));
+}
+
 void ExtrasRecordingTest::otherValuesEndTheRecording()
 {
     sondixsim::loadBench(R"({ "sensors": [ { "model": "CC430", "serialNumber": "1001",
@@ -238,6 +276,15 @@ void ExtrasRecordingTest::namesTellSensorAndDate()
     for (int i = 0; i < 3; ++i) {
         QFile used(control.proposedPath(m_folder->path(), "csv"));
         QVERIFY(!used.exists());
+        QVERIFY(used.open(QIODevice::WriteOnly));
+    }
+    // A percent sign in a name is no place for a number.
+    SensorSession named(secondAddress(), "Line 100%2%3");
+    const RecordingControl other(named);
+    for (int i = 0; i < 2; ++i) {
+        QFile used(other.proposedPath(m_folder->path(), "csv"));
+        QVERIFY2(QFileInfo(used).fileName().startsWith("Line 100%2%3 20"), qPrintable(used.fileName()));
+        QVERIFY2(used.fileName().endsWith(".csv"), qPrintable(used.fileName()));
         QVERIFY(used.open(QIODevice::WriteOnly));
     }
 }

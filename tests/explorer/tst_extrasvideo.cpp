@@ -107,15 +107,18 @@ void ExtrasVideoTest::switchesSignals()
 
 void ExtrasVideoTest::showsThresholdAndRegion()
 {
-    scriptAnswer("Get_Threshold", "SA_Threshold=1200");
+    QLocale::setDefault(QLocale::German);
+    const auto restore = qScopeGuard([] { QLocale::setDefault(QLocale::c()); });
+    scriptAnswer("Get_Threshold", "SA_Threshold=1200.5");
     scriptAnswer("Get_ROI", "SA_ROIStart=100 SA_ROIEnd=400");
     VideoView view(m_session->reader());
     openWithVideo(view);
-    QCOMPARE(view.state().threshold, std::optional<double>(1200.0));
+    QCOMPARE(view.state().threshold, std::optional<double>(1200.5));
     const auto *marker =
         static_cast<QwtPlotMarker *>(view.plot()->itemList(QwtPlotItem::Rtti_PlotMarker).value(0));
     QVERIFY(marker && marker->isVisible());
-    QCOMPARE(marker->yValue(), 1200.0);
+    QCOMPARE(marker->yValue(), 1200.5);
+    QVERIFY2(marker->label().text().endsWith(" 1.200,5"), qPrintable(marker->label().text()));
     const auto *zone = static_cast<QwtPlotZoneItem *>(view.plot()->itemList(QwtPlotItem::Rtti_PlotZone).value(0));
     QVERIFY(zone && zone->isVisible());
     QCOMPARE(zone->interval().minValue(), 100.0);

@@ -9,6 +9,7 @@
 #include "explorer/window/logpanel.h"
 #include "explorer/window/sessionview.h"
 
+#include <QCheckBox>
 #include <QMenuBar>
 
 using namespace Explorer;
@@ -35,6 +36,7 @@ private Q_SLOTS:
     void recordsThePageInFront();
     void closingThePageFinishesTheFile();
     void showsVideoBesideThePlot();
+    void settingsFollowWhatTheVideoViewSwitches();
     void opensTheWebInterface();
     void hasTheMenuOfTheBench();
 
@@ -114,6 +116,20 @@ void ExtrasWindowTest::showsVideoBesideThePlot()
     QCOMPARE(m_extensions->video(view), video);
 }
 
+void ExtrasWindowTest::settingsFollowWhatTheVideoViewSwitches()
+{
+    SessionView *view = open(secondAddress());
+    const QModelIndex value = m_window->shownValue("SA_OutputVideoRaw_ETH");
+    QVERIFY(value.isValid());
+    m_window->action("menuVideoAction")->trigger();
+    VideoView *video = m_extensions->video(view);
+    QTRY_VERIFY(video->findChild<QCheckBox *>("OutputVideoRaw"));
+    const int before = value.data(Qt::EditRole).toInt();
+    const QPersistentModelIndex shown(value);
+    video->findChild<QCheckBox *>("OutputVideoRaw")->click();
+    QTRY_VERIFY(shown.data(Qt::EditRole).toInt() != before);
+}
+
 void ExtrasWindowTest::opensTheWebInterface()
 {
     SessionView *view = open(firstAddress());
@@ -140,7 +156,7 @@ void ExtrasWindowTest::hasTheMenuOfTheBench()
     QVERIFY((*m_window)->menuBar()->actions().contains(menu->menuAction()));
     QSignalSpy refreshed(menu, &BenchMenu::refreshed);
     menu->refresh();
-    QVERIFY(refreshed.wait());
+    QVERIFY(refreshed.wait(longestTestWait));
     m_window->child<QMenu>("cablesMenu")->actions().first()->trigger();
     QTRY_VERIFY(logText().contains("unplugged"));
 }

@@ -20,6 +20,7 @@ private Q_SLOTS:
     void toleratesBlocksOfAnotherWidth();
     void dropsWhatIsOld();
     void dropsWhatHasNoRoom();
+    void historiesShareTheMemory();
     void memoryIsToldBeforehand_data();
     void memoryIsToldBeforehand();
     void everyFrameIsInOneColumn_data();
@@ -32,6 +33,7 @@ private Q_SLOTS:
     void spectrumFindsASine();
     void spectrumNeedsAnUndisturbedRange();
     void blocksAreThoseThatCame();
+    void triggeredFramesShareABlock();
     void queriesAreQuick();
 };
 
@@ -138,6 +140,46 @@ void TestHistory::dropsWhatHasNoRoom()
         QVERIFY(history.bytes() <= 1000000);
     }
     QVERIFY(history.endFrame() - history.firstFrame() > 90000);
+}
+
+void TestHistory::historiesShareTheMemory()
+{
+    constexpr qint64 limit = 2000000;
+    SignalHistory::setSharedBytes(limit);
+    const auto restore = qScopeGuard([] { SignalHistory::setSharedBytes(std::nullopt); });
+    SignalHistory first(1.0e9);
+    SignalHistory second(1.0e9);
+    SignalHistory unused(1.0e9);
+    const QVector<double> values = randomValues(1000, 5.0, 1);
+    const auto fill = [&values](SignalHistory &history, int blocks) {
+        history.begin(frameOf(1, -1.0));
+        for (int i = 0; i < blocks; ++i)
+            history.append(blockOf(values, i * 1000, std::nullopt, std::nullopt));
+    };
+    unused.begin(frameOf(1, -1.0));
+    // Alone it may use everything.
+    fill(first, 1000);
+    QCOMPARE(first.limitBytes(), limit);
+    QVERIFY(first.bytes() <= limit);
+    QVERIFY(first.bytes() > limit * 9 / 10);
+    QCOMPARE(first.endFrame(), qint64(1000000));
+    QCOMPARE(first.cutFrames(), first.firstFrame());
+    // One that needs less than its share leaves the rest to the other one.
+    fill(second, 50);
+    QCOMPARE(second.cutFrames(), qint64(0));
+    QVERIFY(first.bytes() + second.bytes() <= limit);
+    QVERIFY(first.bytes() > limit / 2);
+    // Both are cut to the same share.
+    fill(second, 1000);
+    QVERIFY(first.bytes() + second.bytes() <= limit);
+    for (const SignalHistory *history : {&first, &second}) {
+        QVERIFY(history->bytes() > limit * 4 / 10);
+        QCOMPARE(history->cutFrames(), history->firstFrame());
+        QCOMPARE(history->value(0, history->endFrame() - 1), values.last());
+    }
+    first.setMaximumBytes(limit / 4);
+    QCOMPARE(first.limitBytes(), limit / 4);
+    QVERIFY(first.bytes() <= limit / 4);
 }
 
 void TestHistory::memoryIsToldBeforehand_data()
@@ -360,6 +402,40 @@ void TestHistory::blocksAreThoseThatCame()
     QCOMPARE(part.firstFrame(), qint64(1));
     QCOMPARE(*part.time(), 10.1);
     QCOMPARE(history.block({0, 6}, 2).frameCount(), 2);
+}
+
+// Each frame has a time of its own. A block for each of them would make the export slow.
+void TestHistory::triggeredFramesShareABlock()
+{
+    constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+    SignalHistory history;
+    history.begin(frameOf(1, 0.0));
+    for (int i = 0; i < 5; ++i)
+        history.append(blockOf({i + 0.5}, i, 10.0 + i * i, std::nullopt));
+    history.append(DataBlock::withTimes(0, 5, 1, {5.5, 6.5, 7.5}, QVector<qint32>(3), {40.0, unknown, 50.0}));
+    history.append(gapOf(2));
+    history.append(blockOf({10.5}, 10, 60.0, std::nullopt));
+    history.append(blockOf({11.5, 12.5}, 11, 61.0, 0.25)); // no longer triggered
+    const DataBlock triggered = history.block({0, history.endFrame()}, 100);
+    QCOMPARE(triggered.frameCount(), 8);
+    QCOMPARE(triggered.scaledValues(0), (QVector<double>{0.5, 1.5, 2.5, 3.5, 4.5, 5.5, 6.5, 7.5}));
+    QVERIFY(!triggered.frameInterval());
+    const std::optional<double> none;
+    const QVector<std::optional<double>> times{10.0, 11.0, 14.0, 19.0, 26.0, 40.0, none, 50.0};
+    for (int frame = 0; frame < times.size(); ++frame)
+        QCOMPARE(triggered.frameTime(frame), times.at(frame));
+    const DataBlock after = history.block({8, history.endFrame()}, 100);
+    QCOMPARE(after.frameCount(), 1);
+    QCOMPARE(after.firstFrame(), qint64(10));
+    QCOMPARE(after.time(), std::optional(60.0));
+    QCOMPARE(history.block({9, history.endFrame()}, 100).frameInterval(), std::optional(0.25));
+    // A part that begins at a frame without a time of its own.
+    const DataBlock part = history.block({6, 8}, 100);
+    QCOMPARE(part.frameCount(), 2);
+    QCOMPARE(part.firstFrame(), qint64(6));
+    QVERIFY(!part.frameTime(0));
+    QCOMPARE(part.frameTime(1), std::optional(50.0));
+    QCOMPARE(history.block({1, 8}, 3).frameCount(), 3);
 }
 
 // Orders of magnitude, not a benchmark: a query that walked over the values would take seconds.

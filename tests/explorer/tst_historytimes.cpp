@@ -25,6 +25,8 @@ private Q_SLOTS:
     void blocksWithoutATimeFollow();
     void stretchesAreDroppedWithTheirFrames();
     void manySmallBlocksNeedLittleMemory();
+    void findsGapsAsALoopDoes_data();
+    void findsGapsAsALoopDoes();
 };
 
 namespace {
@@ -185,6 +187,85 @@ void TestHistoryTimes::manySmallBlocksNeedLittleMemory()
         line.append(timedFrames(i, 1, 7.0 + i * 1.0e-5, 1.0e-5), 0.0);
     QVERIFY(line.bytes() < 300 * qint64(sizeof(TimeLine::Stretch)));
     QVERIFY(isSamePosition(line.position(99999), 0.99999));
+}
+
+void TestHistoryTimes::findsGapsAsALoopDoes_data()
+{
+    QTest::addColumn<bool>("isTimed");
+    QTest::addColumn<unsigned>("seed");
+    for (const unsigned seed : {1U, 2U, 3U, 4U}) {
+        QTest::addRow("seconds, seed %u", seed) << true << seed;
+        QTest::addRow("frames, seed %u", seed) << false << seed;
+    }
+}
+
+// Gaps before the first frame, after the last one, several at one place, restarts and clocks that jump back included.
+void TestHistoryTimes::findsGapsAsALoopDoes()
+{
+    QFETCH(bool, isTimed);
+    QFETCH(unsigned, seed);
+    std::mt19937 random(seed);
+    const auto below = [&random](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+    TimeLine line;
+    qint64 number = 0;
+    double time = 100.0;
+    int run = 0;
+    const auto check = [&] {
+        const double length = std::max(1.0, line.isEmpty() ? 0.0 : line.position(line.end() - 1));
+        for (int i = 0; i < 60; ++i) {
+            double from = length * (below(1300) - 150) / 1000.0;
+            double to = from + length * below(300) / 1000.0;
+            if (!line.gaps().empty() && below(3) == 0) { // both ends are included
+                const GapMark &mark =
+                    line.gaps()[static_cast<std::size_t>(below(static_cast<int>(line.gaps().size())))];
+                from = below(2) == 0 ? mark.end : from;
+                to = below(2) == 0 ? mark.begin : to;
+                if (from > to)
+                    std::swap(from, to);
+            }
+            std::vector<qint64> expected;
+            for (const GapMark &mark : line.gaps())
+                if (mark.end >= from && mark.begin <= to)
+                    expected.push_back(*mark.gap.frames);
+            std::vector<qint64> found;
+            for (const GapMark &mark : line.gapsBetween(from, to))
+                found.push_back(*mark.gap.frames);
+            QCOMPARE(found, expected);
+            const qint64 index = below(static_cast<int>(line.end()) + 20) - 10;
+            auto first = line.gaps().begin();
+            while (first != line.gaps().end() && first->index <= index)
+                ++first;
+            QVERIFY(line.gapAfter(index) == first);
+        }
+    };
+    for (int step = 1; step <= 400; ++step) { // the number of lost frames tells the gaps apart
+        switch (below(8)) {
+        case 0:
+        case 1:
+            line.append(gapOf(step));
+            number += step;
+            time += step * 0.001;
+            break;
+        case 2:
+            ++run;
+            number = 0;
+            time = below(2) == 0 ? 100.0 : time - 5.0;
+            break;
+        default:
+            const int count = 1 + below(50);
+            line.append(timedFrames(number, count, isTimed ? std::optional(time) : std::nullopt,
+                                    below(5) == 0 ? std::nullopt : std::optional(0.001), run),
+                        0.001);
+            number += count;
+            time += count * 0.00099;
+        }
+        if (step % 100 == 50)
+            line.dropBefore(line.first() + (line.end() - line.first()) / 3);
+        if (step % 20 == 0)
+            check();
+    }
+    QVERIFY(line.gaps().size() > 20);
+    check();
 }
 
 QTEST_GUILESS_MAIN(TestHistoryTimes)

@@ -3,9 +3,11 @@
 
 #include "explorer/history/signalhistory.h"
 #include "explorer/plot/exportbar.h"
+#include "explorer/plot/frameexport.h"
 #include "explorer/plot/plotpicture.h"
 #include "explorer/plot/plotview.h"
 #include "explorer/plot/timeplot.h"
+#include "explorer/sensor/diskthread.h"
 
 #include <QAction>
 #include <QImage>
@@ -36,6 +38,7 @@ private Q_SLOTS:
     void csvHasGapsAndErrors();
     void onlyTheVisibleRange();
     void timesAreOnTheClock();
+    void triggeredFramesKeepTheirTimes();
     void npyIsReadByNumPy();
     void pictures_data();
     void pictures();
@@ -47,6 +50,8 @@ private Q_SLOTS:
     void anOldFileStaysAfterAFailure();
     void runsBesideTheEvents();
     void canBeCancelled();
+    void aFileIsCancelledOrCompleted();
+    void anotherExportCancelsTheOneBefore();
     void endsWhenTheValuesAreForgotten();
 
 private:
@@ -162,6 +167,24 @@ void TestPlotExport::timesAreOnTheClock()
     const QList<QByteArray> lines = dataLines("clock.csv");
     const double written = lines.at(6).split(',').at(1).toDouble();
     QCOMPARE(written, static_cast<double>(noon.toSecsSinceEpoch()) + 0.005);
+}
+
+void TestPlotExport::triggeredFramesKeepTheirTimes()
+{
+    const QVector<double> times{7.0, 7.5, 9.0, 9.125, 20.0};
+    for (int i = 0; i < times.size(); ++i)
+        m_history->append(DataBlock(0, i, 2, {i * 1.0, i * 2.0}, QVector<qint32>(2), times.at(i), std::nullopt));
+    m_view->setWallClockOffset(1.7e9);
+    QVERIFY(m_view->exportTo(path("triggered.csv"), PlotView::ExportRange::Everything));
+    const QList<QByteArray> lines = dataLines("triggered.csv");
+    QCOMPARE(lines.size(), times.size() + 1);
+    for (int i = 0; i < times.size(); ++i) {
+        const QList<QByteArray> cells = lines.at(i + 1).split(',');
+        QCOMPARE(cells.at(0).toInt(), i);
+        QVERIFY2(std::abs(cells.at(1).toDouble() - (1.7e9 + times.at(i) - times.at(0))) < 1.0e-6,
+                 lines.at(i + 1).constData());
+        QCOMPARE(cells.at(3).toDouble(), i * 2.0);
+    }
 }
 
 void TestPlotExport::npyIsReadByNumPy()
@@ -291,7 +314,7 @@ void TestPlotExport::aFullDiskLeavesNothing()
 
 void TestPlotExport::anOldFileStaysAfterAFailure()
 {
-    append(100000);
+    append(1000000); // more than is exported at once
     m_view->refresh();
     QFile old(path("old.csv"));
     QVERIFY(old.open(QIODevice::WriteOnly));
@@ -336,11 +359,53 @@ void TestPlotExport::canBeCancelled()
     QTest::mouseClick(m_view->findChild<QToolButton *>("exportClose"), Qt::LeftButton);
     QCOMPARE(finished.size(), 1);
     QVERIFY(!finished.first().at(1).toString().isEmpty());
-    QVERIFY(QDir(m_dir->path()).isEmpty());
+    QTRY_VERIFY(QDir(m_dir->path()).isEmpty());
     // So is the end of the view.
     m_view->startExport(path("long.csv"), PlotView::ExportRange::Everything);
     m_view.reset();
+    QTRY_COMPARE(DiskThread::unfinishedWrites(), 0);
     QVERIFY(QDir(m_dir->path()).isEmpty());
+}
+
+void TestPlotExport::aFileIsCancelledOrCompleted()
+{
+    append(100);
+    FrameExport::Plan plan;
+    plan.format = SondixApp::RecordFormat::Csv;
+    plan.range = {m_history->firstFrame(), m_history->endFrame()};
+    plan.path = path("cancelled.csv");
+    FrameExport cancelled(*m_history, plan);
+    QVERIFY(cancelled.file()->write(*cancelled.take(50)));
+    QVERIFY(cancelled.file()->cancel());
+    QVERIFY(!cancelled.file()->write(*cancelled.take(50)));
+    QCOMPARE(cancelled.problem(), QString());
+    QVERIFY(!cancelled.file()->isComplete());
+    QVERIFY(QDir(m_dir->path()).isEmpty());
+
+    plan.path = path("completed.csv");
+    FrameExport completed(*m_history, plan);
+    QVERIFY(completed.file()->write(*completed.take(100)));
+    QVERIFY(!completed.file()->cancel()); // too late
+    QVERIFY(completed.file()->isComplete());
+    QCOMPARE(dataLines("completed.csv").size(), 101);
+}
+
+void TestPlotExport::anotherExportCancelsTheOneBefore()
+{
+    for (int i = 0; i < 40; ++i)
+        append(10000);
+    QSignalSpy finished(m_view.get(), &PlotView::exportFinished);
+    m_view->startExport(path("first.csv"), PlotView::ExportRange::Everything);
+    QVERIFY(finished.isEmpty());
+    m_view->startExport(path("second.csv"), PlotView::ExportRange::Everything);
+    QVERIFY(!finished.isEmpty());
+    QCOMPARE(finished[0][0].toString(), path("first.csv"));
+    QVERIFY2(finished[0][1].toString().contains("cancelled"), qPrintable(finished[0][1].toString()));
+    QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 2, 60000);
+    QCOMPARE(finished[1][0].toString(), path("second.csv"));
+    QCOMPARE(finished[1][1].toString(), QString());
+    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), QStringList{"second.csv"});
+    QCOMPARE(dataLines("second.csv").size(), 400001);
 }
 
 void TestPlotExport::endsWhenTheValuesAreForgotten()

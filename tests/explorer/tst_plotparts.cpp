@@ -77,13 +77,16 @@ QPalette paletteOf(bool dark)
     return palette;
 }
 
-SignalHistory historyOf(const QVector<double> &values)
+/// A history of one signal.
+class HistoryOf : public SignalHistory
 {
-    SignalHistory history;
-    history.begin(frameOf(1));
-    history.append(blockOf(values, 0, 50.0));
-    return history;
-}
+public:
+    explicit HistoryOf(const QVector<double> &values)
+    {
+        begin(frameOf(1));
+        append(blockOf(values, 0, 50.0));
+    }
+};
 
 HistorySeries seriesOf(const SignalHistory &history, double from, double to, int columns,
                        std::vector<ErrorMark> &errors)
@@ -207,7 +210,7 @@ void TestPlotParts::fewFramesAreDrawnEach()
     QVector<double> values;
     for (int i = 0; i < 100; ++i)
         values << std::sin(i * 0.3);
-    const SignalHistory history = historyOf(values);
+    const HistoryOf history(values);
     std::vector<ErrorMark> errors;
     const HistorySeries series = seriesOf(history, 0.0205, 0.0495, 300, errors);
     // The frames inside, and one at each side.
@@ -222,7 +225,7 @@ void TestPlotParts::manyFramesAreDrawnByColumn()
 {
     QVector<double> values = randomValues(200000, 0.0, 4);
     values[123456] = 99.0; // one frame among 1000 in its column
-    const SignalHistory history = historyOf(values);
+    const HistoryOf history(values);
     std::vector<ErrorMark> errors;
     const HistorySeries series = seriesOf(history, 0.0, 200.0, 200, errors);
     QVERIFY(series.size() <= 400);
@@ -246,7 +249,7 @@ void TestPlotParts::errorsAreNeverDrawn()
     QVector<double> values(1000, 5.0);
     std::fill(values.begin() + 300, values.begin() + 400, -1.0e10 - 4.0);
     values[700] = std::nan("");
-    const SignalHistory history = historyOf(values);
+    const HistoryOf history(values);
     for (const int columns : {50, 5000}) {
         std::vector<ErrorMark> errors;
         const HistorySeries series = seriesOf(history, 0.0, 0.999, columns, errors);

@@ -42,6 +42,7 @@ private Q_SLOTS:
     void doubleClickShowsEverything();
     void keysMoveAndZoom();
     void zoomEndsAtAFewFrames();
+    void zoomOfValuesHasBounds();
     void theLegendHidesSignals();
     void axesHaveUnits();
     void thePointerReadsValues();
@@ -346,6 +347,23 @@ void TestPlotView::zoomEndsAtAFewFrames()
     for (int i = 0; i < 60; ++i)
         act("zoomOutAction");
     QCOMPARE(m_view->window(), (TimeWindow{0.0, m_history->endPosition()}));
+}
+
+void TestPlotView::zoomOfValuesHasBounds()
+{
+    show(20.0);
+    const auto scale = [this] { return m_view->plot().canvasMap(QwtPlot::yLeft); };
+    for (const int steps : {100, -100}) {
+        for (int i = 0; i < 50; ++i) // far beyond what a double can hold
+            turnWheel(canvas()->rect().center(), steps, Qt::ControlModifier);
+        const double width = std::abs(scale().s2() - scale().s1());
+        QVERIFY2(std::isfinite(scale().s1()) && std::isfinite(scale().s2()), qPrintable(QString::number(width)));
+        QVERIFY2(width > 0.0 && width < 1.0e19, qPrintable(QString::number(width)));
+        // The numbers at both ends of the axis differ.
+        QVERIFY2(width >= 1.0e-13 * std::abs(scale().s1()), qPrintable(QString::number(width)));
+    }
+    QTest::keyClick(canvas(), Qt::Key_0);
+    QVERIFY(!m_view->plot().hasValueRange());
 }
 
 void TestPlotView::theLegendHidesSignals()

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "support/scripting.h"
 #include "support/unit.h"
 
 #include "explorerbench.h"
@@ -30,8 +31,10 @@ private Q_SLOTS:
     void extremesBeginAgainAfterAReset();
     void reconnectsToASensorThatWasUnplugged();
     void saysWhyASensorCannotBeOpened();
+    void showsSentencesWithPercentSigns();
     void aFailedSessionCanBeOpenedAgain();
     void aChangedRateKeepsTheHistory();
+    void readingAgainKeepsTheHistory();
     void closingDeliversEverything();
     void closingAFailedSessionIsAnnounced();
 };
@@ -136,6 +139,19 @@ void SensorSessionTest::saysWhyASensorCannotBeOpened()
     QVERIFY(session.problem().contains(session.reader().errorString()));
 }
 
+void SensorSessionTest::showsSentencesWithPercentSigns()
+{
+    scriptFailure("OpenSensor", -7, "below 5%2 of %1");
+    SensorSession session(firstAddress());
+    QSignalSpy happened(&session, &SensorSession::happened);
+    session.open();
+    QTRY_COMPARE(session.state(), State::Failed);
+    QStringList texts;
+    for (const QList<QVariant> &arguments : qAsConst(happened))
+        texts += arguments.first().toString();
+    QVERIFY2(texts.contains("below 5%2 of %1 (error -7)"), qPrintable(texts.join('\n')));
+}
+
 void SensorSessionTest::aFailedSessionCanBeOpenedAgain()
 {
     sondixsim::unplug("1001");
@@ -161,6 +177,31 @@ void SensorSessionTest::aChangedRateKeepsTheHistory()
     QVERIFY(session.rate());
     QCOMPARE(*session.rate(), 2000.0);
     QVERIFY(session.history().endFrame() - session.history().firstFrame() >= 100);
+}
+
+// As after the web interface, which needs the sensor for itself.
+void SensorSessionTest::readingAgainKeepsTheHistory()
+{
+    SensorSession session(firstAddress());
+    session.open();
+    QTRY_COMPARE(session.state(), State::Reading);
+    sondixsim::advance(0.1);
+    QTRY_COMPARE(session.framesRead(), 100);
+    session.reader().stop();
+    QTRY_COMPARE(session.state(), State::Stopped);
+    sondixsim::advance(1.0);
+    session.open();
+    QTRY_COMPARE(session.state(), State::Reading);
+    sondixsim::advance(0.05);
+    QTRY_COMPARE(session.framesRead(), 50);
+    const SignalHistory &history = session.history();
+    QCOMPARE(history.endFrame() - history.firstFrame(), 150);
+    // The pause is a gap that is as long as it was.
+    QCOMPARE(history.timeLine().gaps().size(), std::size_t(1));
+    QVERIFY(!history.timeLine().gaps().front().gap.frames);
+    const double before = history.timeLine().position(history.firstFrame() + 99);
+    const double after = history.timeLine().position(history.firstFrame() + 100);
+    QVERIFY2(std::abs(after - before - 1.0) < 0.1, qPrintable(QString::number(after - before)));
 }
 
 void SensorSessionTest::closingDeliversEverything()
