@@ -71,7 +71,7 @@ void parsePattern(benchmark::State &state)
         benchmark::DoNotOptimize(parseByPattern(text));
 }
 
-const bool registered = [] {
+const bool answerBenchesAreRegistered = [] {
     benchmark::RegisterBenchmark("parse 200 parameters", parse);
     benchmark::RegisterBenchmark("parse 200 parameters by pattern", parsePattern);
     report::claim("parsing 200 parameters", "us", std::nullopt, report::time("parse 200 parameters", 1e3));

@@ -24,7 +24,7 @@ void getInt(benchmark::State &state)
     runPaired(state, direct, [&] { return instance.sendCommandGetInt(command, answer, value); });
 }
 
-const bool registered = [] {
+const bool commandBenchesAreRegistered = [] {
     benchmark::RegisterBenchmark("sendCommandGetInt", getInt);
     report::claim("sendCommandGetInt: above direct calls", "ns", 500.0,
                   report::counter("sendCommandGetInt", "above"));

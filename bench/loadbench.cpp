@@ -1,46 +1,37 @@
 // SPDX-License-Identifier: MIT
 #include "report.h"
-
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
+#include "SondixSimulator/control.h"
+#include "startprogram.h"
 
 #include <algorithm>
-#include <chrono>
-
-extern char **environ;
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-struct Start
+/// A bench with so many sensors, as a program would write it: on serial lines, a bus, and in the network.
+std::string largeBench(int count)
 {
-    double wallSeconds = 0.0;
-    double processorSeconds = 0.0;
-    bool succeeded = false;
-};
-
-double seconds(const timeval &time)
-{
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+    std::string json = "{ \"sensors\": [\n";
+    for (int i = 0; i < count; ++i) {
+        const std::string number = std::to_string(i);
+        const std::string address =
+            "10." + std::to_string(i >> 16) + '.' + std::to_string((i >> 8) & 255) + '.' + std::to_string(i & 255);
+        const char *const models[] = {"TX270", "CC430", "EC830"};
+        const std::string places[] = {R"("RS232", "port": "COM)" + number + '"',
+                                      R"("TCP/IP", "ip": ")" + address + '"',
+                                      R"("RS232", "port": "bus)" + std::to_string(i / 300) +
+                                          R"(", "busAddress": )" + std::to_string(i / 3 % 100)};
+        json += std::string(i > 0 ? ",\n" : "") + R"({ "model": ")" + models[i % 3] + R"(", "serialNumber": ")" +
+                number + R"(", "place": { "interface": )" + places[i % 3] + " } }";
+    }
+    return json + "\n] }";
 }
 
-/// Starts a program and waits for its end.
-Start start(const char *program)
+void loadLargeBench(benchmark::State &state)
 {
-    char *const arguments[] = {const_cast<char *>(program), nullptr};
-    Start result;
-    pid_t child = 0;
-    int status = -1;
-    rusage usage{};
-    const Clock::time_point begin = Clock::now();
-    if (posix_spawn(&child, program, nullptr, nullptr, arguments, environ) != 0)
-        return result;
-    result.succeeded = wait4(child, &status, 0, &usage) == child && status == 0;
-    result.wallSeconds = std::chrono::duration<double>(Clock::now() - begin).count();
-    result.processorSeconds = seconds(usage.ru_utime) + seconds(usage.ru_stime);
-    return result;
+    const std::string json = largeBench(20000);
+    for (auto _ : state)
+        sondixsim::loadBench(json);
+    sondixsim::loadBuiltInBench();
 }
 
 double median(std::vector<double> values)
@@ -75,11 +66,14 @@ void load(benchmark::State &state)
     state.counters["processor"] = (median(linkedProcessor) - median(bareProcessor)) * 1e3;
 }
 
-const bool registered = [] {
+const bool loadBenchesAreRegistered = [] {
     constexpr int starts = 100;
     const std::string name = "start a program";
     benchmark::RegisterBenchmark(name.c_str(), load)->Iterations(starts)->Repetitions(5);
     report::claim("loading the library, beyond Qt", "ms", 2.0, report::counter(name, "above"));
+    const std::string large = "load a bench of 20,000 sensors";
+    benchmark::RegisterBenchmark(large.c_str(), loadLargeBench)->Iterations(1)->Repetitions(5);
+    report::claim("loading a bench of 20,000 sensors", "s", 2.0, report::time(large, 1e9));
     report::claim("loading the library, beyond Qt, processor time", "ms", std::nullopt,
                   report::counter(name, "processor"));
     return true;

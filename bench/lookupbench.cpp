@@ -26,7 +26,7 @@ void addLookup(const char *name, Lookup lookup)
     add(name, 200.0, "ns", 1.0, lookup);
 }
 
-const bool registered = [] {
+const bool lookupBenchesAreRegistered = [] {
     const QString model = QStringLiteral("TX290");
     const QString modelInText = QStringLiteral("Laser triangulation TX310-0250");
     add("getSensorTypeFromName, 30 characters, no model", 5.0, "us", 1e3,

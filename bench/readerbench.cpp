@@ -1,124 +1,28 @@
 // SPDX-License-Identifier: MIT
 #include "report.h"
+#include "simulatedsensors.h"
+
+#include "shared/recorder.h"
 
 #include <SondixQt/SondixQt>
 #include <SondixSimulator/control.h>
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QElapsedTimer>
-#include <QThread>
-#include <QTimer>
+#include <QTemporaryDir>
 
 #include <algorithm>
-#include <atomic>
-#include <ctime>
 #include <memory>
-#include <thread>
+#include <utility>
 #include <vector>
 
+using namespace SondixApp;
 using namespace SondixQt;
 using namespace std::chrono_literals;
 
 namespace {
 
-/// So many sensors, each with frames of so many values. The clock runs in real time.
-void loadSensors(int count, int rate, int values)
-{
-    std::string signalList;
-    for (int i = 0; i < values; ++i)
-        signalList +=
-            std::string(i > 0 ? "," : "") + "{ \"name\": \"s" + std::to_string(i) +
-            "\", \"generator\": { \"kind\": \"sine\", \"amplitude\": 4, \"middle\": 5, \"period\": 1 } }";
-    std::string sensors;
-    for (int i = 0; i < count; ++i)
-        sensors += std::string(i > 0 ? "," : "") + "{ \"model\": \"TX270\", \"serialNumber\": \"" +
-                   std::to_string(i) +
-                   "\", \"place\": { \"interface\": \"WinUSB\", \"device\": " + std::to_string(i) +
-                   " }, \"rateRule\": { \"unit\": \"fixed\" }, \"rate\": " + std::to_string(rate) +
-                   ", \"ring\": 200000, \"signals\": [" + signalList + "] }";
-    sondixsim::loadBench("{ \"clock\": { \"speed\": 1 }, \"sensors\": [" + sensors + "] }");
-}
-
-SensorAddress addressOf(int sensor)
-{
-    SensorAddress address;
-    address.type = TX270;
-    address.parameters = {{QStringLiteral("IP_Interface"), QStringLiteral("WinUSB")},
-                          {QStringLiteral("IP_DeviceInstance"), sensor}};
-    return address;
-}
-
-/// Of all threads of the process, in seconds.
-double processTime()
-{
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
 bool isReading(const SensorReader &reader)
 {
     return reader.state() == SensorReader::Reading;
-}
-
-template<typename Condition>
-bool waitFor(Condition &&condition)
-{
-    const QDeadlineTimer deadline(10s);
-    while (!condition()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 100);
-    }
-    return true;
-}
-
-/// The part of a core that the process uses while the event loop of this thread runs for a second.
-double coreShare()
-{
-    QElapsedTimer timer;
-    timer.start();
-    const double before = processTime();
-    QTimer end;
-    end.setSingleShot(true);
-    QEventLoop loop;
-    QObject::connect(&end, &QTimer::timeout, &loop, &QEventLoop::quit);
-    end.start(1000);
-    loop.exec();
-    return (processTime() - before) / (static_cast<double>(timer.nsecsElapsed()) * 1e-9);
-}
-
-std::uint64_t lostFrames(int sensors)
-{
-    std::uint64_t lost = 0;
-    for (int i = 0; i < sensors; ++i)
-        lost += sondixsim::totalFrameCounts(std::to_string(i)).lost;
-    return lost;
-}
-
-/// What an application writes without a reader: a thread that fetches all values at the same interval.
-double shareOfBareLoop()
-{
-    SensorInstance instance(TX270);
-    instance.open(addressOf(0).parameters);
-    std::atomic<bool> stop{false};
-    std::thread thread([&] {
-        constexpr int capacity = 1000000;
-        std::vector<double> scaled(capacity);
-        std::vector<int> raw(capacity);
-        while (!stop) {
-            double time = 0.0;
-            int count = capacity;
-            instance.transferData(scaled.data(), raw.data(), &time, count);
-            benchmark::DoNotOptimize(scaled.data());
-            std::this_thread::sleep_for(50ms);
-        }
-    });
-    const double share = coreShare();
-    stop = true;
-    thread.join();
-    return share;
 }
 
 /// Readers of the first sensors of the bench.
@@ -207,13 +111,66 @@ void latency(benchmark::State &state)
     }
 }
 
-const bool registered = [] {
+/// Reads and writes in the same process, as the tool does.
+void recordWhileReading(benchmark::State &state, RecordFormat format)
+{
+    constexpr int values = 8;
+    loadSensors(1, 100000, values);
+    for (auto _ : state) {
+        const QTemporaryDir folder;
+        Readers readers(1);
+        if (!readers.areReading()) {
+            state.SkipWithError("the reader does not read");
+            return;
+        }
+        SensorReader &reader = readers.first();
+        if (reader.frame().datarate != 100000.0) {
+            state.SkipWithError("the sensor reports another rate");
+            return;
+        }
+        Recorder::Plan plan;
+        plan.path = folder.filePath(QStringLiteral("values"));
+        plan.format = format;
+        plan.columns.number = true;
+        plan.columns.frame = reader.frame();
+        ErrorValues errors([](double) { return QString(); });
+        SharedClock clock;
+        Recorder recorder(plan, RecordHead(), errors, &clock);
+        const qint64 before = reader.framesDelivered();
+        bool written = recorder.open();
+        QObject::connect(&reader, &SensorReader::blockReady, &reader,
+                         [&](const DataBlock &block) { written = recorder.write(block) && written; });
+        QObject::connect(&reader, &SensorReader::gapDetected, &reader,
+                         [&](const DataGap &gap) { written = recorder.write(gap) && written; });
+        const double share = coreShare();
+        reader.stop();
+        if (!waitFor([&] { return reader.state() == SensorReader::Stopped; }) || !written || !recorder.finish() ||
+            recorder.framesWritten() != reader.framesDelivered() - before) {
+            state.SkipWithError("not all frames were written");
+            return;
+        }
+        const auto lost = static_cast<double>(lostFrames(1)) + static_cast<double>(reader.framesLost());
+        state.counters["share"] = 100.0 * share;
+        state.counters["frames"] = static_cast<double>(recorder.framesWritten());
+        state.counters["lost"] = reader.hasUnknownGaps() ? std::max(lost, 1.0) : lost;
+    }
+}
+
+const bool readerBenchesAreRegistered = [] {
     benchmark::RegisterBenchmark("reader, 100 kHz x 8", cost)->Iterations(1)->UseRealTime();
     report::claim("reader, 100 kHz x 8: a bare loop", "% core", {},
                   report::counter("reader, 100 kHz x 8", "bare"));
     report::claim("reader, 100 kHz x 8: above a bare loop", "% core", 2.0,
                   report::counter("reader, 100 kHz x 8", "above"));
     report::claim("reader, 100 kHz x 8: lost frames", "", 0.0, report::largest("reader, 100 kHz x 8", "lost"));
+    const std::pair<const char *, RecordFormat> formats[] = {
+        {"CSV", RecordFormat::Csv}, {"JSON", RecordFormat::JsonLines}, {"NPY", RecordFormat::Npy}};
+    for (const auto &[word, format] : formats) {
+        const std::string name = std::string("record 100 kHz x 8 as ") + word;
+        benchmark::RegisterBenchmark(name.c_str(), recordWhileReading, format)->Iterations(1)->UseRealTime();
+        report::claim(name + ", with the simulator", "% core", {}, report::counter(name, "share"));
+        report::claim(name + ": lost frames", "", 0.0, report::largest(name, "lost"));
+    }
     benchmark::RegisterBenchmark("64 readers, 10 kHz x 2", manyReaders)->Iterations(1)->UseRealTime();
     report::claim("64 readers, 10 kHz x 2, with the simulator", "% core", 50.0,
                   report::counter("64 readers, 10 kHz x 2", "share"));

@@ -6,6 +6,7 @@
 
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <string>
@@ -98,13 +99,15 @@ void writeArray(benchmark::State &state)
     const auto direct = [&] {
         bool written = true;
         for (int begin = 0; begin < bytes.data().size(); begin += piece)
-            written = file.write(bytes.data().mid(begin, piece)) && written;
+            written = file.write(QByteArray::fromRawData(bytes.data().constData() + begin,
+                                                         std::min(piece, bytes.data().size() - begin))) &&
+                      written;
         return written;
     };
     runPaired(state, direct, [&] { return recording.recorder->write(recording.block); });
 }
 
-const bool registered = [] {
+const bool recordBenchesAreRegistered = [] {
     benchmark::RegisterBenchmark("record CSV",
                                  [](benchmark::State &state) { writeText(state, RecordFormat::Csv); });
     benchmark::RegisterBenchmark("record JSON",

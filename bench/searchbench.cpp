@@ -44,7 +44,7 @@ void search(benchmark::State &state)
     }
 }
 
-const bool registered = [] {
+const bool searchBenchesAreRegistered = [] {
     benchmark::RegisterBenchmark("search 1000 sensors", search)
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond)

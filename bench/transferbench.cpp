@@ -93,7 +93,7 @@ void compare(const std::string &form, void (*body)(benchmark::State &))
     }
 }
 
-const bool registered = [] {
+const bool transferBenchesAreRegistered = [] {
     compare("transferData, vector", scaledVector);
     compare("transferData, buffers", buffers);
     compare("transferDataRaw", rawWithTimestamp);

@@ -107,7 +107,7 @@ report::Value milliseconds(const std::string &name, const std::string &counter)
     };
 }
 
-const bool registered = [] {
+const bool tunnelBenchesAreRegistered = [] {
     constexpr int small = 1000;
     constexpr int large = 1000000;
     benchmark::RegisterBenchmark("tunnel page", page)->Args({small, 1})->Args({small, 2})->Args({large, 1});
