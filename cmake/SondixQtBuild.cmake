@@ -77,11 +77,16 @@ function(sondixqt_warnings target)
     endif()
 endfunction()
 
+# Small groups are compiled again sooner after a change, large ones make a whole build cheaper.
+if(NOT DEFINED CMAKE_UNITY_BUILD_BATCH_SIZE)
+    set(CMAKE_UNITY_BUILD_BATCH_SIZE 9)
+endif()
+
 # sondixqt_join_sources(<target> [<source that is compiled alone>...]): compiles groups of sources together, because
 # most of the time is spent in headers. Names in unnamed namespaces must be unique in the target. Sources that
 # include headers of Windows are compiled alone: these define macros such as "near".
 function(sondixqt_join_sources target)
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 9)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON)
     if(ARGN)
         set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
     endif()

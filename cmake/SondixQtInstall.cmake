@@ -7,6 +7,7 @@ set(libraries SondixQt)
 if(TARGET Sondix)
     list(APPEND libraries Sondix)
     install(DIRECTORY simulator/include/SondixSimulator DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    install(FILES docs/bench.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/SondixQt)
 endif()
 install(TARGETS ${libraries} EXPORT SondixQtTargets
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}

@@ -5,7 +5,10 @@
 foreach(dll IN LISTS SONDIXQT_QT_DLLS)
     install(FILES ${SONDIXQT_QT_FOLDER}/bin/${dll}.dll DESTINATION ${CMAKE_INSTALL_BINDIR})
 endforeach()
-# Qt looks for plug-ins in the folder "plugins" beside the folder of its DLLs.
+# Qt looks for plug-ins in the folder "plugins" beside the folder of its DLLs, but for programs in that folder only if a
+# file tells it to.
+file(WRITE ${CMAKE_BINARY_DIR}/qt.conf "[Paths]\nPrefix = ..\n")
+install(FILES ${CMAKE_BINARY_DIR}/qt.conf DESTINATION ${CMAKE_INSTALL_BINDIR})
 foreach(plugin IN LISTS SONDIXQT_QT_PLUGINS)
     get_filename_component(kind ${plugin} DIRECTORY)
     install(FILES ${SONDIXQT_QT_FOLDER}/plugins/${plugin}.dll DESTINATION plugins/${kind})

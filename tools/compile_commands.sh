@@ -15,7 +15,7 @@ build=$1
 shift
 folders=()
 for folder in "$@"; do
-    folders+=(-e " -c $root/$folder/" -e " -c $root/$build/$folder/CMakeFiles/")
+    folders+=(-e " -c $root/($folder/|$build/$folder/(.*/)?CMakeFiles/)")
 done
 
 sed -nE 's/^ *"command": "(.*)",?$/\1/p' "$build/compile_commands.json" | sed 's/\\\(.\)/\1/g' |
@@ -28,4 +28,4 @@ sed -nE 's/^ *"command": "(.*)",?$/\1/p' "$build/compile_commands.json" | sed 's
             echo "$source"
         fi | sed "s|^|$(sed -E 's| -o [^ ]+||; s| -Winvalid-pch -include [^ ]+||; s/[&|\\]/\\&/g' <<<"$prefix") |"
     done |
-    grep -F "${folders[@]}" | awk '!seen[$NF]++'
+    grep -E "${folders[@]}" | awk '!seen[$NF]++'

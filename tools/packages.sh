@@ -20,6 +20,7 @@ build       libqwt-qt5-dev              plots of the explorer: Qwt 6.1
 build       libqt5svg5-dev              the explorer exports plots as SVG
 build       qttools5-dev-tools          Qt's lrelease: translations of the explorer
 test        python3-numpy               reads the recordings in .npy that the tests write
+test        python3-jsonschema          checks bench files by their schema
 bench       libbenchmark-dev            Google Benchmark
 browser     chromium                    browser of the tunnel's tests
 browser     nodejs                      runs these tests
