@@ -18,7 +18,7 @@ public:
     explicit BenchLogCommand(CLI::App &app)
     {
         m_session.addTo(app);
-        app.add_flag("-f,--follow", m_follow, "Print the calls as they come, transfers too, until Ctrl-C");
+        app.add_flag("-f,--follow", m_follow, "Print the calls as they come, transfers too, until Ctrl-C or the end of the session");
         app.footer(
             "Each line: bench time and duration in milliseconds, process and thread, handle, call, result.\n"
             "Calls are logged while somebody follows them, and all but the transfers in a session that was\n"
@@ -46,12 +46,12 @@ public:
         QElapsedTimer renewal;
         renewal.start();
         while (!interrupt.isInterrupted()) {
+            if (!print(console, follower))
+                break;
             if (renewal.hasExpired(renewalMs)) {
                 requestBench(request);
                 renewal.restart();
             }
-            if (!print(console, follower))
-                break;
             QThread::msleep(pauseMs);
         }
         return ExitCode::Interrupted;

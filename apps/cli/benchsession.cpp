@@ -42,6 +42,12 @@ void SessionOption::addTo(CLI::App &app)
         ->check(Validators::notEmpty());
 }
 
+void SessionOption::attachIfAny() const
+{
+    if (!m_name.empty() || (SondixApp::usedBench().isEmpty() && !runningSessions().isEmpty()))
+        attach();
+}
+
 void SessionOption::attach() const
 {
     QString name = QString::fromStdString(m_name);

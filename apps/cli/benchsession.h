@@ -19,6 +19,8 @@ public:
 
     /// Attaches this process to the session. Throws Failure if there is none or more than one.
     void attach() const;
+    /// The same, but nothing happens if no session is named or running, or another bench is given.
+    void attachIfAny() const;
 
 private:
     std::string m_name;

@@ -3,8 +3,6 @@
 #include "benchsession.h"
 #include "texttable.h"
 
-#include "shared/simulatedbench.h"
-
 #include <CLI/CLI.hpp>
 
 #include <QJsonArray>
@@ -17,16 +15,16 @@ class BenchShowCommand : public Command
 public:
     explicit BenchShowCommand(CLI::App &app)
     {
-        app.add_flag("--json", m_json, "Print a JSON object");
-        app.footer("Example:\n  sondixqt bench show --bench mybench.json");
+        m_session.addTo(app);
+        app.add_flag("--json", m_json, "Print a JSON array");
+        app.footer("Without --bench and SONDIX_BENCH it is the bench of the running session, else the built-in one.\n\n"
+                   "Example:\n  sondixqt bench show --bench mybench.json");
     }
 
     ExitCode run(Console &console, InterruptWatcher &) override
     {
-        const QJsonObject answer = SondixApp::controlBench({{QStringLiteral("do"), QStringLiteral("sensors")}});
-        const QString error = answer.value(QLatin1String("error")).toString();
-        if (!error.isEmpty())
-            throw Failure{ExitCode::Failed, error};
+        m_session.attachIfAny();
+        const QJsonObject answer = requestBench({{QStringLiteral("do"), QStringLiteral("sensors")}});
         const QJsonArray sensors = answer.value(QLatin1String("sensors")).toArray();
         if (m_json) {
             console.write(QJsonDocument(sensors).toJson());
@@ -58,6 +56,7 @@ private:
         return words.join(QStringLiteral(", "));
     }
 
+    SessionOption m_session;
     bool m_json = false;
 };
 

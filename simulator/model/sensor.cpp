@@ -70,6 +70,7 @@ Sensor::Sensor(SensorSpec spec, std::uint64_t seed, std::vector<std::shared_ptr<
     : m_spec(std::move(spec))
     , m_members(std::move(members))
     , m_plugged(m_spec.answering)
+    , m_lasting{{TimelineEvent::Kind::Unplug, {!m_spec.answering, {}}}}
     , m_timeline(m_spec.timeline, mix(seed, std::string_view(m_spec.serialNumber)))
     , m_nextEvent(m_timeline.nextTime())
     , m_parts(m_spec, mix(seed, std::string_view(m_spec.serialNumber)), m_members, std::move(lineTime))
@@ -98,7 +99,7 @@ bool Sensor::isPlugged(double now)
 void Sensor::setPlugged(bool plugged, double now)
 {
     const auto lock = lockAt(now);
-    connect(plugged, now);
+    connect(!changeByHand(TimelineEvent::Kind::Unplug, !plugged), now);
 }
 
 void Sensor::followMembers(double now)
@@ -119,7 +120,7 @@ void Sensor::happen(std::size_t event, double now)
 void Sensor::setSilent(bool silent, double now)
 {
     const auto lock = lockAt(now);
-    m_parts.sampler.setSilent(silent, now);
+    m_parts.sampler.setSilent(changeByHand(TimelineEvent::Kind::Silence, silent), now);
 }
 
 bool Sensor::isSilent(double now)
@@ -250,27 +251,49 @@ void Sensor::planEvents(double now)
 
 void Sensor::apply(Event event, double time)
 {
+    using Kind = TimelineEvent::Kind;
     if (event == Event::FallSilent)
-        m_parts.sampler.setSilent(true, time);
+        m_parts.sampler.setSilent(changeByHand(Kind::Silence, true), time);
     else
-        connect(event == Event::Plug, time);
+        connect(!changeByHand(Kind::Unplug, event == Event::Unplug), time);
+}
+
+/// Whether the state that the event causes holds after this moment: another event may go on, or somebody may have caused it by
+/// hand.
+bool Sensor::follow(const Timeline::Moment &moment)
+{
+    Lasting &lasting = m_lasting[moment.event->kind];
+    if (moment.isEnd)
+        lasting.events.erase(moment.event);
+    else
+        lasting.events.insert(moment.event);
+    return lasting.holds();
+}
+
+/// A hand that ends the state ends it also for the events that go on.
+bool Sensor::changeByHand(TimelineEvent::Kind kind, bool holds)
+{
+    Lasting &lasting = m_lasting[kind];
+    lasting.byHand = holds;
+    if (!holds)
+        lasting.events.clear();
+    return holds;
 }
 
 void Sensor::apply(const Timeline::Moment &moment)
 {
     using Kind = TimelineEvent::Kind;
     const TimelineEvent &event = *moment.event;
-    const bool begins = !moment.isEnd;
     Sampler &sampler = m_parts.sampler;
     switch (event.kind) {
     case Kind::Unplug:
-        return connect(!begins, moment.time);
+        return connect(!follow(moment), moment.time);
     case Kind::Silence:
-        return sampler.setSilent(begins, moment.time);
+        return sampler.setSilent(follow(moment), moment.time);
     case Kind::InUse:
-        return m_usedElsewhere.store(begins);
+        return m_usedElsewhere.store(follow(moment));
     case Kind::Freeze:
-        return sampler.setFrozen(begins, moment.time);
+        return sampler.setFrozen(follow(moment), moment.time);
     case Kind::Drift:
         return sampler.addDrift({moment.time, *event.duration, event.by}, moment.time);
     case Kind::Lose:

@@ -11,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 
 namespace sondixsim::model {
 
@@ -149,6 +150,14 @@ private:
         Sensor &m_sensor;
         const std::lock_guard<std::mutex> m_lock;
     };
+    /// A state that lasts, such as being unplugged, as long as anything causes it.
+    struct Lasting
+    {
+        bool byHand = false; ///< or planned since the opening
+        std::set<const TimelineEvent *> events;
+
+        bool holds() const { return byHand || !events.empty(); }
+    };
     struct FrameCounter
     {
         std::uint64_t FrameCounts::*member = nullptr;
@@ -169,6 +178,8 @@ private:
     void changeUnpublished(const SensorChanges &changes, double now);
     void apply(Event event, double time);
     void apply(const Timeline::Moment &moment);
+    bool follow(const Timeline::Moment &moment);
+    bool changeByHand(TimelineEvent::Kind kind, bool holds);
     double nextEvent() const;
     void connect(bool plugged, double now);
     void giveUp(); ///< what claim() has taken, without the members
@@ -181,6 +192,7 @@ private:
     std::atomic<bool> m_plugged;
     std::atomic<bool> m_usedElsewhere{false}; ///< by a program that the timeline pretends
     std::multimap<double, Event> m_events;    ///< after opening, by bench time
+    std::map<TimelineEvent::Kind, Lasting> m_lasting;
     Timeline m_timeline;
     std::atomic<double> m_nextEvent; ///< time of the first one, to look at without the lock
     std::atomic<std::uint32_t> m_owner{0};

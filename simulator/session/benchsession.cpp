@@ -294,10 +294,15 @@ void BenchSession::follow(const Apply &apply)
     readNew(apply);
 }
 
-void BenchSession::publish(Event event, double now, const Apply &apply)
+void BenchSession::checkIsRunning() const
 {
     if (m_state->isStopped.load() != 0)
         throw SessionError("the bench session \"" + m_name + "\" was stopped");
+}
+
+void BenchSession::publish(Event event, double now, const Apply &apply)
+{
+    checkIsRunning();
     event["t"] = now;
     const std::lock_guard<std::mutex> lock(m_mutex);
     {
@@ -367,6 +372,7 @@ bool BenchSession::isLogged(const char *function) const
 
 void BenchSession::keepFollowing()
 {
+    checkIsRunning();
     constexpr std::int64_t duration = 3000;
     m_state->followedUntil.store(milliseconds() + duration);
 }

@@ -138,6 +138,7 @@ private:
     /// Of programs that were killed while they started a session, and of stopped sessions that a program was using.
     static void removeLeftovers();
     static bool isStopped(const std::filesystem::path &folder);
+    void checkIsRunning() const; // throws SessionError
     static bool isRunning(const std::filesystem::path &folder);
     void readNew(const Apply &apply);
     bool isFollowed() const;

@@ -41,6 +41,7 @@ private Q_SLOTS:
     void cleanup() { SessionStand::stopAll(); }
 
     void theLogShowsCallsAsTheyCome();
+    void followingALogEndsWithTheSession();
     void followingALogMissesNoCall();
     void aShortenedJournalKeepsTheOrderOfTimelineAndControl();
     void anEventThatCannotBeAppliedHidesNoOther();
@@ -76,6 +77,23 @@ void TestToolSessionFiles::theLogShowsCallsAsTheyCome()
         process->kill();
         process->waitForFinished();
     }
+}
+
+void TestToolSessionFiles::followingALogEndsWithTheSession()
+{
+    m_stand.start(Benches::of(SessionStand::laser));
+    QProcess follower;
+    m_stand.tool().start(follower, {"bench", "log", "-f"});
+    QProcess reader;
+    m_stand.startReading(reader);
+    QVERIFY(follower.waitForReadyRead(30000));
+    reader.kill();
+    reader.waitForFinished();
+    QCOMPARE(m_stand.bench("stop test").code, 0);
+    QVERIFY(follower.waitForFinished(30000));
+    QCOMPARE(follower.exitCode(), 1);
+    const QByteArray error = follower.readAllStandardError();
+    QVERIFY2(error.contains("the bench session \"test\" was stopped"), error.constData());
 }
 
 /// The log is renamed when it has 16 MiB.

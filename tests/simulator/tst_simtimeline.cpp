@@ -74,6 +74,54 @@ private Q_SLOTS:
         QCOMPARE(sondixsim::frameCounts("1").unsent, std::uint64_t(300));
     }
 
+    void whatOverlapsEndsWithTheLast()
+    {
+        loadTimeline(R"([ { "do": "unplug", "at": 1, "for": 3 }, { "do": "unplug", "at": 2, "for": 5 },
+                          { "do": "silence", "at": 11, "for": 5 }, { "do": "silence", "at": 12, "for": 1 },
+                          { "do": "inUse", "at": 20, "for": 10 }, { "do": "inUse", "at": 21, "for": 1 } ])");
+        Handle sensor(SensorType::TX270);
+        QCOMPARE(openIt(sensor), 0);
+        std::int32_t available = 0;
+        sondixsim::advance(6.9);
+        QVERIFY(DataAvail(sensor, &available) != 0);
+        sondixsim::advance(0.2);
+        QCOMPARE(DataAvail(sensor, &available), 0);
+        sondixsim::advance(12.8); // at 19.9 s
+        QCOMPARE(sondixsim::frameCounts("1").unsent, std::uint64_t(600 + 500));
+        QCOMPARE(CloseSensor(sensor), 0);
+        sondixsim::advance(5.0);
+        QVERIFY(openIt(sensor) != 0);
+        sondixsim::advance(5.2);
+        QCOMPARE(openIt(sensor), 0);
+    }
+
+    void theTimelineDoesNotUndoWhatAHandDid()
+    {
+        loadTimeline(R"([ { "do": "unplug", "at": 2, "for": 1 }, { "do": "silence", "at": 7, "for": 1 },
+                          { "do": "unplug", "at": 20, "for": 5 } ])");
+        Handle sensor(SensorType::TX270);
+        QCOMPARE(openIt(sensor), 0);
+        std::int32_t available = 0;
+        sondixsim::advance(1.0);
+        sondixsim::unplug("1");
+        sondixsim::advance(4.0);
+        QVERIFY(DataAvail(sensor, &available) != 0);
+        sondixsim::plug("1");
+        sondixsim::advance(0.1);
+        QCOMPARE(DataAvail(sensor, &available), 0);
+        sondixsim::setSilent("1", true);
+        fetch(sensor);
+        sondixsim::advance(9.9); // at 15 s
+        QCOMPARE(fetch(sensor).size(), std::size_t(0));
+        sondixsim::setSilent("1", false);
+        // A hand is the last to decide.
+        sondixsim::advance(6.0);
+        QVERIFY(DataAvail(sensor, &available) != 0);
+        sondixsim::plug("1");
+        sondixsim::advance(1.0);
+        QCOMPARE(DataAvail(sensor, &available), 0);
+    }
+
     void happensUnobserved()
     {
         // Nobody calls the sensor between 9 and 20 s.
