@@ -79,7 +79,13 @@ void ReadRun::takeGap(const DataGap &gap)
 
 void ReadRun::takeFrame(const TransmittedDataInfo &frame)
 {
-    if (m_isComplete || frame == m_frame)
+    // A sensor that got its power back may have another rate; a gap stands there, and the times of the frames are right.
+    const auto withoutRates = [](TransmittedDataInfo description) {
+        for (SignalInfo &signal : description.signals)
+            signal.rawDatarate = signal.scaledDatarate = 0.0;
+        return description;
+    };
+    if (m_isComplete || withoutRates(frame) == withoutRates(m_frame))
         return;
     m_isComplete = true;
     endBy(ReadFailed, QStringLiteral("the sensor sends other values than at the beginning"));

@@ -22,6 +22,8 @@ constexpr std::chrono::milliseconds minMeasureInterval{5};
 constexpr std::chrono::seconds maxMeasureInterval{10};
 /// A triggered sensor that has sent no frame for this long is waiting.
 constexpr std::chrono::seconds triggerPause{1};
+/// How often a sensor is asked again for the description that it has failed to give.
+constexpr std::chrono::milliseconds descriptionInterval{100};
 
 /// The serial numbers of the sensors of \a instance.
 QStringList serialNumbers(const SensorInstance &instance)
@@ -209,8 +211,8 @@ bool ReaderThread::read()
         return true;
     const Result last = poll(error); // what has been measured until now
     deliver();
-    if (last != Result::Done)
-        queue->push(account.breakOff(DataGap::Disconnected));
+    if (last != Result::Done || isUndescribed)
+        queue->push(account.breakOff(isUndescribed ? DataGap::Unknown : DataGap::Disconnected));
     return true;
 }
 
@@ -232,6 +234,12 @@ std::chrono::nanoseconds ReaderThread::pollInterval() const
 FrameAccount::Timing ReaderThread::timing() const
 {
     return {std::max(frame.valuesPerFrame, 1), rateHz, !triggered && !polled};
+}
+
+/// A rate that is usable, or 0.
+double ReaderThread::usable(double hertz)
+{
+    return hertz > 0.0 && std::isfinite(hertz) ? hertz : 0.0;
 }
 
 bool ReaderThread::isSpecial() const
@@ -263,16 +271,19 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
         if (state == SensorReader::Reconnecting)
             forgetSensorInformation(instance); // it may be another sensor
         error.code = instance->open(parameters, &error.text);
+        if (state == SensorReader::Opening)
+            closes = error.code == NoError || instance->isOpen();
         if (error.code != NoError) {
             error.text = failureText(error.code, error.text);
             return Result::Lost;
         }
-        if (state == SensorReader::Opening)
-            closes = true;
     }
     Result result = checkIdentity(error);
     if (result != Result::Done)
         return result;
+    TransmittedDataInfo withoutSettings;
+    if (!task.settings.empty())
+        instance->transmittedDataInfo(withoutSettings);
     result = applySettings(error);
     if (result != Result::Done)
         return result;
@@ -289,7 +300,10 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
         // A sensor that has just got its power back may answer nonsense once.
         return state == SensorReader::Reconnecting ? Result::Lost : Result::Failed;
     }
+    isUndescribed = false;
     polled = instance->isGetMeasureNeeded();
+    if (!task.settings.empty() && !hasSameValues(withoutSettings, frame))
+        discard(waitingValues());
     updateTriggerState();
     report();
     if (!isSameDescription(before, frame) || state == SensorReader::Opening)
@@ -361,6 +375,8 @@ ReaderThread::Result ReaderThread::applySettings(ReaderError &error)
 {
     forgetSettingsIfRequested();
     for (const ReaderCommand &setting : qAsConst(task.settings)) {
+        if (isStopping())
+            return Result::Lost;
         const CommandResult result = send(setting);
         if (result.code == NoError)
             continue;
@@ -379,14 +395,17 @@ ErrorCode ReaderThread::describe(QString *errorText)
     const ErrorCode result = instance->transmittedDataInfo(frame, errorText);
     if (result != NoError)
         return result;
+    const double before = std::exchange(rateHz, usable(frame.datarate));
+    rateFailed = false;
+    // The rate of a tracking sensor is computed from what it reported when it was opened, and a command may have changed it.
+    const bool isOutdated = isSpecial() && (rateHz > 0.0 || !isOpening() || !task.settings.empty());
+    if (isOutdated)
+        return NoError;
     double kiloHertz = 0.0;
     if (instance->getSampleRateInKhz(&kiloHertz) != NoError)
-        kiloHertz = 0.0;
-    rateHz = kiloHertz * 1000.0;
-    if (!(rateHz > 0.0) || !std::isfinite(rateHz))
-        rateHz = frame.datarate;
-    if (!(rateHz > 0.0) || !std::isfinite(rateHz))
-        rateHz = 0.0;
+        rateFailed = before > 0.0 && rateHz == 0.0;
+    else if (usable(kiloHertz) > 0.0)
+        rateHz = kiloHertz * 1000.0;
     return NoError;
 }
 
@@ -400,19 +419,22 @@ void ReaderThread::closeSensor()
 bool ReaderThread::reopen(ReaderError &loss)
 {
     deliver();
-    queue->push(account.breakOff(DataGap::Disconnected));
+    if (!plan) // else nothing has arrived since the gap that was reported
+        queue->push(account.breakOff(DataGap::Disconnected));
     collector.clear();
     if (!task.reconnect)
         return false;
+    if (!plan) {
+        plan.emplace(*task.reconnect);
+        lostAt = Clock::now();
+    }
     queue->push(loss);
     setState(SensorReader::Reconnecting);
     instance->close();
 
-    ReconnectPlan plan(*task.reconnect);
-    const Time lost = Clock::now();
     while (!isStopping()) {
-        const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lost);
-        const auto pause = plan.next(elapsed);
+        const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lostAt);
+        const auto pause = plan->next(elapsed);
         if (!pause)
             return false;
         waitUntil(Clock::now() + *pause);
@@ -463,14 +485,19 @@ void ReaderThread::followCommand(int waiting)
 {
     const TransmittedDataInfo before = frame;
     QString text;
-    if (describe(&text) != NoError)
-        qCWarning(readerLog).noquote() << "the sensor does not describe its data after a command:" << text;
+    const bool isRead = describe(&text) == NoError;
+    if (!isRead || frame.valuesPerFrame < 1 || frame.signals.size() != frame.valuesPerFrame) {
+        if (!isUndescribed)
+            qCWarning(readerLog).noquote() << "the sensor does not describe its data after a command:" << text
+                                           << frame.valuesPerFrame << "values per frame";
+        frame = before;
+        isUndescribed = true;
+        nextDescription = Clock::now() + descriptionInterval;
+        return;
+    }
+    isUndescribed = false;
     const bool wasTriggered = triggered;
     updateTriggerState();
-    if (frame.valuesPerFrame < 1 || frame.signals.size() != frame.valuesPerFrame) {
-        qCWarning(readerLog) << "the sensor reports" << frame.valuesPerFrame << "values per frame after a command";
-        frame = before;
-    }
     const bool isSame = hasSameValues(before, frame);
     if (!isSame) {
         deliver();

@@ -5,6 +5,7 @@
 #include "clockmapping_p.h"
 #include "frameaccount_p.h"
 #include "readerqueue_p.h"
+#include "reconnectplan_p.h"
 
 #include <QThread>
 
@@ -12,6 +13,7 @@
 #include <climits>
 #include <condition_variable>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace SondixQt {
@@ -108,7 +110,9 @@ private:
     void fail(ReaderError error);
     std::chrono::nanoseconds pollInterval() const;
     FrameAccount::Timing timing() const;
+    static double usable(double hertz);
     bool isSpecial() const;
+    bool isOpening() const { return state == SensorReader::Opening || state == SensorReader::Reconnecting; }
 
     ReaderTask task;
     const std::shared_ptr<ReaderQueue> queue;
@@ -128,6 +132,11 @@ private:
     SensorReader::State state = SensorReader::Stopped;
     TransmittedDataInfo frame;
     double rateHz = 0.0;
+    bool rateFailed = false;    ///< the sensor could not be asked for its rate
+    bool isUndescribed = false; ///< \a frame may be out of date: the description could not be read after a command
+    Time nextDescription;
+    std::optional<ReconnectPlan> plan; ///< from a loss to the first frame after it
+    Time lostAt;
     bool triggered = false;
     bool polled = false;
     FrameAccount account;

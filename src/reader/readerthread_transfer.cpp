@@ -33,6 +33,13 @@ QString failureText(ErrorCode code, const QString &text)
 /// Transfers everything that is there.
 ReaderThread::Result ReaderThread::poll(ReaderError &error)
 {
+    if (isUndescribed) {
+        // The values wait in the sensor-access library until it is known what they mean.
+        if (Clock::now() >= nextDescription)
+            followCommand(waitingValues());
+        if (isUndescribed)
+            return isSilent(error) ? Result::Lost : Result::Done;
+    }
     const double before = computerTime();
     const qint64 framesBefore = framesRead;
     bool drained = false;
@@ -52,6 +59,7 @@ ReaderThread::Result ReaderThread::poll(ReaderError &error)
     }
     if (framesRead > framesBefore) {
         lastFrame = Clock::now();
+        plan.reset();
         if (state == SensorReader::WaitingForTrigger)
             setState(SensorReader::Reading);
     }
@@ -70,10 +78,12 @@ ReaderThread::Result ReaderThread::transfer(bool &drained, ReaderError &error)
             return lossOf(code, error);
         // The rest of a frame is transferred alone: the frames behind it may have been lost.
         const qint64 frames = unsettled > 0 || account.remainder() > 0 ? 1 : account.maxFrames();
+        // The beginning of a frame stays in the library, so that whoever reads next finds whole frames.
+        const int whole = count - (account.remainder() + count) % perFrame;
         const auto wanted = static_cast<int>(
-            std::min<qint64>(count, std::max<qint64>(frames * perFrame - account.remainder(), 1)));
-        drained = wanted == count;
-        count = wanted;
+            std::min<qint64>(whole, std::max<qint64>(frames * perFrame - account.remainder(), 1)));
+        drained = wanted == whole;
+        count = std::max(wanted, 0);
         if (count == 0)
             return Result::Done;
     }
@@ -93,7 +103,7 @@ ReaderThread::Result ReaderThread::transfer(bool &drained, ReaderError &error)
 
 void ReaderThread::collect(int count, double time)
 {
-    if (!account.fits(time))
+    if (rateFailed || !account.fits(time))
         queryRate();
     const FrameAccount::Frames frames = account.add(count, time);
     collector.accept(frames.discardedEarlier, frames.discardedNow, count);
@@ -136,11 +146,12 @@ void ReaderThread::discard(int values)
 void ReaderThread::queryRate()
 {
     const Time now = Clock::now();
-    if (triggered || polled || now - lastRateQuery < rateQueryInterval)
+    if (triggered || polled || isSpecial() || now - lastRateQuery < rateQueryInterval)
         return;
     lastRateQuery = now;
     double kiloHertz = 0.0;
-    if (instance->getSampleRateInKhz(&kiloHertz) != NoError || !(kiloHertz > 0.0) || kiloHertz * 1000.0 == rateHz)
+    rateFailed = instance->getSampleRateInKhz(&kiloHertz) != NoError;
+    if (rateFailed || usable(kiloHertz) == 0.0 || kiloHertz * 1000.0 == rateHz)
         return;
     qCDebug(readerLog) << "the sample rate has changed to" << kiloHertz << "kHz";
     rateHz = kiloHertz * 1000.0;

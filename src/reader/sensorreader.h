@@ -63,7 +63,8 @@ struct SONDIXQT_EXPORT Reconnect
 /// jump is a changed rate or a restarted measurement. A loss is noticed by the time of the next transfer: if frames were
 /// lost between values that the library transfers together, the gap follows these values.
 /// If a command changes the values of a frame, those that wait in the sensor-access library are discarded and are a part of
-/// the gap: they may belong to the frame before.
+/// the gap: they may belong to the frame before. If settings do this at an opening, the values that were measured before them
+/// are discarded. If the description cannot be read after a command, values wait until it can.
 /// If reading ends by an error of the sensor, a gap of unknown length stands at the end: it is not known what the
 /// sensor has measured after the last transfer.
 ///
@@ -96,7 +97,8 @@ public:
     explicit SensorReader(const SensorInfo &info, QObject *parent = nullptr);
     /// A reader that uses \a instance, which it does not own. If it is not open, it is opened with its
     /// SensorInstance::storedInterfaceParameters() and closed in the end. Meanwhile nothing else may open or close the
-    /// instance, transfer its values, or use its functions that are not locked; sending commands is allowed.
+    /// instance, transfer its values, or use its functions that are not locked. Commands that read may be sent; those that change
+    /// the frames, the rate or the trigger are sent through the reader, which does not notice others.
     explicit SensorReader(SensorInstance &instance, QObject *parent = nullptr);
     ~SensorReader() override;
 

@@ -473,7 +473,7 @@ void ReaderGapsTest::aLossAfterAPartOfAFrameIsInItsPlace()
     const double start = sondixsim::now();
     sondixsim::advance(0.1);
     QTRY_COMPARE(recording.delivered, 100);
-    // The frames 100 and 101 are pushed by the test, so that the transfer ends inside a frame.
+    // The frames 100 and 101 are pushed by the test, so that a part of a frame waits.
     sondixsim::setSilent(serialNumber, true);
     sondixsim::advance(0.002);
     sondixsim::setSilent(serialNumber, false);
@@ -484,12 +484,12 @@ void ReaderGapsTest::aLossAfterAPartOfAFrameIsInItsPlace()
     nothing.count = 0;
     const int fault = sondixsim::inject(nothing);
     sondixsim::pushData(serialNumber, {}, {108.0}, start + 0.102);
-    sondixsim::advance(0.7); // 200 more than the ring can hold
+    sondixsim::advance(0.7); // with the waiting frame 201 more than the ring can hold
     sondixsim::removeFault(fault);
     QTRY_COMPARE(recording.delivered + recording.lost, 802);
-    QCOMPARE(recording.lost, 200);
+    QCOMPARE(recording.lost, 201);
     QCOMPARE(recording.gaps.size(), 1);
-    QCOMPARE(recording.gaps.first().firstFrame, 102);
+    QCOMPARE(recording.gaps.first().firstFrame, 101);
     QCOMPARE(recording.holes, 0);
     for (const DataBlock &block : qAsConst(recording.blocks)) {
         for (int i = 0; i < block.frameCount(); ++i)

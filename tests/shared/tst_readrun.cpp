@@ -60,6 +60,7 @@ private Q_SLOTS:
     void endsWhenTheSinkFails();
     void flushesTheSinkWhileNoFramesCome();
     void endsWhenTheSensorSendsOtherValues();
+    void goesOnWithAnotherRate();
     void isNotHeldUpByACallThatHangs();
 
 private:
@@ -165,6 +166,23 @@ void TestReadRun::endsWhenTheSensorSendsOtherValues()
     QCOMPARE(run.end(), ReadRun::ReadFailed);
     QCOMPARE(run.problem(), QStringLiteral("the sensor sends other values than at the beginning"));
     QCOMPARE(memory.frames, 0);
+}
+
+/// A sensor that got its power back may measure with its factory settings.
+void TestReadRun::goesOnWithAnotherRate()
+{
+    load(laser());
+    Memory memory;
+    TransmittedDataInfo other = m_frame;
+    for (SignalInfo &signal : other.signals)
+        signal.rawDatarate = signal.scaledDatarate = 2.0 * signal.scaledDatarate + 1.0;
+    ReadRun::Plan plan;
+    plan.frames = 50;
+    ReadRun run(*m_reader, memory, other, plan);
+    run.start();
+    waitFor(run);
+    QCOMPARE(run.end(), ReadRun::Reached);
+    QVERIFY(memory.frames >= 50);
 }
 
 void TestReadRun::isNotHeldUpByACallThatHangs()
