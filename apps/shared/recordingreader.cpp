@@ -155,10 +155,12 @@ void RecordingReader::State::place(const RecordedFrame &newFrame)
 void RecordingReader::State::add(DataGap newGap)
 {
     flush();
-    newGap.run = run;
-    if (isFirst)
+    if (isFirst) {
+        run = newGap.run;
         nextNumber = newGap.firstFrame;
+    }
     isFirst = false;
+    newGap.run = run;
     if (!newGap.beginTime && !std::isnan(lastTime))
         newGap.beginTime = lastTime;
     items.emplace_back(newGap);

@@ -13,6 +13,8 @@ private Q_SLOTS:
     void cutFilesGiveWhatIsWhole();
     void continuedFilesAreReadAsOne_data();
     void continuedFilesAreReadAsOne();
+    void aGapAtTheBeginningIsOne_data();
+    void aGapAtTheBeginningIsOne();
     void removedFramesBecomeGaps();
     void growingArraysAreReadBehindTheirHeader();
     void arraysWithoutNotesHaveGaps();
@@ -107,6 +109,30 @@ void TestRecordingReaderFiles::continuedFilesAreReadAsOne()
     for (const auto &[position, item] : read.gaps)
         known += item.reason == DataGap::Unknown ? 0 : 1;
     QCOMPARE(known, 6);
+}
+
+void TestRecordingReaderFiles::aGapAtTheBeginningIsOne_data()
+{
+    addFormats();
+}
+
+/// A recording that was started after others have ended begins in a later run of the reader.
+void TestRecordingReaderFiles::aGapAtTheBeginningIsOne()
+{
+    QFETCH(RecordFormat, format);
+    Way way;
+    way.format = format;
+    DataGap first = gap(10, 24, DataGap::LibraryOverrun);
+    first.run = 2;
+    const auto reader = makeReader(written(way, {first, block(34, 3, 1000.0, 0.001, 2)}));
+    QVERIFY2(reader->open(), qPrintable(reader->problem()));
+    const Content read = contentOf(*reader);
+    QCOMPARE(read.frames.size(), 3);
+    QCOMPARE(read.gaps.size(), 1);
+    QCOMPARE(read.gaps[0].first, 0);
+    QCOMPARE(read.gaps[0].second.frames, std::optional<qint64>(24));
+    QCOMPARE(read.gaps[0].second.firstFrame, 10LL);
+    QCOMPARE(read.gaps[0].second.run, read.frames[0].run);
 }
 
 void TestRecordingReaderFiles::removedFramesBecomeGaps()
