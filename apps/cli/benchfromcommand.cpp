@@ -51,7 +51,7 @@ public:
         }
         if (bench.sensors.empty())
             throw Failure{ExitCode::NothingFound, QStringLiteral("%1 has no sensor").arg(input)};
-        MadeBench::write(bench, output);
+        MadeBench::write(bench, output, input);
         for (const QString &note : bench.notes)
             console.note(note);
         check(output);

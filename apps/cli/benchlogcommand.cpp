@@ -18,7 +18,8 @@ public:
     explicit BenchLogCommand(CLI::App &app)
     {
         m_session.addTo(app);
-        app.add_flag("-f,--follow", m_follow, "Print the calls as they come, transfers too, until Ctrl-C or the end of the session");
+        app.add_flag("-f,--follow", m_follow,
+                     "Print the calls as they come, transfers too, until Ctrl-C or the end of the session");
         app.footer(
             "Each line: bench time and duration in milliseconds, process and thread, handle, call, result.\n"
             "Calls are logged while somebody follows them, and all but the transfers in a session that was\n"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "benchcommand.h"
+#include "madebench.h"
 #include "recordedprogram.h"
 #include "recordfile.h"
 #include "validators.h"
@@ -38,6 +39,10 @@ public:
         program.setVariable(QStringLiteral("SONDIX_REPLAY_FILE"), QFileInfo(record).absoluteFilePath());
         if (!m_output.empty()) {
             QFile output(QString::fromStdString(m_output));
+            if (MadeBench::isSameFile(output.fileName(), record))
+                throw Failure{
+                    ExitCode::Usage,
+                    QStringLiteral("%1 would be overwritten by its own replay: choose another name").arg(record)};
             if (!output.open(QIODevice::WriteOnly | QIODevice::Truncate))
                 throw Failure{ExitCode::Failed,
                               QStringLiteral("cannot write %1: %2").arg(output.fileName(), output.errorString())};

@@ -17,8 +17,9 @@ public:
     {
         m_session.addTo(app);
         app.add_flag("--json", m_json, "Print a JSON array");
-        app.footer("Without --bench and SONDIX_BENCH it is the bench of the running session, else the built-in one.\n\n"
-                   "Example:\n  sondixqt bench show --bench mybench.json");
+        app.footer(
+            "Without --bench and SONDIX_BENCH it is the bench of the running session, else the built-in one.\n\n"
+            "Example:\n  sondixqt bench show --bench mybench.json");
     }
 
     ExitCode run(Console &console, InterruptWatcher &) override

@@ -10,6 +10,7 @@
 #include <QMetaEnum>
 #include <QRegularExpression>
 #include <QSaveFile>
+#include <QSet>
 
 #include <algorithm>
 #include <charconv>
@@ -73,6 +74,21 @@ Json faultOf(const Fault &fault)
     return json;
 }
 
+/// Whether the rate follows from a setting that was recorded.
+bool hasRateSetting(const Sensor &sensor)
+{
+    for (const Json &group : sensor.settings) {
+        if (!group.is_object())
+            continue;
+        for (auto value = group.begin(); value != group.end(); ++value) {
+            if (QString::fromStdString(value.key()).contains(QLatin1String("rate"), Qt::CaseInsensitive) ||
+                value.key() == "SA_SRIndex")
+                return true;
+        }
+    }
+    return false;
+}
+
 Json sensorOf(const Sensor &sensor)
 {
     Json json = {{"model", sensor.model}, {"serialNumber", sensor.serialNumber()}, {"place", sensor.place}};
@@ -94,6 +110,8 @@ Json sensorOf(const Sensor &sensor)
         if (!value.empty())
             json[key] = value;
     };
+    if (sensor.rate > 0.0 && std::isfinite(sensor.rate) && !hasRateSetting(sensor))
+        json["rate"] = sensor.rate;
     add("info", info);
     add("settings", sensor.settings);
     add("answers", sensor.answers);
@@ -226,9 +244,24 @@ QByteArray valueLines(const Sensor &sensor)
     return lines;
 }
 
-void write(Bench &bench, const QString &path)
+bool isSameFile(const QString &a, const QString &b)
 {
+    const QString canonical = QFileInfo(a).canonicalFilePath();
+    return !canonical.isEmpty() && canonical == QFileInfo(b).canonicalFilePath();
+}
+
+void write(Bench &bench, const QString &path, const QString &input)
+{
+    const auto refuseInput = [&input](const QString &output) {
+        if (isSameFile(output, input))
+            throw Failure{
+                ExitCode::Usage,
+                QStringLiteral("%1 would be overwritten, but the bench is made of it: choose another name")
+                    .arg(input)};
+    };
+    refuseInput(path);
     const QFileInfo file(path);
+    QSet<QString> names;
     Json sensors = Json::array();
     for (Sensor &sensor : bench.sensors) {
         Json json = sensorOf(sensor);
@@ -236,7 +269,13 @@ void write(Bench &bench, const QString &path)
             static const QRegularExpression unusual(QStringLiteral("[^A-Za-z0-9_-]"));
             const QString serial =
                 QString::fromStdString(sensor.serialNumber()).replace(unusual, QStringLiteral("_"));
-            const QString name = QStringLiteral("%1-%2.csv").arg(file.completeBaseName(), serial);
+            const QString stem = QStringLiteral("%1-%2").arg(file.completeBaseName(), serial);
+            QString name = stem + QStringLiteral(".csv");
+            // On Windows names that differ in case alone are the same.
+            for (int number = 2; names.contains(name.toLower()); ++number)
+                name = QStringLiteral("%1-%2.csv").arg(stem).arg(number);
+            names.insert(name.toLower());
+            refuseInput(file.dir().filePath(name));
             save(file.dir().filePath(name), valueLines(sensor));
             json["recording"] = name.toStdString();
         }

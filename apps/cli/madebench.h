@@ -82,8 +82,11 @@ Json placeOf(const Parameters &parameters);
 /// The name of a model in bench files; empty if there is no such type.
 std::string modelOf(int type);
 
-/// Writes the bench, and a file of values beside it for each sensor that has some. Throws Failure.
-void write(Bench &bench, const QString &path);
+/// Whether both are the same file, perhaps by a link.
+bool isSameFile(const QString &a, const QString &b);
+/// Writes the bench, and a file of values beside it for each sensor that has some. Throws Failure, also where \a input,
+/// which it is made of, would be overwritten.
+void write(Bench &bench, const QString &path, const QString &input = {});
 /// The lines of a file of values, with the numbers of their frames.
 QByteArray valueLines(const Sensor &sensor);
 

@@ -95,6 +95,9 @@ void advance(double seconds)
 {
     if (!(seconds >= 0.0) || !std::isfinite(seconds))
         throw std::invalid_argument("a clock cannot be set back");
+    constexpr double latest = 9.0e9; // nanoseconds in 64 bits
+    if (loaded().clock.now() + seconds > latest)
+        throw std::invalid_argument("a clock goes to 9000000000 s, which are 285 years");
     loaded().clock.advance(seconds);
 }
 

@@ -105,7 +105,11 @@ json step(RequestReader &request)
     presentBench();
     if (!Simulator::get().clock.isVirtual())
         throw RequestError("the clock of the bench is not virtual: it cannot be stepped");
-    advance(seconds);
+    try {
+        advance(seconds);
+    } catch (const std::invalid_argument &error) {
+        throw RequestError(error.what());
+    }
     return {{"time", now()}};
 }
 
@@ -196,6 +200,9 @@ json clear(RequestReader &request)
     request.read("fault", number);
     request.finish();
     if (number) {
+        const auto faults = Simulator::get().faults.list();
+        if (std::none_of(faults.begin(), faults.end(), [&](const auto &fault) { return fault.first == *number; }))
+            throw RequestError("there is no fault " + std::to_string(*number));
         removeFault(*number);
     } else {
         clearFaults();

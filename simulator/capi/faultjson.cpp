@@ -63,8 +63,8 @@ json faultMembers(const Fault &fault)
         if (isSet)
             object[key] = true;
     }
-    if (fault.answer)
-        addText("answer", *fault.answer);
+    if (fault.answer) // which may be empty
+        object["answer"] = model::fromWindows1250(*fault.answer);
     if (fault.damage != Damage::None)
         object["damage"] = model::damageNames[static_cast<std::size_t>(fault.damage)];
     if (fault.begin > 0.0)

@@ -56,6 +56,12 @@ void Faults::remove(int number)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     const auto isIt = [number](const Entry &entry) { return entry.number == number; };
+    // A call that hangs because of another fault hangs again when it is made again.
+    if (std::any_of(m_entries.begin(), m_entries.end(),
+                    [&](const Entry &entry) { return isIt(entry) && entry.fault.hang; })) {
+        ++m_releases;
+        m_released.notify_all();
+    }
     m_entries.erase(std::remove_if(m_entries.begin(), m_entries.end(), isIt), m_entries.end());
     m_any.store(!m_entries.empty(), std::memory_order_release);
 }

@@ -153,6 +153,52 @@ private Q_SLOTS:
         QCOMPARE(valueColumns(runner.contentOf("b.csv"), 1), values);
     }
 
+    void aRecordingKeepsItsRate_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::newRow("csv") << "a.csv";
+        QTest::newRow("npy") << "a.npy";
+        QTest::newRow("jsonl") << "a.jsonl";
+    }
+    void aRecordingKeepsItsRate()
+    {
+        QFETCH(QString, file);
+        ToolRunner runner(QByteArray(originalBench).replace("\"rate\": 1000", "\"rate\": 250"));
+        QCOMPARE(runner.run({"record", originalAddress, "-n", "100", "-o", file}).code, 0);
+        const ToolResult made = runner.run({"bench", "from", file, "-o", "made.json"});
+        QVERIFY2(made.code == 0, made.err.constData());
+        useMadeBench(runner);
+        QCOMPARE(runner.run({"read", originalAddress, "-n", "50", "--csv", "b.csv"}).code, 0);
+        QList<QByteArray> lines = linesOf(runner.contentOf("b.csv"));
+        lines.removeFirst();
+        QCOMPARE(lines.size(), 50);
+        const double begin = lines.first().split(',').first().toDouble();
+        const double end = lines.last().split(',').first().toDouble();
+        QVERIFY2(std::abs((end - begin) - 49.0 / 250.0) < 1e-4, qPrintable(QString::number(end - begin)));
+    }
+
+    void nothingThatItIsMadeOfIsOverwritten_data()
+    {
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<QStringList>("command");
+        QTest::newRow("record") << "s.jsonl" << QStringList{"bench", "from", "s.jsonl", "-o", "./s.jsonl"};
+        QTest::newRow("recording") << "x-77.csv" << QStringList{"bench", "from", "x-77.csv", "-o", "x.json"};
+        QTest::newRow("replay") << "s.jsonl" << QStringList{"bench",   "replay", "s.jsonl",     "-o",
+                                                            "s.jsonl", "--",     SONDIXQT_TOOL, "--version"};
+    }
+    void nothingThatItIsMadeOfIsOverwritten()
+    {
+        QFETCH(QString, input);
+        QFETCH(QStringList, command);
+        ToolRunner runner(originalBench);
+        QCOMPARE(record(runner, {"record", originalAddress, "-n", "10", "-o", "x-77.csv"}).code, 0);
+        const QByteArray before = runner.contentOf(input);
+        const ToolResult result = runner.run(command);
+        QCOMPARE(result.code, 2);
+        QVERIFY2(result.err.contains("would be overwritten"), result.err.constData());
+        QCOMPARE(runner.contentOf(input), before);
+    }
+
     void aFailedCallBecomesAFault()
     {
         // The program of the customer asks three times; the second and the third time fail.

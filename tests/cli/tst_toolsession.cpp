@@ -29,7 +29,9 @@ private Q_SLOTS:
     void aRunningProgramSeesWhatHappens();
     void triggersArriveInTheProgramThatReads();
     void faultsCountInAllPrograms();
+    void anEmptyAnswerIsOne();
     void eventsCountCallsOfAllPrograms();
+    void aHangingCallIsReleased_data();
     void aHangingCallIsReleased();
     void stoppingReleasesHangingCalls();
     void refusesWrongUse_data();
@@ -72,6 +74,7 @@ void TestToolSession::timeGoesOn()
             { "kind": "ramp", "from": 0, "to": 1000000, "period": 1000000 } } ] } ] })");
     sondixsim::loadBenchFile("session:test");
     QCOMPARE(m_stand.bench("step 10").out.trimmed(), QByteArray("10"));
+    QCOMPARE(m_stand.bench("step 1e300").code, 1);
     QCOMPARE(sondixsim::now(), 10.0);
     sondixsim::advance(2.5);
     QCOMPARE(m_stand.bench("step 0").out.trimmed(), QByteArray("12.5"));
@@ -168,6 +171,18 @@ void TestToolSession::faultsCountInAllPrograms()
     QCOMPARE(m_stand.getInfo(), 6);
     QCOMPARE(m_stand.bench("clear 2").code, 0);
     QCOMPARE(m_stand.getInfo(), 0);
+    const ToolResult none = m_stand.bench("clear 2");
+    QCOMPARE(none.code, 1);
+    QVERIFY2(none.err.contains("there is no fault 2"), none.err.constData());
+}
+
+void TestToolSession::anEmptyAnswerIsOne()
+{
+    m_stand.start();
+    const QStringList get{"get", SessionStand::address, "Get_Samplerate"};
+    QVERIFY(!m_stand.run(get).out.isEmpty());
+    QCOMPARE(m_stand.run({"bench", "fault", "1001", "Get_Samplerate", "--answer", ""}).code, 0);
+    QCOMPARE(m_stand.run(get).out, QByteArray());
 }
 
 void TestToolSession::eventsCountCallsOfAllPrograms()
@@ -191,15 +206,23 @@ void TestToolSession::eventsCountCallsOfAllPrograms()
     QCOMPARE(m_stand.setMeasrate(2.5).code, 0); // the fourth one
 }
 
+void TestToolSession::aHangingCallIsReleased_data()
+{
+    QTest::addColumn<QString>("clear");
+    QTest::newRow("all faults") << "clear";
+    QTest::newRow("this fault") << "clear 1";
+}
+
 void TestToolSession::aHangingCallIsReleased()
 {
+    QFETCH(const QString, clear);
     m_stand.start();
-    QCOMPARE(m_stand.bench("fault 1001 Get_Info --hang").code, 0);
+    QCOMPARE(m_stand.bench("fault 1001 Get_Info --hang").out.trimmed(), QByteArray("1"));
     QProcess process;
     m_stand.tool().start(process, {"get", SessionStand::address, "Get_Info"});
     QTRY_VERIFY_WITH_TIMEOUT(m_stand.isOpen(), 30000);
     QVERIFY(!process.waitForFinished(200));
-    QCOMPARE(m_stand.bench("clear").code, 0);
+    QCOMPARE(m_stand.bench(clear).code, 0);
     QCOMPARE(ToolRunner::finish(process).code, 0);
 }
 

@@ -81,7 +81,7 @@ SONDIXSIM_EXPORT void followSessionLog();
 /// \{
 SONDIXSIM_EXPORT void useRealClock(double speed = 1.0); ///< runs \a speed times as fast as real time
 SONDIXSIM_EXPORT void useVirtualClock();                ///< stands still until advance()
-SONDIXSIM_EXPORT void advance(double seconds);          ///< steps the virtual clock
+SONDIXSIM_EXPORT void advance(double seconds);          ///< steps the virtual clock, to 9,000,000,000 s at most
 SONDIXSIM_EXPORT double now();                          ///< seconds of bench time since the bench was loaded
 /// \}
 
