@@ -85,7 +85,7 @@ json sessionList(RequestReader &request)
             const session::BenchSession session(name);
             sessions.push_back({{"session", name}, {"file", session.bench().name}, {"age", session.age()}});
         } catch (const std::runtime_error &) {
-            continue; // it has been stopped meanwhile
+            continue; // it has been stopped meanwhile, or is damaged
         }
     }
     return {{"sessions", std::move(sessions)}};

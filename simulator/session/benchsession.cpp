@@ -66,7 +66,15 @@ nlohmann::json readDescription(const fs::path &folder)
 {
     const fs::path file = folder / descriptionFile;
     const std::string text = readFrom(file, 0, fs::file_size(file));
-    return nlohmann::json::parse(text);
+    const nlohmann::json description = nlohmann::json::parse(text, nullptr, false);
+    const auto isText = [&description](const char *key) {
+        return description.contains(key) && description[key].is_string();
+    };
+    if (!description.is_object() || !isText("name") || !isText("folder") || !description.contains("started") ||
+        !description["started"].is_number_integer())
+        throw SessionError("the file \"" + file.u8string() +
+                           "\" of the bench session is damaged: stop the session");
+    return description;
 }
 
 /// Whether a folder is that of a session that has been started.
@@ -96,7 +104,7 @@ void removeStopped(const fs::path &folder)
 
 fs::path BenchSession::folderOfAll()
 {
-    if (const auto folder = model::environmentVariable("SONDIX_BENCH_SESSIONS"))
+    if (const auto folder = model::environmentVariable("SONDIX_BENCH_SESSIONS"); folder && !folder->empty())
         return model::pathFromUtf8(*folder);
 #if defined(_WIN32)
     if (const auto local = model::environmentVariable("LOCALAPPDATA"))

@@ -46,6 +46,7 @@ private Q_SLOTS:
     void aShortenedJournalKeepsTheOrderOfTimelineAndControl();
     void anEventThatCannotBeAppliedHidesNoOther();
     void aLookCreatesNothing();
+    void aDamagedSessionDisturbsNoOther();
     void aLongJournalIsShortened();
     void aJournalThatCannotBeShortenedGoesOn();
     void aTornLineIsNoEvent();
@@ -195,6 +196,29 @@ void TestToolSessionFiles::anEventThatCannotBeAppliedHidesNoOther()
 }
 
 /// A session that another program is removing.
+void TestToolSessionFiles::aDamagedSessionDisturbsNoOther()
+{
+    m_stand.start();
+    const ToolRunner &tool = m_stand.tool();
+    const QString bench = tool.writeFile("other.json", Benches::of(SessionStand::otherLaser));
+    QCOMPARE(tool.run({"bench", "start", "--name", "other", bench}).code, 0);
+    const QStringList folders = m_stand.sessions().entryList({"other.*"}, QDir::Dirs);
+    QCOMPARE(folders.size(), 1);
+    QFile description(m_stand.sessions().filePath(folders.first() + "/session.json"));
+    QVERIFY(description.open(QIODevice::WriteOnly)); // empty, as after a power failure
+    description.close();
+
+    const ToolResult list = m_stand.bench("list");
+    QCOMPARE(list.code, 0);
+    QVERIFY2(list.out.contains("test"), list.out.constData());
+    QCOMPARE(m_stand.getInfo(), 0);
+    const ToolResult damaged = m_stand.bench("show -s other");
+    QCOMPARE(damaged.code, 1);
+    QVERIFY2(damaged.err.contains("is damaged: stop the session"), damaged.err.constData());
+    QCOMPARE(m_stand.bench("stop other").code, 0);
+    QVERIFY(m_stand.sessions().entryList({"other.*"}, QDir::Dirs).isEmpty());
+}
+
 void TestToolSessionFiles::aLookCreatesNothing()
 {
     m_stand.start();
