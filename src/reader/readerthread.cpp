@@ -310,7 +310,6 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
         queue->push(frame);
     resumeAccount(wasOpen);
     lastFrame = Clock::now();
-    drainedAt = 0.0;
     wallClock = {};
     setState(triggered ? SensorReader::WaitingForTrigger : SensorReader::Reading);
     return Result::Done;
@@ -334,8 +333,13 @@ void ReaderThread::report()
 void ReaderThread::resumeAccount(bool wasOpen)
 {
     const bool mayHaveChanged = wasOpen || isSpecial() || !task.settings.empty();
+    const double now = computerTime();
     int available = 0;
-    const bool mayWait = mayHaveChanged && (instance->dataAvail(available) != NoError || available > 0);
+    const bool isCounted = mayHaveChanged && instance->dataAvail(available) == NoError;
+    const bool mayWait = mayHaveChanged && (!isCounted || available > 0);
+    waitingAtStart = available;
+    countedAt = isCounted ? now : 0.0;
+    drainedAt = available > 0 ? 0.0 : countedAt;
     unsettled = 0;
     if (!mayWait) {
         account.resume(timing());

@@ -111,6 +111,7 @@ private:
     std::chrono::nanoseconds pollInterval() const;
     FrameAccount::Timing timing() const;
     static double usable(double hertz);
+    static double computerTime(); ///< the clock of the computer in seconds since 1970
     bool isSpecial() const;
     bool isOpening() const { return state == SensorReader::Opening || state == SensorReader::Reconnecting; }
 
@@ -143,7 +144,9 @@ private:
     BlockCollector collector;
     ClockMapping wallClock;
     double drainedAt = 0.0; ///< when nothing was left to transfer, on the clock of the computer
-    int unsettled = 0;      ///< steps until all values that were measured before the last command have been read
+    double countedAt = 0.0; ///< when the values that waited at the start were counted; 0: they were not
+    qint64 waitingAtStart = 0;
+    int unsettled = 0; ///< steps until all values that were measured before the last command have been read
     qint64 framesRead = 0;
     Time lastFrame;
     Time lastRateQuery;

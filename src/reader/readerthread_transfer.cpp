@@ -16,14 +16,13 @@ constexpr int maxTransfersPerPoll = 1 << 14;
 constexpr int maxPolledFrames = 4096;
 constexpr std::chrono::seconds rateQueryInterval{1};
 
-/// The clock of the computer in seconds since 1970.
-double computerTime()
+} // namespace
+
+double ReaderThread::computerTime()
 {
     using Seconds = std::chrono::duration<double>;
     return std::chrono::duration_cast<Seconds>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
-
-} // namespace
 
 QString failureText(ErrorCode code, const QString &text)
 {
@@ -117,6 +116,10 @@ void ReaderThread::collect(int count, double time)
         const double last = *frames.time + (frames.count - 1) * frames.interval.value_or(0.0);
         wallClock.observe(*frames.time, last, drainedAt, computerTime());
     }
+    // The values behind those that waited at the start had not been measured when these were counted.
+    waitingAtStart -= count;
+    if (drainedAt == 0.0 && waitingAtStart <= 0)
+        drainedAt = countedAt;
 }
 
 int ReaderThread::waitingValues()

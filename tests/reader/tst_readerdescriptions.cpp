@@ -61,6 +61,7 @@ private Q_SLOTS:
     void aRateThatFailsIsReadAgain();
     void settingsThatChangeTheFrameDiscardOldValues();
     void theBeginningOfAFrameIsLeftToTheNext();
+    void timesAreKnownFromTheFirstPollOn();
     void trackingSensorsLoseNothingWhenTheirRateChanges_data();
     void trackingSensorsLoseNothingWhenTheirRateChanges();
 };
@@ -183,6 +184,33 @@ void ReaderDescriptionsTest::theBeginningOfAFrameIsLeftToTheNext()
     QVector<double> values;
     QCOMPARE(instance.transferData(values), NoError);
     QCOMPARE(values, (QVector<double>{2.0, 9.0}));
+}
+
+/// On a busy machine the first poll brings many frames, and a recording may end with them.
+void ReaderDescriptionsTest::timesAreKnownFromTheFirstPollOn()
+{
+    loadReaderBench();
+    sondixsim::useRealClock();
+    SensorInstance instance(TX270);
+    QCOMPARE(instance.open(readerAddress().parameters), NoError);
+    const auto generated = [] { return sondixsim::frameCounts(serialNumber).generated; };
+    QTRY_VERIFY(generated() > 5); // some wait at the start
+    sondixsim::Fault stuck;
+    stuck.function = "DataAvail";
+    stuck.from = 2;
+    stuck.times = 1;
+    stuck.hang = true;
+    sondixsim::inject(stuck);
+    SensorReader reader(instance);
+    Recording recording(reader);
+    QVERIFY(startReading(reader));
+    const auto before = generated();
+    QTRY_VERIFY(generated() > before + 50);
+    QTRY_VERIFY((sondixsim::releaseHangs(), !recording.blocks.isEmpty()));
+    const DataBlock &first = recording.blocks.first();
+    QVERIFY(first.time());
+    QVERIFY(first.wallClockMicroseconds());
+    QVERIFY(first.wallClockUncertainty() < 60.0);
 }
 
 void ReaderDescriptionsTest::trackingSensorsLoseNothingWhenTheirRateChanges_data()
