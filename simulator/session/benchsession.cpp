@@ -66,7 +66,7 @@ nlohmann::json readDescription(const fs::path &folder)
 {
     const fs::path file = folder / descriptionFile;
     const std::string text = readFrom(file, 0, fs::file_size(file));
-    const nlohmann::json description = nlohmann::json::parse(text, nullptr, false);
+    nlohmann::json description = nlohmann::json::parse(text, nullptr, false);
     const auto isText = [&description](const char *key) {
         return description.contains(key) && description[key].is_string();
     };
