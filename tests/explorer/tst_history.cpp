@@ -25,6 +25,8 @@ private Q_SLOTS:
     void memoryIsToldBeforehand();
     void everyFrameIsInOneColumn_data();
     void everyFrameIsInOneColumn();
+    void theLastColumnIsThatOfTheLastFrame_data();
+    void theLastColumnIsThatOfTheLastFrame();
     void findsTheNearestFrame();
     void rateLeavesOutGaps();
     void histogramCountsEveryValue();
@@ -255,6 +257,30 @@ void TestHistory::everyFrameIsInOneColumn()
         const double ideal = std::max(from + i * width, 0.0);
         QVERIFY(position >= ideal - width / 4.0 - 1.0e-9);
         QVERIFY(position <= ideal + 0.001 + 1.0e-9);
+    }
+}
+
+void TestHistory::theLastColumnIsThatOfTheLastFrame_data()
+{
+    QTest::addColumn<int>("frames");
+    for (const int frames : {60000, 60001, 60007, 60015, 60016, 59999})
+        QTest::addRow("%d", frames) << frames;
+}
+
+// Beyond it nothing was measured.
+void TestHistory::theLastColumnIsThatOfTheLastFrame()
+{
+    QFETCH(int, frames);
+    SignalHistory history;
+    history.begin(frameOf(1));
+    fillHistory(history, frames);
+    constexpr int columns = 100;
+    constexpr double to = 200.0;
+    const std::vector<qint64> limits = history.columnLimits(0.0, to, columns);
+    QCOMPARE(limits.back(), qint64(frames));
+    for (int i = 0; i < columns; ++i) {
+        if (limits.at(static_cast<std::size_t>(i)) < limits.at(static_cast<std::size_t>(i) + 1))
+            QVERIFY2(i * to / columns <= history.endPosition(), qPrintable(QString::number(i)));
     }
 }
 

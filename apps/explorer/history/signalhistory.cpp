@@ -233,7 +233,8 @@ std::vector<qint64> SignalHistory::columnLimits(double from, double to, int colu
     for (std::size_t i = 1; i < count; ++i) {
         const double share = static_cast<double>(i) / static_cast<double>(count);
         const qint64 index = m_timeLine.indexAt(from + (to - from) * share);
-        limits[i] = std::clamp(index - index % unit, limits[i - 1], range.end);
+        // Not rounded where the values end: the last ones would be drawn at the right edge of the plot.
+        limits[i] = index >= range.end ? range.end : std::clamp(index - index % unit, limits[i - 1], range.end);
     }
     return limits;
 }
