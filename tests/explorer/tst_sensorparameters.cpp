@@ -50,6 +50,8 @@ private Q_SLOTS:
     void wrongTextsAreNotSent_data();
     void wrongTextsAreNotSent();
     void changesAreUndoneAndRepeated();
+    void changesInARowAreUndoneOneByOne();
+    void aFileIsAppliedOnTopOfAChange();
     void aRefusedChangeIsNotUndone();
     void aRefusedUndoCanBeTriedAgain();
     void differencesToTheReferenceAreMarked();
@@ -272,6 +274,55 @@ void SensorParametersTest::changesAreUndoneAndRepeated()
     QTRY_COMPARE(edit("SA_OutputAnalog"), QVariant(1));
     QTRY_VERIFY(!model->isBusy());
     QCOMPARE(model->undoStack()->count(), 2);
+}
+
+// The second change is made before the sensor has answered the first one.
+void SensorParametersTest::changesInARowAreUndoneOneByOne()
+{
+    QStringList shown;
+    connect(model.get(), &ParameterModel::accepted, this,
+            [&] { shown += model->valueIndex("SA_Measrate").data().toString(); });
+    QVERIFY(set("SA_Measrate", 4.0));
+    QVERIFY(set("SA_Measrate", 8.0));
+    QCOMPARE(edit("SA_Measrate"), QVariant(8.0));
+    QTRY_COMPARE(model->undoStack()->count(), 2);
+    QCOMPARE(shown, QStringList({"8 kHz", "8 kHz"})); // the second change still waits when the first is answered
+    model->disconnect(this);
+    QTRY_VERIFY(!model->isBusy());
+    model->undoStack()->undo();
+    QTRY_VERIFY(!model->isBusy());
+    QCOMPARE(valueInSensor(*session, "Get_Samplerate", "SA_Measrate"), QVariant(4.0));
+    model->undoStack()->undo();
+    QTRY_VERIFY(!model->isBusy());
+    QCOMPARE(valueInSensor(*session, "Get_Samplerate", "SA_Measrate"), QVariant(1.0));
+    // Back to the value before.
+    QVERIFY(set("SA_Measrate", 4.0));
+    QVERIFY(set("SA_Measrate", 1.0));
+    QTRY_VERIFY(!model->isBusy());
+    QCOMPARE(valueInSensor(*session, "Get_Samplerate", "SA_Measrate"), QVariant(1.0));
+    // A refused change was never there.
+    QSignalSpy refused(model.get(), &ParameterModel::refused);
+    QVERIFY(set("SA_Measrate", 900.0));
+    QVERIFY(set("SA_Measrate", 2.0));
+    QTRY_VERIFY(!model->isBusy());
+    QCOMPARE(refused.count(), 1);
+    QCOMPARE(valueInSensor(*session, "Get_Samplerate", "SA_Measrate"), QVariant(2.0));
+    model->undoStack()->undo();
+    QTRY_VERIFY(!model->isBusy());
+    QCOMPARE(valueInSensor(*session, "Get_Samplerate", "SA_Measrate"), QVariant(1.0));
+}
+
+void SensorParametersTest::aFileIsAppliedOnTopOfAChange()
+{
+    QVERIFY(set("SA_Measrate", 4.0));
+    QString problem;
+    QVERIFY(model->apply({{"Set_Samplerate", {{"SA_Measrate", 1.0}}}}, "a file", &problem));
+    QCOMPARE(edit("SA_Measrate"), QVariant(1.0));
+    QTRY_VERIFY(!model->isBusy());
+    QCOMPARE(valueInSensor(*session, "Get_Samplerate", "SA_Measrate"), QVariant(1.0));
+    model->undoStack()->undo();
+    QTRY_VERIFY(!model->isBusy());
+    QCOMPARE(valueInSensor(*session, "Get_Samplerate", "SA_Measrate"), QVariant(4.0));
 }
 
 void SensorParametersTest::aRefusedChangeIsNotUndone()

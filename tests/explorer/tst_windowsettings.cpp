@@ -24,7 +24,9 @@ private Q_SLOTS:
     void showsARefusalAtTheField();
     void undoesAChange();
     void sendsACommandLine();
+    void aSettingOfTheCommandLineIsSentAgain();
     void savesAndLoadsSettings();
+    void comparesWithTheSettingsOfItsModelOnly();
     void showsTheIdentityOfThePageInFront();
 
 private:
@@ -113,6 +115,31 @@ void WindowSettingsTest::sendsACommandLine()
     QCOMPARE(line->text(), QString("Set_X nonsense")); // what was typed is not lost
 }
 
+// After a pulled cable the last change counts, whether it was made in the table or in the command line.
+void WindowSettingsTest::aSettingOfTheCommandLineIsSentAgain()
+{
+    SessionView *const view = window->openFirst();
+    QVERIFY(view);
+    QTRY_VERIFY(window->shownValue("SA_Measrate").isValid());
+    window->type(window->shownValue("SA_Measrate"), "2.5");
+    QTRY_COMPARE(window->shownValue("SA_Measrate").data().toString(), QString("2.5 kHz"));
+    QTRY_VERIFY(!view->parameters()->isBusy());
+    auto *line = window->child<QLineEdit>("commandLine");
+    line->setText("Set_Samplerate SP_Measrate=4");
+    QTest::keyClick(line, Qt::Key_Return);
+    QTRY_COMPARE(window->shownValue("SA_Measrate").data().toString(), QString("4 kHz"));
+    sondixsim::unplug("1001");
+    QTRY_COMPARE(view->session()->state(), SensorReader::Reconnecting);
+    sondixsim::plug("1001");
+    QTRY_COMPARE(view->session()->state(), SensorReader::Reading);
+    QSignalSpy answers((*window)->parameterPanel(), &ParameterPanel::answered);
+    line->setText("Get_Samplerate");
+    QTest::keyClick(line, Qt::Key_Return);
+    QTRY_COMPARE(answers.size(), 1);
+    QVERIFY2(answers.first().at(1).toString().contains("SA_Measrate=4"),
+             qPrintable(answers.first().at(1).toString()));
+}
+
 void WindowSettingsTest::savesAndLoadsSettings()
 {
     SessionView *const view = window->openFirst();
@@ -147,6 +174,38 @@ void WindowSettingsTest::savesAndLoadsSettings()
 }
 
 // The same sensor by two addresses has the same name, and as many parameters.
+void WindowSettingsTest::comparesWithTheSettingsOfItsModelOnly()
+{
+    SessionView *const view = window->openFirst();
+    QVERIFY(view);
+    QTRY_VERIFY(!view->parameters()->isBusy());
+    ParameterPanel *const panel = (*window)->parameterPanel();
+    auto *message = window->child<QLabel>("parameterMessage");
+    const QString path = window->folder() + "/settings.json";
+    QSignalSpy done(panel, &ParameterPanel::fileDone);
+    QString problem;
+    const SensorSettings own = view->parameters()->settings();
+    const auto compare = [&](const QString &model, const SensorSettings &settings) {
+        const int before = done.size();
+        const ParameterFile file{model, "1", settings};
+        if (file.save(path, &problem) && panel->compareWith(path) &&
+            QTest::qWaitFor([&] { return done.size() > before; }, longestTestWait))
+            return message->text();
+        return QString();
+    };
+    QVERIFY2(compare("CC430", own).contains("has the settings of a CC430, this sensor is a TX270"),
+             qPrintable(message->text()));
+    QVERIFY(!view->parameters()->differsFromReference());
+    QCOMPARE(compare("TX270", own), QString("All settings are those of the file."));
+    SensorSettings part = own;
+    part["Set_Averaging"].remove("SA_AveragingType");
+    part["Set_Zoom"]["SA_Zoom"] = 1;
+    const QString text = compare("TX270", part);
+    QVERIFY2(text.contains("The settings that both have are the same."), qPrintable(text));
+    QVERIFY2(text.contains("Only in the file: SA_Zoom"), qPrintable(text));
+    QVERIFY2(text.contains("Not in the file: SA_AveragingType"), qPrintable(text));
+}
+
 void WindowSettingsTest::showsTheIdentityOfThePageInFront()
 {
     const auto shownAddress = [this] {

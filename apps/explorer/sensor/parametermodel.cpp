@@ -150,6 +150,12 @@ int ParameterModel::rowOf(const QString &key) const
     return found != m_groups.end() ? static_cast<int>(found - m_groups.begin()) : -1;
 }
 
+bool ParameterModel::isSetting(const QString &command) const
+{
+    return std::any_of(m_groups.begin(), m_groups.end(),
+                       [&command](const Group &group) { return group.command == command; });
+}
+
 ParameterModel::Entry *ParameterModel::entryAt(const QModelIndex &index)
 {
     return const_cast<Entry *>(std::as_const(*this).entryAt(index));
@@ -194,6 +200,11 @@ QVariant ParameterModel::data(const QModelIndex &index, int role) const
     return index.column() == NoteColumn ? group.problem : QVariant();
 }
 
+QVariant ParameterModel::latestValue(const Entry &entry)
+{
+    return entry.pending.isValid() ? entry.pending : entry.value;
+}
+
 QVariant ParameterModel::entryData(const Group &group, const Entry &entry, int column, int role) const
 {
     switch (role) {
@@ -201,10 +212,10 @@ QVariant ParameterModel::entryData(const Group &group, const Entry &entry, int c
         if (column == NameColumn)
             return entry.shown.name;
         if (column == ValueColumn)
-            return presentedValue(entry.shown, entry.pending.isValid() ? entry.pending : entry.value);
+            return presentedValue(entry.shown, latestValue(entry));
         return noteOf(group, entry);
     case Qt::EditRole:
-        return column == ValueColumn ? entry.value : QVariant();
+        return column == ValueColumn ? latestValue(entry) : QVariant();
     case Qt::ToolTipRole: {
         const QString note = noteOf(group, entry);
         const QString name = QStringLiteral("%1 (%2)").arg(entry.shown.name, entry.answer);
@@ -212,7 +223,7 @@ QVariant ParameterModel::entryData(const Group &group, const Entry &entry, int c
     }
     case Qt::AccessibleTextRole:
         if (column == ValueColumn)
-            return tr("%1: %2").arg(entry.shown.name, presentedValue(entry.shown, entry.value));
+            return tr("%1: %2").arg(entry.shown.name, presentedValue(entry.shown, latestValue(entry)));
         return entryData(group, entry, column, Qt::DisplayRole);
     case AnswerRole:
         return entry.answer;

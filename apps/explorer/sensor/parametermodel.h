@@ -54,6 +54,9 @@ public:
     /// The value of the setting \a answer ("SA_Measrate"); an invalid index if there is none.
     QModelIndex valueIndex(const QString &answer) const;
 
+    /// Whether \a command sets a group of the model.
+    bool isSetting(const QString &command) const;
+
     /// Reads all groups from the sensor.
     void refresh();
     /// Asks the sensor for groups that sensors of its kind may have; those that it answers are added. For sensors that
@@ -104,7 +107,7 @@ private:
     struct Step
     {
         QString key;
-        QMap<QString, QVariant> before;
+        QMap<QString, QVariant> before; // of a new change: filled when it is sent
         QMap<QString, QVariant> after;
     };
     struct Change
@@ -127,6 +130,8 @@ private:
     int rowOf(const QString &key) const;
     Entry *entryAt(const QModelIndex &index);
     const Entry *entryAt(const QModelIndex &index) const;
+    /// What was sent last, or what the sensor has reported.
+    static QVariant latestValue(const Entry &entry);
     QVariant entryData(const Group &group, const Entry &entry, int column, int role) const;
     QString noteOf(const Group &group, const Entry &entry) const;
     bool differs(const Group &group, const Entry &entry) const;
@@ -141,7 +146,7 @@ private:
     void finish(const Change &change);
     void send(const Step &step, const QMap<QString, QVariant> &values,
               const SondixQt::SensorReader::Callback &callback);
-    void setPending(const Step &step, bool isPending);
+    void showPending(const Step &step, bool answered = false);
 
     SondixQt::SensorReader &m_reader;
     QVector<Group> m_groups;

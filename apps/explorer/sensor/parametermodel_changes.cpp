@@ -150,10 +150,10 @@ bool ParameterModel::setData(const QModelIndex &index, const QVariant &wanted, i
         Q_EMIT refused(index, problem);
         return false;
     }
-    if (isSameValue(*value, entry->value) && !m_isBusy)
+    if (isSameValue(*value, entry->value) && !entry->pending.isValid())
         return true;
     const QString title = tr("%1: %2").arg(entry->shown.name, presentedValue(entry->shown, *value));
-    start({title, {{m_groups.at(row).key, {{entry->answer, entry->value}}, {{entry->answer, *value}}}}, true});
+    start({title, {{m_groups.at(row).key, {}, {{entry->answer, *value}}}}, true});
     return true;
 }
 
@@ -181,10 +181,8 @@ bool ParameterModel::apply(const SensorSettings &wanted, const QString &title, Q
                 *problem = tr("%1: %2").arg(it.key(), reason);
                 return false;
             }
-            if (!isSameValue(*value, entry->value)) {
-                step.before.insert(it.key(), entry->value);
+            if (!isSameValue(*value, entry->value) || entry->pending.isValid())
                 step.after.insert(it.key(), *value);
-            }
         }
         if (!step.after.isEmpty())
             change.steps.append(step);
@@ -202,7 +200,7 @@ void ParameterModel::start(const Change &change)
         return;
     m_changes.enqueue(change);
     for (const Step &step : change.steps)
-        setPending(step, true);
+        showPending(step);
     if (m_isBusy)
         return;
     m_isBusy = true;
@@ -210,7 +208,9 @@ void ParameterModel::start(const Change &change)
     sendStep(m_changes.head(), 0);
 }
 
-void ParameterModel::setPending(const Step &step, bool isPending)
+// Shows for the settings of a step what the last change that waits will make of them. The first change of the queue no
+// longer counts for a step that was \a answered.
+void ParameterModel::showPending(const Step &step, bool answered)
 {
     const int row = rowOf(step.key);
     if (row < 0)
@@ -218,8 +218,14 @@ void ParameterModel::setPending(const Step &step, bool isPending)
     for (Entry &entry : m_groups[row].entries) {
         if (!step.after.contains(entry.answer))
             continue;
-        entry.pending = isPending ? step.after.value(entry.answer) : QVariant();
-        if (isPending)
+        entry.pending = QVariant();
+        for (int i = answered ? 1 : 0; i < m_changes.size(); ++i) {
+            for (const Step &waiting : m_changes.at(i).steps) {
+                if (waiting.key == step.key && waiting.after.contains(entry.answer))
+                    entry.pending = waiting.after.value(entry.answer);
+            }
+        }
+        if (!answered)
             entry.problem.clear();
     }
     announce(row);
@@ -232,8 +238,16 @@ void ParameterModel::sendStep(const Change &change, int number)
         refuse(change, number, tr("not sent: the sensor is not open"));
         return;
     }
-    send(change.steps.at(number), change.steps.at(number).after,
-         [this, change, number](const CommandResult &result) { takeResult(change, number, result); });
+    Change sent = change;
+    Step &step = sent.steps[number];
+    if (change.isNew) { // the values before it are known only now, when the changes before it were answered
+        for (const Entry &entry : m_groups.at(rowOf(step.key)).entries) {
+            if (step.after.contains(entry.answer))
+                step.before.insert(entry.answer, entry.value);
+        }
+    }
+    send(step, step.after,
+         [this, sent, number](const CommandResult &result) { takeResult(sent, number, result); });
 }
 
 // Sends the whole group of the step, with the values of the step in place of the present ones.
@@ -256,7 +270,7 @@ void ParameterModel::takeResult(const Change &change, int number, const CommandR
         return;
     }
     const Step &step = change.steps.at(number);
-    setPending(step, false);
+    showPending(step, true);
     takeValues(step.key, step.after);
     if (number + 1 < change.steps.size())
         sendStep(change, number + 1);
@@ -267,7 +281,7 @@ void ParameterModel::takeResult(const Change &change, int number, const CommandR
 void ParameterModel::refuse(const Change &change, int number, const QString &sentence)
 {
     for (const Step &step : change.steps)
-        setPending(step, false);
+        showPending(step, true);
     const Step &step = change.steps.at(number);
     const int row = rowOf(step.key);
     QModelIndex place;

@@ -50,6 +50,22 @@ QString answerText(const QMap<QString, QVariant> &answer)
     return parts.join(QStringLiteral(", "));
 }
 
+// The first names of the settings that \a wanted has and \a other lacks.
+QString namesOnlyIn(const SensorSettings &wanted, const SensorSettings &other)
+{
+    constexpr int mostNames = 5;
+    QStringList names;
+    for (auto group = wanted.cbegin(); group != wanted.cend(); ++group) {
+        const auto known = other.value(group.key());
+        for (auto it = group->cbegin(); it != group->cend(); ++it) {
+            if (!known.contains(it.key()))
+                names += it.key();
+        }
+    }
+    const bool isLong = names.size() > mostNames;
+    return names.mid(0, mostNames).join(QStringLiteral(", ")) + (isLong ? QStringLiteral(", ...") : QString());
+}
+
 // Long lines would make the dock as wide as they are.
 QLabel *wrappedLabel(const char *objectName)
 {
@@ -72,12 +88,23 @@ public:
         const int character = fontMetrics().averageCharWidth();
         const int valueWidth = std::max(sizeHintForColumn(ParameterModel::ValueColumn), 8 * character);
         const int nameWidth = std::max(sizeHintForColumn(ParameterModel::NameColumn), 8 * character);
-        const int leastNote = 12 * character;
-        const int value = std::min(valueWidth, 14 * character);
-        const int name = std::max(std::min(nameWidth, viewport()->width() - value - leastNote), 8 * character);
+        // Most settings have no note.
+        const int wantedNote = std::max(sizeHintForColumn(ParameterModel::NoteColumn),
+                                        header()->sectionSizeHint(ParameterModel::NoteColumn));
+        const int note = std::min(wantedNote, 12 * character);
+        const int width = viewport()->width();
+        const int value = std::min(valueWidth, std::max(14 * character, (width - note) / 2));
+        const int name = std::max(std::min(nameWidth, width - value - note), 8 * character);
         header()->setMinimumSectionSize(6 * character);
         header()->resizeSection(ParameterModel::NameColumn, name);
         header()->resizeSection(ParameterModel::ValueColumn, value);
+    }
+
+    void dataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight,
+                     const QVector<int> &roles) override
+    {
+        QTreeView::dataChanged(topLeft, bottomRight, roles);
+        fitColumns(); // a note may have come
     }
 
 protected:
@@ -370,13 +397,20 @@ bool ParameterPanel::loadFrom(const QString &path)
     return readFile(path, &ParameterPanel::apply);
 }
 
-QString ParameterPanel::apply(const ParameterFile &file, const QString &path)
+// Empty if the settings of \a file are those of a sensor of this model.
+QString ParameterPanel::otherModel(const ParameterFile &file, const QString &name) const
 {
     const QString model = sensorName(m_session->model(), true);
+    return file.model == model
+               ? QString()
+               : tr("'%1' has the settings of a %2, this sensor is a %3.").arg(name, file.model, model);
+}
+
+QString ParameterPanel::apply(const ParameterFile &file, const QString &path)
+{
     const QString name = QFileInfo(path).fileName();
-    if (file.model != model)
-        return tr("'%1' has the settings of a %2, this sensor is a %3. Nothing was changed.")
-            .arg(name, file.model, model);
+    if (const QString other = otherModel(file, name); !other.isEmpty())
+        return tr("%1 Nothing was changed.").arg(other);
     m_message->hide();
     QString problem;
     if (m_model->apply(file.settings, tr("settings of '%1'").arg(name), &problem))
@@ -391,10 +425,23 @@ bool ParameterPanel::compareWith(const QString &path)
 
 QString ParameterPanel::compare(const ParameterFile &file, const QString &path)
 {
+    if (const QString other = otherModel(file, QFileInfo(path).fileName()); !other.isEmpty())
+        return other;
     m_model->setReference(file.settings, QFileInfo(path).completeBaseName());
-    showMessage(m_model->differsFromReference() ? tr("The settings that differ are bold.")
-                                                : tr("All settings are those of the file."),
-                false);
+    const QString missing = namesOnlyIn(file.settings, m_model->settings());
+    const QString further = namesOnlyIn(m_model->settings(), file.settings);
+    QStringList sentences;
+    if (m_model->differsFromReference())
+        sentences += tr("The settings that differ are bold.");
+    else if (missing.isEmpty() && further.isEmpty())
+        sentences += tr("All settings are those of the file.");
+    else
+        sentences += tr("The settings that both have are the same.");
+    if (!missing.isEmpty())
+        sentences += tr("Only in the file: %1").arg(missing);
+    if (!further.isEmpty())
+        sentences += tr("Not in the file: %1").arg(further);
+    showMessage(sentences.join(QLatin1Char('\n')), false);
     return {};
 }
 
@@ -414,7 +461,7 @@ bool ParameterPanel::sendLine(const QString &line)
     }
     m_message->hide();
     const QString source = m_session->title();
-    m_session->post(command, *parameters, this, [this, command, source](const CommandResult &result) {
+    const auto callback = [this, command, source](const CommandResult &result) {
         const QString answer = answerText(result.answer);
         if (result.code == NoError)
             Q_EMIT answered(source, QStringLiteral("%1: %2").arg(command, answer.isEmpty() ? tr("done") : answer),
@@ -428,7 +475,12 @@ bool ParameterPanel::sendLine(const QString &line)
             showMessage(QStringLiteral("%1: %2").arg(command, answer.isEmpty() ? tr("done") : answer), false);
         if (m_model && !command.startsWith(QLatin1String("Get_")))
             m_model->refresh();
-    });
+    };
+    // A setting is sent again when the sensor was gone, in its order among those of the table.
+    if (m_model && m_model->isSetting(command))
+        m_session->reader().addSetting(command, *parameters, this, callback);
+    else
+        m_session->post(command, *parameters, this, callback);
     return true;
 }
 

@@ -63,6 +63,7 @@ private:
     void showMessage(const QString &text, bool isProblem);
     bool readFile(const QString &path, QString (ParameterPanel::*use)(const ParameterFile &, const QString &));
     void endFile(const QString &path, const QString &problem);
+    QString otherModel(const ParameterFile &file, const QString &name) const;
     QString apply(const ParameterFile &file, const QString &path);
     QString compare(const ParameterFile &file, const QString &path);
     void showSize();
