@@ -31,8 +31,8 @@ QString phrase(LossAccount::Cause cause, bool isOne)
 {
     switch (cause) {
     case LossAccount::Overrun:
-        return isOne ? QStringLiteral("because it was not read in time")
-                     : QStringLiteral("because they were not read in time");
+        return isOne ? QStringLiteral("because it was not read in time or the line was too slow")
+                     : QStringLiteral("because they were not read in time or the line was too slow");
     case LossAccount::Disconnection:
         return QStringLiteral("while the sensor was disconnected");
     case LossAccount::Interruption:

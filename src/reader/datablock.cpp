@@ -175,6 +175,15 @@ DataBlock DataBlock::mid(int first, int count) const
     return part;
 }
 
+DataBlock DataBlock::inRun(int run) const
+{
+    if (!d || d->run == run)
+        return *this;
+    DataBlock other = *this;
+    other.d->run = run;
+    return other;
+}
+
 bool DataGap::operator==(const DataGap &other) const
 {
     return run == other.run && firstFrame == other.firstFrame && frames == other.frames &&
@@ -185,7 +194,7 @@ QString gapReasonText(DataGap::Reason reason)
 {
     switch (reason) {
     case DataGap::LibraryOverrun:
-        return QStringLiteral("values were not read in time");
+        return QStringLiteral("values were not read in time, or the line was too slow");
     case DataGap::ConsumerOverrun:
         return QStringLiteral("values were not processed in time");
     case DataGap::Disconnected:

@@ -88,6 +88,8 @@ public:
 
     /// The frames from \a first on, at most \a count; all of them if \a count is -1.
     DataBlock mid(int first, int count = -1) const;
+    /// The same frames as part of another run, for a consumer that joins what several starts of a reader have delivered.
+    DataBlock inRun(int run) const;
 
 private:
     friend class DataBlockBuilder;
@@ -103,7 +105,7 @@ private:
 struct SONDIXQT_EXPORT DataGap
 {
     enum Reason {
-        LibraryOverrun,  ///< the buffer of the sensor-access library was full: the reader did not read in time
+        LibraryOverrun, ///< the sensor-access library discarded them: its buffer was full, or the line was too slow
         ConsumerOverrun, ///< the queue of the reader was full: its signals were not delivered in time
         Disconnected,    ///< the sensor was disconnected
         Restarted,       ///< a command or setting has interrupted the measurement

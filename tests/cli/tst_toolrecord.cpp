@@ -390,7 +390,7 @@ void TestToolRecord::tellsLossesWhenTheSensorFails()
              result.err.constData());
     QCOMPARE(linesOf(result.err).last(),
              "sondixqt: " + QByteArray::number(missing(text)) +
-                 " frames were lost because they were not read in time; an unknown "
+                 " frames were lost because they were not read in time or the line was too slow; an unknown "
                  "number of frames was lost in 1 gap, while the sensor was disconnected");
 }
 

@@ -29,6 +29,8 @@ private Q_SLOTS:
     void recordsWhatArrives();
     void tellsHowItIsGettingOn();
     void gapsAreInTheFile();
+    void aPauseIsInTheFile_data();
+    void aPauseIsInTheFile();
     void anotherFormatIsRefused();
     void aFolderThatCannotBeWrittenEndsOnlyTheRecording();
     void reportsAFullDisk();
@@ -160,6 +162,53 @@ void ExtrasRecordingTest::gapsAreInTheFile()
     QVERIFY(file.readAll().contains("# gap: "));
 }
 
+void ExtrasRecordingTest::aPauseIsInTheFile_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const char *name : {"values.csv", "values.npy", "values.jsonl"})
+        QTest::newRow(name) << name;
+}
+
+// Meanwhile the web interface has the sensor, for example. The reader counts from 0 again.
+void ExtrasRecordingTest::aPauseIsInTheFile()
+{
+    QFETCH(QString, name);
+    RecordingControl control(*m_session);
+    QSignalSpy ended(&control, &RecordingControl::ended);
+    QVERIFY(control.start(path(qPrintable(name)), nullptr));
+    measure(100);
+    m_session->reader().stop();
+    QTRY_COMPARE(m_session->state(), SensorReader::Stopped);
+    sondixsim::advance(1.0);
+    m_session->open();
+    QTRY_COMPARE(m_session->state(), SensorReader::Reading);
+    measure(50);
+    control.stop();
+    QTRY_COMPARE(ended.size(), 1);
+    QCOMPARE(ended[0][1].toString(), QString());
+    SondixApp::RecordingReader reader(path(qPrintable(name)));
+    QVERIFY2(reader.open(), qPrintable(reader.problem()));
+    QVector<DataGap> gaps;
+    QVector<int> runs;
+    qint64 frames = 0;
+    while (const auto item = reader.next()) {
+        if (const auto *gap = std::get_if<DataGap>(&*item)) {
+            gaps += *gap;
+            continue;
+        }
+        const DataBlock &block = std::get<DataBlock>(*item);
+        frames += block.frameCount();
+        if (runs.isEmpty() || runs.last() != block.run())
+            runs += block.run();
+    }
+    QCOMPARE(frames, qint64(150));
+    QCOMPARE(runs, (QVector<int>{0, 1}));
+    QCOMPARE(gaps.size(), 1);
+    QVERIFY(!gaps.first().frames);
+    QCOMPARE(gaps.first().reason, DataGap::Disconnected);
+    QCOMPARE(reader.problem(), QString());
+}
+
 void ExtrasRecordingTest::anotherFormatIsRefused()
 {
     RecordingControl control(*m_session);
@@ -267,14 +316,15 @@ void ExtrasRecordingTest::destructionFinishesTheFile()
 void ExtrasRecordingTest::namesTellSensorAndDate()
 {
     const RecordingControl control(*m_session);
-    const QString name = QFileInfo(control.proposedPath(m_folder->path(), "csv")).fileName();
+    const QString name =
+        QFileInfo(RecordingControl::freePath(m_folder->path(), control.proposedName(), "csv")).fileName();
     QVERIFY2(QRegularExpression("^TX270.* 1001 \\d{4}-\\d{2}-\\d{2} \\d{2}-\\d{2}-\\d{2}( \\(\\d+\\))?\\.csv$")
                  .match(name)
                  .hasMatch(),
              qPrintable(name));
     // A name that is used gets a number, whatever the second.
     for (int i = 0; i < 3; ++i) {
-        QFile used(control.proposedPath(m_folder->path(), "csv"));
+        QFile used(RecordingControl::freePath(m_folder->path(), control.proposedName(), "csv"));
         QVERIFY(!used.exists());
         QVERIFY(used.open(QIODevice::WriteOnly));
     }
@@ -282,7 +332,7 @@ void ExtrasRecordingTest::namesTellSensorAndDate()
     SensorSession named(secondAddress(), "Line 100%2%3");
     const RecordingControl other(named);
     for (int i = 0; i < 2; ++i) {
-        QFile used(other.proposedPath(m_folder->path(), "csv"));
+        QFile used(RecordingControl::freePath(m_folder->path(), other.proposedName(), "csv"));
         QVERIFY2(QFileInfo(used).fileName().startsWith("Line 100%2%3 20"), qPrintable(used.fileName()));
         QVERIFY2(used.fileName().endsWith(".csv"), qPrintable(used.fileName()));
         QVERIFY(used.open(QIODevice::WriteOnly));
@@ -301,7 +351,7 @@ void ExtrasRecordingTest::theButtonStartsAndStops()
     QSignalSpy happened(&widget, &RecordingWidget::happened);
     widget.recordAction()->trigger();
     QVERIFY(widget.recordAction()->isChecked());
-    QVERIFY(widget.control().isRecording());
+    QTRY_VERIFY(widget.control().isRecording());
     measure(300);
     QTRY_VERIFY(widget.findChild<QLabel *>()->text().startsWith("00:00:0"));
     widget.recordAction()->trigger();

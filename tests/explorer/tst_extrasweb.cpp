@@ -38,6 +38,7 @@ private Q_SLOTS:
     void aSensorThatWasNotReadIsNotReadAfterwards();
     void failuresResumeReading();
     void closedWhileItIsOpened();
+    void openingTheSensorAgainClosesIt();
     void tellsThatThereIsNoBrowser();
     void destructionClosesTheTunnel();
 
@@ -132,6 +133,20 @@ void ExtrasWebTest::closedWhileItIsOpened()
     QTRY_COMPARE(web->state(), WebTunnel::Closed);
     QVERIFY(m_shown.isEmpty());
     QTRY_COMPARE(m_session->state(), SensorReader::Reading);
+}
+
+// Two would want the same port otherwise.
+void ExtrasWebTest::openingTheSensorAgainClosesIt()
+{
+    const auto web = make();
+    QSignalSpy states(&m_session->reader(), &SensorReader::stateChanged);
+    web->open();
+    QTRY_COMPARE(web->state(), WebTunnel::Open);
+    m_session->reopen();
+    QTRY_COMPARE(m_session->state(), SensorReader::Reading);
+    QCOMPARE(web->state(), WebTunnel::Closed);
+    for (const QList<QVariant> &state : qAsConst(states))
+        QVERIFY(state.first().value<SensorReader::State>() != SensorReader::Failed);
 }
 
 void ExtrasWebTest::tellsThatThereIsNoBrowser()

@@ -76,7 +76,7 @@ void ExtrasWindowTest::recordsThePageInFront()
     RecordingWidget *recording = m_extensions->recording(view);
     QVERIFY(recording);
     m_window->action("menuRecordAction")->trigger();
-    QVERIFY(recording->control().isRecording());
+    QTRY_VERIFY(recording->control().isRecording());
     QVERIFY(m_window->action("menuRecordAction")->isChecked());
     sondixsim::advance(0.5);
     QTRY_VERIFY(recording->control().frames() >= 400);
@@ -93,6 +93,7 @@ void ExtrasWindowTest::closingThePageFinishesTheFile()
 {
     SessionView *view = open(firstAddress());
     m_window->action("menuRecordAction")->trigger();
+    QTRY_VERIFY(m_extensions->recording(view)->control().isRecording());
     sondixsim::advance(0.3);
     QTRY_VERIFY(m_extensions->recording(view)->control().frames() >= 200);
     QPointer<SessionView> guard(view);

@@ -176,7 +176,7 @@ void WindowBlockingTest::recording()
     for (const QString &suffix : RecordingControl::suffixes()) {
         QSettings().setValue("recording/suffix", suffix);
         m_window->action("menuRecordAction")->trigger();
-        QVERIFY(control.isRecording());
+        QTRY_VERIFY(control.isRecording());
         for (int i = 0; i < 2; ++i) {
             sondixsim::advance(25.0);
             QTRY_VERIFY(control.frames() >= (i + 1) * 22500);

@@ -184,7 +184,7 @@ void WindowChoicesTest::proposedFilesHaveNoForbiddenCharacters()
     QCOMPARE(settings.fileName(), QString("Line_1_2__a_b.json"));
     QVERIFY(settings.dir().exists());
     const RecordingControl recording(*view->session());
-    const QFileInfo file(recording.proposedPath(window->folder(), "csv"));
+    const QFileInfo file(RecordingControl::freePath(window->folder(), recording.proposedName(), "csv"));
     QVERIFY2(file.fileName().startsWith("Line 1_2_ a_b 20"), qPrintable(file.fileName()));
     QCOMPARE(QDir(file.path()), QDir(window->folder()));
 }

@@ -90,6 +90,13 @@ void ReaderBlocksTest::partsKeepNumbersAndTimes()
     QCOMPARE(block.mid(9).frameCount(), 0);
     QVERIFY(!block.mid(9).time());
     QCOMPARE(block.mid(-1, 100).frameCount(), 4);
+    const DataBlock other = block.inRun(3);
+    QCOMPARE(other.run(), 3);
+    QCOMPARE(block.run(), 1);
+    QCOMPARE(other.firstFrame(), 10);
+    QCOMPARE(other.scaledData(), block.scaledData());
+    QCOMPARE(other.frameTime(3), block.frameTime(3));
+    QVERIFY(DataBlock().inRun(3).isEmpty());
 }
 
 void ReaderBlocksTest::irregularTimesAreKept()

@@ -25,25 +25,26 @@ void TestLossAccount::isASentence_data()
     const DataGap unknown = gap(90, {}, DataGap::Unknown);
     QTest::newRow("none") << QVector<DataGap>{} << ""
                           << "0 lost";
-    QTest::newRow("one") << QVector<DataGap>{one} << "1 frame was lost because it was not read in time"
+    QTest::newRow("one") << QVector<DataGap>{one}
+                         << "1 frame was lost because it was not read in time or the line was too slow"
                          << "1 lost";
     QTest::newRow("overruns") << QVector<DataGap>{library, consumer}
-                              << "25 frames were lost because they were not read in time"
+                              << "25 frames were lost because they were not read in time or the line was too slow"
                               << "25 lost";
     QTest::newRow("cable") << QVector<DataGap>{cable} << "7 frames were lost while the sensor was disconnected"
                            << "7 lost";
-    QTest::newRow("two reasons")
-        << QVector<DataGap>{cable, library, cable}
-        << "34 frames were lost: 20 because they were not read in time, 14 while the sensor was disconnected"
-        << "34 lost";
+    QTest::newRow("two reasons") << QVector<DataGap>{cable, library, cable}
+                                 << "34 frames were lost: 20 because they were not read in time or the line was "
+                                    "too slow, 14 while the sensor was disconnected"
+                                 << "34 lost";
     QTest::newRow("unknown length") << QVector<DataGap>{unknown, unknown}
                                     << "an unknown number of frames was lost in 2 gaps, for an unknown reason"
                                     << "some lost";
-    QTest::newRow("both")
-        << QVector<DataGap>{library, unknown}
-        << "20 frames were lost because they were not read in time; an unknown number of frames was "
-           "lost in 1 gap, for an unknown reason"
-        << "at least 20 lost";
+    QTest::newRow("both") << QVector<DataGap>{library, unknown}
+                          << "20 frames were lost because they were not read in time or the line was too slow; an "
+                             "unknown number of frames was "
+                             "lost in 1 gap, for an unknown reason"
+                          << "at least 20 lost";
 }
 
 void TestLossAccount::isASentence()

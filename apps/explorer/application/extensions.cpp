@@ -88,7 +88,7 @@ void Extensions::extend(SessionView *view)
     connect(recording, &RecordingWidget::happened, this,
             [this, session](const QString &text, bool isProblem) { log(session->title(), text, isProblem); });
     connect(&recording->control(), &RecordingControl::changed, this, &Extensions::update);
-    view->addEnding([recording] { recording->control().stop(); },
+    view->addEnding([recording] { recording->stop(); },
                     [recording] { return recording->control().isRecording(); });
     m_parts[view].recording = recording;
     if (WebTunnel::isOffered(session->address()))
@@ -175,7 +175,7 @@ void Extensions::update()
 {
     const Parts parts = current();
     m_record->setEnabled(parts.recording);
-    m_record->setChecked(parts.recording && parts.recording->control().isRecording());
+    m_record->setChecked(parts.recording && parts.recording->recordAction()->isChecked());
     m_recordTo->setEnabled(parts.recording && !m_record->isChecked());
     m_video->setEnabled(m_window.currentSession() != nullptr);
     m_web->setEnabled(parts.web && parts.web->action()->isEnabled());

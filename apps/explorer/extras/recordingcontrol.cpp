@@ -41,10 +41,9 @@ RecordingControl::RecordingControl(SensorSession &session, QObject *parent)
     , m_session(session)
     , m_thread(new QThread)
 {
-    SensorReader &reader = session.reader();
-    connect(&reader, &SensorReader::blockReady, this, [this](const DataBlock &block) { take(block); });
-    connect(&reader, &SensorReader::gapDetected, this, [this](const DataGap &gap) { take(gap); });
-    connect(&reader, &SensorReader::frameChanged, this, &RecordingControl::checkFrame);
+    connect(&session, &SensorSession::blockArrived, this, [this](const DataBlock &block) { take(block); });
+    connect(&session, &SensorSession::gapArrived, this, [this](const DataGap &gap) { take(gap); });
+    connect(&session.reader(), &SensorReader::frameChanged, this, &RecordingControl::checkFrame);
     m_thread->start();
 }
 
@@ -67,10 +66,14 @@ QStringList RecordingControl::suffixes()
     return {QStringLiteral("csv"), QStringLiteral("npy"), QStringLiteral("jsonl")};
 }
 
-QString RecordingControl::proposedPath(const QString &folder, const QString &suffix) const
+QString RecordingControl::proposedName() const
 {
-    const QString name = fileNameOf(m_session.title() +
-                                    QDateTime::currentDateTime().toString(QStringLiteral(" yyyy-MM-dd HH-mm-ss")));
+    return fileNameOf(m_session.title() +
+                      QDateTime::currentDateTime().toString(QStringLiteral(" yyyy-MM-dd HH-mm-ss")));
+}
+
+QString RecordingControl::freePath(const QString &folder, const QString &name, const QString &suffix)
+{
     const QDir dir(folder);
     QString path = dir.filePath(name + QLatin1Char('.') + suffix);
     for (int number = 2; QFileInfo::exists(path) || QFileInfo::exists(path + QStringLiteral(".partial")); ++number)

@@ -36,8 +36,11 @@ public:
 
     /// The suffixes of files that can be recorded, without the point.
     static QStringList suffixes();
-    /// A file name by sensor and date that no file in \a folder has, with \a suffix.
-    QString proposedPath(const QString &folder, const QString &suffix) const;
+    /// A file name by sensor and date, without a suffix.
+    QString proposedName() const;
+    /// A path in \a folder that no file has: \a name with \a suffix, and with a number if need be. Accesses the disk, in
+    /// any thread.
+    static QString freePath(const QString &folder, const QString &name, const QString &suffix);
 
     /// Begins to record into \a path, whose suffix is the format. False and the reason in \a problem if that is not
     /// possible; a file that cannot be created is reported by ended().

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "recordingwidget.h"
 
+#include "explorer/sensor/diskthread.h"
 #include "explorer/sensor/librarytexts.h"
 
 #include <QAction>
@@ -16,6 +17,9 @@
 #include <QStandardPaths>
 #include <QToolButton>
 
+#include <memory>
+#include <utility>
+
 namespace Explorer {
 
 namespace {
@@ -23,13 +27,19 @@ namespace {
 const QLatin1String folderKey("recording/folder");
 const QLatin1String suffixKey("recording/suffix");
 
-QString recordingFolder()
+// The first of the folders that exists. Accesses the disk.
+QString existingFolder(const QString &wanted)
 {
-    QString folder = QSettings().value(folderKey).toString();
-    if (!folder.isEmpty() && QFileInfo(folder).isDir())
-        return folder;
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    return QFileInfo(documents).isDir() ? documents : QDir::homePath();
+    for (const QString &folder : {wanted, documents})
+        if (!folder.isEmpty() && QFileInfo(folder).isDir())
+            return folder;
+    return QDir::homePath();
+}
+
+QString chosenFolder()
+{
+    return QSettings().value(folderKey).toString();
 }
 
 QString recordingSuffix()
@@ -66,6 +76,7 @@ RecordingWidget::RecordingWidget(SensorSession &session, QWidget *parent)
     , m_record(new QAction(tr("Record"), this))
     , m_recordTo(new QAction(tr("Record to ..."), this))
     , m_text(new QLabel(this))
+    , m_disk(new DiskThread(this))
 {
     m_record->setObjectName(QStringLiteral("recordAction"));
     m_record->setCheckable(true);
@@ -95,12 +106,31 @@ RecordingWidget::RecordingWidget(SensorSession &session, QWidget *parent)
     show();
 }
 
+void RecordingWidget::stop()
+{
+    m_isWanted = false;
+    m_control.stop();
+    show();
+}
+
 void RecordingWidget::toggle(bool on)
 {
-    if (on)
-        start(m_control.proposedPath(recordingFolder(), recordingSuffix()));
-    else
-        m_control.stop();
+    if (!on) {
+        stop();
+        return;
+    }
+    m_isWanted = true;
+    const auto path = std::make_shared<QString>();
+    m_disk->run(
+        DiskThread::Reading,
+        [path, folder = chosenFolder(), name = m_control.proposedName(), suffix = recordingSuffix()] {
+            *path = RecordingControl::freePath(existingFolder(folder), name, suffix);
+        },
+        [this, path] {
+            if (std::exchange(m_isWanted, false))
+                start(*path);
+        });
+    show();
 }
 
 void RecordingWidget::askForFile()
@@ -115,7 +145,8 @@ void RecordingWidget::askForFile()
     connect(dialog, &QFileDialog::filterSelected, dialog, [dialog](const QString &filter) {
         dialog->setDefaultSuffix(RecordingControl::suffixes().value(dialog->nameFilters().indexOf(filter)));
     });
-    dialog->selectFile(m_control.proposedPath(recordingFolder(), suffix));
+    dialog->selectFile(
+        RecordingControl::freePath(existingFolder(chosenFolder()), m_control.proposedName(), suffix));
     connect(dialog, &QFileDialog::fileSelected, this, [this](const QString &path) {
         QSettings settings;
         settings.setValue(folderKey, QFileInfo(path).absolutePath());
@@ -138,8 +169,8 @@ void RecordingWidget::start(const QString &path)
 void RecordingWidget::show()
 {
     const bool isRecording = m_control.isRecording();
-    m_record->setChecked(isRecording);
-    m_recordTo->setEnabled(!isRecording);
+    m_record->setChecked(isRecording || m_isWanted);
+    m_recordTo->setEnabled(!isRecording && !m_isWanted);
     if (!isRecording) {
         m_timer.stop();
         m_text->setVisible(!m_text->text().isEmpty());

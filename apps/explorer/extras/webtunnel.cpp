@@ -42,6 +42,12 @@ WebTunnel::WebTunnel(SensorSession &session, QObject *parent)
     m_action->setToolTip(tr("Show the web interface of the sensor in the browser; reading pauses meanwhile"));
     connect(m_action, &QAction::triggered, this, [this](bool on) { on ? open() : close(); });
     connect(&session.reader(), &SensorReader::stateChanged, this, &WebTunnel::takeReaderState);
+    connect(&session, &SensorSession::reopening, this, [this](bool *isTaken) {
+        if (m_state == Closed)
+            return;
+        *isTaken = m_wasRead = true;
+        close();
+    });
     m_worker->moveToThread(m_thread);
     connect(m_worker, &TunnelWorker::opened, this, &WebTunnel::takeUrl);
     connect(m_worker, &TunnelWorker::failed, this, &WebTunnel::takeFailure);

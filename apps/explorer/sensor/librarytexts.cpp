@@ -46,7 +46,7 @@ QString shownGapReason(DataGap::Reason reason)
 {
     switch (reason) {
     case DataGap::LibraryOverrun:
-        return LibraryTexts::tr("values were not read in time");
+        return LibraryTexts::tr("values were not read in time, or the line was too slow");
     case DataGap::ConsumerOverrun:
         return LibraryTexts::tr("values were not processed in time");
     case DataGap::Disconnected:

@@ -62,6 +62,14 @@ void SensorSession::open()
     m_reader.start();
 }
 
+void SensorSession::reopen()
+{
+    bool isTaken = false;
+    Q_EMIT reopening(&isTaken);
+    if (!isTaken)
+        open();
+}
+
 void SensorSession::close()
 {
     m_isClosing = true;
@@ -137,9 +145,11 @@ QString SensorSession::serialNumber() const
     return serial.isEmpty() ? answer(QStringLiteral("SA_ControllerSerialNumber")) : serial;
 }
 
-bool SensorSession::isSimulated() const
+bool isSimulated(const QMap<QString, QVariant> &information)
 {
-    return answer(InterfaceParameter::SoftwareVersion).contains(QLatin1String("(simulator)"));
+    return information.value(InterfaceParameter::SoftwareVersion)
+        .toString()
+        .contains(QLatin1String("(simulator)"));
 }
 
 QMap<QString, QVariant> SensorSession::information() const
@@ -184,8 +194,10 @@ void SensorSession::post(const QString &command, const QMap<QString, QVariant> &
     m_reader.post(command, parameters, context, callback);
 }
 
-void SensorSession::takeBlock(const DataBlock &block)
+void SensorSession::takeBlock(const DataBlock &ofThisStart)
 {
+    const DataBlock block = ofThisStart.inRun(ofThisStart.run() + m_firstRun);
+    m_end = {block.run(), block.firstFrame() + block.frameCount()};
     m_sinceData.start();
     m_framesRead += block.frameCount();
     if (block.frameInterval())
@@ -199,14 +211,20 @@ void SensorSession::takeBlock(const DataBlock &block)
                 .arg(QLocale().toString(m_history.keepSeconds(), 'g', 6)),
             true);
     m_values.add(block);
+    Q_EMIT blockArrived(block);
     Q_EMIT dataArrived();
 }
 
-void SensorSession::takeGap(const DataGap &gap)
+void SensorSession::takeGap(const DataGap &ofThisStart)
 {
+    DataGap gap = ofThisStart;
+    gap.run += m_firstRun;
+    if (gap.frames)
+        m_end = {gap.run, gap.firstFrame + *gap.frames};
     m_losses.add(gap);
     m_history.append(gap);
     Q_EMIT gapHappened(gap);
+    Q_EMIT gapArrived(gap);
     Q_EMIT dataArrived();
 }
 
@@ -221,8 +239,13 @@ void SensorSession::takeFrame(const TransmittedDataInfo &frame)
         // Meanwhile something else has used the sensor, such as its web interface.
         DataGap pause;
         pause.reason = DataGap::Disconnected;
+        pause.run = m_end.run;
+        pause.firstFrame = m_end.frame;
         m_history.append(pause);
+        Q_EMIT gapArrived(pause);
     }
+    if (isNewStart)
+        m_firstRun = m_end.run + 1;
     m_frame = frame;
     Q_EMIT frameChanged();
     Q_EMIT changed();

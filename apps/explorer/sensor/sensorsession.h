@@ -16,6 +16,9 @@
 
 namespace Explorer {
 
+/// Whether a sensor that has reported \a information about itself belongs to the bench simulator.
+bool isSimulated(const QMap<QString, QVariant> &information);
+
 /// A sensor that is open in the explorer: its reader, what it has sent, and what is known about it.
 ///
 /// The reader opens the sensor again when it is gone, without a time limit. A sensor that cannot be opened at the first
@@ -39,8 +42,8 @@ public:
 
     /// Begins to read.
     void open();
-    /// Begins again after a failure.
-    void reopen() { open(); }
+    /// Begins again after a failure, or when something else has the sensor: see reopening().
+    void reopen();
     /// Ends reading for good: closed() follows when what has been read was delivered.
     void close();
 
@@ -58,7 +61,7 @@ public:
     QString place() const;
     QString serialNumber() const;
     /// Whether the values come from the bench simulator.
-    bool isSimulated() const;
+    bool isSimulated() const { return Explorer::isSimulated(information()); }
     /// What the sensor has reported about itself; empty before it was opened.
     QMap<QString, QVariant> information() const;
 
@@ -86,8 +89,15 @@ Q_SIGNALS:
     /// shown.
     void changed();
     void frameChanged();
+    /// Frames have arrived, or are missing. The runs are numbered through: while the sensor was closed, for its web
+    /// interface for example, is a gap.
+    void blockArrived(const SondixQt::DataBlock &block);
+    void gapArrived(const SondixQt::DataGap &gap);
     /// Values or gaps have arrived.
     void dataArrived();
+    /// reopen() was called. What has the sensor at present, such as its web interface, sets \a isTaken, gives the sensor
+    /// back and then calls open().
+    void reopening(bool *isTaken);
     /// close() has ended reading: nothing more will arrive.
     void closed();
     /// For the log: what happened to the sensor. \a isProblem: it is an error.
@@ -96,8 +106,15 @@ Q_SIGNALS:
     void gapHappened(const SondixQt::DataGap &gap);
 
 private:
-    void takeBlock(const SondixQt::DataBlock &block);
-    void takeGap(const SondixQt::DataGap &gap);
+    /// The number of the frame that is to follow.
+    struct DataEnd
+    {
+        int run = -1;
+        qint64 frame = 0;
+    };
+
+    void takeBlock(const SondixQt::DataBlock &ofThisStart);
+    void takeGap(const SondixQt::DataGap &ofThisStart);
     void takeFrame(const SondixQt::TransmittedDataInfo &frame);
     void takeState(SondixQt::SensorReader::State state);
     void takeError(SondixQt::ErrorCode code, const QString &text);
@@ -108,6 +125,8 @@ private:
     SondixQt::TransmittedDataInfo m_frame;
     SignalHistory m_history;
     bool m_isNewStart = true; // the frames of the reader are counted from 0 again
+    int m_firstRun = 0;       // of the present start
+    DataEnd m_end;
     SignalValues m_values;
     SondixApp::LossAccount m_losses;
     qint64 m_framesRead = 0;
