@@ -2,6 +2,8 @@
 #include "explorerwindow.h"
 #include "historydata.h"
 
+#include "explorer/application/extensions.h"
+#include "explorer/extras/recordingwidget.h"
 #include "explorer/plot/exportbar.h"
 #include "explorer/plot/plotview.h"
 #include "explorer/plot/timeplot.h"
@@ -68,6 +70,15 @@ bool eventsRunBeside(const HangingDisk &disk)
     return QTest::qWaitFor([&] { return disk.isReached() && events >= 10; });
 }
 
+/// The question that a closed window asks while files are being written; null: none.
+QMessageBox *waitingBox()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets())
+        if (widget->objectName() == "waitingForFiles" && widget->isVisible())
+            return static_cast<QMessageBox *>(widget);
+    return nullptr;
+}
+
 } // namespace
 
 /// Disks that do not answer: the window goes on, and nothing is lost.
@@ -86,6 +97,8 @@ private Q_SLOTS:
     void aClosedPageFinishesItsExport();
     void aClosedRecordingFinishesItsExport();
     void theWindowWaitsForItsFiles();
+    void theWindowWaitsForItsRecordings();
+    void theFolderOfARecordingMayHang();
     void aRecordingThatHangsIsClosed();
 
 private:
@@ -286,20 +299,58 @@ void SlowDiskTest::theWindowWaitsForItsFiles()
     HangingDisk disk;
     QVERIFY((*m_window)->parameterPanel()->saveTo(path("settings.json")));
     QVERIFY(eventsRunBeside(disk));
-    QSignalSpy quits(qApp, &QCoreApplication::aboutToQuit);
     (*m_window)->close();
     QVERIFY(!(*m_window)->isVisible());
-    const auto box = [] {
-        for (QWidget *widget : QApplication::topLevelWidgets())
-            if (widget->objectName() == "waitingForFiles" && widget->isVisible())
-                return static_cast<QMessageBox *>(widget);
-        return static_cast<QMessageBox *>(nullptr);
-    };
-    QTRY_VERIFY(box());
-    QVERIFY(box()->text().contains("still being written"));
+    QTRY_VERIFY(waitingBox());
+    QVERIFY(waitingBox()->text().contains("still being written"));
     disk.release();
     QTRY_VERIFY(QFile::exists(path("settings.json")));
-    QTRY_VERIFY(!box());
+    QTRY_VERIFY(!waitingBox());
+}
+
+void SlowDiskTest::theWindowWaitsForItsRecordings()
+{
+    auto *const extensions = new Extensions(**m_window);
+    SessionView *const view = m_window->openFirst();
+    QVERIFY(view);
+    HangingDisk disk;
+    QVERIFY(extensions->recording(view)->control().start(path("values.csv"), nullptr));
+    QVERIFY(eventsRunBeside(disk));
+    sondixsim::advance(1.0);
+    QTRY_COMPARE(view->session()->framesRead(), 1000);
+    (*m_window)->close();
+    QVERIFY(!(*m_window)->isVisible());
+    QTRY_VERIFY(waitingBox());
+    QVERIFY(files().isEmpty());
+    disk.release();
+    QTRY_COMPARE(files(), QStringList{"values.csv"});
+    QTRY_VERIFY(!waitingBox());
+    QFile file(path("values.csv"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray last = file.readAll().trimmed().split('\n').last();
+    QVERIFY2(last.startsWith("999,"), last.constData());
+}
+
+void SlowDiskTest::theFolderOfARecordingMayHang()
+{
+    auto *const extensions = new Extensions(**m_window);
+    SessionView *const view = m_window->openFirst();
+    QVERIFY(view);
+    QSettings().setValue("recording/folder", m_dir->path());
+    RecordingWidget *const recording = extensions->recording(view);
+    {
+        HangingDisk disk;
+        recording->recordAction()->trigger();
+        QVERIFY(eventsRunBeside(disk));
+        QVERIFY(recording->recordAction()->isChecked());
+        QVERIFY(!recording->control().isRecording());
+        recording->recordAction()->trigger(); // not any more
+    }
+    recording->recordAction()->trigger();
+    QTRY_VERIFY(recording->control().isRecording());
+    recording->recordAction()->trigger();
+    QTRY_VERIFY(!recording->control().isRecording());
+    QCOMPARE(files().size(), 1);
 }
 
 void SlowDiskTest::aRecordingThatHangsIsClosed()

@@ -27,6 +27,7 @@ RecordingWriter::~RecordingWriter()
 
 void RecordingWriter::open()
 {
+    DiskThread::waitForTest();
     m_isOpen = m_recorder.open();
     // In milliseconds. The recorder sends data to the disk at most once a second.
     constexpr int flushInterval = 100;

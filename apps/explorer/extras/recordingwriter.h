@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "explorer/sensor/diskthread.h"
 #include "shared/recorder.h"
 
 #include <QElapsedTimer>
@@ -50,6 +51,7 @@ private:
     void fail();
     void publish(bool always);
 
+    const UnfinishedWrite m_unfinished; // destroyed last: after the file is complete
     const std::shared_ptr<RecordingProgress> m_progress;
     QHash<int, QString> m_errorTexts;
     SondixApp::ErrorValues m_errors;

@@ -26,18 +26,17 @@ Delay &testDelay()
     return delay;
 }
 
-void waitAsTold()
+} // namespace
+
+UnfinishedWrite::UnfinishedWrite()
 {
-    std::function<void()> wait;
-    {
-        const QMutexLocker lock(&testDelay().mutex);
-        wait = testDelay().wait;
-    }
-    if (wait)
-        wait();
+    ++writesUnderWay;
 }
 
-} // namespace
+UnfinishedWrite::~UnfinishedWrite()
+{
+    --writesUnderWay;
+}
 
 DiskThread::DiskThread(QObject *parent)
     : QObject(parent)
@@ -77,7 +76,7 @@ void DiskThread::run(Purpose purpose, const std::function<void()> &work, const s
     QMetaObject::invokeMethod(
         m_worker,
         [worker = static_cast<DiskWorker *>(m_worker), work = std::function<void()>(work), writes]() mutable {
-            waitAsTold();
+            waitForTest();
             work();
             work = nullptr; // the end of what it owns may write as well
             writesUnderWay -= writes;
@@ -95,6 +94,17 @@ void DiskThread::setDelay(const std::function<void()> &wait)
 {
     const QMutexLocker lock(&testDelay().mutex);
     testDelay().wait = wait;
+}
+
+void DiskThread::waitForTest()
+{
+    std::function<void()> wait;
+    {
+        const QMutexLocker lock(&testDelay().mutex);
+        wait = testDelay().wait;
+    }
+    if (wait)
+        wait();
 }
 
 } // namespace Explorer

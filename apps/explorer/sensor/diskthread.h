@@ -10,6 +10,15 @@ class QThread;
 
 namespace Explorer {
 
+/// A file that is being written as long as the object exists, see DiskThread::unfinishedWrites(). Threads: any.
+class UnfinishedWrite
+{
+public:
+    UnfinishedWrite();
+    ~UnfinishedWrite();
+    Q_DISABLE_COPY(UnfinishedWrite)
+};
+
 /// Reads and writes files in a thread of its own, because a disk may be slow and a network drive may hang.
 ///
 /// Work is done in the order of run(). Threads: that of the window.
@@ -30,10 +39,13 @@ public:
     /// must own what it uses.
     void run(Purpose purpose, const std::function<void()> &work, const std::function<void()> &done = {});
 
-    /// How many works of all objects write and have not ended: the program must not end yet.
+    /// How many works of all objects write and have not ended, and how many UnfinishedWrite there are: the program must
+    /// not end yet.
     static int unfinishedWrites();
     /// For tests: \a wait is called in the thread before each work, in place of a disk that hangs. Empty: none.
     static void setDelay(const std::function<void()> &wait);
+    /// For other threads that write: calls what was set by setDelay().
+    static void waitForTest();
 
 private:
     QThread *m_thread = nullptr; // made for the first work

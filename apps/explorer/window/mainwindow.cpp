@@ -45,6 +45,8 @@ namespace {
 
 /// How long a closing window waits for its sensors.
 constexpr int longestQuitting = 2500;
+/// How long it then waits for recordings of sensors that have not ended, before the user is asked.
+constexpr int timeForEnding = 500;
 
 } // namespace
 
@@ -83,27 +85,9 @@ void MainWindow::makeCentre()
 {
     m_centre = new QStackedWidget;
     m_area = new SessionArea;
-    m_simulated =
-        new QLabel(tr("\u26a0 Simulated: these values come from the bench simulator and are not measurements."));
-    m_simulated->setObjectName(QStringLiteral("simulatedBanner"));
-    m_simulated->setAlignment(Qt::AlignCenter);
-    m_simulated->setWordWrap(true);
-    m_simulated->setMargin(4);
-    m_simulated->setAutoFillBackground(true);
-    QPalette colours;
-    colours.setColor(QPalette::Window, QColor(0xf0, 0xc0, 0x4a));
-    colours.setColor(QPalette::WindowText, Qt::black);
-    m_simulated->setPalette(colours);
-    m_simulated->hide();
     m_centre->addWidget(makeWelcome());
     m_centre->addWidget(m_area);
-    auto *widget = new QWidget;
-    auto *layout = new QVBoxLayout(widget);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addWidget(m_simulated);
-    layout->addWidget(m_centre, 1);
-    setCentralWidget(widget);
+    setCentralWidget(m_centre);
 }
 
 QWidget *MainWindow::makeWelcome()
@@ -341,7 +325,6 @@ void MainWindow::showCurrent()
         m_page->setSession(session);
     }
     m_centre->setCurrentIndex(view ? 1 : 0);
-    m_simulated->setVisible(session && session->isSimulated());
     for (QAction *action : qAsConst(m_sessionActions))
         action->setEnabled(session);
     m_state->setText(
@@ -435,6 +418,8 @@ void MainWindow::showRecording(RecordingLoader *recording, const QString &name)
     recording->setParent(view);
     view->plot()->setErrorText([recording](double value) { return recording->errorText(value); });
     view->plot()->setRecordHead([recording] { return recording->head(); });
+    const QVector<QMap<QString, QVariant>> sensors = recording->head().sensors;
+    view->setSimulated(std::any_of(sensors.cbegin(), sensors.cend(), isSimulated));
     restoreView(*view);
     view->plot()->showEverything();
     connect(recording, &RecordingLoader::advanced, view, [view, recording] {
@@ -498,6 +483,15 @@ bool MainWindow::isWriting() const
                        [](const auto &view) { return view && view->plot()->isExporting(); });
 }
 
+// Recordings end although their sensors have not. False if they were ending before.
+bool MainWindow::endClosingPages()
+{
+    bool hasBegun = false;
+    for (const QPointer<SessionView> &view : qAsConst(m_closing))
+        hasBegun = (view && view->end()) || hasBegun;
+    return hasBegun;
+}
+
 // The window disappears at once; the program ends when what the sensors have sent was delivered and files are written.
 void MainWindow::closeEvent(QCloseEvent *event)
 {
@@ -530,10 +524,12 @@ void MainWindow::closeEvent(QCloseEvent *event)
             end();
     });
     connect(limit, &QTimer::timeout, this, [this, limit, end] {
-        if (isWriting())
-            askToWait(*limit, end);
-        else
+        if (!isWriting())
             end();
+        else if (endClosingPages())
+            limit->start(timeForEnding);
+        else
+            askToWait(*limit, end);
     });
     constexpr int checkInterval = 20;
     waiting->start(checkInterval);

@@ -126,6 +126,7 @@ private:
     void setTheme(Theme theme);
     bool isBusy() const;
     bool isWriting() const;
+    bool endClosingPages();
     void finishExport(SessionView &view);
     void askToWait(QTimer &limit, const std::function<void()> &end);
 
@@ -142,7 +143,6 @@ private:
     LogPanel *m_log = nullptr;
     QStackedWidget *m_centre = nullptr;
     SessionArea *m_area = nullptr;
-    QLabel *m_simulated = nullptr;
     QLabel *m_state = nullptr;
     QList<QAction *> m_sessionActions; // enabled if there is a sensor in front
     QAction *m_numbersAction = nullptr;
