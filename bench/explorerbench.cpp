@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The plot of the explorer with eight signals at 100 kHz. SONDIXQT_BENCH_SECONDS is the time that is kept: 10 if it is
-// not set, ten minutes need 4.5 GB.
+// not set. `./run bench` sets ten minutes, for which 4.5 GB are needed.
 #include "report.h"
 
 #include "explorer/history/signalhistory.h"

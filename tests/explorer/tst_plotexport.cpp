@@ -42,6 +42,8 @@ private Q_SLOTS:
     void npyIsReadByNumPy();
     void pictures_data();
     void pictures();
+    void aPictureHasNoTraceOfHiddenSignals();
+    void aPictureHasCursorsThatAreSeen();
     void aPictureOfEverythingLeavesTheWindow();
     void refusals_data();
     void refusals();
@@ -242,6 +244,57 @@ void TestPlotExport::pictures()
         QVERIFY(lines >= 2);
     }
     QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files).size(), 1);
+}
+
+// Not in the legend either.
+void TestPlotExport::aPictureHasNoTraceOfHiddenSignals()
+{
+    append(10000);
+    m_view->refresh();
+    m_view->plot().setShown(1, false);
+    const auto colours = [this] {
+        QSet<QRgb> found;
+        const QImage image(path("plot.png"));
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                found.insert(image.pixel(x, y) & 0xffffffU);
+        return found;
+    };
+    const auto colourOf = [this](int signal) { return m_view->plot().colourOf(signal).rgb() & 0xffffffU; };
+    QVERIFY(m_view->exportTo(path("plot.png"), PlotView::ExportRange::Visible));
+    QVERIFY(colours().contains(colourOf(0)));
+    QVERIFY(!colours().contains(colourOf(1)));
+    m_view->plot().setShown(1, true);
+    QVERIFY(m_view->exportTo(path("plot.png"), PlotView::ExportRange::Visible));
+    QVERIFY(colours().contains(colourOf(1)));
+}
+
+// Documents are drawn black on white, whatever the colours of the window are.
+void TestPlotExport::aPictureHasCursorsThatAreSeen()
+{
+    QPalette dark;
+    dark.setColor(QPalette::Base, QColor(30, 30, 30));
+    dark.setColor(QPalette::Text, QColor(250, 251, 252));
+    m_view->setPalette(dark);
+    append(10000);
+    m_view->refresh();
+    m_view->plotAction("cursorsAction")->trigger();
+    if (PlotPicture::suffixes().contains("svg")) { // whose colours can be read
+        QVERIFY(m_view->exportTo(path("plot.svg"), PlotView::ExportRange::Visible));
+        QFile file(path("plot.svg"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray content = file.readAll();
+        QVERIFY(content.contains("#000000"));
+        QVERIFY2(!content.contains("#fafbfc"), "the colour of the window");
+    }
+    // On the screen they have the colours of the window again.
+    const QColor text = m_view->plot().palette().color(QPalette::Text);
+    QCOMPARE(text, QColor(250, 251, 252));
+    const QImage shown = m_view->grab().toImage();
+    bool hasCursor = false;
+    for (int x = 0; x < shown.width() && !hasCursor; ++x)
+        hasCursor = (shown.pixel(x, shown.height() / 4) & 0xffffffU) == (text.rgb() & 0xffffffU);
+    QVERIFY(hasCursor);
 }
 
 void TestPlotExport::aPictureOfEverythingLeavesTheWindow()

@@ -92,7 +92,7 @@ HistorySeries seriesOf(const SignalHistory &history, double from, double to, int
                        std::vector<ErrorMark> &errors)
 {
     HistorySeries series;
-    series.load(history, 0, PlotColumns::of(history, from, to, columns), errors);
+    series.load(history, 0, PlotColumns::of(history, from, to, columns, history.endFrame()), errors);
     return series;
 }
 

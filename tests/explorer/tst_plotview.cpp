@@ -34,6 +34,7 @@ private Q_SLOTS:
     void growsAndThenFollows();
     void drawsByItself();
     void pauseStopsTheWindow();
+    void pauseKeepsWhatIsShown();
     void draggingZooms();
     void draggingWithShiftZoomsTheValues();
     void theWheelZoomsAroundThePointer();
@@ -219,6 +220,39 @@ void TestPlotView::pauseStopsTheWindow()
     QVERIFY(std::abs(m_view->window().to - m_history->endPosition()) < 1.0e-9);
 }
 
+void TestPlotView::pauseKeepsWhatIsShown()
+{
+    show(3.0); // of the 10 s that are shown
+    act("statisticsAction");
+    act("pauseAction");
+    const auto isAsBefore = [this] {
+        const TimePlot &plot = m_view->plot();
+        const double right = plot.curve(0).boundingRect().right();
+        return plot.shownFrames().end == 3000 && std::abs(right - 2.999) < 2.0 * plot.pixelWidth();
+    };
+    QVERIFY(isAsBefore());
+    fillSeconds(2.0);
+    m_history->append(gapOf(10));
+    m_frames += 10;
+    fillSeconds(2.0);
+    act("cursorsAction"); // draws at once
+    QVERIFY(isAsBefore());
+    QVERIFY(m_view->plot().gapMarks().empty());
+    m_view->cursors().setPosition(0, 6.0);
+    QVERIFY(!m_view->cursors().value(0, 0));
+    QCOMPARE(m_view->plot().readingAt(6.0).split('\n').size(), 1);
+    QTest::keyClick(canvas(), Qt::Key_0); // everything, until the pause began
+    QVERIFY(isAsBefore());
+    QVERIFY(std::abs(m_view->window().to - 2.999) < 1.0e-9);
+    m_view->setWindow({2.9, 3.1}); // few frames, each of which is drawn
+    QVERIFY(isAsBefore());
+    act("pauseAction");
+    QCOMPARE(m_view->plot().shownFrames().end, m_history->framesBetween(2.9, 3.1).end);
+    QTest::keyClick(canvas(), Qt::Key_0);
+    QCOMPARE(m_view->plot().shownFrames().end, qint64(7000));
+    QCOMPARE(m_view->plot().gapMarks().size(), std::size_t(1));
+}
+
 void TestPlotView::draggingZooms()
 {
     show(20.0);
@@ -397,7 +431,8 @@ void TestPlotView::axesHaveUnits()
     QCOMPARE(plot.axisOf(3), int(QwtPlot::yRight)); // its range is like that of V
     QCOMPARE(plot.axisTitle(QwtPlot::yLeft).text(), "mm");
     QCOMPARE(plot.axisTitle(QwtPlot::yRight).text(), "V, mV");
-    QVERIFY(m_view->legend().button(1)->text().contains("right axis"));
+    QVERIFY(m_view->legend().button(1)->accessibleName().contains("right axis"));
+    QVERIFY(m_view->legend().button(1)->toolTip().contains("right axis"));
     m_history->begin(frameOf(1));
     m_view->refresh();
     QVERIFY(!plot.axisEnabled(QwtPlot::yRight));
@@ -410,6 +445,8 @@ void TestPlotView::thePointerReadsValues()
     QCOMPARE(lines.size(), 3);
     QVERIFY2(lines.at(0).startsWith("12.35 s") || lines.at(0).startsWith("12.345 s"), qPrintable(lines.at(0)));
     QCOMPARE(lines.at(1), "Signal 1: " + QLocale().toString(valueAt(12345), 'g', 7) + " mm");
+    QCOMPARE(m_view->plot().readingAt(21.0).split('\n').size(), 1); // nothing was measured there
+    QCOMPARE(m_view->plot().readingAt(-1.0).split('\n').size(), 1);
     act("crosshairAction");
     QTest::mouseMove(canvas(), {200, 200});
     QVERIFY(!m_view->grab().isNull());

@@ -82,7 +82,8 @@ VideoView::VideoView(SensorReader &reader, QWidget *parent)
     setAccessibleName(tr("Video line"));
     m_plot->setAccessibleName(tr("Video line"));
     m_plot->setAutoDelete(false);
-    m_plot->setMinimumSize(160, 100);
+    // Axes and titles keep their room with large fonts.
+    m_plot->setMinimumSize(fontMetrics().averageCharWidth() * 26, fontMetrics().height() * 10);
     const auto nameAxis = [this](int axis, const QString &text) {
         QwtText title(text);
         title.setFont(font());

@@ -14,12 +14,15 @@
 
 namespace Explorer {
 
-PlotColumns PlotColumns::of(const SignalHistory &history, double from, double to, int columns)
+PlotColumns PlotColumns::of(const SignalHistory &history, double from, double to, int columns, qint64 endFrame)
 {
     PlotColumns result;
     result.from = from;
     result.to = to;
+    result.endFrame = endFrame;
     result.limits = history.columnLimits(from, to, columns);
+    for (qint64 &limit : result.limits)
+        limit = std::min(limit, std::max(endFrame, result.limits.front()));
     result.breaks = history.timeLine().breaks(result.limits.front(), result.limits.back());
     return result;
 }
@@ -62,7 +65,7 @@ void HistorySeries::loadFrames(const SignalHistory &history, int signal, const P
 {
     const FrameRange range = columns.range();
     const qint64 begin = std::max(history.firstFrame(), range.begin - 1);
-    const qint64 end = std::min(history.endFrame(), range.end + 1);
+    const qint64 end = std::min(columns.endFrame, range.end + 1);
     auto nextBreak = columns.breaks.begin();
     for (qint64 frame = begin; frame < end; ++frame) {
         if (nextBreak != columns.breaks.end() && *nextBreak == frame) {

@@ -17,9 +17,10 @@ struct PlotColumns
     double to = 0.0;
     std::vector<qint64> limits; ///< see SignalHistory::columnLimits()
     std::vector<qint64> breaks; ///< frames before which the curves are interrupted
+    qint64 endFrame = 0;        ///< the first frame that is not shown
 
-    /// For a plot that is \a columns pixels wide.
-    static PlotColumns of(const SignalHistory &history, double from, double to, int columns);
+    /// For a plot that is \a columns pixels wide. Frames from \a endFrame on are not shown.
+    static PlotColumns of(const SignalHistory &history, double from, double to, int columns, qint64 endFrame);
 
     FrameRange range() const { return {limits.front(), limits.back()}; }
     /// Whether there are so few frames that each of them is drawn.

@@ -93,7 +93,7 @@ std::optional<double> PlotCursors::value(int cursor, int signal) const
         return std::nullopt;
     const double place = position(cursor);
     const double reach = m_plot->pixelWidth();
-    if (place < history->beginPosition() - reach || place > history->endPosition() + reach)
+    if (place < history->beginPosition() - reach || place > m_plot->endPosition() + reach)
         return std::nullopt;
     const qint64 frame = *history->nearestFrame(place);
     for (const GapMark &mark : history->timeLine().gapsBetween(place, place))

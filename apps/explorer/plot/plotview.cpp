@@ -63,6 +63,7 @@ PlotView::PlotView(QWidget *parent)
         updatePanels();
     });
     connect(m_plot, &TimePlot::signalsChanged, this, &PlotView::showChosenSignals);
+    connect(m_plot, &TimePlot::coloursChanged, this, [this] { m_cursors->updateColours(); });
     connect(m_histogram, &CurvesPlot::chosenChanged, this, &PlotView::updatePanels);
     connect(m_spectrum, &CurvesPlot::chosenChanged, this, &PlotView::updatePanels);
     m_timer->setInterval(drawInterval);
@@ -203,7 +204,7 @@ TimeWindow PlotView::limits() const
     if (!m_history || m_history->isEmpty())
         return {0.0, defaultSpan};
     const double begin = m_history->beginPosition();
-    return {begin, std::max(m_history->endPosition(), begin + narrowest())};
+    return {begin, std::max(m_plot->endPosition(), begin + narrowest())};
 }
 
 // A few frames.

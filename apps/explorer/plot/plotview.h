@@ -96,6 +96,8 @@ public:
     /// What is written into the head of exported files about the sensor.
     /// \a head is asked when an export begins; program and start are set by the export.
     void setRecordHead(std::function<SondixApp::RecordHead()> head);
+    /// The name that is proposed for exported files, without a suffix; \a name is asked when a file is chosen.
+    void setExportName(std::function<QString()> name) { m_exportName = std::move(name); }
     /// Writes the frames of \a range as a table, or the plot as a picture. The format follows from the suffix of \a path:
     /// csv, npy or jsonl as <tt>sondixqt record</tt> writes them, see FrameExport; png, pdf or svg, see PlotPicture.
     /// Returns when the file is complete. False and the reason in \a problem otherwise; then there is no new file.
@@ -204,6 +206,7 @@ private:
 
     std::function<QString(double)> m_errorText;
     std::function<SondixApp::RecordHead()> m_recordHead;
+    std::function<QString()> m_exportName;
     ExportBar *m_exportBar;
     std::unique_ptr<FrameExport> m_export;
     DiskThread *m_disk;

@@ -44,7 +44,10 @@ void PlotView::makeActions()
     });
     QAction *pause =
         addPlotAction("pauseAction", tr("Pause"), tr("Stop drawing; the sensor goes on measuring (Space)"), true);
-    connect(pause, &QAction::toggled, this, &PlotView::refresh);
+    connect(pause, &QAction::toggled, this, [this](bool checked) {
+        m_plot->setEndFrame(checked && m_history ? std::optional(m_history->endFrame()) : std::nullopt);
+        refresh();
+    });
     QAction *cursors =
         addPlotAction("cursorsAction", tr("Cursors"), tr("Two lines with the difference between them"), true);
     connect(cursors, &QAction::toggled, this, [this](bool checked) {

@@ -187,7 +187,6 @@ void PlotView::changeEvent(QEvent *event)
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange && m_cursors) {
         m_crosshair->setColours(palette());
-        m_cursors->updateColours();
         redraw();
     }
 }

@@ -7,6 +7,7 @@
 #include "timeplot.h"
 
 #include "explorer/sensor/diskthread.h"
+#include "explorer/sensor/filenames.h"
 
 #include <QAction>
 #include <QElapsedTimer>
@@ -14,7 +15,9 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QMenu>
+#include <QSettings>
 
+#include <algorithm>
 #include <utility>
 
 namespace Explorer {
@@ -26,6 +29,15 @@ constexpr int sliceTime = 20;
 constexpr int sliceFrames = 4096;
 // What is written at once, without looking at what the user wants.
 constexpr std::size_t maxSlices = 16;
+
+const QLatin1String exportFolderKey("export/folder");
+const QLatin1String exportSuffixKey("export/suffix");
+
+// Of a filter such as "Table (*.csv)".
+QString suffixOf(const QString &filter)
+{
+    return filter.mid(filter.lastIndexOf(QLatin1Char('.')) + 1).remove(QLatin1Char(')'));
+}
 
 std::optional<SondixApp::RecordFormat> recordFormatOf(const QString &path)
 {
@@ -72,13 +84,25 @@ void PlotView::chooseExport(ExportRange range)
     for (const QString &suffix : PlotPicture::suffixes())
         filters << tr("Picture (*.%1)").arg(suffix);
     dialog->setNameFilters(filters);
-    const auto useSuffix = [dialog](const QString &filter) {
-        dialog->setDefaultSuffix(filter.mid(filter.lastIndexOf(QLatin1Char('.')) + 1).remove(QLatin1Char(')')));
-    };
-    connect(dialog, &QFileDialog::filterSelected, dialog, useSuffix);
-    useSuffix(filters.first());
-    connect(dialog, &QFileDialog::fileSelected, this,
-            [this, range](const QString &path) { startExport(path, range); });
+    const auto useFilter = [dialog](const QString &filter) { dialog->setDefaultSuffix(suffixOf(filter)); };
+    connect(dialog, &QFileDialog::filterSelected, dialog, useFilter);
+    const QSettings settings;
+    const QString suffix = settings.value(exportSuffixKey).toString();
+    const auto last = std::find_if(filters.cbegin(), filters.cend(),
+                                   [&suffix](const QString &filter) { return suffixOf(filter) == suffix; });
+    const QString filter = last != filters.cend() ? *last : filters.first();
+    dialog->selectNameFilter(filter);
+    useFilter(filter);
+    if (const QString folder = settings.value(exportFolderKey).toString(); !folder.isEmpty())
+        dialog->setDirectory(folder);
+    if (m_exportName)
+        dialog->selectFile(fileNameOf(m_exportName()) + QLatin1Char('.') + suffixOf(filter));
+    connect(dialog, &QFileDialog::fileSelected, this, [this, range](const QString &path) {
+        QSettings chosen;
+        chosen.setValue(exportFolderKey, QFileInfo(path).absolutePath());
+        chosen.setValue(exportSuffixKey, QFileInfo(path).suffix().toLower());
+        startExport(path, range);
+    });
     dialog->open();
 }
 

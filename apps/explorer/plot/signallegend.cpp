@@ -58,15 +58,17 @@ void SignalLegend::describe(int signal)
         return;
     const bool shown = m_plot->isShown(signal);
     const QString unit = m_plot->unitOf(signal);
-    const QString name = m_plot->nameOf(signal);
-    QString text = unit.isEmpty() ? name : tr("%1 [%2]").arg(name, unit);
-    if (m_plot->axisOf(signal) == QwtPlot::yRight)
-        text = tr("%1, right axis").arg(text);
-    // An ampersand would become a mnemonic.
-    button->setText(QString(text).replace(QLatin1Char('&'), QLatin1String("&&")));
+    const bool isRight = m_plot->axisOf(signal) == QwtPlot::yRight;
+    QString name = m_plot->nameOf(signal);
+    const QString text = unit.isEmpty() ? name : tr("%1 [%2]").arg(name, unit);
+    // In narrow pages there is no room for words. An ampersand would become a mnemonic.
+    button->setText(QString(text).replace(QLatin1Char('&'), QLatin1String("&&")) +
+                    (isRight ? QStringLiteral(" \u2192") : QString()));
     button->setIcon(iconOf(signal));
     button->setChecked(shown);
-    button->setAccessibleName(text);
+    button->setAccessibleName(isRight ? tr("%1, right axis").arg(text) : text);
+    if (isRight)
+        name = tr("%1, right axis").arg(name);
     button->setToolTip(shown ? tr("Hide %1").arg(name) : tr("Show %1").arg(name));
 }
 

@@ -120,6 +120,7 @@ void TimePlot::describe()
         m_curves.push_back(std::move(curve));
     }
     m_shownFrames = {};
+    m_endFrame.reset();
     clearValueRanges();
     assignAxes();
     setColours();
@@ -169,7 +170,19 @@ void TimePlot::setColours()
     m_gaps->setPalette(palette());
     for (int signal = 0; signal < signalCount(); ++signal)
         m_curves[static_cast<std::size_t>(signal)]->setColour(colourOf(signal));
+    Q_EMIT coloursChanged();
     replot();
+}
+
+qint64 TimePlot::endFrame() const
+{
+    return std::min(m_endFrame.value_or(m_history->endFrame()), m_history->endFrame());
+}
+
+double TimePlot::endPosition() const
+{
+    const qint64 last = endFrame() - 1;
+    return last < m_history->firstFrame() ? m_history->beginPosition() : m_history->timeLine().position(last);
 }
 
 void TimePlot::setClockOffset(std::optional<double> offset)
@@ -212,7 +225,7 @@ void TimePlot::load(int columns)
         describe();
     std::vector<ErrorMark> errors;
     if (m_history && signalCount() > 0) {
-        const PlotColumns grid = PlotColumns::of(*m_history, m_window.from, m_window.to, columns);
+        const PlotColumns grid = PlotColumns::of(*m_history, m_window.from, m_window.to, columns, endFrame());
         m_shownFrames = grid.range();
         constexpr int pixelsPerMark = 8;
         const bool isMarked = grid.range().count() * pixelsPerMark < columns;
@@ -252,7 +265,9 @@ void TimePlot::addMarks(std::vector<ErrorMark> errors)
     m_errors->setMarks(std::move(errors));
     std::vector<GapMark> gaps;
     if (m_history)
-        gaps = m_history->timeLine().gapsBetween(m_window.from, m_window.to);
+        gaps = m_history->timeLine().gapsBetween(m_window.from, std::min(m_window.to, endPosition()));
+    if (!gaps.empty() && gaps.back().index >= endFrame())
+        gaps.back().end = gaps.back().begin; // what follows the gap is not shown
     m_gaps->setGaps(std::move(gaps));
 }
 

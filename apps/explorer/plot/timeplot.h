@@ -48,6 +48,12 @@ public:
     /// The part of the time axis that is shown.
     const TimeWindow &window() const { return m_window; }
     void setWindow(const TimeWindow &window) { m_window = window; }
+    /// Frames that arrive after \a frame, in the order of arrival, are not shown; empty: all are. Another history, or other
+    /// signals, end it.
+    void setEndFrame(std::optional<qint64> frame) { m_endFrame = frame; }
+    /// The frame after the last one that can be shown, and the position of that one. Only with a history.
+    qint64 endFrame() const;
+    double endPosition() const;
     /// Writes times as the time of day; empty: as seconds from the beginning.
     void setClockOffset(std::optional<double> offset);
     TimeFormat timeFormat() const;
@@ -94,6 +100,8 @@ Q_SIGNALS:
     /// The signals are others than before.
     void signalsChanged();
     void shownChanged(int signal, bool shown);
+    /// The palette is another one.
+    void coloursChanged();
 
 protected:
     void changeEvent(QEvent *event) override;
@@ -110,6 +118,7 @@ private:
     SondixQt::TransmittedDataInfo m_frame;
     std::function<QString(double)> m_errorText;
     TimeWindow m_window;
+    std::optional<qint64> m_endFrame;
     std::optional<double> m_clockOffset;
     std::vector<std::unique_ptr<HistoryCurve>> m_curves;
     std::vector<std::optional<QwtInterval>> m_valueRanges; // by axis

@@ -72,7 +72,10 @@ QString TimePlot::readingAt(double position) const
     QStringList lines{format.isInFrames    ? tr("Frame %1").arg(time)
                       : format.clockOffset ? time
                                            : tr("%1 s").arg(time)};
-    const auto frame = m_history ? m_history->nearestFrame(position) : std::nullopt;
+    const bool hasFrame = m_history && !m_history->isEmpty() &&
+                          position >= m_history->beginPosition() - pixelWidth() &&
+                          position <= endPosition() + pixelWidth();
+    const auto frame = hasFrame ? m_history->nearestFrame(position) : std::nullopt;
     const bool isInGap = std::any_of(gapMarks().begin(), gapMarks().end(), [position](const GapMark &mark) {
         return position > mark.begin && position < mark.end;
     });
@@ -101,6 +104,8 @@ void TimePlot::setPictureLegend(bool visible)
     QColor background = palette().color(QPalette::Base);
     background.setAlpha(220);
     m_pictureLegend->setBackgroundBrush(background);
+    for (const auto &curve : m_curves)
+        curve->setItemAttribute(QwtPlotItem::Legend, curve->isVisible());
     m_pictureLegend->attach(this);
     // The legend has the items in the order in which they were attached.
     for (const auto &curve : m_curves) {

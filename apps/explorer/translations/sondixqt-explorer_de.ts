@@ -693,10 +693,6 @@
         <translation>Werte wurden nicht rechtzeitig gelesen oder verarbeitet</translation>
     </message>
     <message>
-        <source>values were not read in time</source>
-        <translation>Werte wurden nicht rechtzeitig gelesen</translation>
-    </message>
-    <message>
         <source>values were not processed in time</source>
         <translation>Werte wurden nicht rechtzeitig verarbeitet</translation>
     </message>
@@ -792,6 +788,10 @@
         <source>memory full: only the last %1 frames kept</source>
         <translation>Speicher voll: nur die letzten %1 Datensätze sind da</translation>
     </message>
+    <message>
+        <source>values were not read in time, or the line was too slow</source>
+        <translation>Werte wurden nicht rechtzeitig gelesen, oder die Leitung war zu langsam</translation>
+    </message>
 </context>
 <context>
     <name>Explorer::LogModel</name>
@@ -884,10 +884,6 @@
 </context>
 <context>
     <name>Explorer::MainWindow</name>
-    <message>
-        <source>⚠ Simulated: these values come from the bench simulator and are not measurements.</source>
-        <translation>⚠ Simuliert: Werte des Prüfstandssimulators, keine Messwerte.</translation>
-    </message>
     <message>
         <source>See a sensor</source>
         <translation>Einen Sensor ansehen</translation>
@@ -1452,10 +1448,6 @@ Qt %3</translation>
         <translation>Gespeichert als „%1“.</translation>
     </message>
     <message>
-        <source>&apos;%1&apos; has the settings of a %2, this sensor is a %3. Nothing was changed.</source>
-        <translation>„%1“ hat die Einstellungen eines %2, dieser Sensor ist ein %3. Nichts wurde geändert.</translation>
-    </message>
-    <message>
         <source>settings of &apos;%1&apos;</source>
         <translation>Einstellungen von „%1“</translation>
     </message>
@@ -1498,6 +1490,26 @@ Qt %3</translation>
     <message>
         <source>&apos;%1&apos; was not used: another sensor was chosen while it was read.</source>
         <translation>„%1“ wurde nicht verwendet: Während des Lesens wurde ein anderer Sensor gewählt.</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; has the settings of a %2, this sensor is a %3.</source>
+        <translation>„%1“ hat die Einstellungen eines %2, dieser Sensor ist ein %3.</translation>
+    </message>
+    <message>
+        <source>%1 Nothing was changed.</source>
+        <translation>%1 Nichts wurde geändert.</translation>
+    </message>
+    <message>
+        <source>The settings that both have are the same.</source>
+        <translation>Die Einstellungen, die beide haben, sind gleich.</translation>
+    </message>
+    <message>
+        <source>Only in the file: %1</source>
+        <translation>Nur in der Datei: %1</translation>
+    </message>
+    <message>
+        <source>Not in the file: %1</source>
+        <translation>Nicht in der Datei: %1</translation>
     </message>
 </context>
 <context>
@@ -2282,6 +2294,14 @@ nur etwa %2</translation>
     <message>
         <source>no values for %1 s</source>
         <translation>seit %1 s keine Werte</translation>
+    </message>
+    <message>
+        <source>⚠ Simulated: these values come from the bench simulator and are not measurements.</source>
+        <translation>⚠ Simuliert: Werte des Prüfstandssimulators, keine Messwerte.</translation>
+    </message>
+    <message>
+        <source>⚠ Simulated values</source>
+        <translation>⚠ Simulierte Werte</translation>
     </message>
 </context>
 <context>

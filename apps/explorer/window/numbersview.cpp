@@ -70,6 +70,14 @@ void NumbersView::setFrame(const TransmittedDataInfo &frame)
     draw();
 }
 
+void NumbersView::setPresent(bool present)
+{
+    if (m_arePresent == present)
+        return;
+    m_arePresent = present;
+    draw();
+}
+
 // As many columns as give the largest digits.
 void NumbersView::arrange()
 {
@@ -113,7 +121,9 @@ void NumbersView::draw()
 {
     m_isStale = false;
     for (int i = 0; i < m_tiles.size() && i < m_values.count(); ++i) {
-        const SignalValue &value = m_values.at(i);
+        SignalValue value = m_values.at(i);
+        if (!m_arePresent)
+            value.present.reset();
         m_tiles.at(i)->setValue(value, value.isError() ? m_errorText(*value.present) : QString());
     }
 }

@@ -34,6 +34,8 @@ public:
 
     /// Shows the signals of \a frame. Limits and offsets of signals with the same name are kept.
     void setFrame(const SondixQt::TransmittedDataInfo &frame);
+    /// Whether the values are those of now. If not, no present value is shown and copied: minimum and maximum are.
+    void setPresent(bool present);
     NumberTile *tile(int signal) const { return m_tiles.value(signal); }
 
     /// Limits, by the names of the signals. Not the offsets: another sensor may be at the address the next time.
@@ -69,6 +71,7 @@ private:
     QMap<QString, DisplayLimits> m_limits; // also of signals that are not shown at present
     QTimer m_timer;
     bool m_isStale = true;
+    bool m_arePresent = true;
 };
 
 } // namespace Explorer

@@ -224,8 +224,11 @@ QStringList NumberTile::extremesLines(int width, int mostLines) const
 // What there was no room for.
 bool NumberTile::event(QEvent *event)
 {
-    if (event->type() == QEvent::ToolTip)
-        setToolTip((QStringList(m_zeroText) + extremesParts()).join(QLatin1Char('\n')).trimmed().toHtmlEscaped());
+    if (event->type() == QEvent::ToolTip) {
+        QStringList lines = QStringList{m_info.scaledName, m_zeroText} + extremesParts();
+        lines.removeAll(QString());
+        setToolTip(lines.join(QLatin1Char('\n')).toHtmlEscaped());
+    }
     return QFrame::event(event);
 }
 
@@ -289,8 +292,9 @@ void NumberTile::paintEvent(QPaintEvent *event)
     if (!zero.isEmpty())
         limits = limits.isEmpty() ? zero : QStringLiteral("%1  %2").arg(zero, limits);
     const int limitWidth = metrics.horizontalAdvance(limits);
-    painter.drawText(QRect(area.left(), area.top(), titleWidth, line), Qt::AlignLeft | Qt::AlignVCenter,
-                     metrics.elidedText(m_info.scaledName, Qt::ElideRight, titleWidth - limitWidth - tilePadding));
+    painter.drawText(
+        QRect(area.left(), area.top(), titleWidth, line), Qt::AlignLeft | Qt::AlignVCenter,
+        metrics.elidedText(m_info.scaledName, Qt::ElideMiddle, titleWidth - limitWidth - tilePadding));
     const bool isOutside = m_limits.check(m_value.present.value_or(0.0)) != DisplayLimits::Within;
     const bool hasLimits = m_limits.lower || m_limits.upper;
     if (!limits.isEmpty()) {

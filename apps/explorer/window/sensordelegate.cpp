@@ -54,9 +54,10 @@ void SensorDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option
     QFont bold = option.font;
     bold.setBold(true);
     painter->setFont(bold);
+    // The end of the title is the serial number.
     const QString title = index.data(SensorListModel::TitleRole).toString();
     painter->drawText(QRect(area.left(), top, area.width(), plain.height()), Qt::AlignLeft | Qt::AlignVCenter,
-                      QFontMetrics(bold).elidedText(title, Qt::ElideRight, area.width()));
+                      QFontMetrics(bold).elidedText(title, Qt::ElideMiddle, area.width()));
     painter->setFont(option.font);
     const QString place = index.data(SensorListModel::PlaceRole).toString();
     painter->drawText(QRect(area.left(), top + plain.height(), area.width(), plain.height()),

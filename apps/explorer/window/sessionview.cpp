@@ -10,6 +10,7 @@
 #include "explorer/sensor/librarytexts.h"
 
 #include <QAction>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
@@ -23,6 +24,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 using State = SondixQt::SensorReader::State;
 
@@ -31,6 +33,7 @@ namespace Explorer {
 namespace {
 
 constexpr int countsInterval = 250;
+constexpr int bannerMargin = 4;
 
 /// In a small window \a view keeps a size in which it can be read.
 QWidget *scrolled(QWidget *view)
@@ -76,6 +79,7 @@ QString SessionView::title() const
 
 void SessionView::build()
 {
+    m_simulated = makeBanner();
     m_problem = new QWidget;
     m_problemText = new QLabel;
     m_reopen = new QPushButton(tr("Open again"));
@@ -95,6 +99,7 @@ void SessionView::build()
     m_views->addTab(scrolled(m_plot), tr("Plot"));
     m_views->tabBar()->setVisible(false); // until there is another view
     m_plot->setHistory(m_history);
+    m_plot->setExportName([this] { return m_session ? title() : QFileInfo(m_title).completeBaseName(); });
     if (m_session) {
         m_numbers =
             new NumbersView(m_session->values(), [this](double value) { return m_session->errorText(value); });
@@ -104,6 +109,7 @@ void SessionView::build()
     m_splitter->setCollapsible(m_splitter->indexOf(m_views), false);
     m_splitter->setStretchFactor(m_splitter->indexOf(m_views), 1);
     auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_simulated);
     layout->addWidget(m_problem);
     layout->addWidget(m_splitter, 1);
     layout->addWidget(makeStatusLine());
@@ -112,6 +118,22 @@ void SessionView::build()
             showCounts();
     });
     m_timer.start(countsInterval);
+}
+
+QLabel *SessionView::makeBanner()
+{
+    auto *banner = new QLabel;
+    banner->setObjectName(QStringLiteral("simulatedBanner"));
+    banner->setAlignment(Qt::AlignCenter);
+    banner->setWordWrap(true);
+    banner->setMargin(bannerMargin);
+    banner->setAutoFillBackground(true);
+    QPalette colours;
+    colours.setColor(QPalette::Window, QColor(0xf0, 0xc0, 0x4a));
+    colours.setColor(QPalette::WindowText, Qt::black);
+    banner->setPalette(colours);
+    banner->hide();
+    return banner;
 }
 
 QWidget *SessionView::makeStatusLine()
@@ -171,13 +193,19 @@ void SessionView::addPlotButtons(QLayout &layout)
         m_widthOfTexts += button->sizeHint().width() + layout.spacing();
 }
 
-// The symbols alone where the buttons would need several rows.
+// The symbols alone where the buttons would need several rows, and a shorter banner.
 void SessionView::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
     const bool isNarrow = width() < m_widthOfTexts + layout()->contentsMargins().left() * 2;
     for (QToolButton *button : qAsConst(m_plotButtons))
         button->setToolButtonStyle(isNarrow ? Qt::ToolButtonIconOnly : Qt::ToolButtonTextBesideIcon);
+    const QString banner =
+        tr("\u26a0 Simulated: these values come from the bench simulator and are not measurements.");
+    const bool isCut = fontMetrics().horizontalAdvance(banner) + 2 * bannerMargin >
+                       contentsRect().width() - layout()->contentsMargins().left() * 2;
+    m_simulated->setText(isCut ? tr("\u26a0 Simulated values") : banner);
+    m_simulated->setToolTip(banner);
 }
 
 void SessionView::connectSession()
@@ -210,6 +238,7 @@ void SessionView::showState()
     QPalette colours = palette();
     colours.setColor(QPalette::WindowText, colourOf(state, palette()));
     m_state->setPalette(colours);
+    setSimulated(m_session->isSimulated());
     const QString problem = m_session->problem();
     m_problem->setVisible(!problem.isEmpty());
     m_problemText->setPalette(colours);
@@ -225,7 +254,9 @@ void SessionView::showCounts()
     constexpr double longSilence = 3.0;
     const double silence = m_session->secondsSilent();
     const bool isSilent = silence > longSilence && silence * m_session->rate().value_or(0.0) > 2.0;
-    m_state->setText(QStringLiteral("%1 %2").arg(symbolOf(m_session->state()),
+    const State state = m_session->state();
+    m_numbers->setPresent(!isSilent && (state == State::Reading || state == State::WaitingForTrigger));
+    m_state->setText(QStringLiteral("%1 %2").arg(symbolOf(state),
                                                  isSilent ? tr("no values for %1 s").arg(static_cast<int>(silence))
                                                           : m_session->stateText()));
     QStringList parts;
@@ -265,8 +296,10 @@ void SessionView::addEnding(const std::function<void()> &begin, const std::funct
     m_endings.append({begin, isBusy});
 }
 
-void SessionView::end()
+bool SessionView::end()
 {
+    if (std::exchange(m_isEnding, true))
+        return false;
     for (const Ending &ending : qAsConst(m_endings))
         ending.begin();
     constexpr int checkInterval = 10;
@@ -279,6 +312,12 @@ void SessionView::end()
         Q_EMIT ended();
     });
     checks->start(checkInterval);
+    return true;
+}
+
+void SessionView::setSimulated(bool simulated)
+{
+    m_simulated->setVisible(simulated);
 }
 
 void SessionView::setNumbersVisible(bool visible)

@@ -50,9 +50,11 @@ public:
     /// Adds a part that needs time to end, such as a recording. When the page was closed and nothing more arrives, \a begin
     /// is called; the page is destroyed as soon as \a isBusy returns false.
     void addEnding(const std::function<void()> &begin, const std::function<bool()> &isBusy);
-    /// Ends what was added by addEnding(). ended() follows.
-    void end();
+    /// Ends what was added by addEnding(). ended() follows. False, and nothing happens, if it was called before.
+    bool end();
     void setNumbersVisible(bool visible);
+    /// Shows a banner that says whether the values are simulated.
+    void setSimulated(bool simulated);
     /// Shows \a text in the line below the plot.
     void setStatus(const QString &text);
 
@@ -73,6 +75,7 @@ private:
     };
 
     void build();
+    QLabel *makeBanner();
     QWidget *makeStatusLine();
     void addPlotButtons(QLayout &layout);
     void connectSession();
@@ -84,6 +87,7 @@ private:
     SignalHistory *m_history;
     ParameterModel *m_parameters = nullptr;
     QString m_title;
+    QLabel *m_simulated;
     QWidget *m_problem;
     QLabel *m_problemText;
     QPushButton *m_reopen;
@@ -97,6 +101,7 @@ private:
     QVector<QToolButton *> m_plotButtons;
     int m_widthOfTexts = 0; // of these buttons with their texts
     QVector<Ending> m_endings;
+    bool m_isEnding = false;
     QTimer m_timer;
 };
 
