@@ -29,13 +29,13 @@ constexpr int valueAxes[] = {QwtPlot::yLeft, QwtPlot::yRight};
 
 // The values fill at least this part of their axis; it is not scaled again before.
 constexpr double leastFill = 0.6;
-constexpr double margin = 0.05;
+constexpr double scaleMargin = 0.05;
 
 QwtInterval widened(const QwtInterval &values)
 {
     const double least = std::max(std::abs(values.maxValue()) * 1.0e-3, 1.0e-9);
     const double centre = values.minValue() / 2.0 + values.maxValue() / 2.0;
-    const double half = std::max(least, values.width() * (0.5 + margin));
+    const double half = std::max(least, values.width() * (0.5 + scaleMargin));
     return {centre - half, centre + half};
 }
 
