@@ -309,7 +309,7 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
     if (!isSameDescription(before, frame) || state == SensorReader::Opening)
         queue->push(frame);
     resumeAccount(wasOpen);
-    lastFrame = Clock::now();
+    lastFrame = lastLook = Clock::now();
     wallClock = {};
     setState(triggered ? SensorReader::WaitingForTrigger : SensorReader::Reading);
     return Result::Done;

@@ -99,7 +99,7 @@ private:
     int waitingValues();
     void discard(int values);
     void queryRate();
-    bool isSilent(ReaderError &error) const;
+    bool isSilent(ReaderError &error);
     void runCommand();
     CommandResult send(const ReaderCommand &command);
     void followCommand(int waiting);
@@ -149,6 +149,7 @@ private:
     int unsettled = 0; ///< steps until all values that were measured before the last command have been read
     qint64 framesRead = 0;
     Time lastFrame;
+    Time lastLook; ///< when isSilent() was called last
     Time lastRateQuery;
     Time nextDelivery;
 };

@@ -4,6 +4,7 @@
 #include "readerthread_p.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace SondixQt {
 
@@ -162,11 +163,17 @@ void ReaderThread::queryRate()
     unsettled = 2;
 }
 
-bool ReaderThread::isSilent(ReaderError &error) const
+bool ReaderThread::isSilent(ReaderError &error)
 {
-    if (!task.reconnect || !task.reconnect->silence || triggered ||
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastFrame) <=
-            *task.reconnect->silence)
+    const Time now = Clock::now();
+    const Clock::duration pause = now - std::exchange(lastLook, now);
+    if (!task.reconnect || !task.reconnect->silence || triggered)
+        return false;
+    // A process that was stopped has not looked: no single pause is long enough to be a silence.
+    const Clock::duration mostOfAPause = *task.reconnect->silence / 2;
+    if (pause > mostOfAPause)
+        lastFrame = std::min(lastFrame + (pause - mostOfAPause), now);
+    if (std::chrono::duration_cast<std::chrono::milliseconds>(now - lastFrame) <= *task.reconnect->silence)
         return false;
     error = {SilenceError, QStringLiteral("the sensor has sent no values for %1 s")
                                .arg(std::chrono::duration<double>(*task.reconnect->silence).count())};

@@ -40,7 +40,8 @@ struct SONDIXQT_EXPORT Reconnect
     /// The errors of a transfer that mean that the sensor is disconnected; empty: every error.
     QVector<ErrorCode> errors;
     /// The sensor also counts as disconnected if it sends no frame for this long, unless it waits for a trigger; empty: it
-    /// may be silent for any time. The time of commands that are sent through the reader does not count.
+    /// may be silent for any time. The time of commands that are sent through the reader does not count, and of a time in
+    /// which the reader could not look for frames, because the process was stopped for example, half of the silence at most.
     std::optional<std::chrono::milliseconds> silence;
 };
 

@@ -2,6 +2,7 @@
 #include "support/unit.h"
 
 #include "readerbench.h"
+#include "support/callrecorder.h"
 
 #include "reader/reconnectplan_p.h"
 
@@ -23,6 +24,7 @@ private Q_SLOTS:
     void takesASilentSensorForGone();
     void aSensorThatNeedsNoTriggerAnyMoreIsNotSilentAtOnce();
     void aLongCommandIsNoSilence();
+    void aStoppedProcessIsNoSilence();
     void aSensorThatIsGoneAtTheEndLeavesAGap();
     void otherErrorsEndReading();
     void aSensorThatOpensButSendsNothingIsGivenUp_data();
@@ -151,6 +153,35 @@ void ReaderReconnectTest::aSensorThatNeedsNoTriggerAnyMoreIsNotSilentAtOnce()
     QTest::qWait(600); // longer than the sensor may be silent
     reader.addSetting("Set_TriggerMode", {{"SP_TriggerMode", 0}}, this,
                       [](const CommandResult &) { sondixsim::advance(0.1); });
+    QTRY_COMPARE(recording.delivered, 100);
+    QVERIFY(stopReading(reader));
+    QCOMPARE(recording.states.count(SensorReader::Reconnecting), 0);
+}
+
+// The sensor has sent values meanwhile, but it takes a moment until they have passed the operating system and the
+// sensor-access library. Here a call that hangs keeps the reader from looking.
+void ReaderReconnectTest::aStoppedProcessIsNoSilence()
+{
+    constexpr int silenceMs = 2000;
+    SensorReader reader(readerAddress());
+    Reconnect reconnect = quickly();
+    reconnect.silence = std::chrono::milliseconds(silenceMs);
+    reader.setReconnect(reconnect);
+    Recording recording(reader);
+    QVERIFY(startReading(reader));
+    sondixsim::Fault fault;
+    fault.function = "DataAvail";
+    fault.hang = true;
+    CallRecorder recorder;
+    const int number = sondixsim::inject(fault);
+    QTest::qWait(silenceMs / 2);
+    recorder.take();
+    QTest::qWait(silenceMs / 2 + 200); // together longer than the sensor may be silent
+    QCOMPARE(recorder.take(), QStringList());
+    sondixsim::removeFault(number);
+    sondixsim::releaseHangs();
+    QTRY_VERIFY(!sondixsim::calls().empty()); // it has looked, and there was nothing
+    sondixsim::advance(0.1);
     QTRY_COMPARE(recording.delivered, 100);
     QVERIFY(stopReading(reader));
     QCOMPARE(recording.states.count(SensorReader::Reconnecting), 0);
