@@ -151,7 +151,7 @@ QString TestToolFaults::wrongIn(const ToolRun &run, const ToolRun &usual, const 
         return "there is no message";
     if (run.code != 0 && !QList<int>{1, 4, 6}.contains(run.code))
         return "this is no exit code of a command that a sensor refuses";
-    if ((line.startsWith("set ") && run.code == 0 && run.averaging != "4") ||
+    if ((line.contains(" Set_Averaging ") && run.code == 0 && run.averaging != "4") ||
         (line.startsWith("mode %2") && run.code == 0 && run.measureMode != "1"))
         return "it was not set";
     // Some characters of an answer, or all of it, are others: what is printed cannot be known.
@@ -205,11 +205,14 @@ void TestToolFaults::endsAsDocumented_data()
     QTest::newRow("get %1 Get_Samplerate SA_Measrate") << 0;
     QTest::newRow("get -v %1 Get_Nothing") << 6;
     QTest::newRow("set %1 Set_Averaging SP_AveragingNumber=4") << 0;
+    QTest::newRow("exec --json %1 Get_Samplerate") << 0;
+    QTest::newRow("exec %1 Set_Averaging SP_AveragingNumber=4") << 0;
     QTest::newRow("trigger %1") << 0;
     QTest::newRow("mode --json %2") << 0;
     QTest::newRow("mode %2 Thickness") << 0;
     QTest::newRow("sync --json %2") << 0;
     QTest::newRow("video --json %2") << 0;
+    QTest::newRow("video --video-mode --on 0 --line %3 %2") << 0;
 }
 
 void TestToolFaults::endsAsDocumented()
