@@ -178,12 +178,13 @@ protected:
             const int equals = text.indexOf(QLatin1Char('='));
             if (equals <= 0)
                 throw Failure{ExitCode::Usage, QStringLiteral("'%1' is no setting: write SA_Key=value").arg(text)};
-            // Texts with spaces are quoted.
-            const QString value = text.mid(equals + 1);
-            pairs +=
-                text.left(equals + 1) + (value.contains(QLatin1Char(' ')) && !value.startsWith(QLatin1Char('"'))
-                                             ? QLatin1Char('"') + value + QLatin1Char('"')
-                                             : value);
+            QString value = text.mid(equals + 1);
+            const QLatin1Char quote('"');
+            if (value.size() > 1 && value.startsWith(quote) && value.endsWith(quote)) // as 'set' takes a text
+                value = value.mid(1, value.size() - 2);
+            value.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
+                .replace(QLatin1Char('"'), QLatin1String("\\\""));
+            pairs += text.left(equals + 1) + QLatin1Char('"') + value + QLatin1Char('"');
         }
         return {{QStringLiteral("do"), QStringLiteral("set")},
                 {QStringLiteral("sensor"), QString::fromStdString(m_sensor)},

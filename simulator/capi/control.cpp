@@ -174,11 +174,10 @@ int inject(const Fault &fault)
     const auto isIt = [&fault](const char *name) { return fault.function == name; };
     if (!fault.function.empty() && std::none_of(std::begin(functionNames), std::end(functionNames), isIt))
         throw std::invalid_argument("the C interface has no function \"" + fault.function + '"');
-    if (!(fault.probability >= 0.0 && fault.probability <= 1.0))
-        throw std::invalid_argument("the probability of a fault must be from 0 to 1");
-    constexpr double maxDelay = 3600.0;
-    if (!(fault.delay >= 0.0 && fault.delay <= maxDelay))
-        throw std::invalid_argument("the delay of a fault must be from 0 to 3600 seconds");
+    if (const std::string problem = model::faultProblem(fault); !problem.empty())
+        throw std::invalid_argument(problem);
+    if (!fault.sensor.empty())
+        sensorOf(fault.sensor); // throws if there is none
     Simulator &simulator = loaded();
     session::BenchSession *const session = simulator.session();
     if (session == nullptr)

@@ -25,6 +25,29 @@ bool matches(const Fault &fault, const CallDetails &details)
 
 } // namespace
 
+std::string faultProblem(const Fault &fault)
+{
+    if (!(fault.probability >= 0.0 && fault.probability <= 1.0))
+        return "the probability of a fault must be from 0 to 1";
+    constexpr double maxDelay = 3600.0;
+    if (!(fault.delay >= 0.0 && fault.delay <= maxDelay))
+        return "the delay of a fault must be from 0 to 3600 seconds";
+    if (fault.from < 1)
+        return "the first call that a fault hits has a number from 1 on";
+    if (fault.times < 1 && fault.times != -1)
+        return "a fault hits 1 call or more";
+    const bool isAnswered = fault.answer || fault.damage != Damage::None;
+    if (isAnswered && !fault.function.empty() && fault.function != "SensorCommand" &&
+        fault.function != "OpenSensor")
+        return "only SensorCommand and OpenSensor have an answer";
+    if (fault.code == 0 && !(fault.delay > 0.0) && !fault.hang && !isAnswered && !fault.count)
+        return "a fault needs a \"code\" other than 0, a \"delay\", \"hang\", \"answer\" or \"damage\"";
+    const bool isForOne = !fault.sensor.empty() || !fault.command.empty() || fault.handle;
+    if (fault.function == "CreateSensorInstance" && isForOne)
+        return "CreateSensorInstance is called before there is a handle, a sensor or a command";
+    return {};
+}
+
 std::string damaged(std::string answer, Damage damage)
 {
     if (damage == Damage::Empty)

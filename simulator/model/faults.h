@@ -43,6 +43,9 @@ struct FaultEffect
 /// The texts of Damage in bench files and requests, in the order of its values.
 constexpr const char *damageNames[] = {"none", "cut", "garbled", "empty"};
 
+/// Why \a fault could never have an effect, whatever the bench is; empty: it could.
+std::string faultProblem(const Fault &fault);
+
 /// An answer after its way.
 std::string damaged(std::string answer, Damage damage);
 

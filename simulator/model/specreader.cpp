@@ -302,13 +302,8 @@ SpecFault readFault(const Node &node)
         fault.damage = static_cast<Damage>(found - std::begin(damageNames));
     }
     reader.finish();
-    const bool isAnswered = fault.answer || fault.damage != Damage::None;
-    if (isAnswered && !fault.function.empty() && fault.function != "SensorCommand" &&
-        fault.function != "OpenSensor")
-        throw ParseError(node.line, "only SensorCommand and OpenSensor have an answer");
-    if (fault.code == 0 && fault.delay == 0.0 && !fault.hang && !isAnswered)
-        throw ParseError(node.line, "a fault needs a \"code\" other than 0, a \"delay\", \"hang\", \"answer\" or "
-                                    "\"damage\"");
+    if (const std::string problem = faultProblem(fault); !problem.empty())
+        throw ParseError(node.line, problem);
     return spec;
 }
 

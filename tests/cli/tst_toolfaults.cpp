@@ -46,12 +46,6 @@ QList<int> framesOf(const QByteArray &csv)
     return frames;
 }
 
-bool hasEffect(const FaultKind &kind, const QString &function)
-{
-    const bool isAnswered = function == "SensorCommand" || function == "OpenSensor";
-    return kind.effect != FaultKind::ChangesAnswer || isAnswered;
-}
-
 /// Information and the states of trigger and synchronisation are read when a sensor is opened. If this fails, and GetError
 /// says nothing of it, the tool does not know.
 bool isUnknown(const FaultKind &kind, const QString &line)
@@ -224,7 +218,7 @@ void TestToolFaults::endsAsDocumented()
     for (const QString &function : usual.functions) {
         for (const FaultKind &kind : faultKinds()) {
             for (const int times : {1, -1}) {
-                if (!hasEffect(kind, function) || isUnknown(kind, line) || (times == 1 && !isTriedOnce(kind)))
+                if (!canAffect(kind, function) || isUnknown(kind, line) || (times == 1 && !isTriedOnce(kind)))
                     continue;
                 sondixsim::Fault fault = kind.fault;
                 fault.function = function.toStdString();

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void stoppingReleasesHangingCalls();
     void refusesWrongUse_data();
     void refusesWrongUse();
+    void setsTextsExactly();
     void manyProgramsAndSomeKilled();
 };
 
@@ -253,6 +254,12 @@ void TestToolSession::refusesWrongUse_data()
     row("bench unplug 1001 --session other", 1, "there is no bench session \"other\"");
     row("bench unplug 1001 --bench test.json", 2, "is no session");
     row("bench fault 1001 Get_Info", 2, "the fault has no effect");
+    row("bench fault 1001 Get_Info --code 0", 1, "a fault needs a \"code\" other than 0");
+    row("bench fault 4711 Get_Info --code -1", 1, "the bench has no sensor \"4711\"");
+    row("bench fault 1001 Get_Info --code -1 --from 0", 1, "has a number from 1 on");
+    row("bench fault 1001 Get_Info --code -1 --times 0", 1, "a fault hits 1 call or more");
+    row("bench fault 1001 DataAvail --damage cut", 1, "only SensorCommand and OpenSensor have an answer");
+    row("bench fault 1001 CreateSensorInstance --code -1", 1, "CreateSensorInstance is called before");
     row("bench set 1001 SA_Measrate", 2, "'SA_Measrate' is no setting");
     row("bench set 1001 SA_Colour=1", 1, "TX270 has no setting \"SA_Colour\"");
     row("bench set 1001 SA_Measrate=1e9", 1, "\"SA_Measrate\" must be from");
@@ -270,6 +277,25 @@ void TestToolSession::refusesWrongUse()
     QVERIFY2(result.err.contains(sentence), result.err.constData());
     QCOMPARE(result.code, code);
     QCOMPARE(result.out, QByteArray());
+}
+
+// A shell passes any character: the sensor has the same text as after a command.
+void TestToolSession::setsTextsExactly()
+{
+    m_stand.start();
+    const auto shown = [this] {
+        return m_stand.run({"get", m_stand.address, "Get_SensorName", "SA_SensorName"}).out.trimmed();
+    };
+    for (const QString text : {"a b; SA_Measrate=4", "a \"b\" c\\d", "\"quoted\"", "4"}) {
+        const ToolResult set = m_stand.run({"bench", "set", "1001", "SA_SensorName=" + text});
+        QCOMPARE(set.err, QByteArray());
+        QCOMPARE(set.code, 0);
+        const QByteArray bySet = shown();
+        QCOMPARE(m_stand.run({"bench", "set", "1001", "SA_SensorName=other"}).code, 0);
+        QCOMPARE(shown(), QByteArray("other"));
+        QCOMPARE(m_stand.run({"set", m_stand.address, "Set_SensorName", "SP_SensorName=" + text}).code, 0);
+        QCOMPARE(bySet, shown());
+    }
 }
 
 // Each program sets its own sensor to one number after another. Some are killed.

@@ -231,9 +231,8 @@ void ReaderFaultsTest::goesOn()
     QFETCH(const int, times);
     QFETCH(const bool, isOpening);
     for (const FaultKind &kind : faultKinds()) {
-        const bool isAnswered = function == "SensorCommand" || function == "OpenSensor";
         const bool isTried = times < 0 || QByteArrayList{"hang", "code", "no answer"}.contains(kind.name);
-        if (!isTried || (kind.effect == FaultKind::ChangesAnswer && !isAnswered))
+        if (!isTried || !canAffect(kind, function))
             continue;
         DisturbedReader reader(function, kind, times, isOpening ? Phase::Opening : Phase::Reading);
         const QString wrong = reader.mistake();

@@ -5,6 +5,7 @@
 #include "support/faultkinds.h"
 
 #include <QTest>
+#include <stdexcept>
 
 namespace {
 
@@ -59,7 +60,10 @@ void disturb(Arguments &arguments)
     const auto sensor = arguments.oneOf<std::string>({"1018001", "7160214", "2421018", "3430003", "5700001"});
     switch (arguments.below(8)) {
     case 0:
-        sondixsim::inject(someFault(arguments));
+        try {
+            sondixsim::inject(someFault(arguments));
+        } catch (const std::invalid_argument &) { // it could have had no effect
+        }
         break;
     case 1:
         sondixsim::clearFaults();
@@ -173,6 +177,7 @@ private Q_SLOTS:
         Arguments arguments(99);
         openAll(arguments);
         const bool isGetError = QByteArray(function.name) == "GetError";
+        const bool isAnswered = QByteArrayList{"SensorCommand", "OpenSensor"}.contains(function.name);
         const bool creates = QByteArray(function.name) == "CreateSensorInstance";
         for (int round = 0; round < 200; ++round) {
             sondixsim::Fault fault = someFault(arguments);
@@ -184,6 +189,8 @@ private Q_SLOTS:
             fault.from = 1;
             fault.times = -1;
             fault.probability = 1.0;
+            if (fault.answer && !isAnswered)
+                continue;
             const std::uint32_t handle = arguments.handle();
             const bool isKnown = ClearAllParameters(handle) == 0;
             const int number = sondixsim::inject(fault);

@@ -4,9 +4,13 @@
 #include "support/scripting.h"
 
 #include <atomic>
+#include <functional>
 #include <QElapsedTimer>
 #include <QTest>
+#include <stdexcept>
 #include <thread>
+
+Q_DECLARE_METATYPE(std::function<void(sondixsim::Fault &)>)
 
 using sondixsim::Fault;
 
@@ -394,6 +398,43 @@ private Q_SLOTS:
             QVERIFY2(QByteArray(error.what()).contains(word), error.what());
         }
         QCOMPARE(Handle(SensorType::TX270).open(), 0); // nothing was injected
+    }
+
+    void faultsWithoutAnEffectAreRefused_data()
+    {
+        QTest::addColumn<std::function<void(Fault &)>>("change");
+        QTest::addColumn<QByteArray>("words");
+        const auto row = [](const char *words, const std::function<void(Fault &)> &change) {
+            QTest::newRow(words) << change << QByteArray(words);
+        };
+        row("the bench has no sensor \"4711\"", [](Fault &fault) { fault.sensor = "4711"; });
+        row("a number from 1 on", [](Fault &fault) { fault.from = 0; });
+        row("a fault hits 1 call or more", [](Fault &fault) { fault.times = 0; });
+        row("1 call or more", [](Fault &fault) { fault.times = -2; });
+        row("a fault needs", [](Fault &fault) { fault.code = 0; });
+        row("only SensorCommand and OpenSensor", [](Fault &fault) { fault.damage = sondixsim::Damage::Cut; });
+        row("SensorCommand and OpenSensor have an answer", [](Fault &fault) { fault.answer = ""; });
+        row("CreateSensorInstance is called before", [](Fault &fault) {
+            fault.function = "CreateSensorInstance";
+            fault.command = "Get_Info";
+        });
+    }
+    void faultsWithoutAnEffectAreRefused()
+    {
+        QFETCH(std::function<void(Fault &)>, change);
+        QFETCH(QByteArray, words);
+        Fault fault;
+        fault.function = "DataAvail";
+        fault.code = -1;
+        const int number = sondixsim::inject(fault); // it could have one
+        sondixsim::removeFault(number);
+        change(fault);
+        try {
+            sondixsim::inject(fault);
+            QFAIL("the fault was accepted");
+        } catch (const std::invalid_argument &error) {
+            QVERIFY2(QByteArray(error.what()).contains(words), error.what());
+        }
     }
 
     void delayTakesRealTime()

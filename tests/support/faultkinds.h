@@ -72,6 +72,13 @@ inline const std::vector<FaultKind> &faultKinds()
     return all;
 }
 
+/// Whether a fault of this kind can have an effect on calls of \a function.
+inline bool canAffect(const FaultKind &kind, const QString &function)
+{
+    const bool isAnswered = function == QLatin1String("SensorCommand") || function == QLatin1String("OpenSensor");
+    return kind.effect != FaultKind::ChangesAnswer || isAnswered;
+}
+
 /// Ends hanging calls, again and again.
 class HangReleaser
 {

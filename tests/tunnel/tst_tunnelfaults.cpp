@@ -198,8 +198,7 @@ void TunnelFaultsTest::goesOn()
     QFETCH(const QString, function);
     QFETCH(const int, times);
     for (const FaultKind &kind : faultKinds()) {
-        const bool isAnswered = function == "SensorCommand" || function == "OpenSensor";
-        if (kind.effect == FaultKind::ChangesAnswer && !isAnswered)
+        if (!canAffect(kind, function))
             continue;
         sondixsim::Fault fault = kind.fault;
         fault.function = function.toStdString();

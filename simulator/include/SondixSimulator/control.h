@@ -172,8 +172,10 @@ struct SONDIXSIM_TYPE Fault
 /// \{
 /// Several faults may hit one call: delays are added, of all other effects the first one wins.
 /// \return the number of the fault, for removeFault()
-/// \throws std::invalid_argument for a function that is none of functionNames, a probability that is not from 0 to 1, and
-/// a delay that is not from 0 to 3600 seconds
+/// \throws std::invalid_argument for a fault that could never have an effect: a function that is none of functionNames, a
+/// sensor that the bench does not have, CreateSensorInstance with a sensor, a command or a handle, an answer of a function
+/// that has none, \c from below 1, \c times of 0, no effect at all; for a probability that is not from 0 to 1, and for a
+/// delay that is not from 0 to 3600 seconds
 SONDIXSIM_EXPORT int inject(const Fault &fault);
 SONDIXSIM_EXPORT void removeFault(int number);
 SONDIXSIM_EXPORT void clearFaults();
