@@ -50,6 +50,8 @@ private:
         const QString program = sensor[QLatin1String("program")].toString();
         if (!program.isEmpty())
             words += QStringLiteral("open in %1").arg(program);
+        else if (sensor[QLatin1String("inUse")].toBool())
+            words += QStringLiteral("in use, as the bench file says");
         else if (sensor[QLatin1String("open")].toBool())
             words += QStringLiteral("open");
         if (sensor[QLatin1String("silent")].toBool())

@@ -47,8 +47,12 @@ json sensorList(RequestReader &request)
                            {"plugged", sensor.isPlugged(now)},
                            {"open", isOpen},
                            {"silent", sensor.isSilent(now)}});
-        if (isOpen && session != nullptr)
+        // Not the program that had it last, if the bench file says that it is in use.
+        const bool isClaimed = sensor.owner() != 0 || (session != nullptr && session->isClaimedByOther(i));
+        if (isClaimed && session != nullptr)
             sensors.back()["program"] = session->claimer(i);
+        else if (isOpen && !isClaimed)
+            sensors.back()["inUse"] = true;
     }
     json answer{{"bench", model::fromWindows1250(bench->name)}, {"time", now}, {"sensors", std::move(sensors)}};
     if (session != nullptr)

@@ -121,8 +121,11 @@ public:
         m_open.back().node->members.push_back({std::move(value), m_counter.line, {}});
         return true;
     }
-    bool parse_error(std::size_t /*position*/, const std::string & /*token*/, const nlohmann::detail::exception &e)
+    bool parse_error(std::size_t /*position*/, const std::string &token, const nlohmann::detail::exception &e)
     {
+        constexpr int numberOverflow = 406;
+        if (e.id == numberOverflow)
+            throw ParseError(m_counter.line, "a number is too large: " + token.substr(0, 20));
         throw ParseError(m_counter.line, withoutPrefix(e.what()));
     }
 

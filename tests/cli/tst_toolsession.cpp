@@ -24,6 +24,7 @@ private Q_SLOTS:
     void theFileOfASessionMayChange();
     void timeGoesOn();
     void aSensorIsOpenInOneProgram();
+    void aSensorMayBeInUseByTheBench();
     void aKilledProgramHoldsNothing();
     void unpluggedStaysUnplugged();
     void aRunningProgramSeesWhatHappens();
@@ -104,6 +105,23 @@ void TestToolSession::aSensorIsOpenInOneProgram()
     QCOMPARE(CloseSensor(sensor), 0);
     QCOMPARE(m_stand.getInfo(), 0);
     QVERIFY(!m_stand.isOpen());
+}
+
+// Not by the program that had it before.
+void TestToolSession::aSensorMayBeInUseByTheBench()
+{
+    m_stand.start(R"({ "clock": { "virtual": true }, "sensors": [ { "model": "TX270", "serialNumber": "1001",
+        "place": { "interface": "RS232", "port": "COM3" },
+        "timeline": [ { "do": "inUse", "at": 5, "for": 10 } ] } ] })");
+    QCOMPARE(m_stand.getInfo(), 0);
+    QCOMPARE(m_stand.bench("step 7").code, 0);
+    QCOMPARE(m_stand.getInfo(), 4);
+    const QByteArray table = m_stand.bench("show").out;
+    QVERIFY2(table.contains("in use, as the bench file says"), table.constData());
+    QVERIFY2(!table.contains("open in"), table.constData());
+    QCOMPARE(m_stand.bench("step 10").code, 0);
+    QVERIFY(!m_stand.bench("show").out.contains("in use"));
+    QCOMPARE(m_stand.getInfo(), 0);
 }
 
 void TestToolSession::aKilledProgramHoldsNothing()

@@ -63,6 +63,8 @@ private Q_SLOTS:
         row("no array", "{\n \"sensors\": {} }", 2, "array");
         row("wrong type", "{ \"sensors\": [],\n\n \"seed\": \"1\" }", 3, "whole number");
         row("step", "{ \"sensors\": [],\n \"clock\": {\n \"step\": 1 } }", 3, "virtual");
+        row("too large a number", "{ \"sensors\": [],\n \"clock\": {\n \"speed\": 1e400 } }", 3,
+            "too large: 1e400");
         row("speed", "{ \"sensors\": [],\n \"clock\": {\n \"speed\": 0 } }", 3, "speed");
         row("clock key", "{ \"sensors\": [],\n \"clock\": {\n \"fast\": 2 } }", 3, "fast");
         row("search time", "{ \"sensors\": [],\n \"search\": {\n \"TCP/IP\": -1 } }", 3, "TCP/IP");

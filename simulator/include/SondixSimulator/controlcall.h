@@ -40,8 +40,9 @@ typedef uint32_t (*SondixSimControlFunction)(const char *request, char *answer, 
  * |--------------------------------------------------|--------------------------------------------------------------|
  * | {"do": "sensors"}                                | "bench": name, "time": bench time, "session": its name,      |
  * |                                                  | "sensors": [{"serialNumber", "model", "place", "plugged",    |
- * |                                                  | "open", "silent", "program"}]. In a session "program" names  |
- * |                                                  | the process that has opened the sensor                       |
+ * |                                                  | "open", "silent", "program", "inUse"}]. In a session         |
+ * |                                                  | "program" names the process that has opened the sensor;      |
+ * |                                                  | "inUse": not a process, but the bench file uses it           |
  * | {"do": "schema"}                                 | "schema": the JSON schema of bench files, a text             |
  * | {"do": "load", "file": path}                     | loads a bench file, or with "session:NAME" attaches to a     |
  * |                                                  | session; without "file" loads the built-in bench             |
