@@ -425,7 +425,7 @@ bool ParameterPanel::compareWith(const QString &path)
 
 QString ParameterPanel::compare(const ParameterFile &file, const QString &path)
 {
-    if (const QString other = otherModel(file, QFileInfo(path).fileName()); !other.isEmpty())
+    if (QString other = otherModel(file, QFileInfo(path).fileName()); !other.isEmpty())
         return other;
     m_model->setReference(file.settings, QFileInfo(path).completeBaseName());
     const QString missing = namesOnlyIn(file.settings, m_model->settings());
