@@ -88,11 +88,9 @@ public:
         const int character = fontMetrics().averageCharWidth();
         const int valueWidth = std::max(sizeHintForColumn(ParameterModel::ValueColumn), 8 * character);
         const int nameWidth = std::max(sizeHintForColumn(ParameterModel::NameColumn), 8 * character);
-        // Most settings have no note.
-        const int wantedNote = std::max(sizeHintForColumn(ParameterModel::NoteColumn),
-                                        header()->sectionSizeHint(ParameterModel::NoteColumn));
-        const int note = std::min(wantedNote, 12 * character);
+        // Names and values first: a note that is cut has a tool tip.
         const int width = viewport()->width();
+        const int note = header()->sectionSizeHint(ParameterModel::NoteColumn);
         const int value = std::min(valueWidth, std::max(14 * character, (width - note) / 2));
         const int name = std::max(std::min(nameWidth, width - value - note), 8 * character);
         header()->setMinimumSectionSize(6 * character);
@@ -104,7 +102,7 @@ public:
                      const QVector<int> &roles) override
     {
         QTreeView::dataChanged(topLeft, bottomRight, roles);
-        fitColumns(); // a note may have come
+        fitColumns(); // for longer values
     }
 
 protected:
