@@ -172,16 +172,12 @@ QStringList calledFunctions()
     CallRecorder recorder;
     SensorReader reader(readerAddress());
     Recording recording(reader);
-    QStringList functions;
     if (!startReading(reader))
-        return functions;
+        return {};
     sondixsim::advance(0.05);
     if (!QTest::qWaitFor([&] { return recording.delivered == 50; }, longestTestWait) || !stopReading(reader))
-        return functions;
-    for (const sondixsim::Call &call : sondixsim::calls())
-        functions += QString::fromStdString(call.function);
-    functions.removeDuplicates();
-    return functions;
+        return {};
+    return recordedFunctions();
 }
 
 } // namespace

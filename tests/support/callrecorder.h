@@ -34,6 +34,16 @@ public:
     }
 };
 
+/// The functions of the calls that were recorded, each once.
+inline QStringList recordedFunctions()
+{
+    QStringList functions;
+    for (const sondixsim::Call &call : sondixsim::calls())
+        functions += QString::fromStdString(call.function);
+    functions.removeDuplicates();
+    return functions;
+}
+
 /// The calls that send a command without parameters.
 inline QStringList commandCalls(const QString &command)
 {

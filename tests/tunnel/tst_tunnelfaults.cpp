@@ -150,11 +150,7 @@ QStringList calledFunctions()
             responseTo(request, url);
         tunnel.closeTunnel();
     }
-    QStringList functions;
-    for (const sondixsim::Call &call : sondixsim::calls())
-        functions += QString::fromStdString(call.function);
-    functions.removeDuplicates();
-    return functions;
+    return recordedFunctions();
 }
 
 } // namespace
