@@ -170,10 +170,11 @@ bool ReaderThread::isSilent(ReaderError &error)
     if (!task.reconnect || !task.reconnect->silence || triggered)
         return false;
     // A process that was stopped has not looked: no single pause is long enough to be a silence.
-    const Clock::duration mostOfAPause = *task.reconnect->silence / 2;
-    if (pause > mostOfAPause)
+    using Milliseconds = std::chrono::milliseconds;
+    const Milliseconds mostOfAPause = *task.reconnect->silence / 2; // may be too long for the unit of the clock
+    if (std::chrono::duration_cast<Milliseconds>(pause) > mostOfAPause)
         lastFrame = std::min(lastFrame + (pause - mostOfAPause), now);
-    if (std::chrono::duration_cast<std::chrono::milliseconds>(now - lastFrame) <= *task.reconnect->silence)
+    if (std::chrono::duration_cast<Milliseconds>(now - lastFrame) <= *task.reconnect->silence)
         return false;
     error = {SilenceError, QStringLiteral("the sensor has sent no values for %1 s")
                                .arg(std::chrono::duration<double>(*task.reconnect->silence).count())};
