@@ -19,6 +19,27 @@ QList<QByteArray> comparable(const QByteArray &record)
     return calls;
 }
 
+constexpr int readFrames = 3000;
+
+/// How often a reader still looks for values between the last one that is wanted and its end depends on the machine.
+QList<QByteArray> withoutLastPolls(const QList<QByteArray> &calls)
+{
+    static const QRegularExpression readValues(QStringLiteral(R"re("answers":\{"read":(\d+))re"));
+    static const QRegularExpression number(QStringLiteral(R"re("call":\d+,)re"));
+    QList<QByteArray> rest;
+    qint64 values = 0;
+    for (const QByteArray &call : calls) {
+        const bool isTransfer = call.contains("\"function\":\"TransferData");
+        const bool hasAll = values >= readFrames; // of one value
+        if (hasAll && (isTransfer || call.contains("\"function\":\"DataAvail\"")))
+            continue;
+        if (isTransfer)
+            values += readValues.match(QString::fromUtf8(call)).captured(1).toInt();
+        rest += hasAll ? QString::fromUtf8(call).remove(number).toUtf8() : call;
+    }
+    return rest;
+}
+
 const QByteArray replayedBench = Benches::of(Benches::laser(2000, R"("faults": [
     { "command": "Get_Broken", "from": 2, "times": 1, "code": -14, "text": "it broke: \u20ac" } ],
     "answers": { "Get_Broken": { "SA_Whole": 7 } })") +
@@ -45,7 +66,8 @@ private Q_SLOTS:
         const QString tool = QStringLiteral(SONDIXQT_TOOL);
         QTest::newRow("find") << QStringList{tool, "find"};
         QTest::newRow("info") << QStringList{tool, "mode", Benches::controllerAddress};
-        QTest::newRow("read") << QStringList{tool, "read", Benches::laserAddress, "-n", "3000"};
+        QTest::newRow("read") << QStringList{tool, "read", Benches::laserAddress, "-n",
+                                             QString::number(readFrames)};
         QTest::newRow("set") << QStringList{tool, "set", Benches::laserAddress, "Set_Samplerate", "SP_Measrate=4"};
         QTest::newRow("failure") << QStringList{tool, "get", Benches::laserAddress, "Get_Broken"};
         QTest::newRow("unknown") << QStringList{tool, "get", Benches::laserAddress, "Get_Nothing"};
@@ -58,12 +80,12 @@ private Q_SLOTS:
         QFETCH(QStringList, program);
         ToolRunner runner(replayedBench);
         const ToolResult recorded = runner.run(QStringList{"bench", "record", "-o", "s.jsonl", "--"} + program);
-        const QList<QByteArray> calls = comparable(runner.contentOf("s.jsonl"));
+        const QList<QByteArray> calls = withoutLastPolls(comparable(runner.contentOf("s.jsonl")));
         QVERIFY(calls.size() > 5);
 
         const ToolResult replayed =
             replaying(runner).run(QStringList{"bench", "replay", "s.jsonl", "-o", "again.jsonl", "--"} + program);
-        QCOMPARE(comparable(runner.contentOf("again.jsonl")), calls);
+        QCOMPARE(withoutLastPolls(comparable(runner.contentOf("again.jsonl"))), calls);
         QCOMPARE(replayed.code, recorded.code);
         QCOMPARE(replayed.out, recorded.out);
         QVERIFY2(!replayed.err.contains("deviates"), replayed.err.constData());
