@@ -101,10 +101,15 @@ SearchOutcome runSearch(const SearchRequest &request, Console &console, Interrup
     QObject::connect(&finder, &SensorFinder::updateSensorFinderStatus, &loop,
                      [&bar](const QString &text) { bar.setText(text); });
     QObject::connect(&finder, &SensorFinder::errorOccurred, &loop, [&](ErrorCode code, const QString &text) {
+        const bool isSearching = finder.status() == SensorFinder::Searching;
+        if (isSearching && code != TimeLimitError && code != SkippedError) {
+            console.note(text); // at once: the search may never end
+            return;
+        }
         if (code == TimeLimitError)
             outcome.end = SearchOutcome::TimedOut;
         outcome.problem = text;
-        if (finder.status() != SensorFinder::Searching)
+        if (!isSearching)
             loop.quit();
     });
     QObject::connect(&finder, &SensorFinder::searchFinished, &loop, [&] {

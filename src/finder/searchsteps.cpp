@@ -27,6 +27,9 @@ constexpr int maxResultCount = 10000;
 constexpr QLatin1String progressCommand = "Get_FindSensorProgress"_latin1;
 constexpr QLatin1String progressAnswer = "IA_Progress"_latin1;
 
+/// The number of queries of the progress that fail in a row, two seconds of them, before this is reported as an error.
+constexpr int reportedFailureCount = 8;
+
 /// Replaces infinity and NaN in the answer of the library by 0.
 double finiteProgress(double progress)
 {
@@ -102,6 +105,7 @@ void SensorFinderPrivate::begin(const QList<SensorType> &types, bool showType,
     progressOffset = 0.0;
     progressScale = progressPerBaseType(types);
     progressProblem.clear();
+    failedQueries = 0;
     searchTime.start();
     startSearchInternal(pendingTypes.takeFirst());
 }
@@ -237,6 +241,12 @@ void SensorFinderPrivate::updateProgress()
     Q_EMIT q->progressChanged(int(qBound(0.0, total, 100.0)));
     if (interruption.happened())
         return;
+    if (failedQueries == reportedFailureCount) {
+        setError(progressError, QStringLiteral("the search goes on") + progressProblem);
+        emitError();
+        if (interruption.happened())
+            return;
+    }
     const bool isComplete = qFuzzyCompare(progress, 100.0);
     if (isTimeOver() && !(isComplete && pendingTypes.isEmpty())) {
         endAtTimeLimit();
@@ -264,9 +274,14 @@ bool SensorFinderPrivate::readProgress(double &progress, int &found)
     QString errorText;
     const ErrorCode result = sensorInstance.sendCommand(progressCommand, QMap<QString, QVariant>(), results,
                                                         &errorText, SensorInstance::ReadAfterSuccess);
+    progressError = result;
     progressProblem.clear();
-    if (result != NoError)
+    if (result == NoError) {
+        failedQueries = 0;
+    } else {
+        ++failedQueries;
         progressProblem = explained(QStringLiteral("; its progress cannot be read"), errorText, result);
+    }
     progress = result == NoError ? finiteProgress(progress) : 0.0;
     return result == NoError;
 }

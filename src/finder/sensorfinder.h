@@ -162,8 +162,9 @@ Q_SIGNALS:
     void searchFinished();
     /// Emitted when a search or a part of it fails, with error() and errorString(): a search is refused or cannot be
     /// aborted (after statusChanged(Error)), a type is skipped (after the statusChanged() that tells whether the
-    /// search goes on), or the time limit is reached (before the search ends). The search continues if status() is
-    /// Searching, except at the time limit.
+    /// search goes on), the progress could not be read for two seconds (once, until it can be read again), or the
+    /// time limit is reached (before the search ends). The search continues if status() is Searching, except at the
+    /// time limit. A search whose progress can never be read does not end by itself.
     void errorOccurred(SondixQt::ErrorCode code, const QString &text);
     /// Emitted for each sensor that is not on the blacklist, once per search. Its type is NoSensor if similar
     /// sensors are searched and the answer contains no type. A sensor whose description cannot be read is left

@@ -86,7 +86,9 @@ public:
     QElapsedTimer searchTime;
     ErrorCode error = NoError;
     QString errorString;
-    QString progressProblem; // the end of a message if the last query of the progress failed
+    ErrorCode progressError = NoError; // of the last query of the progress
+    QString progressProblem;           // the end of a message if it failed
+    int failedQueries = 0;             // of the progress, in a row
 
     static constexpr quint64 noRequest = std::numeric_limits<quint64>::max();
     quint64 request = 0;                 // the number of starts and stops requested by the application

@@ -40,6 +40,8 @@ private Q_SLOTS:
     void limitsThatAreNone_data();
     void limitsThatAreNone();
     void aProgressThatCannotBeReadIsNamed();
+    void aProgressThatCannotBeReadForLongIsReportedOnce();
+    void aProgressThatCannotBeReadForAMomentIsNotReported();
     void aRefusedAbortAtTheLimitIsTheLastError();
     void slotsMayEndTheSearchAtTheLimit_data();
     void slotsMayEndTheSearchAtTheLimit();
@@ -361,6 +363,36 @@ void TestSensorFinderErrors::aProgressThatCannotBeReadIsNamed()
     QCOMPARE(recorder.linesOf("error"), QStringList("error -32767"));
     QCOMPARE(finder.errorString(),
              "the search did not end within 0.3 s; its progress cannot be read: refused by the test");
+}
+
+void TestSensorFinderErrors::aProgressThatCannotBeReadForLongIsReportedOnce()
+{
+    refuseCommand("Get_FindSensorProgress", 1, 12);
+    answerCommand("Get_FindSensorProgress", "IA_Found=0 IA_Progress=100.0", 13);
+    SensorFinder finder;
+    Recorder recorder(finder, Recorder::WithErrors);
+    finder.startSearch(TX270);
+    QVERIFY(recorder.waitFor("progress 0", 12));
+    QCOMPARE(recorder.linesOf("error"), QStringList("error -5"));
+    QCOMPARE(recorder.lines.indexOf("error -5") - recorder.lines.indexOf("progress 0"), 8);
+    QCOMPARE(finder.status(), SensorFinder::Searching);
+    QCOMPARE(finder.errorString(), "the search goes on; its progress cannot be read: refused by the test");
+    QVERIFY(recorder.waitForEnd());
+    QCOMPARE(recorder.linesOf("error").size(), 1);
+    QCOMPARE(recorder.linesOf("finished").size(), 1);
+}
+
+void TestSensorFinderErrors::aProgressThatCannotBeReadForAMomentIsNotReported()
+{
+    refuseCommand("Get_FindSensorProgress", 1, 7);
+    answerCommand("Get_FindSensorProgress", "IA_Found=0 IA_Progress=50.0", 8, 1);
+    answerCommand("Get_FindSensorProgress", "IA_Found=0 IA_Progress=100.0", 9);
+    SensorFinder finder;
+    Recorder recorder(finder, Recorder::WithErrors);
+    finder.startSearch(TX270);
+    QVERIFY(recorder.waitForEnd());
+    QCOMPARE(recorder.linesOf("progress").size(), 9);
+    QCOMPARE(recorder.linesOf("error"), QStringList());
 }
 
 void TestSensorFinderErrors::aRefusedAbortAtTheLimitIsTheLastError()
