@@ -433,6 +433,20 @@ void TestPlotView::axesHaveUnits()
     QCOMPARE(plot.axisTitle(QwtPlot::yRight).text(), "V, mV");
     QVERIFY(m_view->legend().button(1)->accessibleName().contains("right axis"));
     QVERIFY(m_view->legend().button(1)->toolTip().contains("right axis"));
+
+    // The shown signals have the axes for themselves as soon as they have only two units.
+    QTest::mouseClick(m_view->legend().button(1), Qt::LeftButton);
+    QCOMPARE(plot.axisTitle(QwtPlot::yRight).text(), "mV");
+    QTest::mouseClick(m_view->legend().button(1), Qt::LeftButton);
+    QTest::mouseClick(m_view->legend().button(0), Qt::LeftButton);
+    QTest::mouseClick(m_view->legend().button(2), Qt::LeftButton);
+    QCOMPARE(plot.axisOf(1), int(QwtPlot::yLeft));
+    QCOMPARE(plot.axisOf(3), int(QwtPlot::yRight));
+    QCOMPARE(plot.axisTitle(QwtPlot::yLeft).text(), "V");
+    QCOMPARE(plot.axisTitle(QwtPlot::yRight).text(), "mV");
+    QCOMPARE(plot.axisOf(0), plot.axisOf(2));
+    QVERIFY(!m_view->legend().button(1)->accessibleName().contains("right axis"));
+    QVERIFY(m_view->legend().button(3)->accessibleName().contains("right axis"));
     m_history->begin(frameOf(1));
     m_view->refresh();
     QVERIFY(!plot.axisEnabled(QwtPlot::yRight));
@@ -502,6 +516,14 @@ void TestPlotView::errorsAndGapsHaveNotes()
     QCOMPARE(m_view->plot().noteAt({pixelOf(2.0), 300}), "Signal 1: Too far");
     QCOMPARE(m_view->plot().noteAt({pixelOf(1.995), 300}), QString());
     QVERIFY(m_view->plot().readingAt(2.0).contains("Signal 1: Too far"));
+    const auto timeTitle = [this] { return m_view->plot().axisTitle(QwtPlot::xBottom).text(); };
+    QCOMPARE(timeTitle(), QString("Time in s    \u25b2 Too far \u00b7 no value"));
+    const QString longText(200, 'x');
+    m_view->setErrorText([longText](double value) { return value > -2.0e10 ? QString("Too far") : longText; });
+    m_view->setWindow({1.98, 2.02});
+    QCOMPARE(timeTitle(), QString("Time in s    \u25b2 Too far \u00b7 \u2026")); // what does not fit is left out
+    m_view->setWindow({0.0, 1.0});
+    QCOMPARE(timeTitle(), QString("Time in s"));
     m_view->setWindow({0.0, 5.0});
     QCOMPARE(m_view->plot().gapMarks().size(), std::size_t(1));
     const QString note = m_view->plot().noteAt({pixelOf(2.8), 100});

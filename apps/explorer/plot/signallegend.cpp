@@ -26,6 +26,7 @@ SignalLegend::SignalLegend(TimePlot *plot, QWidget *parent)
     setSizePolicy(policy);
     connect(plot, &TimePlot::signalsChanged, this, &SignalLegend::rebuild);
     connect(plot, &TimePlot::shownChanged, this, [this](int signal) { describe(signal); });
+    connect(plot, &TimePlot::axesChanged, this, &SignalLegend::describeAll);
     rebuild();
 }
 
@@ -93,8 +94,13 @@ void SignalLegend::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
-        for (int signal = 0; signal < m_buttons.size(); ++signal)
-            describe(signal);
+        describeAll();
+}
+
+void SignalLegend::describeAll()
+{
+    for (int signal = 0; signal < m_buttons.size(); ++signal)
+        describe(signal);
 }
 
 } // namespace Explorer

@@ -25,6 +25,7 @@ protected:
 private:
     void rebuild();
     void describe(int signal);
+    void describeAll();
     QIcon iconOf(int signal) const;
 
     TimePlot *m_plot;

@@ -7,7 +7,9 @@
 #include "signalcolours.h"
 
 #include <QEvent>
+#include <QHash>
 #include <QLocale>
+#include <QSet>
 
 #include <qwt_plot_canvas.h>
 #include <qwt_plot_grid.h>
@@ -18,6 +20,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 using namespace SondixQt;
 
@@ -127,31 +130,44 @@ void TimePlot::describe()
     Q_EMIT signalsChanged();
 }
 
-void TimePlot::assignAxes()
+bool TimePlot::assignAxes()
 {
-    QStringList units[2];
+    std::vector<int> signals(static_cast<std::size_t>(signalCount()));
+    std::iota(signals.begin(), signals.end(), 0);
+    QSet<QString> units;
+    for (const int signal : signals)
+        units.insert(unitOf(signal));
+    if (units.size() > 2) // with two, each unit keeps its axis
+        std::stable_partition(signals.begin(), signals.end(), [this](int signal) { return isShown(signal); });
+
+    bool isChanged = false;
+    QHash<QString, std::size_t> sides; // by unit
+    QStringList titles[2];
     double sizes[2] = {0.0, 0.0};
-    for (int signal = 0; signal < signalCount(); ++signal) {
-        const SignalInfo &info = m_frame.signals.at(signal);
-        std::size_t side = 0;
-        if (units[0].isEmpty() || units[0].contains(info.scaledUnit))
-            side = 0;
-        else if (units[1].isEmpty() || units[1].contains(info.scaledUnit))
-            side = 1;
-        else
-            side = std::abs(sizeOf(info) - sizes[1]) < std::abs(sizeOf(info) - sizes[0]) ? 1 : 0;
-        if (units[side].isEmpty())
-            sizes[side] = sizeOf(info);
-        if (!units[side].contains(info.scaledUnit))
-            units[side].append(info.scaledUnit);
+    for (const int signal : signals) {
+        const QString unit = unitOf(signal);
+        const double size = sizeOf(m_frame.signals.at(signal));
+        if (!sides.contains(unit)) {
+            const bool isFirst = sides.size() < 2;
+            const std::size_t nearest = std::abs(size - sizes[1]) < std::abs(size - sizes[0]) ? 1 : 0;
+            const std::size_t side = isFirst ? static_cast<std::size_t>(sides.size()) : nearest;
+            if (isFirst)
+                sizes[side] = size;
+            sides.insert(unit, side);
+        }
+        const std::size_t side = sides.value(unit);
+        if (!titles[side].contains(unit) && (titles[side].isEmpty() || isShown(signal)))
+            titles[side].append(unit);
+        isChanged = isChanged || axisOf(signal) != valueAxes[side];
         m_curves[static_cast<std::size_t>(signal)]->setYAxis(valueAxes[side]);
     }
     for (const std::size_t side : {0U, 1U}) {
         QwtText title = axisTitle(valueAxes[side]);
-        title.setText(units[side].join(QStringLiteral(", ")));
+        title.setText(titles[side].join(QStringLiteral(", ")));
         setAxisTitle(valueAxes[side], title);
     }
-    enableAxis(QwtPlot::yRight, !units[1].isEmpty());
+    enableAxis(QwtPlot::yRight, !titles[1].isEmpty());
+    return isChanged;
 }
 
 void TimePlot::changeEvent(QEvent *event)
@@ -242,10 +258,7 @@ void TimePlot::load(int columns)
     m_timeDraw->setFormat(format);
     m_timeEngine->setFormat(format);
     QwtText title = axisTitle(QwtPlot::xBottom);
-    const QString text = format.isInFrames    ? tr("Frame")
-                         : format.clockOffset ? tr("Time of day")
-                                              : tr("Time in s");
-    if (title.text() != text) {
+    if (const QString text = timeTitle(); title.text() != text) {
         title.setText(text);
         setAxisTitle(QwtPlot::xBottom, title);
     }
@@ -308,8 +321,13 @@ void TimePlot::setShown(int signal, bool shown)
     if (signal < 0 || signal >= signalCount() || isShown(signal) == shown)
         return;
     m_curves[static_cast<std::size_t>(signal)]->setVisible(shown);
+    const bool axesChange = assignAxes();
+    if (axesChange)
+        clearValueRanges(); // they were those of other signals
     load();
     Q_EMIT shownChanged(signal, shown);
+    if (axesChange)
+        Q_EMIT axesChanged();
 }
 
 int TimePlot::axisOf(int signal) const

@@ -25,8 +25,8 @@ class GapItem;
 
 /// The curves of a history over the time, with value axes at the left and at the right.
 ///
-/// Signals of the same unit have the same axis. With more than two units, the signals of a further unit have the axis
-/// whose signals have the most similar range; its title names all units.
+/// Signals of the same unit have the same axis. With more than two units, those of the shown signals come first, and the
+/// signals of a further unit have the axis whose signals have the most similar range; its title names all units.
 class TimePlot : public QwtPlot
 {
     Q_OBJECT
@@ -100,6 +100,8 @@ Q_SIGNALS:
     /// The signals are others than before.
     void signalsChanged();
     void shownChanged(int signal, bool shown);
+    /// Signals have another value axis than before.
+    void axesChanged();
     /// The palette is another one.
     void coloursChanged();
 
@@ -108,8 +110,9 @@ protected:
 
 private:
     void describe();
-    void assignAxes();
+    bool assignAxes();
     void setColours();
+    QString timeTitle() const;
     void scaleValues(int axis);
     void addMarks(std::vector<ErrorMark> errors);
     QwtInterval valuesOn(int axis) const;

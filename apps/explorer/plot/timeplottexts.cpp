@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: MIT
-// The texts of a TimePlot: what is read at the pointer.
+// The texts of a TimePlot: the title of the time axis, and what is read at the pointer.
 #include "plotmarks.h"
 #include "timeplot.h"
 
 #include <SondixQt/errorvalue.h>
 
 #include <QLocale>
+#include <QSet>
 
 #include <qwt_plot_legenditem.h>
 #include <qwt_scale_map.h>
+#include <qwt_scale_widget.h>
+#include <qwt_text.h>
 
 #include <algorithm>
 #include <cmath>
@@ -35,6 +38,35 @@ QString TimePlot::valueText(int signal, double value) const
     const QString number = QLocale().toString(value, 'g', digits);
     const QString unit = unitOf(signal);
     return unit.isEmpty() ? number : number + QLatin1Char(' ') + unit;
+}
+
+/// The title of the time axis, with the texts of the marked error values as far as they fit.
+QString TimePlot::timeTitle() const
+{
+    const TimeFormat format = timeFormat();
+    QString title = format.isInFrames ? tr("Frame") : format.clockOffset ? tr("Time of day") : tr("Time in s");
+    QSet<int> keys;
+    for (const ErrorMark &mark : errorMarks())
+        keys.insert(mark.key);
+    QStringList texts;
+    for (const int key : qAsConst(keys))
+        texts << errorText(key);
+    texts.sort(); // else their order would change while they move through the window
+    texts.removeDuplicates();
+    const QFont font = axisTitle(QwtPlot::xBottom).font();
+    const int room = axisWidget(QwtPlot::xBottom)->width();
+    const QString more = QStringLiteral("\u2026");
+    const QString comma = QStringLiteral(" \u00b7 ");
+    QString separator = QStringLiteral("    \u25b2 ");
+    for (const QString &text : qAsConst(texts)) {
+        const QString longer = title + separator + text;
+        const QString drawn = text == texts.last() ? longer : longer + comma + more;
+        if (QwtText(drawn, QwtText::PlainText).textSize(font).width() > room)
+            return title + separator + more;
+        title = longer;
+        separator = comma;
+    }
+    return title;
 }
 
 QString TimePlot::noteAt(const QPoint &pixel) const
