@@ -313,10 +313,13 @@ void BenchSession::publish(Event event, double now, const Apply &apply)
     checkIsRunning();
     event["t"] = now;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    {
+    try {
         const ByteLock journal(m_locks, journalLock);
         readNew(apply);
         m_journal.append(event);
+    } catch (const std::system_error &) {
+        checkIsRunning(); // it may have been stopped since
+        throw;
     }
     apply(event);
 }

@@ -17,14 +17,13 @@ namespace {
 const char *const serialNumber = "1001";
 constexpr double rate = 1000.0;
 
-void loadFaultBench()
-{
-    sondixsim::loadBench(R"({ "clock": { "virtual": true }, "sensors": [
-        { "model": "TX270", "serialNumber": "1001", "place": { "interface": "RS232", "port": "COM3" }, "rate": 1000,
-          "signals": [ { "name": "Number", "range": [0, 1000000], "rawRange": [0, 1000000],
-                         "generator": { "kind": "counter", "modulo": 1000000 } } ],
-          "expect": [ { "setting": "SA_AveragingNumber", "value": 4 } ] } ] })");
-}
+const char *const faultBench = R"({ "clock": { "virtual": true }, "sensors": [
+    { "model": "TX270", "serialNumber": "1001", "place": { "interface": "RS232", "port": "COM3" }, "rate": 1000,
+      "signals": [ { "name": "Number", "range": [0, 1000000], "rawRange": [0, 1000000],
+                     "generator": { "kind": "counter", "modulo": 1000000 } } ],
+      "expect": [ { "setting": "SA_AveragingNumber", "value": 4 } ] } ] })";
+
+enum class BenchOf { Program, Session };
 
 /// How a step of an application ended.
 struct Step
@@ -190,6 +189,8 @@ QString wrongIn(const Experience &experience, const Experience &usual, const Fau
 
 } // namespace
 
+Q_DECLARE_METATYPE(BenchOf)
+
 /// Every function of the sensor-access library with every kind of fault, as an application of this library meets them.
 class TestEveryFault : public QObject
 {
@@ -198,10 +199,36 @@ class TestEveryFault : public QObject
 private:
     const QTemporaryDir m_folder;
 
+    void loadFaultBench(BenchOf owner = BenchOf::Program) const
+    {
+        if (owner == BenchOf::Program) {
+            sondixsim::loadBench(faultBench);
+            return;
+        }
+        for (const std::string &name : sondixsim::sessions())
+            sondixsim::stopSession(name);
+        sondixsim::startSession("faults", m_folder.filePath("bench.json").toStdString());
+        sondixsim::loadBenchFile("session:faults");
+    }
+
 private Q_SLOTS:
-    void initTestCase() { QLoggingCategory::setFilterRules("SondixQt.*=false"); }
-    void cleanupTestCase() { QLoggingCategory::setFilterRules({}); }
-    void cleanup() { sondixsim::clearFaults(); }
+    void initTestCase()
+    {
+        QLoggingCategory::setFilterRules("SondixQt.*=false");
+        qputenv("SONDIX_BENCH_SESSIONS", m_folder.filePath("sessions").toUtf8());
+        QFile bench(m_folder.filePath("bench.json"));
+        QVERIFY(bench.open(QIODevice::WriteOnly) && bench.write(faultBench) > 0);
+    }
+    void cleanupTestCase()
+    {
+        QLoggingCategory::setFilterRules({});
+        qunsetenv("SONDIX_BENCH_SESSIONS");
+    }
+    void cleanup()
+    {
+        sondixsim::clearFaults();
+        sondixsim::loadBuiltInBench(); // uses no session any more
+    }
 
     void theListsAreComplete();
     void theApplicationUsesEveryFunction();
@@ -245,34 +272,40 @@ void TestEveryFault::theApplicationUsesEveryFunction()
 void TestEveryFault::nothingIsLostOrInvented_data()
 {
     QTest::addColumn<QString>("function");
-    for (const QString &name : exportedFunctions(SONDIX_EXPORTS))
-        QTest::newRow(qPrintable(name)) << name;
+    QTest::addColumn<BenchOf>("owner");
+    for (const QString &name : exportedFunctions(SONDIX_EXPORTS)) {
+        QTest::newRow(qPrintable(name)) << name << BenchOf::Program;
+        QTest::newRow(qPrintable(name + " in a session")) << name << BenchOf::Session;
+    }
 }
 
 void TestEveryFault::nothingIsLostOrInvented()
 {
     QFETCH(QString, function);
-    loadFaultBench();
+    QFETCH(BenchOf, owner);
+    loadFaultBench(owner);
     const Experience usual = Application(m_folder.path()).run();
     const struct
     {
         int from;
         int times;
     } hits[] = {{1, 1}, {3, 1}, {1, -1}};
-    const HangReleaser releaser;
     QElapsedTimer time;
     for (const FaultKind &kind : faultKinds()) {
         for (const auto &hit : hits) {
             if (!canAffect(kind, function))
                 continue;
-            loadFaultBench();
+            loadFaultBench(owner);
             sondixsim::Fault fault = kind.fault;
             fault.function = function.toStdString();
             fault.from = hit.from;
             fault.times = hit.times;
             const int number = sondixsim::inject(fault);
             time.start();
-            const Experience experience = Application(m_folder.path()).run();
+            const Experience experience = [this] {
+                const HangReleaser releaser;
+                return Application(m_folder.path()).run();
+            }();
             const qint64 duration = time.elapsed();
             sondixsim::removeFault(number);
             const QString row =
@@ -301,9 +334,10 @@ void TestEveryFault::absurdCountsDoNoHarm_data()
 void TestEveryFault::absurdCountsDoNoHarm()
 {
     QFETCH(QString, function);
+    QFETCH(BenchOf, owner);
     for (const std::int32_t count :
          {std::numeric_limits<std::int32_t>::min(), -1, 0, 1, 65, std::numeric_limits<std::int32_t>::max()}) {
-        loadFaultBench();
+        loadFaultBench(owner);
         sondixsim::Fault fault;
         fault.function = function.toStdString();
         fault.count = count;

@@ -7,6 +7,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <stdexcept>
+#include <thread>
+
 /// What a program does to the bench of a session reaches those that come later.
 class TestSimSession : public QObject
 {
@@ -64,6 +67,31 @@ private Q_SLOTS:
         sondixsim::loadBuiltInBench();
         sondixsim::stopSession("writing");
         qunsetenv("SONDIX_BENCH_SESSIONS");
+    }
+
+    void whatIsDoneWhileASessionIsStoppedIsRefusedWithThatReason()
+    {
+        const QTemporaryDir sessions;
+        qputenv("SONDIX_BENCH_SESSIONS", sessions.path().toUtf8());
+        QStringList reasons;
+        for (int round = 0; round < 100; ++round) {
+            sondixsim::startSession("stopped");
+            sondixsim::loadBenchFile("session:stopped");
+            std::thread other([&reasons] {
+                try {
+                    for (;;)
+                        sondixsim::releaseHangs();
+                } catch (const std::runtime_error &error) {
+                    reasons << QString::fromUtf8(error.what());
+                }
+            });
+            sondixsim::stopSession("stopped");
+            other.join();
+        }
+        sondixsim::loadBuiltInBench();
+        qunsetenv("SONDIX_BENCH_SESSIONS");
+        reasons.removeDuplicates();
+        QCOMPARE(reasons, QStringList("the bench session \"stopped\" was stopped"));
     }
 };
 
