@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <chrono>
 #include <limits>
 #include <thread>
 #include <vector>
@@ -87,7 +88,7 @@ public:
         : m_thread([this] {
             while (!m_isDone) {
                 sondixsim::releaseHangs();
-                std::this_thread::yield();
+                std::this_thread::sleep_for(std::chrono::milliseconds(1)); // a session writes down each release
             }
         })
     {
