@@ -4,6 +4,7 @@
 
 #include "explorer/application/extensions.h"
 #include "explorer/extras/recordingwidget.h"
+#include "explorer/extras/webtunnel.h"
 #include "explorer/plot/exportbar.h"
 #include "explorer/plot/plotview.h"
 #include "explorer/plot/timeplot.h"
@@ -96,6 +97,7 @@ private Q_SLOTS:
     void aViewEndsBeforeItsDisk();
     void aClosedPageFinishesItsExport();
     void aClosedRecordingFinishesItsExport();
+    void theWindowWaitsForItsFiles_data();
     void theWindowWaitsForItsFiles();
     void theWindowWaitsForItsRecordings();
     void theFolderOfARecordingMayHang();
@@ -291,11 +293,30 @@ void SlowDiskTest::aClosedRecordingFinishesItsExport()
     QVERIFY(QFile::exists(path("all.csv")));
 }
 
+void SlowDiskTest::theWindowWaitsForItsFiles_data()
+{
+    QTest::addColumn<bool>("hangs");
+    QTest::newRow("alone") << false;
+    QTest::newRow("beside a web interface that hangs") << true;
+}
+
 void SlowDiskTest::theWindowWaitsForItsFiles()
 {
+    QFETCH(bool, hangs);
+    auto *const extensions = new Extensions(**m_window);
     SessionView *const view = m_window->openFirst();
     QVERIFY(view);
     QTRY_VERIFY(!view->parameters()->isBusy());
+    if (hangs) {
+        WebTunnel *const web = extensions->web(view);
+        web->setBrowser([](const QUrl &) { return true; });
+        web->action()->trigger();
+        QTRY_COMPARE(web->state(), WebTunnel::Open);
+        sondixsim::Fault fault;
+        fault.function = "CloseSensor";
+        fault.hang = true;
+        sondixsim::inject(fault);
+    }
     HangingDisk disk;
     QVERIFY((*m_window)->parameterPanel()->saveTo(path("settings.json")));
     QVERIFY(eventsRunBeside(disk));
@@ -306,6 +327,7 @@ void SlowDiskTest::theWindowWaitsForItsFiles()
     disk.release();
     QTRY_VERIFY(QFile::exists(path("settings.json")));
     QTRY_VERIFY(!waitingBox());
+    sondixsim::clearFaults(); // and ends the hanging call
 }
 
 void SlowDiskTest::theWindowWaitsForItsRecordings()

@@ -520,10 +520,11 @@ void MainWindow::closeEvent(QCloseEvent *event)
         QApplication::quit();
     };
     connect(waiting, &QTimer::timeout, this, [this, end] {
-        if (!isBusy())
+        if (!(m_isWaitingForFilesOnly ? isWriting() : isBusy()))
             end();
     });
     connect(limit, &QTimer::timeout, this, [this, limit, end] {
+        m_isWaitingForFilesOnly = true;
         if (!isWriting())
             end();
         else if (endClosingPages())

@@ -152,7 +152,8 @@ private:
     QVector<QPointer<SessionView>> m_closing;
     bool m_isFirstStart = false;
     bool m_isQuitting = false;
-    QPointer<QMessageBox> m_waitingBox; // while files are written on quitting
+    bool m_isWaitingForFilesOnly = false; // not for sensors any more
+    QPointer<QMessageBox> m_waitingBox;   // while files are written on quitting
 };
 
 } // namespace Explorer
