@@ -200,14 +200,14 @@ void Monkey::note(const QString &action)
 
 void Monkey::step()
 {
-    ++m_heartbeat;
-    if (!m_window->isVisible()) { // it is closing
+    if (!m_window->isVisible()) { // it is closing, which is no sign of life
         if (m_depth > 0)
             endNesting();
         scheduleStep(10);
         restartMeasuring();
         return;
     }
+    ++m_heartbeat;
     measure();
     if (m_depth == 0)
         m_recordings.compareFinished([this] { ++m_heartbeat; });

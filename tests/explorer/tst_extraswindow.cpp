@@ -38,6 +38,8 @@ private Q_SLOTS:
     void showsVideoBesideThePlot();
     void settingsFollowWhatTheVideoViewSwitches();
     void opensTheWebInterface();
+    void whatBeginsOnAClosedPageIsEnded_data();
+    void whatBeginsOnAClosedPageIsEnded();
     void hasTheMenuOfTheBench();
 
 private:
@@ -149,6 +151,35 @@ void ExtrasWindowTest::opensTheWebInterface()
     QTRY_COMPARE(view->session()->state(), SensorReader::Reading);
     open(secondAddress());
     QVERIFY(!m_window->action("menuWebAction")->isEnabled());
+}
+
+void ExtrasWindowTest::whatBeginsOnAClosedPageIsEnded_data()
+{
+    QTest::addColumn<bool>("isWeb");
+    QTest::newRow("recording") << false;
+    QTest::newRow("web interface") << true;
+}
+
+/// Such as by an action that was triggered before the page was closed.
+void ExtrasWindowTest::whatBeginsOnAClosedPageIsEnded()
+{
+    QFETCH(bool, isWeb);
+    const QPointer<SessionView> view = open(firstAddress());
+    QVERIFY(view);
+    RecordingControl &recording = m_extensions->recording(view)->control();
+    WebTunnel *const web = m_extensions->web(view);
+    web->setBrowser([](const QUrl &) { return true; });
+    bool hasBegun = false;
+    (*m_window)->closePage(view);
+    connect(view->session(), &SensorSession::closed, this, [&] { // the page has begun to end
+        if (isWeb)
+            web->action()->trigger();
+        else
+            recording.start(m_window->folder() + "/late.csv", nullptr);
+        hasBegun = isWeb ? web->state() != WebTunnel::Closed : recording.isRecording();
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(!view, 10000);
+    QVERIFY(hasBegun);
 }
 
 void ExtrasWindowTest::hasTheMenuOfTheBench()

@@ -305,8 +305,14 @@ bool SessionView::end()
     constexpr int checkInterval = 10;
     auto *checks = new QTimer(this);
     connect(checks, &QTimer::timeout, this, [this, checks] {
-        if (std::any_of(m_endings.cbegin(), m_endings.cend(),
-                        [](const Ending &ending) { return ending.isBusy(); }))
+        bool isBusy = false;
+        for (const Ending &ending : qAsConst(m_endings)) {
+            if (!ending.isBusy())
+                continue;
+            ending.begin(); // it may have been started after the page was closed
+            isBusy = true;
+        }
+        if (isBusy)
             return;
         checks->stop();
         Q_EMIT ended();

@@ -48,7 +48,7 @@ public:
     /// Adds a widget to the line below the plot. The page owns it.
     void addStatusWidget(QWidget *widget);
     /// Adds a part that needs time to end, such as a recording. When the page was closed and nothing more arrives, \a begin
-    /// is called; the page is destroyed as soon as \a isBusy returns false.
+    /// is called, and again as long as \a isBusy returns true; the page is destroyed when no part is busy any more.
     void addEnding(const std::function<void()> &begin, const std::function<bool()> &isBusy);
     /// Ends what was added by addEnding(). ended() follows. False, and nothing happens, if it was called before.
     bool end();
