@@ -62,7 +62,7 @@ public:
         process.setWorkingDirectory(m_dir.path());
         process.start(QStringLiteral(SONDIXQT_TOOL), arguments);
         if (!process.waitForStarted())
-            qFatal("cannot start %s", SONDIXQT_TOOL);
+            qFatal("cannot start %s: %s", SONDIXQT_TOOL, qPrintable(process.errorString()));
     }
 
     static ToolResult finish(QProcess &process)
