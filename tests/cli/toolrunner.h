@@ -61,6 +61,11 @@ public:
         process.setProcessEnvironment(m_environment);
         process.setWorkingDirectory(m_dir.path());
         process.start(QStringLiteral(SONDIXQT_TOOL), arguments);
+#ifdef Q_OS_WIN
+        // Wine sometimes fails to start a program, with an internal error after five seconds.
+        if (!process.waitForStarted() && process.error() == QProcess::FailedToStart)
+            process.start(QStringLiteral(SONDIXQT_TOOL), arguments);
+#endif
         if (!process.waitForStarted())
             qFatal("cannot start %s: %s", SONDIXQT_TOOL, qPrintable(process.errorString()));
     }
