@@ -13,8 +13,10 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QDockWidget>
+#include <QHeaderView>
 #include <QLabel>
 #include <QTranslator>
+#include <QTreeView>
 
 using namespace Explorer;
 using namespace SondixQt;
@@ -117,6 +119,12 @@ QStringList ExtrasPicturesTest::cutTexts(QWidget &window)
                        .arg(widget->metaObject()->className(), QString::number(widget->width()),
                             QString::number(widget->height()), widget->parentWidget()->objectName(), text);
     }
+    // Its last text ends in an ellipsis only if its column ends where the table does.
+    const auto *settings = window.findChild<QTreeView *>("parameterView");
+    if (settings->isVisible() && settings->header()->length() > settings->viewport()->width())
+        cut += QString("columns of the settings: %1 in %2")
+                   .arg(settings->header()->length())
+                   .arg(settings->viewport()->width());
     return cut;
 }
 

@@ -96,6 +96,8 @@ public:
         header()->setMinimumSectionSize(6 * character);
         header()->resizeSection(ParameterModel::NameColumn, name);
         header()->resizeSection(ParameterModel::ValueColumn, value);
+        // The stretched section would not become narrower than the default.
+        header()->resizeSection(ParameterModel::NoteColumn, std::max(note, width - name - value));
     }
 
     void dataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight,
