@@ -2,13 +2,13 @@
 #include "explorerbench.h"
 
 #include "explorer/extras/videoview.h"
+#include "explorer/plot/baseplot.h"
 #include "explorer/sensor/sensorsession.h"
 #include "support/scripting.h"
 
 #include <QAction>
 #include <QCheckBox>
 
-#include <qwt_plot.h>
 #include <qwt_plot_curve.h>
 #include <qwt_plot_marker.h>
 #include <qwt_plot_zoneitem.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "videoview.h"
 
+#include "explorer/plot/baseplot.h"
 #include "explorer/plot/flowlayout.h"
-#include "explorer/plot/numberscale.h"
 #include "explorer/plot/signalcolours.h"
 
 #include <QAction>
@@ -13,8 +13,6 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
-#include <qwt_plot.h>
-#include <qwt_plot_canvas.h>
 #include <qwt_plot_curve.h>
 #include <qwt_plot_grid.h>
 #include <qwt_plot_marker.h>
@@ -52,7 +50,7 @@ VideoView::VideoView(SensorReader &reader, QWidget *parent)
     , m_mode(new QCheckBox(tr("Video mode"), this))
     , m_bar(new QWidget(this))
     , m_message(new QLabel(this))
-    , m_plot(new QwtPlot(this))
+    , m_plot(new BasePlot(this))
     , m_grid(std::make_unique<QwtPlotGrid>())
     , m_threshold(std::make_unique<QwtPlotMarker>())
     , m_region(std::make_unique<QwtPlotZoneItem>())
@@ -81,20 +79,10 @@ VideoView::VideoView(SensorReader &reader, QWidget *parent)
 
     setAccessibleName(tr("Video line"));
     m_plot->setAccessibleName(tr("Video line"));
-    m_plot->setAutoDelete(false);
     // Axes and titles keep their room with large fonts.
     m_plot->setMinimumSize(fontMetrics().averageCharWidth() * 26, fontMetrics().height() * 10);
-    const auto nameAxis = [this](int axis, const QString &text) {
-        QwtText title(text);
-        title.setFont(font());
-        m_plot->setAxisTitle(axis, title);
-        m_plot->setAxisFont(axis, font());
-        m_plot->setAxisScaleDraw(axis, new NumberScaleDraw);
-    };
-    nameAxis(QwtPlot::xBottom, tr("Pixel"));
-    nameAxis(QwtPlot::yLeft, tr("Intensity"));
-    if (auto *canvas = qobject_cast<QwtPlotCanvas *>(m_plot->canvas()))
-        canvas->setFrameStyle(QFrame::NoFrame);
+    m_plot->setTitleOf(QwtPlot::xBottom, tr("Pixel"));
+    m_plot->setTitleOf(QwtPlot::yLeft, tr("Intensity"));
     m_threshold->setLineStyle(QwtPlotMarker::HLine);
     m_threshold->setLabelAlignment(Qt::AlignRight | Qt::AlignTop);
     m_region->setOrientation(Qt::Vertical);

@@ -14,15 +14,15 @@
 
 class QAction;
 class QCheckBox;
-
 class QLabel;
-class QwtPlot;
 class QwtPlotCurve;
 class QwtPlotGrid;
 class QwtPlotMarker;
 class QwtPlotZoneItem;
 
 namespace Explorer {
+
+class BasePlot;
 
 /// The video line of a sensor, live: what its receiving element sees, pixel by pixel, with threshold and region of
 /// interest of the models that report them.
@@ -47,7 +47,7 @@ public:
     QString message() const;
     /// The least height: in a scroll area the view becomes no higher than its part of the window without need.
     int heightForWidth(int width) const override;
-    QwtPlot *plot() const { return m_plot; }
+    BasePlot *plot() const { return m_plot; }
 
 Q_SIGNALS:
     /// The user has switched the video mode or a signal here: these are settings of the sensor.
@@ -83,7 +83,7 @@ private:
     QWidget *m_bar;
     QLabel *m_message;
     QVector<QCheckBox *> m_signals;
-    QwtPlot *m_plot;
+    BasePlot *m_plot;
     std::unique_ptr<QwtPlotGrid> m_grid;
     std::unique_ptr<QwtPlotMarker> m_threshold;
     std::unique_ptr<QwtPlotZoneItem> m_region;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "curvesplot.h"
 
-#include "numberscale.h"
-#include "plotlayout.h"
 #include "signalcolours.h"
 
 #include <QComboBox>
@@ -11,12 +9,9 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
-#include <qwt_plot.h>
-#include <qwt_plot_canvas.h>
 #include <qwt_plot_curve.h>
 #include <qwt_plot_grid.h>
 #include <qwt_scale_engine.h>
-#include <qwt_scale_widget.h>
 
 #include <algorithm>
 
@@ -26,7 +21,7 @@ CurvesPlot::CurvesPlot(Shape shape, const QString &name, QWidget *parent)
     : QWidget(parent)
     , m_shape(shape)
     , m_choice(new QComboBox)
-    , m_plot(new QwtPlot)
+    , m_plot(new BasePlot)
     , m_note(new QLabel)
     , m_grid(std::make_unique<QwtPlotGrid>())
 {
@@ -36,22 +31,15 @@ CurvesPlot::CurvesPlot(Shape shape, const QString &name, QWidget *parent)
     constexpr int leastCharacters = 6; // longer names are complete in the list
     m_choice->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_choice->setMinimumWidth(leastCharacters * fontMetrics().averageCharWidth());
-    m_plot->setAutoDelete(false);
     m_plot->setAccessibleName(name);
-    qobject_cast<QwtPlotCanvas *>(m_plot->canvas())->setFrameStyle(QFrame::NoFrame);
-    alignCanvas(*m_plot);
-    m_plot->setMinimumSize(120, 7 * fontMetrics().height()); // the labels of the axes do not overlap
-    constexpr int mostLabels = 4;                            // more overlap in a low plot
-    m_plot->setAxisMaxMajor(QwtPlot::yLeft, mostLabels);
-    for (const int axis : {int(QwtPlot::xBottom), int(QwtPlot::yLeft)}) {
-        m_plot->axisWidget(axis)->setMargin(0);
-        m_plot->setAxisFont(axis, font());
-        m_plot->setAxisScaleDraw(axis, new NumberScaleDraw);
-    }
+    m_plot->setMinimumSize(120, 7 * fontMetrics().height());
+    // The axis ends where the curves do, and not at the next label.
+    m_plot->axisScaleEngine(QwtPlot::xBottom)->setAttribute(QwtScaleEngine::Floating);
     if (shape == Amplitudes)
         m_plot->setAxisScaleEngine(QwtPlot::yLeft, new QwtLogScaleEngine);
-    else
-        m_plot->axisScaleEngine(QwtPlot::yLeft)->setAttribute(QwtScaleEngine::IncludeReference);
+    // Counts and frequencies begin at 0.
+    m_plot->axisScaleEngine(shape == Amplitudes ? QwtPlot::xBottom : QwtPlot::yLeft)
+        ->setAttribute(QwtScaleEngine::IncludeReference);
     m_grid->attach(m_plot);
     m_note->setWordWrap(true);
 
@@ -131,12 +119,8 @@ void CurvesPlot::setCurves(const QVector<Curve> &curves)
 
 void CurvesPlot::setAxisTitles(const QString &horizontal, const QString &vertical)
 {
-    for (const auto &[axis, text] :
-         {std::pair(int(QwtPlot::xBottom), horizontal), std::pair(int(QwtPlot::yLeft), vertical)}) {
-        QwtText title(text);
-        title.setFont(font());
-        m_plot->setAxisTitle(axis, title);
-    }
+    m_plot->setTitleOf(QwtPlot::xBottom, horizontal);
+    m_plot->setTitleOf(QwtPlot::yLeft, vertical);
 }
 
 void CurvesPlot::setNote(const QString &note)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "baseplot.h"
+
 #include <QColor>
 #include <QVector>
 #include <QWidget>
@@ -10,7 +12,6 @@
 
 class QComboBox;
 class QLabel;
-class QwtPlot;
 class QwtPlotCurve;
 class QwtPlotGrid;
 
@@ -43,7 +44,7 @@ public:
     /// A remark under the plot, or the reason why there is no curve.
     void setNote(const QString &note);
     QString note() const;
-    QwtPlot *plot() const { return m_plot; }
+    BasePlot *plot() const { return m_plot; }
 
 Q_SIGNALS:
     void chosenChanged();
@@ -56,7 +57,7 @@ private:
 
     Shape m_shape;
     QComboBox *m_choice;
-    QwtPlot *m_plot;
+    BasePlot *m_plot;
     QLabel *m_note;
     std::unique_ptr<QwtPlotGrid> m_grid;
     std::vector<std::unique_ptr<QwtPlotCurve>> m_curves;

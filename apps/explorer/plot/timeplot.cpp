@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "timeplot.h"
 
-#include "numberscale.h"
-#include "plotlayout.h"
 #include "plotmarks.h"
 #include "signalcolours.h"
 
@@ -52,7 +50,7 @@ double sizeOf(const SignalInfo &info)
 } // namespace
 
 TimePlot::TimePlot(QWidget *parent)
-    : QwtPlot(parent)
+    : BasePlot(parent)
     , m_valueRanges(QwtPlot::axisCnt)
     , m_grid(std::make_unique<QwtPlotGrid>())
     , m_gaps(std::make_unique<GapItem>())
@@ -62,24 +60,10 @@ TimePlot::TimePlot(QWidget *parent)
 {
     setObjectName(QStringLiteral("timePlot"));
     setAccessibleName(tr("Measured values over time"));
-    setAutoReplot(false);
-    setAutoDelete(false);                                          // the items are members
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding); // may be smaller than the size hint
-    auto *area = qobject_cast<QwtPlotCanvas *>(canvas());
-    area->setFrameStyle(QFrame::NoFrame);
-    area->setAccessibleName(tr("Plot"));
-    alignCanvas(*this);
+    canvas()->setAccessibleName(tr("Plot"));
     setAxisScaleEngine(QwtPlot::xBottom, m_timeEngine);
     setAxisScaleDraw(QwtPlot::xBottom, m_timeDraw);
-    for (const int axis : valueAxes)
-        setAxisScaleDraw(axis, new NumberScaleDraw);
-    for (const int axis : {int(QwtPlot::xBottom), int(QwtPlot::yLeft), int(QwtPlot::yRight)}) {
-        axisWidget(axis)->setMargin(0);
-        QwtText title;
-        title.setFont(font());
-        setAxisTitle(axis, title);
-        setAxisFont(axis, font());
-    }
     constexpr int edge = 4;
     setContentsMargins(edge, edge, edge, 0);
     m_grid->enableXMin(false);

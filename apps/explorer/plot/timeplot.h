@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "baseplot.h"
 #include "historycurve.h"
 #include "timescale.h"
 #include "timewindow.h"
@@ -8,7 +9,6 @@
 #include <explorer/history/signalhistory.h>
 
 #include <qwt_interval.h>
-#include <qwt_plot.h>
 
 #include <functional>
 #include <memory>
@@ -27,7 +27,7 @@ class GapItem;
 ///
 /// Signals of the same unit have the same axis. With more than two units, those of the shown signals come first, and the
 /// signals of a further unit have the axis whose signals have the most similar range; its title names all units.
-class TimePlot : public QwtPlot
+class TimePlot : public BasePlot
 {
     Q_OBJECT
 public:

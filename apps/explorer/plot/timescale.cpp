@@ -106,6 +106,9 @@ QwtScaleDiv TimeScaleEngine::divideScale(double x1, double x2, int maxMajorSteps
             if (tick >= x1 && tick <= x2)
                 (part == 0 ? major : minor).append(tick);
         }
+    // Two labels, one at each end, can need more room than there is.
+    if (maxMajorSteps <= 1 && major.size() > 1)
+        major = {major.first()};
     return QwtScaleDiv(x1, x2, minor, {}, major);
 }
 
