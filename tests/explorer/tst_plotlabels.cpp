@@ -70,6 +70,7 @@ int labelsOn(const QwtPlot &plot, int axis)
 /// Shows \a window of \a plot at every size.
 void checkAtEverySize(TimePlot &plot, const TimeWindow &window)
 {
+    plot.show(); // the layout of hidden widgets is not that of their size
     for (const int width : sizes) {
         plot.resize(width, 200);
         plot.setWindow(window);
@@ -125,6 +126,7 @@ void TestPlotLabels::aWideAxisHasManyLabels()
     history.append(blockOf(randomValues(20000, 0.0, 3), 0, 50.0));
     TimePlot plot;
     plot.setHistory(&history);
+    plot.show();
     plot.resize(900, 400);
     plot.setWindow({0.0, 20.0});
     plot.load();
@@ -166,6 +168,7 @@ void TestPlotLabels::smallPlotsDoNotOverlap()
 void TestPlotLabels::theAxisOfASpectrumEndsWithIt()
 {
     CurvesPlot plot(CurvesPlot::Amplitudes, "Name");
+    plot.show();
     plot.resize(300, 250);
     plot.setCurves({{Qt::blue, {{0.15, 1.0}, {1300.0, 2.0}, {2430.0, 0.1}}}});
     QCOMPARE(plot.plot()->axisScaleDiv(QwtPlot::xBottom).lowerBound(), 0.0);
@@ -176,6 +179,7 @@ void TestPlotLabels::theAxisOfASpectrumEndsWithIt()
 void TestPlotLabels::labelsAtTheEndsHaveRoom()
 {
     BasePlot plot;
+    plot.show();
     plot.resize(400, 300);
     plot.setAxisScale(QwtPlot::yLeft, 0.0, 1000.0);
     plot.replot();
