@@ -46,11 +46,11 @@ MadeBench::Bench madeOf(const QByteArray &input, const QString &path)
 /// The scaled values of a sensor, whole frames; empty if some are not known or if there are many.
 std::vector<double> valuesOf(const MadeBench::Sensor &sensor)
 {
-    constexpr std::size_t most = 10000;
+    constexpr std::size_t maxValues = 10000;
     std::vector<double> values;
     const std::size_t perFrame = sensor.frame.size();
     for (const MadeBench::Values &block : sensor.values) {
-        if (block.scaled.empty() || block.raw.size() > block.scaled.size() || values.size() > most)
+        if (block.scaled.empty() || block.raw.size() > block.scaled.size() || values.size() > maxValues)
             return {};
         values.insert(values.end(), block.scaled.begin(),
                       block.scaled.end() - static_cast<std::ptrdiff_t>(block.scaled.size() % perFrame));

@@ -356,9 +356,9 @@ private:
             const auto found = values.find(name);
             return found != values.end() && found->second.is_number() ? found->second.get<double>() : 0.0;
         };
-        constexpr double mostSignals = 4096.0;
+        constexpr double maxSignals = 4096.0;
         const double count = number("IA_ValuesPerFrame");
-        instance.perFrame = count >= 1.0 && count <= mostSignals ? static_cast<std::size_t>(count) : 0;
+        instance.perFrame = count >= 1.0 && count <= maxSignals ? static_cast<std::size_t>(count) : 0;
         if (!sensor.frame.empty())
             return;
         sensor.rate = number("IA_Datarate");

@@ -130,8 +130,8 @@ const ObjectRules &expectationRules()
         {"setting",   optional, word(),                                "Setting whose value at the end is compared"},
         {"value",     optional, value(),                               "Its value", nullptr, "setting"},
         {"exactly",   optional, whole(0),                              "The expected number of calls or frames"},
-        {"atLeast",   optional, whole(0),                              "The least expected number of calls or frames"},
-        {"atMost",    optional, whole(0),                              "The greatest expected number of calls or frames"},
+        {"atLeast",   optional, whole(0),                              "The minimum expected number of calls or frames"},
+        {"atMost",    optional, whole(0),                              "The maximum expected number of calls or frames"},
     }, nullptr, {}, {{call, "frames", "setting"}, {"value", "exactly", "atLeast atMost"}}};
     // clang-format on
     return rules;
@@ -156,9 +156,9 @@ std::string SpecExpectation::expected() const
         return toText(value);
     if (minimum == maximum)
         return "exactly " + std::to_string(*minimum);
-    const std::string least = minimum ? "at least " + std::to_string(*minimum) : std::string();
-    const std::string most = maximum ? "at most " + std::to_string(*maximum) : std::string();
-    return least + (minimum && maximum ? " and " : "") + most;
+    const std::string lower = minimum ? "at least " + std::to_string(*minimum) : std::string();
+    const std::string upper = maximum ? "at most " + std::to_string(*maximum) : std::string();
+    return lower + (minimum && maximum ? " and " : "") + upper;
 }
 
 bool SpecExpectation::isMetBy(std::int64_t count) const

@@ -129,8 +129,8 @@ const ObjectRules &rateRules()
         {"averageNumber", optional, plainText(),           "Setting with this n"},
         {"hertz",         optional, number(0.0),           "With the unit \"fixed\": the rate"},
         {"factor",        optional, number(0.0),           "\"periods\": seconds for each unit of the setting; \"Hz\": divides (1)"},
-        {"least",         optional, number(0.0),           "Lowest rate in Hz (0.001)"},
-        {"greatest",      optional, number(0.0),           "Highest rate in Hz (1000000)"},
+        {"minimum",       optional, number(0.0),           "Lowest rate in Hz (0.001)"},
+        {"maximum",       optional, number(0.0),           "Highest rate in Hz (1000000)"},
         {"kHz",           optional, arrayOf(number(0.0)),  "With the unit \"index\": the rate at each value of the setting"},
     }};
     // clang-format on
@@ -153,8 +153,8 @@ FrameRate readFrameRate(const Node &node)
     reader.read("averageNumber", rate.averageNumber);
     reader.read("hertz", rate.hertz);
     reader.read("factor", rate.factor);
-    reader.read("least", rate.minimum);
-    reader.read("greatest", rate.maximum);
+    reader.read("minimum", rate.minimum);
+    reader.read("maximum", rate.maximum);
     if (const Node *table = reader.optional("kHz")) {
         for (const Node &entry : readArray(*table, "\"kHz\""))
             rate.table.push_back(readNumber(entry, "\"kHz\"", 0.0));

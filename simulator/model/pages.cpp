@@ -111,8 +111,8 @@ std::string Pages::settings() const
         entry["default"] = jsonOf(*m_settings.defaults().find(setting.name));
         const auto limits = m_spec.limits.find(setting.name);
         if (limits != m_spec.limits.end()) {
-            entry["least"] = limits->second.first;
-            entry["greatest"] = limits->second.second;
+            entry["minimum"] = limits->second.first;
+            entry["maximum"] = limits->second.second;
         }
         json["settings"].push_back(std::move(entry));
     }

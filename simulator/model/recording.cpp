@@ -116,14 +116,14 @@ std::shared_ptr<const Recording> Recording::parse(const std::string &content, co
     return recording;
 }
 
-Recording::Run Recording::runFrom(std::uint64_t number, std::uint64_t most) const
+Recording::Run Recording::runFrom(std::uint64_t number, std::uint64_t maxCount) const
 {
     const std::uint64_t position = number % m_parts.back().end;
     const Part &part = partOf(position);
     if (position < part.end)
-        return {std::min(most, part.end - position), false};
+        return {std::min(maxCount, part.end - position), false};
     const Part &following = *(&part + 1); // the last part reaches to the end
-    return {std::min(most, following.first - position), true};
+    return {std::min(maxCount, following.first - position), true};
 }
 
 std::uint64_t Recording::presentFrames(std::uint64_t number, std::uint64_t frames) const

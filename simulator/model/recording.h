@@ -26,7 +26,7 @@ public:
         std::uint64_t frames = 0;
         bool isMissing = false;
     };
-    Run runFrom(std::uint64_t number, std::uint64_t most) const;
+    Run runFrom(std::uint64_t number, std::uint64_t maxCount) const;
 
     /// How many of \a frames frames from \a number on are there.
     std::uint64_t presentFrames(std::uint64_t number, std::uint64_t frames) const;

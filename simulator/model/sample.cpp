@@ -22,8 +22,8 @@ double meanOf(const Generator &generator, double time, std::uint64_t frame, std:
     if (generator.kind == Generator::Kind::Counter || generator.kind == Generator::Kind::Recorded)
         return value; // one value per frame, whatever it is the mean of
     // A frame needs the same time whatever the number is: many measurements are represented by some of them.
-    constexpr std::int32_t most = 64;
-    const std::int32_t count = std::min(averaging.number, most);
+    constexpr std::int32_t maxNumber = 64;
+    const std::int32_t count = std::min(averaging.number, maxNumber);
     const double step = averaging.period * (averaging.number - 1) / (count - 1);
     double sum = value;
     for (std::int32_t i = 1; i < count; ++i)

@@ -19,10 +19,10 @@ FrameCounts sum(const FrameCounts &a, const FrameCounts &b)
 /// Each byte carries six bits of a raw value; no model sends less than three for a value.
 int bytesOf(const Signal &signal)
 {
-    constexpr int least = 3;
-    constexpr int most = 6;
-    int bytes = least;
-    while (bytes < most && signal.rawMax - signal.rawMin >= std::ldexp(1.0, 6 * bytes))
+    constexpr int minBytes = 3;
+    constexpr int maxBytes = 6;
+    int bytes = minBytes;
+    while (bytes < maxBytes && signal.rawMax - signal.rawMin >= std::ldexp(1.0, 6 * bytes))
         ++bytes;
     return bytes;
 }
@@ -553,12 +553,12 @@ const Recording *Sampler::recording() const
 
 Averaging Sampler::averaging() const
 {
-    constexpr double most = 1.0e9;
+    constexpr double maxMeasurements = 1.0e9;
     const FrameRate *const rule = rateRule();
     const double rate = frameRate();
     if (rate <= 0.0)
         return {m_settings.averagedMeasurements(), 0.0};
-    const double perFrame = std::min(rule->measurementsPerFrame(m_settings.all()), most);
+    const double perFrame = std::min(rule->measurementsPerFrame(m_settings.all()), maxMeasurements);
     if (perFrame > 1.0) // they follow each other faster than the frames do
         return {static_cast<std::int32_t>(perFrame), 1.0 / (rate * perFrame)};
     return {m_settings.averagedMeasurements(), 1.0 / rate};

@@ -176,9 +176,9 @@ std::int64_t Timeline::skip(Entry entry, double time, std::int64_t remaining)
 {
     const Planned planned = entry->second;
     const TimelineEvent &event = m_events[planned.event];
-    constexpr double most = 1.0e15;
+    constexpr double maxRepetitions = 1.0e15;
     const double length = event.within + event.duration.value_or(0.0);
-    const double ended = std::floor(std::min((time - length - planned.start) / event.every, most));
+    const double ended = std::floor(std::min((time - length - planned.start) / event.every, maxRepetitions));
     const auto last = static_cast<std::int64_t>(ended) - remaining;
     if (!(ended > 0.0) || last <= planned.repetition || (event.times != 0 && last >= event.times))
         return 0;
@@ -202,7 +202,7 @@ std::vector<Timeline::Skipped> Timeline::skipTo(double time)
     return skipped;
 }
 
-std::int64_t Timeline::skipTo(double time, TimelineEvent::Kind kind, std::int64_t remaining, double least)
+std::int64_t Timeline::skipTo(double time, TimelineEvent::Kind kind, std::int64_t remaining, double minDistance)
 {
     const auto isOfKind = [&](const auto &planned) { return m_events[planned.second.event].kind == kind; };
     const auto entry = std::find_if(m_planned.begin(), m_planned.end(), isOfKind);
@@ -210,7 +210,7 @@ std::int64_t Timeline::skipTo(double time, TimelineEvent::Kind kind, std::int64_
     if (entry == m_planned.end() || std::count_if(m_planned.begin(), m_planned.end(), isOfKind) != 1)
         return 0;
     const TimelineEvent &event = m_events[entry->second.event];
-    return event.every - event.within > least ? skip(entry, time, remaining) : 0;
+    return event.every - event.within > minDistance ? skip(entry, time, remaining) : 0;
 }
 
 } // namespace sondixsim::model

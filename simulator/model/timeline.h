@@ -64,9 +64,9 @@ public:
     /// Leaves out repetitions that have ended at \a time, but for each event the last ones.
     std::vector<Skipped> skipTo(double time);
     /// Leaves out the repetitions of events of \a kind before \a time, except the last \a remaining. Leaves out none if
-    /// there are several such events, or if two repetitions can be less than \a least seconds apart. Returns how many
+    /// there are several such events, or if two repetitions can be less than \a minDistance seconds apart. Returns how many
     /// were left out.
-    std::int64_t skipTo(double time, TimelineEvent::Kind kind, std::int64_t remaining, double least);
+    std::int64_t skipTo(double time, TimelineEvent::Kind kind, std::int64_t remaining, double minDistance);
 
 private:
     struct Planned

@@ -39,9 +39,9 @@ async function send(command) {
 }
 
 function fill(field, setting) {
-    if ('least' in setting && field.type === 'number') {
-        field.min = setting.least;
-        field.max = setting.greatest;
+    if ('minimum' in setting && field.type === 'number') {
+        field.min = setting.minimum;
+        field.max = setting.maximum;
     }
     if (!edited.has(field.id))
         field.value = setting.value;

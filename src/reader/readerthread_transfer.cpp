@@ -171,9 +171,9 @@ bool ReaderThread::isSilent(ReaderError &error)
         return false;
     // A process that was stopped has not looked: no single pause is long enough to be a silence.
     using Milliseconds = std::chrono::milliseconds;
-    const Milliseconds mostOfAPause = *task.reconnect->silence / 2; // may be too long for the unit of the clock
-    if (std::chrono::duration_cast<Milliseconds>(pause) > mostOfAPause)
-        lastFrame = std::min(lastFrame + (pause - mostOfAPause), now);
+    const Milliseconds maxPause = *task.reconnect->silence / 2; // may be too long for the unit of the clock
+    if (std::chrono::duration_cast<Milliseconds>(pause) > maxPause)
+        lastFrame = std::min(lastFrame + (pause - maxPause), now);
     if (std::chrono::duration_cast<Milliseconds>(now - lastFrame) <= *task.reconnect->silence)
         return false;
     error = {SilenceError, QStringLiteral("the sensor has sent no values for %1 s")

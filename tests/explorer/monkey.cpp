@@ -22,7 +22,7 @@ using namespace SondixQt;
 
 namespace {
 
-constexpr int mostActionsKept = 40;
+constexpr int maxActionsKept = 40;
 constexpr int deepestNesting = 4;
 constexpr int repairInterval = 400; // events
 constexpr int longRun = 10000;      // events; the progress of such a run is printed
@@ -194,7 +194,7 @@ void Monkey::note(const QString &action)
         std::fprintf(stderr, "%s\n", qPrintable(text));
     const QMutexLocker locker(&m_lock);
     m_lastActions += text;
-    if (m_lastActions.size() > mostActionsKept)
+    if (m_lastActions.size() > maxActionsKept)
         m_lastActions.removeFirst();
 }
 

@@ -33,8 +33,8 @@ void Monkey::openSomething()
                                     "TX300@WinUSB,device=0",
                                     "TX270@RS232,port=COM99",
                                     "nothing@all"};
-    constexpr int mostPages = 4;
-    if (m_window->views().size() >= mostPages)
+    constexpr int maxPages = 4;
+    if (m_window->views().size() >= maxPages)
         closeAPage();
     const QString what = chance(80) ? oneOf(places) : oneOf(m_files);
     note("open " + what);

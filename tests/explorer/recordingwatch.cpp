@@ -15,7 +15,7 @@ using namespace SondixQt;
 
 namespace {
 
-constexpr int mostProblems = 20;
+constexpr int maxProblems = 20;
 
 quint64 mixed(quint64 digest, quint64 value)
 {
@@ -168,6 +168,6 @@ void RecordingWatch::compare(const QString &place, const Content &expected, cons
 
 void RecordingWatch::problem(const QString &text)
 {
-    if (m_problems.size() < mostProblems)
+    if (m_problems.size() < maxProblems)
         m_problems += text;
 }

@@ -119,7 +119,7 @@ void LogModelTest::aDroppedEntryDoesNotGrow()
 {
     LogModel model;
     model.add("A", gapOf(1));
-    for (int i = 0; i < LogModel::mostEntries; ++i)
+    for (int i = 0; i < LogModel::maxEntries; ++i)
         model.add(LogModel::Call, "B", "call");
     model.add("A", gapOf(2));
     QVERIFY(textOf(model, model.rowCount() - 1).startsWith("missing frames: 2 ("));

@@ -646,11 +646,11 @@ void TestPlotView::manySignalsStayUsable()
     const QVector<double> values(2000 * 100, 1.0);
     m_history->append(DataBlock(0, 0, 2000, values, QVector<qint32>(values.size()), 1.0, 0.001));
     m_view->setHistory(m_history.get());
-    QCOMPARE(m_view->plot().signalCount(), TimePlot::mostSignals);
+    QCOMPARE(m_view->plot().signalCount(), TimePlot::maxSignals);
     int shown = 0;
     for (int signal = 0; signal < m_view->plot().signalCount(); ++signal)
         shown += m_view->plot().isShown(signal) ? 1 : 0;
-    QCOMPARE(shown, TimePlot::mostShownAtFirst);
+    QCOMPARE(shown, TimePlot::maxShownAtFirst);
     m_view->plot().setShown(100, true);
     QVERIFY(m_view->plot().isShown(100));
 }

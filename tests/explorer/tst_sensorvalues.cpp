@@ -164,12 +164,12 @@ void SensorValuesTest::numbersAreExactWhenCopied()
 void SensorValuesTest::theLogIsBounded()
 {
     LogModel log;
-    for (int i = 0; i < LogModel::mostEntries + 1; ++i)
+    for (int i = 0; i < LogModel::maxEntries + 1; ++i)
         log.add(LogModel::Event, "s", QString::number(i));
-    QVERIFY(log.rowCount() <= LogModel::mostEntries);
-    QVERIFY(log.rowCount() >= LogModel::mostEntries / 2);
+    QVERIFY(log.rowCount() <= LogModel::maxEntries);
+    QVERIFY(log.rowCount() >= LogModel::maxEntries / 2);
     const QModelIndex last = log.index(log.rowCount() - 1, LogModel::TextColumn);
-    QCOMPARE(last.data().toString(), QString::number(LogModel::mostEntries));
+    QCOMPARE(last.data().toString(), QString::number(LogModel::maxEntries));
     log.clear();
     QCOMPARE(log.rowCount(), 0);
 }

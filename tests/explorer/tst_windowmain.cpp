@@ -306,10 +306,10 @@ void WindowMainTest::theLogIsFilteredAndCopied()
     QCOMPARE(tree->model()->rowCount(), 1);
     QVERIFY(window->logText().endsWith("\tB\tno answer"));
     filter->clear();
-    for (int i = 0; i < LogModel::mostEntries + 10; ++i)
+    for (int i = 0; i < LogModel::maxEntries + 10; ++i)
         model.add(LogModel::Event, "A", QString::number(i));
-    QVERIFY(model.rowCount() <= LogModel::mostEntries);
-    QVERIFY(window->logText().endsWith("\tA\t" + QString::number(LogModel::mostEntries + 9)));
+    QVERIFY(model.rowCount() <= LogModel::maxEntries);
+    QVERIFY(window->logText().endsWith("\tA\t" + QString::number(LogModel::maxEntries + 9)));
     QTest::mouseClick(window->child<QToolButton>("clearLog"), Qt::LeftButton);
     QCOMPARE(model.rowCount(), 0);
     (*window)->logPanel()->setDetailed(true);

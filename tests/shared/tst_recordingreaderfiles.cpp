@@ -40,20 +40,20 @@ void TestRecordingReaderFiles::cutFilesGiveWhatIsWhole()
                                                block(7, 2, 1000.007)};
     const Written files = written(way, items);
     const Content whole = flat(items);
-    int most = 0;
+    int maxFrames = 0;
     for (int size = 0; size <= files.data.size(); ++size) {
         const auto reader = makeReader({files.data.left(size), files.notes});
         if (!reader->open()) {
             QVERIFY2(!reader->problem().isEmpty(), qPrintable(QString::number(size)));
-            QCOMPARE(most, 0); // what is longer is no worse
+            QCOMPARE(maxFrames, 0); // what is longer is no worse
             continue;
         }
         const Content read = contentOf(*reader);
         QCOMPARE(reader->problem(), QString());
-        QVERIFY(read.frames.size() >= most);
-        most = read.frames.size();
+        QVERIFY(read.frames.size() >= maxFrames);
+        maxFrames = read.frames.size();
         Content expected;
-        expected.frames = whole.frames.mid(0, most);
+        expected.frames = whole.frames.mid(0, maxFrames);
         QCOMPARE(difference(expected, read, way, *reader), QString());
         const bool isWhole = size == files.data.size();
         if (isWhole)
@@ -63,7 +63,7 @@ void TestRecordingReaderFiles::cutFilesGiveWhatIsWhole()
         else
             QCOMPARE(reader->warning().isEmpty(), files.data.at(size - 1) == '\n');
     }
-    QCOMPARE(most, 5);
+    QCOMPARE(maxFrames, 5);
 }
 
 void TestRecordingReaderFiles::continuedFilesAreReadAsOne_data()

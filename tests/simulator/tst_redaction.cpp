@@ -24,8 +24,8 @@ private Q_SLOTS:
     void differentNumbersStayDifferent()
     {
         Redaction redaction("key");
-        constexpr int greatest = std::numeric_limits<std::int32_t>::max();
-        for (const auto &[first, last] : {std::pair(0, 20000), {-2000, -1}, {greatest - 2000, greatest - 1}}) {
+        constexpr int maximum = std::numeric_limits<std::int32_t>::max();
+        for (const auto &[first, last] : {std::pair(0, 20000), {-2000, -1}, {maximum - 2000, maximum - 1}}) {
             QSet<int> substitutes;
             for (int number = first; number <= last; ++number) {
                 const int substitute = redaction.value("SA_SerialNumber", number);

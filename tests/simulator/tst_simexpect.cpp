@@ -27,12 +27,12 @@ void set(Handle &sensor, double rate)
     sensor.command("Set_Samplerate");
 }
 
-/// Transfers all values, \a most at a time.
-int fetch(const Handle &sensor, std::int32_t most = 1000)
+/// Transfers all values, \a maxCount at a time.
+int fetch(const Handle &sensor, std::int32_t maxCount = 1000)
 {
     int count = 0;
     for (std::size_t read = 1; read > 0; count += static_cast<int>(read))
-        read = takeBlock(sensor, most).raw.size();
+        read = takeBlock(sensor, maxCount).raw.size();
     return count;
 }
 

@@ -246,9 +246,9 @@ private Q_SLOTS:
         QCOMPARE(values[QStringLiteral("name")].toString(), QStringLiteral("Press 7"));
         QCOMPARE(values[QStringLiteral("rate")].toDouble(), 4000.0);
         const Fetched settings = fetch(handle, "/settings.json");
-        QVERIFY(
-            settings.body.find(R"({"name":"MEASRATE","value":4.0,"default":2.0,"least":0.05,"greatest":100.0})") !=
-            std::string::npos);
+        QVERIFY(settings.body.find(
+                    R"({"name":"MEASRATE","value":4.0,"default":2.0,"minimum":0.05,"maximum":100.0})") !=
+                std::string::npos);
         QCOMPARE(settings.json()[QStringLiteral("baudrate")].toInt(), 115200);
     }
 

@@ -303,8 +303,8 @@ private Q_SLOTS:
         openAtAddress(second, 2);
         sondixsim::advance(2.0);
         framesWithin({&first, &second}, 0.1);
-        const double least = secondsOfInfo(first);
-        QVERIFY(least > 0.1);
+        const double minimum = secondsOfInfo(first);
+        QVERIFY(minimum > 0.1);
         double silence = 0.0;
         std::uint64_t frames = 0;
         for (int i = 0; i < 200; ++i) {
@@ -313,7 +313,7 @@ private Q_SLOTS:
             if (frames == 0)
                 silence += 0.01;
         }
-        QVERIFY2(silence >= least - 0.01 && silence < least + 0.1, qPrintable(QString::number(silence)));
+        QVERIFY2(silence >= minimum - 0.01 && silence < minimum + 0.1, qPrintable(QString::number(silence)));
         QCOMPARE(frames, std::uint64_t(400));
         QCOMPARE(sondixsim::frameCounts("2").unsent, std::uint64_t(0));
     }
@@ -333,8 +333,8 @@ private Q_SLOTS:
             frames += framesWithin({&second}, 0.5)[0];
         }
         const double command = secondsOfInfo(first);
-        const double most = (10.0 - 20.0 * command) * 160.0;
-        QVERIFY2(static_cast<double>(frames) < most + 20.0 && static_cast<double>(frames) > 0.9 * most,
+        const double maximum = (10.0 - 20.0 * command) * 160.0;
+        QVERIFY2(static_cast<double>(frames) < maximum + 20.0 && static_cast<double>(frames) > 0.9 * maximum,
                  qPrintable(QString::number(frames)));
     }
 

@@ -153,9 +153,9 @@ private Q_SLOTS:
         sondixsim::advance(60.0);
         handle.command("Get_Measure");
         const Block block = takeBlock(handle, 100000);
-        const auto [least, greatest] = std::minmax_element(block.scaled.begin(), block.scaled.end());
+        const auto [minimum, maximum] = std::minmax_element(block.scaled.begin(), block.scaled.end());
         QVERIFY(block.scaled.size() > 1000);
-        QVERIFY(*least > 0.0 && *greatest - *least > 1.0); // it moves
+        QVERIFY(*minimum > 0.0 && *maximum - *minimum > 1.0); // it moves
     }
 
     void rateFollowsFromTheModelsSetting_data()

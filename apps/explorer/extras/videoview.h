@@ -45,7 +45,7 @@ public:
     int fetched() const { return m_fetched; }
     /// What is wrong or missing, for users.
     QString message() const;
-    /// The least height: in a scroll area the view becomes no higher than its part of the window without need.
+    /// The minimum height: in a scroll area the view becomes no higher than its part of the window without need.
     int heightForWidth(int width) const override;
     BasePlot *plot() const { return m_plot; }
 

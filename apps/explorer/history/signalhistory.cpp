@@ -186,9 +186,9 @@ void SignalHistory::dropBefore(qint64 index)
 qint64 SignalHistory::bytesFor(double seconds, double rateHz, int signalCount)
 {
     // More than any computer has, and little enough to calculate with.
-    constexpr double mostFrames = 1.0e15;
+    constexpr double maxFrames = 1.0e15;
     constexpr double stretchesPerSecond = 200.0; // see TimeLine: stretches are not shorter than 5 ms
-    const double frames = std::clamp(std::ceil(seconds * rateHz), 0.0, mostFrames);
+    const double frames = std::clamp(std::ceil(seconds * rateHz), 0.0, maxFrames);
     const double stretches = std::min(frames, std::ceil(std::max(0.0, seconds) * stretchesPerSecond)) + 16.0;
     const qint64 values = static_cast<qint64>(frames) + appendedAtOnce + SignalPyramid::chunkSize;
     const double sum = static_cast<double>(SignalPyramid::bytesFor(values)) * std::max(0, signalCount) +
@@ -313,7 +313,7 @@ Spectrum SignalHistory::spectrum(int signal, FrameRange range) const
         spectrum.problem = problem;
         return spectrum;
     };
-    qint64 count = Spectrum::most;
+    qint64 count = Spectrum::maxCount;
     while (count > range.count())
         count /= 2;
     if (count < Spectrum::fewest)
@@ -335,12 +335,12 @@ Spectrum SignalHistory::spectrum(int signal, FrameRange range) const
     return spectrum;
 }
 
-DataBlock SignalHistory::block(FrameRange range, int most) const
+DataBlock SignalHistory::block(FrameRange range, int maxCount) const
 {
     if (range.isEmpty() || m_signals.empty())
         return DataBlock();
     const TimeLine::Stretch &stretch = m_timeLine.stretchOf(range.begin);
-    const qint64 end = m_timeLine.blockEnd(range.begin, std::min(range.end, range.begin + most));
+    const qint64 end = m_timeLine.blockEnd(range.begin, std::min(range.end, range.begin + maxCount));
     const auto frames = static_cast<int>(end - range.begin);
     QVector<double> scaled(frames * signalCount());
     for (int frame = 0; frame < frames; ++frame)

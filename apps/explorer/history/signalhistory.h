@@ -129,7 +129,7 @@ public:
 
     /// The frames from \a range.begin on that were delivered together, or that have times of their own and consecutive
     /// numbers: at most \a most of them and none behind the range. They have the numbers and times with which they came; raw values are 0.
-    SondixQt::DataBlock block(FrameRange range, int most) const;
+    SondixQt::DataBlock block(FrameRange range, int maxCount) const;
 
 private:
     void appendValues(const SondixQt::DataBlock &block, int first, int count);

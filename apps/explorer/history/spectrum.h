@@ -16,7 +16,7 @@ struct Spectrum
         HasErrors, ///< there are error values in the range
     };
     static constexpr int fewest = 16;
-    static constexpr int most = 1 << 16;
+    static constexpr int maxCount = 1 << 16;
 
     Problem problem = NoProblem;
     double step = 0.0;              ///< distance of the frequencies in Hz; the first one is 0

@@ -28,9 +28,9 @@ CurvesPlot::CurvesPlot(Shape shape, const QString &name, QWidget *parent)
     setAccessibleName(name);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding); // both plots have the same width
     m_choice->setAccessibleName(tr("Signal of: %1").arg(name));
-    constexpr int leastCharacters = 6; // longer names are complete in the list
+    constexpr int minCharacters = 6; // longer names are complete in the list
     m_choice->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-    m_choice->setMinimumWidth(leastCharacters * fontMetrics().averageCharWidth());
+    m_choice->setMinimumWidth(minCharacters * fontMetrics().averageCharWidth());
     m_plot->setAccessibleName(name);
     m_plot->setMinimumSize(120, 7 * fontMetrics().height());
     // The axis ends where the curves do, and not at the next label.

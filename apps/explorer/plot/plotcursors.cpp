@@ -75,12 +75,12 @@ std::optional<int> PlotCursors::cursorAt(int pixel) const
         return std::nullopt;
     const QwtScaleMap map = m_plot->canvasMap(QwtPlot::xBottom);
     std::optional<int> nearest;
-    double least = reach;
+    double minDistance = reach;
     for (int cursor = 0; cursor < count; ++cursor) {
         const double distance = std::abs(map.transform(position(cursor)) - pixel);
-        if (distance <= least) {
+        if (distance <= minDistance) {
             nearest = cursor;
-            least = distance;
+            minDistance = distance;
         }
     }
     return nearest;

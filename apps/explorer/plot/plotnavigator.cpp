@@ -18,7 +18,7 @@ namespace Explorer {
 namespace {
 
 // A press that moves less than this is a click.
-constexpr int leastDrag = 4;
+constexpr int minDrag = 4;
 
 } // namespace
 
@@ -96,7 +96,7 @@ bool PlotNavigator::move(const QMouseEvent &event)
         m_plot->canvas()->setCursor(m_cursors->cursorAt(event.pos().x()) ? Qt::SizeHorCursor : Qt::ArrowCursor);
         break;
     case SelectDrag:
-        if ((event.pos() - m_origin).manhattanLength() >= leastDrag) {
+        if ((event.pos() - m_origin).manhattanLength() >= minDrag) {
             m_band->setGeometry(selection(event.pos()));
             m_band->show();
         }
@@ -117,11 +117,11 @@ bool PlotNavigator::move(const QMouseEvent &event)
 bool PlotNavigator::release(const QMouseEvent &event)
 {
     const bool isSelected = m_drag == SelectDrag && event.button() == Qt::LeftButton &&
-                            std::abs(event.pos().x() - m_origin.x()) >= leastDrag;
+                            std::abs(event.pos().x() - m_origin.x()) >= minDrag;
     const QRect rect = selection(event.pos());
     endDrag();
     if (isSelected && rect.width() > 1)
-        Q_EMIT selected(rect, m_isRectangle && rect.height() >= leastDrag);
+        Q_EMIT selected(rect, m_isRectangle && rect.height() >= minDrag);
     return false;
 }
 

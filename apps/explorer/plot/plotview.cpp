@@ -124,8 +124,8 @@ void PlotView::arrange()
 void PlotView::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    constexpr int leastCharacters = 60;
-    const bool isNarrow = width() < leastCharacters * fontMetrics().averageCharWidth();
+    constexpr int minCharacters = 60;
+    const bool isNarrow = width() < minCharacters * fontMetrics().averageCharWidth();
     m_analysis->setOrientation(isNarrow ? Qt::Vertical : Qt::Horizontal);
 }
 

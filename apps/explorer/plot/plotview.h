@@ -120,7 +120,7 @@ public:
     CurvesPlot &histogramPlot() const { return *m_histogram; }
     CurvesPlot &spectrumPlot() const { return *m_spectrum; }
 
-    /// The least height: in a scroll area the view becomes no higher than its part of the window without need.
+    /// The minimum height: in a scroll area the view becomes no higher than its part of the window without need.
     int heightForWidth(int width) const override;
 
 Q_SIGNALS:

@@ -313,8 +313,8 @@ void StatisticsPanel::copy() const
 // Room for up to five signals without scrolling.
 QSize StatisticsPanel::sizeHint() const
 {
-    constexpr int mostRows = 5;
-    const int rows = std::clamp(m_model->rowCount(), 1, mostRows);
+    constexpr int maxRows = 5;
+    const int rows = std::clamp(m_model->rowCount(), 1, maxRows);
     const int height = m_summary->sizeHint().height() + m_table->horizontalHeader()->sizeHint().height() +
                        rows * m_table->verticalHeader()->defaultSectionSize() +
                        m_table->horizontalScrollBar()->sizeHint().height() + 8;

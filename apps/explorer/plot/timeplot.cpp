@@ -29,14 +29,14 @@ namespace {
 constexpr int valueAxes[] = {QwtPlot::yLeft, QwtPlot::yRight};
 
 // The values fill at least this part of their axis; it is not scaled again before.
-constexpr double leastFill = 0.6;
+constexpr double minFill = 0.6;
 constexpr double scaleMargin = 0.05;
 
 QwtInterval widened(const QwtInterval &values)
 {
-    const double least = std::max(std::abs(values.maxValue()) * 1.0e-3, 1.0e-9);
+    const double minHalf = std::max(std::abs(values.maxValue()) * 1.0e-3, 1.0e-9);
     const double centre = values.minValue() / 2.0 + values.maxValue() / 2.0;
-    const double half = std::max(least, values.width() * (0.5 + scaleMargin));
+    const double half = std::max(minHalf, values.width() * (0.5 + scaleMargin));
     return {centre - half, centre + half};
 }
 
@@ -92,14 +92,14 @@ void TimePlot::describe()
 {
     m_frame = m_history ? m_history->frame() : TransmittedDataInfo();
     m_curves.clear();
-    const int count = std::min(m_frame.signals.size(), mostSignals);
+    const int count = std::min(m_frame.signals.size(), maxSignals);
     const bool hasMajor = std::any_of(m_frame.signals.begin(), m_frame.signals.end(),
                                       [](const SignalInfo &info) { return info.majorSignal; });
     int shown = 0;
     for (int signal = 0; signal < count; ++signal) {
         auto curve = std::make_unique<HistoryCurve>(nameOf(signal));
-        const bool isWanted = count <= mostShownAtFirst || !hasMajor || m_frame.signals.at(signal).majorSignal;
-        const bool isShownAtFirst = isWanted && shown < mostShownAtFirst;
+        const bool isWanted = count <= maxShownAtFirst || !hasMajor || m_frame.signals.at(signal).majorSignal;
+        const bool isShownAtFirst = isWanted && shown < maxShownAtFirst;
         shown += isShownAtFirst ? 1 : 0;
         curve->setVisible(isShownAtFirst);
         curve->stack(0.0, signal);
@@ -290,7 +290,7 @@ void TimePlot::scaleValues(int axis)
     const QwtInterval present = axisInterval(axis).normalized();
     const QwtInterval wanted = widened(values);
     const bool fits = present.minValue() <= values.minValue() && present.maxValue() >= values.maxValue() &&
-                      wanted.width() >= leastFill * present.width();
+                      wanted.width() >= minFill * present.width();
     if (!fits)
         setAxisScale(axis, wanted.minValue(), wanted.maxValue());
 }

@@ -32,9 +32,9 @@ class TimePlot : public BasePlot
     Q_OBJECT
 public:
     /// Further signals of a sensor have no curve.
-    static constexpr int mostSignals = 256;
+    static constexpr int maxSignals = 256;
     /// So many signals are shown at first.
-    static constexpr int mostShownAtFirst = 16;
+    static constexpr int maxShownAtFirst = 16;
 
     explicit TimePlot(QWidget *parent = nullptr);
     ~TimePlot() override;

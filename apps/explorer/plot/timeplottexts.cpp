@@ -80,12 +80,12 @@ QString TimePlot::noteAt(const QPoint &pixel) const
     // The marks of a signal are in ascending order; the nearest of each is told.
     for (int signal = 0; signal < signalCount(); ++signal) {
         const ErrorMark *nearest = nullptr;
-        double least = reach + 1.0;
+        double minDistance = reach + 1.0;
         for (const ErrorMark &mark : errorMarks()) {
             const double distance = std::abs(map.transform(mark.position) - pixel.x());
-            if (mark.signal == signal && distance < least) {
+            if (mark.signal == signal && distance < minDistance) {
                 nearest = &mark;
-                least = distance;
+                minDistance = distance;
             }
         }
         if (nearest)

@@ -67,19 +67,19 @@ QwtText TimeScaleDraw::label(double value) const
 
 double timeStep(double width, int count)
 {
-    const double least = width / std::max(1, count);
+    const double minStep = width / std::max(1, count);
     constexpr double minute = 60.0;
     constexpr double hour = 3600.0;
-    if (least > 10.0) {
+    if (minStep > 10.0) {
         for (const double step : {15.0, 30.0, minute, 2 * minute, 5 * minute, 10 * minute, 15 * minute,
                                   30 * minute, hour, 2 * hour, 3 * hour, 6 * hour, 12 * hour})
-            if (step >= least)
+            if (step >= minStep)
                 return step;
-        return std::ceil(least / (24 * hour)) * 24 * hour;
+        return std::ceil(minStep / (24 * hour)) * 24 * hour;
     }
-    const double power = std::pow(10.0, std::floor(std::log10(least)));
+    const double power = std::pow(10.0, std::floor(std::log10(minStep)));
     for (const double factor : {1.0, 2.0, 5.0})
-        if (factor * power >= least * (1.0 - 1.0e-9))
+        if (factor * power >= minStep * (1.0 - 1.0e-9))
             return factor * power;
     return 10.0 * power;
 }

@@ -9,10 +9,10 @@ namespace Explorer {
 TimeWindow TimeWindow::zoomed(double anchor, double factor, double narrowest) const
 {
     // Below this the positions of an axis could not be told apart.
-    const double least = std::max(narrowest, 1.0e-12 * std::max(std::abs(from), std::abs(to)));
+    const double minWidth = std::max(narrowest, 1.0e-12 * std::max(std::abs(from), std::abs(to)));
     if (width() <= 0.0)
         return *this;
-    const double applied = std::max(factor, least / width());
+    const double applied = std::max(factor, minWidth / width());
     return {anchor - (anchor - from) * applied, anchor + (to - anchor) * applied};
 }
 

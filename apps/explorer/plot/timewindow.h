@@ -10,7 +10,7 @@ struct TimeWindow
     double to = 1.0;
 
     double width() const { return to - from; }
-    /// Scaled by \a factor, so that \a anchor stays where it is on the screen. \a narrowest is the least width.
+    /// Scaled by \a factor, so that \a anchor stays where it is on the screen. \a narrowest is the minimum width.
     TimeWindow zoomed(double anchor, double factor, double narrowest) const;
     TimeWindow moved(double distance) const { return {from + distance, to + distance}; }
     /// Moved, and made narrower where necessary, so that it lies within \a limits.

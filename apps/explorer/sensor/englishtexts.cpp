@@ -144,8 +144,8 @@ QString shownText(const QString &english)
         const QRegularExpressionMatch match = sentence.pattern.match(english);
         if (!match.hasMatch())
             continue;
-        constexpr int mostPlaces = 10;
-        std::array<QString, mostPlaces> parts;
+        constexpr int maxPlaces = 10;
+        std::array<QString, maxPlaces> parts;
         for (int i = 0; i < sentence.places.size(); ++i) {
             const auto &[number, isQuoted] = sentence.places.at(i);
             const QString part = match.captured(i + 1);

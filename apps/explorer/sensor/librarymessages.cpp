@@ -11,7 +11,7 @@ namespace Explorer {
 
 namespace {
 
-constexpr int mostWaiting = 5000;
+constexpr int maxWaiting = 5000;
 
 struct LibraryMessage
 {
@@ -32,7 +32,7 @@ void collectMessage(QtMsgType type, const QMessageLogContext &context, const QSt
     const bool isDetail = type == QtDebugMsg || type == QtInfoMsg;
     if (qstrncmp(context.category, "SondixQt", 8) == 0 && (!isDetail || showsDetails)) {
         const std::lock_guard<std::mutex> lock(messageMutex);
-        if (waitingMessages.size() >= mostWaiting)
+        if (waitingMessages.size() >= maxWaiting)
             ++droppedMessages;
         else
             waitingMessages.append({QString::fromLatin1(context.category), text, !isDetail});

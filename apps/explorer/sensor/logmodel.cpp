@@ -10,7 +10,7 @@ namespace Explorer {
 namespace {
 
 // Dropping several at once keeps the time per entry constant.
-constexpr int droppedAtOnce = LogModel::mostEntries / 10;
+constexpr int droppedAtOnce = LogModel::maxEntries / 10;
 
 QString kindSymbol(LogModel::Kind kind)
 {
@@ -106,7 +106,7 @@ void LogModel::add(const QString &source, const DataGap &gap)
 
 void LogModel::append(Kind kind, const QString &source, const QString &text)
 {
-    if (m_entries.size() >= mostEntries) {
+    if (m_entries.size() >= maxEntries) {
         beginRemoveRows({}, 0, droppedAtOnce - 1);
         m_entries.remove(0, droppedAtOnce);
         m_dropped += droppedAtOnce;

@@ -27,7 +27,7 @@ public:
     enum Column { TimeColumn, SourceColumn, TextColumn, ColumnCount };
     enum Role { KindRole = Qt::UserRole };
 
-    static constexpr int mostEntries = 20000;
+    static constexpr int maxEntries = 20000;
 
     using QAbstractTableModel::QAbstractTableModel;
 

@@ -14,7 +14,7 @@ namespace Explorer {
 namespace {
 
 /// More are not remembered: the oldest are dropped.
-constexpr int mostListed = 500;
+constexpr int maxListed = 500;
 
 const QLatin1String sensorsKey("sensors");
 const QLatin1String addressKey("address");
@@ -111,7 +111,7 @@ void SensorListModel::add(const ListedSensor &sensor)
         announce(row, {});
         return;
     }
-    if (m_sensors.size() >= mostListed)
+    if (m_sensors.size() >= maxListed)
         remove(0);
     beginInsertRows({}, m_sensors.size(), m_sensors.size());
     m_sensors.append(sensor);
@@ -179,7 +179,7 @@ void SensorListModel::restore(QSettings &settings)
 {
     beginResetModel();
     m_sensors.clear();
-    const int count = std::min(settings.beginReadArray(sensorsKey), mostListed);
+    const int count = std::min(settings.beginReadArray(sensorsKey), maxListed);
     for (int i = 0; i < count; ++i) {
         settings.setArrayIndex(i);
         const auto address = SensorAddress::parse(settings.value(addressKey).toString());

@@ -45,22 +45,22 @@ void SignalValues::add(const DataBlock &block)
     const double *const end = data.constData() + data.size();
     int signal = 0;
     for (SignalValue &value : m_values) {
-        double least = value.minimum.value_or(std::numeric_limits<double>::infinity());
-        double greatest = value.maximum.value_or(-std::numeric_limits<double>::infinity());
+        double minimum = value.minimum.value_or(std::numeric_limits<double>::infinity());
+        double maximum = value.maximum.value_or(-std::numeric_limits<double>::infinity());
         qint64 errors = 0;
         for (const double *next = data.constData() + signal; next < end; next += width) {
             if (isErrorValue(*next)) {
                 ++errors;
                 continue;
             }
-            least = std::min(least, *next);
-            greatest = std::max(greatest, *next);
+            minimum = std::min(minimum, *next);
+            maximum = std::max(maximum, *next);
         }
         value.errors += errors;
         value.present = block.scaled(block.frameCount() - 1, signal++);
-        if (least <= greatest) {
-            value.minimum = least;
-            value.maximum = greatest;
+        if (minimum <= maximum) {
+            value.minimum = minimum;
+            value.maximum = maximum;
         }
     }
 }
@@ -76,18 +76,18 @@ void SignalValues::reset()
 
 int decimalPlaces(const SignalInfo &info)
 {
-    constexpr int mostPlaces = 7;
+    constexpr int maxPlaces = 7;
     constexpr double steps = 1.0e5;
     const double range = std::abs(info.scaledRangeMax - info.scaledRangeMin);
     if (!std::isfinite(range) || !(range > 0.0))
         return 4;
-    return std::clamp(static_cast<int>(std::ceil(-std::log10(range / steps))), 0, mostPlaces);
+    return std::clamp(static_cast<int>(std::ceil(-std::log10(range / steps))), 0, maxPlaces);
 }
 
 QString shownNumber(double value, int decimals)
 {
-    constexpr double mostShown = 1.0e12; // larger numbers do not fit
-    const char format = std::abs(value) < mostShown ? 'f' : 'e';
+    constexpr double maxShown = 1.0e12; // larger numbers do not fit
+    const char format = std::abs(value) < maxShown ? 'f' : 'e';
     return QLocale().toString(value, format, decimals);
 }
 

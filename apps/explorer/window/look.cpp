@@ -177,8 +177,8 @@ void makePlaceholder(QLabel &label)
 
 QString shownRate(double hertz)
 {
-    constexpr double leastKilo = 999.95; // shown with four digits
-    const bool isKilo = hertz >= leastKilo;
+    constexpr double minKilo = 999.95; // shown with four digits
+    const bool isKilo = hertz >= minKilo;
     const QString number = QLocale().toString(isKilo ? hertz / 1000.0 : hertz, 'g', 4);
     return QStringLiteral("%1 %2").arg(number, isKilo ? QStringLiteral("kHz") : QStringLiteral("Hz"));
 }

@@ -42,7 +42,7 @@ const QLatin1String numbersKey("window/numbers");
 const QLatin1String sideBySideKey("window/sideBySide");
 const QLatin1String everyCallKey("log/everyCall");
 const QLatin1String plotGroup("plot");
-constexpr int mostRecent = 10;
+constexpr int maxRecent = 10;
 
 } // namespace
 
@@ -119,7 +119,7 @@ void MainWindow::fillRecentMenu()
 {
     m_recentMenu->clear();
     const SensorListModel &sensors = m_find->sensors();
-    for (int row = sensors.rowCount() - 1; row >= 0 && m_recentMenu->actions().size() < mostRecent; --row) {
+    for (int row = sensors.rowCount() - 1; row >= 0 && m_recentMenu->actions().size() < maxRecent; --row) {
         const ListedSensor sensor = sensors.at(row);
         m_recentMenu->addAction(QStringLiteral("%1 (%2)").arg(sensor.title(), sensor.place()), this,
                                 [this, sensor] { openSensor(sensor.address, sensor.title()); });

@@ -83,14 +83,14 @@ void NumbersView::arrange()
 {
     constexpr double widthOfValue = 6.5; // of a value with its unit, in heights of its digits
     const int count = m_tiles.size();
-    const QSize least = minimumSizeHint();        // of a tile
+    const QSize minimum = minimumSizeHint();      // of a tile
     const int lines = 3 * fontMetrics().height(); // above and below the digits
     int best = 1;
     double bestSize = -HUGE_VAL;
     for (int columns = 1; columns <= count; ++columns) {
         // One below the other only if there is room for it.
         const int rowsBefore = columns > 1 ? (count + columns - 2) / (columns - 1) : 0;
-        if (columns > 1 && width() / columns < least.width() && height() / rowsBefore >= least.height())
+        if (columns > 1 && width() / columns < minimum.width() && height() / rowsBefore >= minimum.height())
             break;
         const int rows = (count + columns - 1) / columns;
         const double byHeight = static_cast<double>(height()) / rows - lines;

@@ -192,7 +192,7 @@ QStringList NumberTile::extremesParts() const
     return parts;
 }
 
-QStringList NumberTile::extremesLines(int width, int mostLines) const
+QStringList NumberTile::extremesLines(int width, int maxLines) const
 {
     const QFontMetrics metrics(font());
     QStringList lines;
@@ -201,7 +201,7 @@ QStringList NumberTile::extremesLines(int width, int mostLines) const
     for (const QString &part : qAsConst(parts))
         needed += metrics.horizontalAdvance(QStringLiteral("   ") + part);
     // Without the words where there is no room for them.
-    if (mostLines < parts.size() && needed > width) {
+    if (maxLines < parts.size() && needed > width) {
         const QString both =
             QStringLiteral("%1 \u2026 %2").arg(numberText(*m_value.minimum), numberText(*m_value.maximum));
         if (metrics.horizontalAdvance(both) <= width) {
@@ -213,7 +213,7 @@ QStringList NumberTile::extremesLines(int width, int mostLines) const
         const QString longer = lines.isEmpty() ? QString() : QStringLiteral("%1   %2").arg(lines.last(), part);
         if (!lines.isEmpty() && metrics.horizontalAdvance(longer) <= width)
             lines.last() = longer;
-        else if (lines.size() < mostLines && metrics.horizontalAdvance(part) <= width)
+        else if (lines.size() < maxLines && metrics.horizontalAdvance(part) <= width)
             lines += part;
         else
             break;
@@ -305,8 +305,8 @@ void NumberTile::paintEvent(QPaintEvent *event)
     }
     painter.setPen(weak);
     // The value is never smaller than the lines around it.
-    const int mostLines = std::max(1, (area.height() - line - 4) / line - 1);
-    const QStringList extremes = extremesLines(area.width(), mostLines);
+    const int maxLines = std::max(1, (area.height() - line - 4) / line - 1);
+    const QStringList extremes = extremesLines(area.width(), maxLines);
     const int below = std::max(1, extremes.size()) * line;
     painter.drawText(QRect(area.left(), area.bottom() - below + 1, area.width(), below),
                      Qt::AlignLeft | Qt::AlignTop, extremes.join(QLatin1Char('\n')));

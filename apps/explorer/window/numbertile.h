@@ -41,8 +41,8 @@ public:
     void setZero();
 
     /// Minimum, maximum and errors in lines that are at most \a width pixels wide: no number is cut. What does not fit
-    /// into \a mostLines lines is left out.
-    QStringList extremesLines(int width, int mostLines) const;
+    /// into \a maxLines lines is left out.
+    QStringList extremesLines(int width, int maxLines) const;
 
     QSize minimumSizeHint() const override;
     QSize sizeHint() const override;

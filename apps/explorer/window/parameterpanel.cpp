@@ -53,7 +53,7 @@ QString answerText(const QMap<QString, QVariant> &answer)
 // The first names of the settings that \a wanted has and \a other lacks.
 QString namesOnlyIn(const SensorSettings &wanted, const SensorSettings &other)
 {
-    constexpr int mostNames = 5;
+    constexpr int maxNames = 5;
     QStringList names;
     for (auto group = wanted.cbegin(); group != wanted.cend(); ++group) {
         const auto known = other.value(group.key());
@@ -62,8 +62,8 @@ QString namesOnlyIn(const SensorSettings &wanted, const SensorSettings &other)
                 names += it.key();
         }
     }
-    const bool isLong = names.size() > mostNames;
-    return names.mid(0, mostNames).join(QStringLiteral(", ")) + (isLong ? QStringLiteral(", ...") : QString());
+    const bool isLong = names.size() > maxNames;
+    return names.mid(0, maxNames).join(QStringLiteral(", ")) + (isLong ? QStringLiteral(", ...") : QString());
 }
 
 // Long lines would make the dock as wide as they are.

@@ -186,13 +186,13 @@ void SensorPage::showKept()
     }
     const qint64 needed = SignalHistory::bytesFor(history.keepSeconds(), *rate, m_session->frame().valuesPerFrame);
     const qint64 limit = history.limitBytes();
-    const QString most = tr("at most %1").arg(QLocale().formattedDataSize(qMin(needed, limit)));
+    const QString memory = tr("at most %1").arg(QLocale().formattedDataSize(qMin(needed, limit)));
     if (needed <= limit) {
-        m_memory->setText(most);
+        m_memory->setText(memory);
         return;
     }
     const double seconds = history.keepSeconds() * static_cast<double>(limit) / static_cast<double>(needed);
-    m_memory->setText(tr("%1:\nonly about %2", "memory, duration").arg(most, shownDuration(seconds)));
+    m_memory->setText(tr("%1:\nonly about %2", "memory, duration").arg(memory, shownDuration(seconds)));
 }
 
 void SensorPage::setSession(SensorSession *session)
