@@ -81,7 +81,7 @@ private Q_SLOTS:
         ToolRunner runner(replayedBench);
         const ToolResult recorded = runner.run(QStringList{"bench", "record", "-o", "s.jsonl", "--"} + program);
         const QList<QByteArray> calls = withoutLastPolls(comparable(runner.contentOf("s.jsonl")));
-        QVERIFY(calls.size() > 5);
+        QVERIFY2(calls.size() > 5, recorded.err.constData());
 
         const ToolResult replayed =
             replaying(runner).run(QStringList{"bench", "replay", "s.jsonl", "-o", "again.jsonl", "--"} + program);
