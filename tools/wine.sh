@@ -59,12 +59,18 @@ run() {
 }
 
 # A Windows program that crashes returns an exit code. A signal means that Wine itself has crashed, which sometimes
-# happens when a program ends just after one of its threads.
+# happens when a program ends just after one of its threads. An error without any output means in most cases that Wine
+# has not started the program; a program that fails in silence fails in the next tries as well.
 died=$((128 + $(kill -l SEGV)))
 for tries in 1 2 3; do
     status=0
     run "$@" || status=$?
-    [[ $status -eq $died ]] || break
-    echo "wine.sh: Wine died of a signal, try $tries of 3" >&2
+    if [[ $status -eq $died ]]; then
+        echo "wine.sh: Wine died of a signal, try $tries of 3" >&2
+    elif [[ $status -ne 0 && ! -s $output ]]; then
+        echo "wine.sh: exit code $status without any output, try $tries of 3" >&2
+    else
+        break
+    fi
 done
 exit "$status"
