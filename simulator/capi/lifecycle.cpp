@@ -44,9 +44,9 @@ std::int32_t openInstance(Instance &instance)
 {
     Simulator &simulator = Simulator::get();
     const model::ParameterList staged = instance.takeStaged();
-    const double now = simulator.clock.now();
-    const std::int32_t code =
-        finish(instance, instance.session.open(*simulator.bench(), staged, now, instance.answers));
+    const auto bench = simulator.bench();
+    const double now = simulator.clock.now(); // of this bench: loading one starts the clock anew before it is used
+    const std::int32_t code = finish(instance, instance.session.open(*bench, staged, now, instance.answers));
     if (code != model::Success)
         simulator.noteFailure(instance, now);
     return code;
@@ -67,10 +67,10 @@ std::int32_t command(Instance &instance)
     if (name == nullptr)
         return finish(instance, model::failure(model::NoCommand, "There is no S_Command"));
     instance.lastCommand = model::toText(*name);
-    const double now = simulator.clock.now();
+    const auto bench = simulator.bench();
+    const double now = simulator.clock.now(); // of this bench, as for opening
     const std::int32_t code =
-        finish(instance,
-               instance.session.command({instance.lastCommand, staged, now, instance.answers, simulator.bench()}));
+        finish(instance, instance.session.command({instance.lastCommand, staged, now, instance.answers, bench}));
     const bool isProgress = instance.lastCommand == "Get_FindSensorProgress";
     if (code == model::ConnectionLost || code == model::TimedOut)
         simulator.noteFailure(instance, now);

@@ -6,6 +6,7 @@
 #include "model/models.h"
 #include "model/platform.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace sondixsim::capi {
@@ -84,10 +85,14 @@ void Simulator::use(const std::shared_ptr<const model::Bench> &bench, session::B
         m_loaded = true;
         m_loadFailure = {};
     }
-    // Opening already uses the new bench: what is still open belongs to the old one.
-    instances.forEach([this](Instance &instance) {
-        instance.session.closeSensor(clock.now());
-        instance.session.search.reset();
+    // Other threads may already have opened sensors of the new bench, or search it. What is of the old one ends.
+    instances.forEach([this, &bench](Instance &instance) {
+        model::Session &handle = instance.session;
+        const auto &sensors = bench->sensors;
+        if (std::find(sensors.begin(), sensors.end(), handle.sensor) == sensors.end())
+            handle.closeSensor(clock.now());
+        if (handle.search && handle.search->bench() != bench)
+            handle.search.reset();
     });
     faults.reset(bench->seed);
     int number = 0;

@@ -41,6 +41,7 @@ public:
     void abort(double now);
     double progress() const { return m_progress; } ///< 0 to 100, exactly 100 at the end
     const std::vector<std::shared_ptr<Sensor>> &found() const { return m_found; }
+    const std::shared_ptr<const Bench> &bench() const { return m_bench; }
 
 private:
     struct Hit

@@ -86,6 +86,40 @@ private Q_SLOTS:
         QCOMPARE(failures.load(), 0);
     }
 
+    // Each sensor exists in one bench only: what is open then is not of the bench before.
+    void aSensorThatIsOpenedWhileItsBenchIsLoadedStaysOpen()
+    {
+        const int first = 100; // the bench before has none there
+        std::atomic<int> loaded{0};
+        std::atomic<int> checked{0};
+        std::atomic<int> closed{0};
+        std::thread opener([&] {
+            Handle handle(SensorType::TX270);
+            const auto opens = [&handle](int device) {
+                handle.set("IP_DeviceInstance", device);
+                return handle.open() == 0;
+            };
+            for (int device = first; device < first + rounds; ++device) {
+                while (!opens(device))
+                    std::this_thread::yield();
+                while (loaded < device)
+                    std::this_thread::yield();
+                closed += handle.command("Get_Info") != 0;
+                checked = device;
+            }
+        });
+        for (int device = first; device < first + rounds; ++device) {
+            sondixsim::loadBench(R"({ "sensors": [ { "model": "TX270", "serialNumber": "0",
+                "place": { "interface": "WinUSB", "device": )" +
+                                 std::to_string(device) + " } } ] }");
+            loaded = device;
+            while (checked < device)
+                std::this_thread::yield();
+        }
+        opener.join();
+        QCOMPARE(closed.load(), 0);
+    }
+
     void benchesAreReplacedWhileSensorsAreRead()
     {
         sondixsim::useRealClock(10.0);
