@@ -122,7 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     } catch (const sondixrec::RecordError &) {
         // refused
     } catch (const sondixsim::BenchError &) {
-        // the tool tells that the bench must be corrected
+        // the tool reports that the bench must be corrected
     }
     outputs.removeRecursively();
     return 0;

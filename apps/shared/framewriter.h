@@ -50,7 +50,7 @@ public:
     /// What a file begins with. \a head may be null. \a withColumns is false if the file has its columns already.
     virtual void begin(TextBuffer &out, const RecordHead *head, bool withColumns) = 0;
     virtual void addFrames(TextBuffer &out, const SondixQt::DataBlock &block, int first, int count) = 0;
-    /// Nothing in a format that cannot hold gaps.
+    /// Writes nothing in a format that cannot hold gaps.
     virtual void addGap(TextBuffer &out, const SondixQt::DataGap &gap) = 0;
     /// The first bytes of a file whose size is \a size, in a format in which they depend on the size.
     virtual QByteArray preamble(qint64 size) const
@@ -84,7 +84,7 @@ struct LastLine
     QByteArray incomplete;
 };
 
-/// Nothing and the reason in \a problem if the file cannot be read or has no lines.
+/// nullopt and the reason in \a problem if the file cannot be read or has no lines.
 std::optional<LastLine> lastLine(QFile &file, QString &problem);
 
 /// The key of \a reason in JSON, such as "disconnected".

@@ -39,7 +39,7 @@ struct Recorder::Part
     TextBuffer buffer;
     bool withColumns = true;
     QByteArray lead;
-    qint64 toldSize = 0; // the size that the preamble states
+    qint64 sizeInPreamble = 0;
 };
 
 Recorder::Recorder(const Plan &plan, const RecordHead &head, ErrorValues &errors, SharedClock *clock)
@@ -118,8 +118,8 @@ bool Recorder::resumePart(Part &part)
         part.lead = resumption->lead;
         if (!resumption->repair.isEmpty())
             m_repair = QStringLiteral("'%1': %2").arg(path, resumption->repair);
-        part.toldSize = -1;
-        return (part.file.openToAppend(resumption->end) || fail(part)) && tell(part, resumption->end);
+        part.sizeInPreamble = -1;
+        return (part.file.openToAppend(resumption->end) || fail(part)) && writePreamble(part, resumption->end);
     }
     m_problem = QStringLiteral("cannot append to '%1': %2").arg(path, problem);
     return false;
@@ -166,7 +166,7 @@ bool Recorder::begin(const DataBlock *block)
         part->buffer.clear();
         part->buffer.add(part->lead);
         part->writer->begin(part->buffer, m_plan.withHead ? &m_head : nullptr, part->withColumns);
-        if (!put(*part) || !settle(*part))
+        if (!put(*part) || !checkDisk(*part))
             return false;
     }
     return true;
@@ -201,7 +201,7 @@ bool Recorder::writeSlice(const DataBlock &block, int first, int count)
     }
     m_frames += count;
     m_framesInFile += count;
-    return settle(*m_data);
+    return checkDisk(*m_data);
 }
 
 bool Recorder::isRotationDue() const
@@ -221,7 +221,7 @@ bool Recorder::write(const DataGap &gap)
             continue;
         part->buffer.clear();
         part->writer->addGap(part->buffer, gap);
-        if (!put(*part) || !settle(*part))
+        if (!put(*part) || !checkDisk(*part))
             return false;
     }
     return true;
@@ -233,7 +233,7 @@ bool Recorder::flush()
         if (!part)
             continue;
         part->file.flush();
-        if (!settle(*part))
+        if (!checkDisk(*part))
             return false;
     }
     return true;
@@ -245,15 +245,15 @@ bool Recorder::put(Part &part)
     return part.buffer.isEmpty() || part.file.write(part.buffer.data()) || fail(part);
 }
 
-// What is done after put(), when the buffer has been written in any case.
-bool Recorder::settle(Part &part)
+// False if data written earlier have not reached the disk. Otherwise the preamble counts what has.
+bool Recorder::checkDisk(Part &part)
 {
     if (part.file.hasDiskFailed()) {
         m_problem =
             QStringLiteral("cannot write '%1' to the disk: %2").arg(part.file.path(), part.file.diskProblem());
         return false;
     }
-    return tell(part, part.file.sizeOnDisk());
+    return writePreamble(part, part.file.sizeOnDisk());
 }
 
 // Frame by frame, until the disk is really full.
@@ -271,12 +271,12 @@ void Recorder::putWhatFits(Part &part)
 }
 
 // A preamble counts only data that are on the disk, so that it is true even after a power failure.
-bool Recorder::tell(Part &part, qint64 size)
+bool Recorder::writePreamble(Part &part, qint64 size)
 {
-    if (size == part.toldSize)
+    if (size == part.sizeInPreamble)
         return true;
     const QByteArray preamble = part.writer->preamble(size);
-    part.toldSize = size;
+    part.sizeInPreamble = size;
     return preamble.isEmpty() || part.file.overwrite(0, preamble) || fail(part);
 }
 
@@ -285,7 +285,7 @@ bool Recorder::finish()
     if (!begin(nullptr))
         return false;
     for (Part *part : {m_data.get(), m_notes.get()})
-        if (part && (!tell(*part, part->file.size()) || !(part->file.commit() || fail(*part))))
+        if (part && (!writePreamble(*part, part->file.size()) || !(part->file.commit() || fail(*part))))
             return false;
     m_files += m_data->file.currentName();
     return true;
@@ -309,7 +309,7 @@ bool Recorder::keep()
 bool Recorder::keep(Part &part)
 {
     const bool hadFailed = part.file.hasDiskFailed();
-    return tell(part, part.file.size()) && (part.file.close() || hadFailed || fail(part));
+    return writePreamble(part, part.file.size()) && (part.file.close() || hadFailed || fail(part));
 }
 
 void Recorder::discard()

@@ -80,10 +80,10 @@ private:
     bool isRotationDue() const;
     bool writeSlice(const SondixQt::DataBlock &block, int first, int count);
     bool put(Part &part);
-    bool settle(Part &part);
+    bool checkDisk(Part &part);
     bool keep(Part &part);
     void putWhatFits(Part &part);
-    bool tell(Part &part, qint64 size);
+    bool writePreamble(Part &part, qint64 size);
     bool fail(const Part &part);
     QString nextName() const;
     bool hasNotes() const { return m_plan.format == RecordFormat::Npy && m_plan.withHead; }

@@ -76,7 +76,7 @@ private:
 class NamedErrors
 {
 public:
-    /// Nothing if there are too many different texts for a recording.
+    /// nullopt if there are too many different texts for a recording.
     std::optional<double> valueOf(const QByteArray &text, QHash<int, QString> &texts);
 
 private:

@@ -12,7 +12,7 @@ namespace sondixsim::model {
 
 namespace {
 
-/// What can become of frames, as in the bench file.
+/// The fates of frames, with the names of the bench file.
 const struct
 {
     const char *name;

@@ -28,8 +28,8 @@ void LineTime::setDemand(std::size_t user, double now, double part)
     plan(now);
 }
 
-/// Nobody gets more than this part of the line's time, and those who need more get just this. Infinite when all get
-/// what they need.
+/// The largest part of the line's time that one sensor gets; sensors that need more get exactly this. Infinite when
+/// all get what they need.
 double LineTime::equalPart() const
 {
     std::vector<double> demands;
@@ -53,7 +53,7 @@ void LineTime::plan(double now)
     const bool isFull = part != noChange;
     const double busyUntil = m_commands.empty() ? now : m_commands.back().end;
     for (User &user : m_users) {
-        if (user.demand == 0.0) { // nothing to carry, and perhaps nobody who takes the changes
+        if (user.demand == 0.0) { // nothing to carry, and its changes may never be fetched
             user.changes.clear();
             user.nextChange.store(noChange, std::memory_order_release);
             continue;

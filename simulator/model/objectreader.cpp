@@ -46,7 +46,7 @@ std::string ObjectReader::readKind()
     return kind;
 }
 
-/// Also tells the rule. Both are null for a key that objects of another kind have.
+/// Also returns the rule. Both are null for a key that objects of another kind have.
 const Node *ObjectReader::find(const char *key, const KeyRule *&rule)
 {
     rule = nullptr;

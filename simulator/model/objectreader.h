@@ -45,7 +45,7 @@ public:
 
     /// Reports keys that are missing, or given together, against the groups of the rules.
     void checkGroups() const;
-    void finish() const; ///< reports keys for which nobody has asked, and checks the groups
+    void finish() const; ///< reports keys that were never asked for, and checks the groups
     int line() const { return m_node.line; }
 
 private:

@@ -29,7 +29,7 @@ public:
     void trigger(double now); ///< one frame, if the sensor waits for a trigger
     bool isRunning() const { return m_running; }
     bool isTriggeredOnly() const; ///< without trigger(), no frame would be measured now, or trigger() does nothing
-    /// So many calls of trigger() whose frames are all overwritten by later ones.
+    /// Has the effect of \a count calls of trigger() whose frames are all overwritten by later ones.
     void skipTriggers(std::uint64_t count);
     double secondsPerFrame() const; ///< on the line
     bool isSilent() const { return m_silent; }

@@ -84,7 +84,7 @@ public:
         if (result == 0 && m_data != nullptr)
             add(std::string_view(m_data, std::min(*m_length, m_room)));
     }
-    /// The contents without the terminating zero. The length tells whether the zero was counted.
+    /// The contents without the terminating zero. The length shows whether the zero was counted.
     static std::string_view text(std::string_view contents)
     {
         if (!contents.empty() && contents.back() == '\0')

@@ -203,7 +203,7 @@ int addRunPath(dl_phdr_info *object, std::size_t, void *data)
     const ElfW(Dyn) *entry = nullptr;
     for (int i = 0; i < object->dlpi_phnum; ++i) {
         if (object->dlpi_phdr[i].p_type == PT_DYNAMIC)
-            // NOLINTNEXTLINE(performance-no-int-to-ptr): the loader tells addresses as numbers
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): the loader returns addresses as numbers
             entry = reinterpret_cast<const ElfW(Dyn) *>(object->dlpi_addr + object->dlpi_phdr[i].p_vaddr);
     }
     if (entry == nullptr)

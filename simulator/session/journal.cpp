@@ -116,7 +116,7 @@ void Journal::replace(Place place)
     for (const Event &event : m_fold(parsed(readFrom(file(place.generation), 0, place.size))))
         text += lineOf(event);
     const Place after{place.generation + 1, text.size()};
-    // What a process killed here has left behind is written over.
+    // A process that was killed here may have left a part of the new file.
     std::error_code ignored;
     fs::remove(file(after.generation), ignored);
     writeAt(file(after.generation), 0, text);

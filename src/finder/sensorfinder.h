@@ -26,7 +26,7 @@ class SensorFinderPrivate;
 /// \par End
 /// A search ends with searchFinished() when the sensor-access library reports that it is complete, when it is
 /// stopped, or at the time limit; and without searchFinished() when the library refuses to start it. In both cases
-/// status() is not Searching any more. error() tells whether a part of the search has failed. While the query of the
+/// status() is not Searching any more. error() shows whether a part of the search has failed. While the query of the
 /// progress fails, the search continues without results: if this matters, use setTimeLimit().
 ///
 /// \par Threads
@@ -161,7 +161,7 @@ Q_SIGNALS:
     /// not searched. May be emitted before startSearch() returns.
     void searchFinished();
     /// Emitted when a search or a part of it fails, with error() and errorString(): a search is refused or cannot be
-    /// aborted (after statusChanged(Error)), a type is skipped (after the statusChanged() that tells whether the
+    /// aborted (after statusChanged(Error)), a type is skipped (after the statusChanged() that reports whether the
     /// search goes on), the progress could not be read for two seconds (once, until it can be read again), or the
     /// time limit is reached (before the search ends). The search continues if status() is Searching, except at the
     /// time limit. A search whose progress can never be read does not end by itself.

@@ -315,7 +315,7 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
     return Result::Done;
 }
 
-/// Reports what the sensor has told about itself. The caller's instance keeps its own error texts, which must not be
+/// Passes on what the sensor has reported about itself. The caller's instance keeps its own error texts, which must not be
 /// read by another thread.
 void ReaderThread::report()
 {

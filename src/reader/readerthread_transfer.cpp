@@ -78,7 +78,7 @@ ReaderThread::Result ReaderThread::transfer(bool &drained, ReaderError &error)
             return lossOf(code, error);
         // The rest of a frame is transferred alone: the frames behind it may have been lost.
         const qint64 frames = unsettled > 0 || account.remainder() > 0 ? 1 : account.maxFrames();
-        // The beginning of a frame stays in the library, so that whoever reads next finds whole frames.
+        // The beginning of a frame stays in the library, so that the next reader finds whole frames.
         const int whole = count - (account.remainder() + count) % perFrame;
         const auto wanted = static_cast<int>(
             std::min<qint64>(whole, std::max<qint64>(frames * perFrame - account.remainder(), 1)));

@@ -82,7 +82,7 @@ void TestToolBenchExamples::aReaderMeetsTheExpectationsOfTheFlakyNetwork()
     const ToolResult result =
         runner.run(QStringList{"bench", "check", "flaky-network.json", "--", QStringLiteral(SONDIXQT_TOOL)} +
                    words("read CC430@TCP/IP,address=169.254.168.150 --reconnect --duration 4 --csv -"));
-    QCOMPARE(result.code, 7); // the tool's own: it tells what was lost
+    QCOMPARE(result.code, 7); // the tool's own: it reports what was lost
     QVERIFY2(result.out.contains("ok      CC430 LOOSE: it is opened again: expected at least 2, found "),
              result.out.right(300).constData());
     QVERIFY2(result.out.contains("# gap: 200 frames from number "), result.err.constData());

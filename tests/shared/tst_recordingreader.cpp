@@ -77,7 +77,7 @@ void TestRecordingReader::readsWhatWasWritten()
         QCOMPARE(have.run, want.run);
         QCOMPARE(have.frames, want.frames);
         QCOMPARE(have.firstFrame, want.firstFrame);
-        // An array alone tells only that frames are missing.
+        // An array alone shows only that frames are missing.
         const bool isNoted = way.format != RecordFormat::Npy || way.withHead;
         QCOMPARE(have.reason, isNoted ? want.reason : DataGap::Unknown);
         if (way.format == RecordFormat::JsonLines)

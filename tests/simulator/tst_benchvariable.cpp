@@ -55,7 +55,7 @@ static int waitingChild()
     while (handle.available() == 0 && !isTold() && timer.elapsed() < longest)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     const auto elapsed = timer.elapsed();
-    while (timer.elapsed() < 2 * elapsed && handle.available() == 0) // it is told once
+    while (timer.elapsed() < 2 * elapsed && handle.available() == 0) // it is reported once
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     // Another bench has its own five seconds.
     sondixsim::loadBenchFile(qgetenv("SONDIX_BENCH").toStdString());

@@ -50,7 +50,7 @@ QString mistakeOfTimeline(const std::string &timeline)
 
 } // namespace
 
-/// What happens to a sensor at times that the bench file tells.
+/// What happens to a sensor at times that the bench file gives.
 class TestSimTimeline : public QObject
 {
     Q_OBJECT

@@ -248,7 +248,7 @@ void TestRequestParser::binaryGarbageNeverBecomesACommand()
         QVERIFY(!parser.isEnded());
         QCOMPARE(pause(parser), Requests());
         QVERIFY(parser.takeDropped() > 0);
-        // The pause has ended the garbage: the connection stays usable.
+        // The pause has ended the discarded input: the connection stays usable.
         QCOMPARE(parse(parser, pageRequest("/a")), pageA);
     }
 }

@@ -39,7 +39,7 @@ void RecordingWriter::open()
     }
 }
 
-// What has been written reaches the disk although no more values come.
+// While the sensor pauses, what was recorded before must reach the disk as well.
 void RecordingWriter::timerEvent(QTimerEvent * /*event*/)
 {
     if (m_isOpen && !m_recorder.flush())

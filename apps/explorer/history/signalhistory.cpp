@@ -13,7 +13,7 @@ namespace Explorer {
 
 namespace {
 
-// So many frames are appended before older ones are dropped.
+// Frames that are appended between two checks for old ones.
 constexpr int appendedAtOnce = 16 * SignalPyramid::chunkSize;
 
 std::vector<SignalHistory *> &allHistories()

@@ -37,7 +37,7 @@ struct Histogram
 ///
 /// Scaled values are kept exactly, error values included; raw values are not kept. The frames that are kept have
 /// consecutive indices in the order of their arrival, beginning at firstFrame(); a gap takes no index. Where a frame
-/// stands on the time axis is told by timeLine().
+/// stands on the time axis is returned by timeLine().
 ///
 /// The cost of a query does not depend on the length of its range: a summary of any range takes microseconds.
 ///
@@ -45,7 +45,7 @@ struct Histogram
 /// bytesFor() returns the memory that a history will need. The oldest frames are dropped when they are older than the time
 /// to keep, or when the memory exceeds maximumBytes(). They are dropped in chunks, so that a few hundred frames more may be
 /// kept. All histories together use at most sharedBytes(): beyond that those are cut that have more than an equal share.
-/// cutFrames() tells of frames for which there was no memory.
+/// cutFrames() counts the frames for which there was no memory.
 ///
 /// \par Threads
 /// That of the windows.

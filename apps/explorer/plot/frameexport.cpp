@@ -79,7 +79,7 @@ bool FrameFile::cancel()
     return enter(Cancelled);
 }
 
-// Either the file is completed, or it is cancelled: whoever comes first.
+// Either the file is completed or it is cancelled, whichever comes first.
 bool FrameFile::enter(Phase phase)
 {
     Phase expected = Open;

@@ -27,7 +27,7 @@ namespace {
 // Between two looks at the events, in ms and in frames.
 constexpr int sliceTime = 20;
 constexpr int sliceFrames = 4096;
-// What is written at once, without looking at what the user wants.
+// Slices that the disk gets at once.
 constexpr std::size_t maxSlices = 16;
 
 const QLatin1String exportFolderKey("export/folder");

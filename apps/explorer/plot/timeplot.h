@@ -33,7 +33,7 @@ class TimePlot : public BasePlot
 public:
     /// Further signals of a sensor have no curve.
     static constexpr int maxSignals = 256;
-    /// So many signals are shown at first.
+    /// Signals that are shown at first.
     static constexpr int maxShownAtFirst = 16;
 
     explicit TimePlot(QWidget *parent = nullptr);

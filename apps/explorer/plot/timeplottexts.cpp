@@ -77,7 +77,7 @@ QString TimePlot::noteAt(const QPoint &pixel) const
     for (const GapMark &mark : gapMarks())
         if (pixel.x() >= map.transform(mark.begin) - reach && pixel.x() <= map.transform(mark.end) + reach)
             lines << GapItem::sentence(mark.gap);
-    // The marks of a signal are in ascending order; the nearest of each is told.
+    // The marks of a signal are in ascending order; the nearest of each is shown.
     for (int signal = 0; signal < signalCount(); ++signal) {
         const ErrorMark *nearest = nullptr;
         double minDistance = reach + 1.0;

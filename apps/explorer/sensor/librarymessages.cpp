@@ -39,7 +39,7 @@ void collectMessage(QtMsgType type, const QMessageLogContext &context, const QSt
         if (messageReceiver && waitingMessages.size() == 1)
             QMetaObject::invokeMethod(messageReceiver, "deliver", Qt::QueuedConnection);
         if (isDetail)
-            return; // shown in the window; nobody has asked for them on the terminal
+            return; // details are shown in the window only, not on the terminal
     }
     if (previousHandler)
         previousHandler(type, context, text);

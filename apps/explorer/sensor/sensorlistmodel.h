@@ -53,7 +53,7 @@ public:
 
     /// A search has found a sensor. It replaces the one at the same address.
     void addFound(const SondixQt::SensorInfo &info);
-    /// A sensor was opened by its address, and perhaps has told its serial number.
+    /// A sensor was opened by its address. It may have reported its serial number.
     void addOpened(const SondixQt::SensorAddress &address, const QString &serialNumber, const QString &firmware);
     /// Marks the sensor at \a address as opened or closed.
     void setOpen(const SondixQt::SensorAddress &address, bool open);

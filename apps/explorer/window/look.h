@@ -17,8 +17,8 @@ enum class Theme { System, Light, Dark };
 /// Gives all windows the colours of \a theme.
 void applyTheme(Theme theme);
 
-/// Colours of meaning, readable on the ground of \a palette and told apart by people who confuse red and green. They
-/// never stand alone: a symbol or a word says the same.
+/// Colours with a meaning, readable on the background of \a palette and distinct for people with red-green colour
+/// blindness. They are never used alone: a symbol or a word says the same.
 enum class Meaning { Good, Waiting, Problem };
 QColor colourOf(Meaning meaning, const QPalette &palette);
 

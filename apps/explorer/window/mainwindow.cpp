@@ -145,7 +145,7 @@ QWidget *MainWindow::makeWelcome()
     return area;
 }
 
-// What can be seen here: a picture of each family of sensors.
+// A picture of each family of sensors that the library supports.
 QWidget *MainWindow::makeFamilies()
 {
     constexpr int size = 64;

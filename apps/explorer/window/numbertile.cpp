@@ -221,7 +221,7 @@ QStringList NumberTile::extremesLines(int width, int maxLines) const
     return lines;
 }
 
-// What there was no room for.
+// The tool tip shows the texts that do not fit into the tile.
 bool NumberTile::event(QEvent *event)
 {
     if (event->type() == QEvent::ToolTip) {
@@ -285,7 +285,7 @@ void NumberTile::paintEvent(QPaintEvent *event)
     QString limits = m_limitText;
     if (nameWidth + tilePadding + metrics.horizontalAdvance(limits) > titleWidth)
         limits = limits.left(1);
-    // So does the symbol of the zero, which scales have for it.
+    // In a narrow tile a symbol alone stands for the zero, the one that scales have for it.
     QString zero = m_zeroText;
     if (nameWidth + 2 * tilePadding + metrics.horizontalAdvance(limits + zero) > titleWidth && !zero.isEmpty())
         zero = QStringLiteral("\u21920\u2190");

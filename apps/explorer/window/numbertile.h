@@ -35,7 +35,7 @@ public:
     QString shownText() const { return m_text; }
     /// What the limits say: a symbol with words, or nothing.
     QString limitText() const { return m_limitText; }
-    /// Tells that a zero is set, with its value; empty if none is.
+    /// A text with the value of the zero; empty if none is set.
     QString zeroText() const { return m_zeroText; }
     /// Makes the present value the zero of the screen; does nothing if it is an error value.
     void setZero();
