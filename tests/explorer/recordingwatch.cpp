@@ -92,13 +92,16 @@ void RecordingWatch::watch(SensorSession &session, RecordingControl &control)
             stand->run = 0;
             stand->nextFrame = 0;
             ++stand->expected.restarts;
+            stand->isOpening = true;
         }
     });
+    connect(&session.reader(), &SensorReader::frameChanged, &control, [stand] { stand->isOpening = false; });
     connect(&control, &RecordingControl::changed, this, [stand, &control] {
         if (!control.isRecording() || !stand->path.isEmpty())
             return;
         stand->path = control.path();
         stand->expected = {};
+        stand->expected.restarts = stand->isOpening ? 1 : 0;
     });
     connect(&control, &RecordingControl::ended, this, [=](const QString &place, const QString &told) {
         if (place.isEmpty() && told.isEmpty() && !stand->path.isEmpty())

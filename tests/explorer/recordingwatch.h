@@ -58,7 +58,8 @@ private:
         QString path; // of the file that is being recorded; empty: none
         Content expected;
         int run = 0;
-        qint64 nextFrame = 0; // -1: not known
+        qint64 nextFrame = 0;   // -1: not known
+        bool isOpening = false; // the frame is not yet known: a recording started now begins with a gap
     };
 
     void followBlock(Stand &stand, const SondixQt::DataBlock &block);

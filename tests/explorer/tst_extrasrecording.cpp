@@ -31,6 +31,7 @@ private Q_SLOTS:
     void gapsAreInTheFile();
     void aPauseIsInTheFile_data();
     void aPauseIsInTheFile();
+    void aRecordingStartedWhileOpeningBeginsWithTheGap();
     void anotherFormatIsRefused();
     void aFolderThatCannotBeWrittenEndsOnlyTheRecording();
     void reportsAFullDisk();
@@ -207,6 +208,36 @@ void ExtrasRecordingTest::aPauseIsInTheFile()
     QVERIFY(!gaps.first().frames);
     QCOMPARE(gaps.first().reason, DataGap::Disconnected);
     QCOMPARE(reader.problem(), QString());
+}
+
+// What the sensor measures between the start of the recording and the first frame is not known.
+void ExtrasRecordingTest::aRecordingStartedWhileOpeningBeginsWithTheGap()
+{
+    measure(100);
+    m_session->reader().stop();
+    QTRY_COMPARE(m_session->state(), SensorReader::Stopped);
+    RecordingControl control(*m_session);
+    QSignalSpy ended(&control, &RecordingControl::ended);
+    connect(&m_session->reader(), &SensorReader::stateChanged, &control, [&](SensorReader::State state) {
+        if (state == SensorReader::Opening)
+            QVERIFY(control.start(path("values.jsonl"), nullptr));
+    });
+    m_session->open();
+    QTRY_COMPARE(m_session->state(), SensorReader::Reading);
+    measure(50);
+    control.stop();
+    QTRY_COMPARE(ended.size(), 1);
+    SondixApp::RecordingReader reader(path("values.jsonl"));
+    QVERIFY2(reader.open(), qPrintable(reader.problem()));
+    const auto first = reader.next();
+    QVERIFY(first);
+    const auto *gap = std::get_if<DataGap>(&*first);
+    QVERIFY(gap != nullptr);
+    QVERIFY(!gap->frames);
+    QCOMPARE(gap->reason, DataGap::Disconnected);
+    qint64 lost = 0;
+    QCOMPARE(framesIn(path("values.jsonl"), &lost), qint64(50));
+    QCOMPARE(lost, qint64(0));
 }
 
 void ExtrasRecordingTest::anotherFormatIsRefused()
