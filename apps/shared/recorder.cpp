@@ -245,7 +245,7 @@ bool Recorder::put(Part &part)
     return part.buffer.isEmpty() || part.file.write(part.buffer.data()) || fail(part);
 }
 
-// False if data written earlier have not reached the disk. Otherwise the preamble counts what has.
+// Fails if the disk has failed since the last call; otherwise brings the preamble up to date.
 bool Recorder::checkDisk(Part &part)
 {
     if (part.file.hasDiskFailed()) {

@@ -315,8 +315,8 @@ ReaderThread::Result ReaderThread::openSensor(ReaderError &error)
     return Result::Done;
 }
 
-/// Passes on what the sensor has reported about itself. The caller's instance keeps its own error texts, which must not be
-/// read by another thread.
+/// Passes on what the sensor has reported about itself. The caller's instance keeps its own error texts, which must
+/// not be read by another thread.
 void ReaderThread::report()
 {
     SensorReport report{instance->getInfoParameters(), {}, {}};

@@ -339,7 +339,8 @@ void TestEveryFault::absurdCountsDoNoHarm_data()
     nothingIsLostOrInvented_data();
 }
 
-/// A count that is too large cannot be distinguished from a true one, but no call may fail or write outside of its buffer.
+/// A count that is too large cannot be distinguished from a true one, but no call may fail or write outside of its
+/// buffer.
 void TestEveryFault::absurdCountsDoNoHarm()
 {
     QFETCH(QString, function);

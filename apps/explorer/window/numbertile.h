@@ -35,7 +35,7 @@ public:
     QString shownText() const { return m_text; }
     /// What the limits say: a symbol with words, or nothing.
     QString limitText() const { return m_limitText; }
-    /// A text with the value of the zero; empty if none is set.
+    /// Such as "zero at 1.5"; empty if no zero is set.
     QString zeroText() const { return m_zeroText; }
     /// Makes the present value the zero of the screen; does nothing if it is an error value.
     void setZero();
